@@ -1,0 +1,37 @@
+# How every target of this build is compiled. Nothing here is exported to users of the libraries.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+find_program(QX_CCACHE ccache)
+if(QX_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${QX_CCACHE}")
+endif()
+
+set(QX_SANITIZE_FLAGS "")
+if(QX_SANITIZE)
+  list(JOIN QX_SANITIZE "," QX_SANITIZE_LIST)
+  set(QX_SANITIZE_FLAGS -fsanitize=${QX_SANITIZE_LIST} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_compile_options(${QX_SANITIZE_FLAGS})
+  add_link_options(${QX_SANITIZE_FLAGS})
+endif()
+
+# Settings of one of our own targets: warnings, and the source root as include directory.
+function(qx_configure target)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wconversion -Wshadow $<$<BOOL:${QX_WARNINGS_AS_ERRORS}>:-Werror>)
+  get_target_property(type ${target} TYPE)
+  if(NOT type STREQUAL "EXECUTABLE")
+    target_include_directories(${target} PUBLIC
+      $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+  else()
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+  endif()
+endfunction()

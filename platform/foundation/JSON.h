@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/Result.h"
+#include "platform/foundation/Value.h"
+
+namespace platform {
+
+enum class JSONStyle {
+  compact,  // no white space
+  pretty,   // two spaces a level, "key" : value
+};
+
+// Reads one JSON text, strictly by RFC 8259: invalid UTF-8, byte order marks, lone surrogates, text after the
+// end, numbers beyond a double and more than 512 levels are errors. An integer beyond 64 bits becomes a
+// double; of equal keys the last counts. Any thread.
+Result<Value> parseJSON(std::string_view text);
+
+// Writes a value whose every leaf JSON can hold; a Date, Data or a number that is not finite is an error that
+// says where. Doubles are written so that they read back to the last bit. Any thread.
+Result<std::string> writeJSON(const Value& value, JSONStyle style);
+
+// True when writeJSON() would succeed and the value is a dictionary or an array.
+bool isValidJSONObject(const Value& value);
+
+}  // namespace platform

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "platform/foundation/Result.h"
+#include "platform/foundation/URL.h"
+
+namespace platform {
+
+// A media file shown with a notification. Immutable; any thread.
+class UNNotificationAttachment {
+ public:
+  // Fails, saying why, unless `file` is a file URL of an existing, non-empty file of a type that the platform
+  // shows, told by its extension, and within that type's size (image 10 MB, audio 5 MB, video 50 MB).
+  static Result<UNNotificationAttachment> make(std::string identifier, const URL& file);
+
+  const std::string& identifier() const { return identifier_; }
+  const URL& url() const { return url_; }
+
+  friend bool operator==(const UNNotificationAttachment&, const UNNotificationAttachment&) = default;
+
+ private:
+  UNNotificationAttachment(std::string identifier, URL url)
+      : identifier_(std::move(identifier)), url_(std::move(url)) {}
+
+  std::string identifier_;
+  URL url_;
+};
+
+}  // namespace platform

@@ -1,0 +1,166 @@
+#include "tools/backend/LoopbackServer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace backend {
+namespace {
+
+using std::chrono::steady_clock;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Pair;
+using testing::StartsWith;
+
+using boost::asio::ip::tcp;
+
+class Client {
+ public:
+  explicit Client(const LoopbackServer& server) {
+    socket_.connect({boost::asio::ip::address_v4::loopback(), server.port()});
+  }
+
+  void send(std::string_view text) { boost::asio::write(socket_, boost::asio::buffer(text)); }
+
+  std::string receiveUntilClosed() {
+    std::string received;
+    boost::system::error_code error;
+    boost::asio::read(socket_, boost::asio::dynamic_buffer(received), error);
+    return received;
+  }
+
+ private:
+  boost::asio::io_context context_;
+  tcp::socket socket_{context_};
+};
+
+// Sends the text as it is and returns all that comes back until the server closes.
+std::string converse(const LoopbackServer& server, std::string_view text) {
+  Client client(server);
+  client.send(text);
+  return client.receiveUntilClosed();
+}
+
+std::string get(const LoopbackServer& server, const std::string& path) {
+  return converse(server, "GET " + path + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+}
+
+TEST(LoopbackServerTest, AnswersAsToldAndRemembersWhatItWasAsked) {
+  std::vector<std::string> told;
+  LoopbackServer server({.status = 503,
+                         .body = "later",
+                         .contentType = "text/plain",
+                         .headers = {{"X-Extra", "1"}},
+                         .onRequest = [&](const Request& request) { told.push_back(request.path); }});
+
+  const std::string answers =
+      converse(server,
+               "POST /a?b=c HTTP/1.1\r\nHost: x\r\nx-two: 2\r\nContent-Length: 4\r\n\r\nbody"
+               "GET /next HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
+
+  EXPECT_THAT(answers, StartsWith("HTTP/1.1 503 Service Unavailable\r\nX-Extra: 1\r\n"
+                                  "Content-Type: text/plain\r\nContent-Length: 5\r\n\r\nlater"
+                                  "HTTP/1.1 503"));
+  ASSERT_TRUE(server.waitForRequests(2, steady_clock::now() + 10s));
+  EXPECT_FALSE(server.waitForRequests(3, steady_clock::now()));
+  const auto requests = server.requests();
+  EXPECT_EQ(requests[0].method, "POST");
+  EXPECT_EQ(requests[0].body, "body");
+  EXPECT_THAT(requests[0].headers,
+              ElementsAre(Pair("Host", "x"), Pair("x-two", "2"), Pair("Content-Length", "4")));
+  EXPECT_EQ(requests[1].header("HOST"), "x");
+  EXPECT_THAT(told, ElementsAre("/a?b=c", "/next"));
+  EXPECT_EQ(server.connectionCount(), 1);
+}
+
+TEST(LoopbackServerTest, HandlerScriptsTheAnswer) {
+  LoopbackServer server({.handler = [](const Request& request) -> std::optional<Response> {
+    if (request.path == "/else") return std::nullopt;
+    if (request.path == "/raise") throw std::runtime_error("raised");
+    if (request.path == "/none") return Response{.status = 204, .body = "not sent"};
+    if (request.path == "/move") return Response::redirect(302, "/else");
+    return Response{.body = "abc", .interimStatuses = {103}, .chunked = true, .pacing = Pacing{2, 1ms}};
+  }});
+
+  EXPECT_THAT(get(server, "/"), StartsWith("HTTP/1.1 103 \r\n\r\nHTTP/1.1 200 OK\r\n"));
+  EXPECT_THAT(get(server, "/"), EndsWith("\r\n\r\n2\r\nab\r\n1\r\nc\r\n0\r\n\r\n"));
+  EXPECT_THAT(get(server, "/else"), EndsWith("\r\n\r\n{}"));
+  EXPECT_THAT(get(server, "/raise"), StartsWith("HTTP/1.1 500 "));
+  EXPECT_EQ(get(server, "/none"), "HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n");
+  EXPECT_THAT(get(server, "/move"), HasSubstr("Location: /else\r\n"));
+}
+
+TEST(LoopbackServerTest, ServesTheBuiltInPanels) {
+  LoopbackServer server;
+  EXPECT_THAT(get(server, "/files/ocean.png?size=2"), HasSubstr("Content-Type: image/png"));
+  EXPECT_THAT(get(server, "/files/ocean.png"), HasSubstr("\r\n\r\n\x89PNG\r\n"));
+  EXPECT_THAT(get(server, "/files/no.png"), StartsWith("HTTP/1.1 404 "));
+}
+
+TEST(LoopbackServerTest, ServesADirectoryAndNothingOutsideIt) {
+  const auto base = std::filesystem::path(testing::TempDir()) / ("files." + std::to_string(getpid()));
+  std::filesystem::create_directories(base / "served/sub");
+  std::ofstream(base / "secret.txt") << "secret";
+  std::ofstream(base / "served/a b.gif") << "inside";
+  std::filesystem::create_symlink(base / "secret.txt", base / "served/link");
+  LoopbackServer server({.files = base / "served"});
+
+  const std::pair<const char*, const char*> table[] = {
+      {"/files/a%20b.gif", "200"}, {"/files/sub/../a%20b.gif", "200"},      {"/files/../secret.txt", "403"},
+      {"/files/link", "403"},      {"/files/%2e%2e/secret.txt", "403"},     {"/files/sub", "404"},
+      {"/files/none", "404"},      {"/files//etc/passwd", "404"},           {"/files/a%00", "400"},
+      {"/files/%4", "400"},        {"/files/..%2Fserved/a%20b.gif", "200"},
+  };
+  for (const auto& [path, status] : table) {
+    const std::string answer = get(server, path);
+    EXPECT_EQ(answer.substr(9, 3), status) << path;
+    EXPECT_EQ(answer.ends_with("inside"), std::string_view(status) == "200") << path;
+  }
+  EXPECT_THROW(LoopbackServer({.files = base / "missing"}), std::runtime_error);
+  std::filesystem::remove_all(base);
+}
+
+TEST(LoopbackServerTest, StopsWhileAnswersArePending) {
+  LoopbackServer::Options slow{.delay = 1h};
+  LoopbackServer::Options silent{.hang = true};
+  for (const auto& options : {slow, silent}) {
+    LoopbackServer server(options);
+    Client client(server);
+    client.send("GET /files/night.png HTTP/1.1\r\n\r\n");
+    ASSERT_TRUE(server.waitForRequests(1, steady_clock::now() + 10s));
+  }
+}
+
+TEST(LoopbackServerTest, FaultsEndTheConnection) {
+  LoopbackServer closing({.close = true});
+  EXPECT_EQ(get(closing, "/"), "");
+
+  LoopbackServer faulty({.handler = [](const Request& request) {
+    return Response{.body = "abcdef",
+                    .fault = request.path == "/truncated" ? Fault::truncatedBody : Fault::resetInBody};
+  }});
+  EXPECT_THAT(get(faulty, "/truncated"), EndsWith("\r\n\r\nabc"));
+  EXPECT_THAT(get(faulty, "/reset"), EndsWith("\r\n\r\nabc"));
+}
+
+TEST(LoopbackServerTest, RefusesAPortInUse) {
+  LoopbackServer first;
+  EXPECT_THROW(LoopbackServer({.port = first.port()}), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace backend

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 #include "platform/foundation/URL.h"
@@ -7,22 +8,34 @@
 namespace platform {
 
 // Coordinated access to record files across threads and processes: readers of a file exclude its writers. A
-// crash at any instant leaves the old or the new content, never a mixture. Any thread.
+// crash at any instant leaves the old or the new content, never a mixture. Blocks until the others are done,
+// so an accessor must not coordinate access to the same directory itself. Any thread.
 class FileCoordinator {
  public:
-  // Gets the URL to work on; returns whether it succeeded.
-  using Accessor = std::function<bool(const URL&)>;
+  using WritingAccessor = std::function<bool(const URL&)>;
+  using ReadingAccessor = std::function<void(const URL&)>;
 
-  // Writing for replacing: the accessor gets the URL of an empty staging file (mode 0600) beside the target.
-  // When it returns true, the staging file takes the target's place in one step and the directory is synced;
-  // otherwise the target stays as it was and the staging file goes. Staging files left behind by a killed
-  // writer are removed. Returns false when the accessor ran and the new content is not in place, or when it
-  // could not be run because the target is a symbolic link or the staging file cannot be made (a full disk, a
-  // read-only directory).
-  bool coordinateWritingForReplacing(const URL& target, const Accessor& accessor) const;
+  enum class Outcome : std::uint8_t {
+    replaced,   // the new content is in place, and durable
+    failed,     // the target is as it was; only a failed sync of its directory can leave it new
+    calledOff,  // the system granted no lock, so the accessor never ran
+  };
 
-  // The accessor gets the target's own URL; it is not called when the target is a symbolic link.
-  void coordinateReading(const URL& target, const Accessor& accessor) const;
+  FileCoordinator() = default;
+  virtual ~FileCoordinator() = default;
+  FileCoordinator(const FileCoordinator&) = delete;
+  FileCoordinator& operator=(const FileCoordinator&) = delete;
+
+  // Writing for replacing: the accessor gets the URL of an empty staging file (mode 0600) beside the target
+  // and returns whether it has written it. If so, the staging file takes the target's place in one step;
+  // otherwise it goes. A staging file left behind by a killed writer is removed. `failed` without running the
+  // accessor: the target is a symbolic link or no file URL, its directory is missing, or the staging file
+  // cannot be made (a read-only directory, a full disk).
+  virtual Outcome coordinateWritingForReplacing(const URL& target, const WritingAccessor& accessor) const;
+
+  // The accessor gets the target's own URL, whether or not there is such a file. It is not called when the
+  // target is a symbolic link or no file URL, its directory is missing, or no lock is granted.
+  virtual void coordinateReading(const URL& target, const ReadingAccessor& accessor) const;
 };
 
 }  // namespace platform

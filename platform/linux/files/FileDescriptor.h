@@ -1,0 +1,38 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace platform::linux_ {
+
+// Owns a file descriptor.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+  FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  FileDescriptor& operator=(FileDescriptor&&) = delete;
+  ~FileDescriptor() {
+    if (valid()) ::close(descriptor_);
+  }
+
+  bool valid() const { return descriptor_ >= 0; }
+  int get() const { return descriptor_; }
+  // For a descriptor that was written to: whether the system reports the writes as done.
+  bool close() { return ::close(std::exchange(descriptor_, -1)) == 0; }
+
+ private:
+  int descriptor_;
+};
+
+// Repeats a system call for as long as a signal interrupts it.
+template <typename Call>
+auto retryInterrupted(const Call& call) {
+  while (true) {
+    const auto result = call();
+    if (result != -1 || errno != EINTR) return result;
+  }
+}
+
+}  // namespace platform::linux_

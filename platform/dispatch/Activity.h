@@ -5,16 +5,37 @@
 namespace platform {
 
 // Stands for one piece of work in flight (a queued or running work item, a network task), so that a process
-// can let such work end before it exits. Movable in spirit, not in C++: hold it where the work is held.
+// can let such work end before it exits. Hold it where the work is held. A moved-from one stands for nothing.
 class Activity {
  public:
   Activity();
+  Activity(Activity&& other) noexcept;
+  Activity& operator=(Activity&&) = delete;
   ~Activity();
-  Activity(const Activity&) = delete;
-  Activity& operator=(const Activity&) = delete;
 
   // Blocks until nothing is in flight or the deadline has passed; returns whether nothing is.
   static bool waitUntilNone(Clock::TimePoint deadline);
+
+ private:
+  friend class ForeignCodeScope;
+  void begin();
+  void end();
+
+  bool counted_ = false;
+};
+
+// Names the activity of the work item that this thread runs while this lives.
+class CurrentActivityScope {
+ public:
+  explicit CurrentActivityScope(Activity& activity);
+  ~CurrentActivityScope();
+  // Whether this thread runs a work item.
+  static bool exists();
+  CurrentActivityScope(const CurrentActivityScope&) = delete;
+  CurrentActivityScope& operator=(const CurrentActivityScope&) = delete;
+
+ private:
+  Activity* const previous_;
 };
 
 // Says that the current work item runs foreign code that may never return: while this lives, the item does
@@ -27,7 +48,8 @@ class ForeignCodeScope {
   ForeignCodeScope& operator=(const ForeignCodeScope&) = delete;
 
  private:
-  bool counted_;
+  // The activity that this scope took out of the count, if any.
+  Activity* const suspended_;
 };
 
 }  // namespace platform

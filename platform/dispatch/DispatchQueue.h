@@ -15,7 +15,9 @@ class DispatchGroup;
 //   concurrent  items start in the order submitted; an item that blocks never keeps another from starting,
 //               up to 64 threads in the process
 //
-// The label is the name of the thread (its last 15 characters) while an item runs. Any thread may call.
+// The label is the name of the thread (its last 15 characters) while an item runs; work of sync() runs on the
+// caller's thread, under its name. An exception that leaves an item ends the process. An item is destroyed,
+// with all it holds, right after it has run. Any thread may call.
 class DispatchQueue {
  public:
   using Work = std::function<void()>;

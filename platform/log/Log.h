@@ -19,7 +19,7 @@ struct LogRecord {
 };
 
 // Where log records end up. write() is called from any thread, also from several at once, and never with a
-// lock of the caller held.
+// lock held.
 class LogSink {
  public:
   virtual ~LogSink() = default;
@@ -27,11 +27,13 @@ class LogSink {
 };
 
 // Writes one record to the installed sink; without one, to the journal when the process runs under it, else
-// as one line on standard error. Line breaks inside a message do not break the line. Any thread.
+// as one line on standard error, "[type] subsystem category: message". Line breaks and other control
+// characters are escaped there, so a message never breaks the line. Any thread.
 void os_log(const LogRecord& record);
 
 // Directs every record of the process to a sink for as long as this object lives; the innermost one counts.
-// The sink must outlive it. On destruction, waits for calls in progress.
+// The sink must outlive it. On destruction, waits for calls in progress. REQUIRES: scopes end in the reverse
+// of the order in which they began, and not inside a call of their own sink.
 class ScopedLogSink {
  public:
   explicit ScopedLogSink(LogSink& sink);
@@ -40,7 +42,11 @@ class ScopedLogSink {
   ScopedLogSink& operator=(const ScopedLogSink&) = delete;
 
  private:
-  LogSink* previous_;
+  friend void os_log(const LogRecord& record);
+
+  LogSink& sink_;
+  ScopedLogSink* outer_;
+  int callsInProgress_ = 0;
 };
 
 }  // namespace platform

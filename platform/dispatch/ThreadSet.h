@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "platform/dispatch/WorkItem.h"
+
+namespace platform {
+
+// What a thread of the set runs items for. run() is called on such a thread, with no lock held.
+class WorkRunner {
+ public:
+  virtual ~WorkRunner() = default;
+  virtual void run(WorkItem item) = 0;
+};
+
+// The threads that all queues of the process share: made when an item finds none free, up to 64; one that has
+// been idle for some seconds ends. Items are taken in the order in which they were started. Any thread.
+class ThreadSet {
+ public:
+  static constexpr std::size_t kMostThreads = 64;
+
+  static ThreadSet& shared();
+
+  // Returns at once. Beyond 64 busy threads the item waits for the first that is free.
+  void start(std::shared_ptr<WorkRunner> runner, WorkItem item);
+
+ private:
+  struct Job {
+    std::shared_ptr<WorkRunner> runner;
+    WorkItem item;
+  };
+  struct Worker {
+    std::condition_variable called;
+    bool mayWork = false;
+    bool alive = false;
+  };
+
+  ThreadSet() = default;
+  Worker* unusedWorker();
+  void launch(Worker& worker);
+  void serve(Worker& worker);
+  void runNext(std::unique_lock<std::mutex>& lock);
+  bool waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock);
+
+  std::mutex mutex_;
+  // Below, guarded by mutex_. For every waiting job a thread is on its way, unless all are busy.
+  std::deque<Job> waiting_;
+  std::array<Worker, kMostThreads> workers_;
+  // The last one to fall idle is called first, so that the others may end.
+  std::vector<Worker*> idle_;
+};
+
+}  // namespace platform

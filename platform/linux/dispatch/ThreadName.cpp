@@ -1,0 +1,26 @@
+#include "platform/dispatch/ThreadName.h"
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace platform {
+namespace {
+
+constexpr std::size_t kLongestName = 15;
+
+thread_local std::array<char, kLongestName + 1> currentName{};
+
+}  // namespace
+
+void setCurrentThreadName(std::string_view name) {
+  if (name.size() > kLongestName) name.remove_prefix(name.size() - kLongestName);
+  if (name == currentName.data()) return;
+  currentName.fill('\0');
+  std::copy(name.begin(), name.end(), currentName.begin());
+  pthread_setname_np(pthread_self(), currentName.data());
+}
+
+}  // namespace platform

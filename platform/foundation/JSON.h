@@ -13,13 +13,17 @@ enum class JSONStyle {
   pretty,   // two spaces a level, "key" : value
 };
 
+// How deep arrays and dictionaries may nest, in reading and in writing.
+inline constexpr int kJSONDepthLimit = 512;
+
 // Reads one JSON text, strictly by RFC 8259: invalid UTF-8, byte order marks, lone surrogates, text after the
-// end, numbers beyond a double and more than 512 levels are errors. An integer beyond 64 bits becomes a
+// end, numbers beyond a double and too deep a nesting are errors. An integer beyond 64 bits becomes a
 // double; of equal keys the last counts. Any thread.
 Result<Value> parseJSON(std::string_view text);
 
-// Writes a value whose every leaf JSON can hold; a Date, Data or a number that is not finite is an error that
-// says where. Doubles are written so that they read back to the last bit. Any thread.
+// Writes a value whose every leaf JSON can hold; a Date, Data, a number that is not finite, text that is not
+// UTF-8 or too deep a nesting is an error that says where. Doubles are written so that they read back to the
+// last bit. Any thread.
 Result<std::string> writeJSON(const Value& value, JSONStyle style);
 
 // True when writeJSON() would succeed and the value is a dictionary or an array.

@@ -1,0 +1,147 @@
+#include <array>
+#include <boost/json/basic_parser_impl.hpp>
+#include <charconv>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "platform/foundation/JSON.h"
+#include "platform/foundation/ValueArena.h"
+
+namespace platform {
+
+namespace {
+
+using boost::json::error;
+using boost::json::error_code;
+
+// What basic_parser calls as it meets the parts of the text. Children wait on a stack until their container
+// closes and takes them into the arena in one piece.
+class TreeBuilder {
+ public:
+  static constexpr std::size_t max_object_size = static_cast<std::size_t>(-1);
+  static constexpr std::size_t max_array_size = static_cast<std::size_t>(-1);
+  static constexpr std::size_t max_key_size = static_cast<std::size_t>(-1);
+  static constexpr std::size_t max_string_size = static_cast<std::size_t>(-1);
+
+  // A parsed tree is about three times the size of its text.
+  explicit TreeBuilder(std::size_t textSize) : arena_(textSize * 3) {
+    values_.reserve(kUsualBreadth);
+    members_.reserve(kUsualBreadth);
+  }
+
+  Value finish() && { return std::move(arena_).finish(values_.front()); }
+
+  bool on_document_begin(error_code&) { return true; }
+  bool on_document_end(error_code&) { return true; }
+
+  bool on_array_begin(error_code&) { return open(false); }
+  bool on_array_end(std::size_t count, error_code&) {
+    const auto first = values_.end() - static_cast<std::ptrdiff_t>(count);
+    const auto array = arena_.array({first, values_.end()});
+    values_.erase(first, values_.end());
+    return close(array);
+  }
+
+  bool on_object_begin(error_code&) { return open(true); }
+  bool on_object_end(std::size_t count, error_code&) {
+    const auto first = members_.end() - static_cast<std::ptrdiff_t>(count);
+    const auto dictionary = arena_.dictionary({first, members_.end()});
+    members_.erase(first, members_.end());
+    return close(dictionary);
+  }
+
+  bool on_key_part(std::string_view part, std::size_t, error_code&) { return keep(part); }
+  bool on_key(std::string_view rest, std::size_t, error_code&) {
+    members_.push_back({joined(rest), ValueArena::null()});
+    return true;
+  }
+  bool on_string_part(std::string_view part, std::size_t, error_code&) { return keep(part); }
+  bool on_string(std::string_view rest, std::size_t, error_code&) {
+    return place(arena_.string(joined(rest)));
+  }
+
+  // Only a text that comes in several pieces has numbers in parts.
+  static bool on_number_part(std::string_view, error_code&) { return true; }
+  bool on_int64(std::int64_t value, std::string_view, error_code&) {
+    return place(ValueArena::integer(value));
+  }
+  bool on_uint64(std::uint64_t, std::string_view digits, error_code& failure) {
+    return on_double(0, digits, failure);
+  }
+  // The library's own conversion is off in the last place for many numbers of 17 digits.
+  bool on_double(double approximate, std::string_view digits, error_code& failure) {
+    double exact = 0;
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), exact);
+    const bool tooSmall = read.ec == std::errc::result_out_of_range && std::abs(approximate) < 1;
+    if (tooSmall) {
+      exact = std::copysign(0.0, approximate);
+    } else if (read.ec != std::errc() || !std::isfinite(exact)) {
+      failure = error::exponent_overflow;
+      return false;
+    }
+    return place(ValueArena::number(exact));
+  }
+
+  bool on_bool(bool value, error_code&) { return place(ValueArena::boolean(value)); }
+  bool on_null(error_code&) { return place(ValueArena::null()); }
+
+  static bool on_comment_part(std::string_view, error_code&) { return true; }
+  static bool on_comment(std::string_view, error_code&) { return true; }
+
+ private:
+  static constexpr std::size_t kUsualBreadth = 64;
+
+  bool open(bool object) {
+    insideObject_[++depth_] = object;
+    return true;
+  }
+  bool close(const ValueArena::RawValue& container) {
+    --depth_;
+    return place(container);
+  }
+  bool place(const ValueArena::RawValue& value) {
+    if (insideObject_[depth_]) {
+      members_.back().value = value;
+    } else {
+      values_.push_back(value);
+    }
+    return true;
+  }
+
+  bool keep(std::string_view part) {
+    pending_ += part;
+    return true;
+  }
+  std::string_view joined(std::string_view rest) {
+    const std::string_view text = arena_.store(pending_, rest);
+    pending_.clear();
+    return text;
+  }
+
+  ValueArena arena_;
+  std::vector<ValueArena::RawValue> values_;
+  std::vector<ValueArena::RawEntry> members_;
+  std::string pending_;
+  std::array<bool, kJSONDepthLimit + 1> insideObject_{};
+  std::size_t depth_ = 0;
+};
+
+boost::json::parse_options strictOptions() {
+  boost::json::parse_options options;
+  options.max_depth = kJSONDepthLimit;
+  return options;
+}
+
+}  // namespace
+
+Result<Value> parseJSON(std::string_view text) {
+  boost::json::basic_parser<TreeBuilder> parser(strictOptions(), text.size());
+  error_code failure;
+  const std::size_t used = parser.write_some(false, text.data(), text.size(), failure);
+  if (!failure && used < text.size()) failure = error::extra_data;
+  if (failure) return Error{failure.message()};
+  return std::move(parser.handler()).finish();
+}
+
+}  // namespace platform

@@ -23,7 +23,7 @@ constexpr std::array kMediaKinds{
     MediaKind{"video", 50, {".mpg", ".mpeg", ".mp4", ".m4v", ".avi"}},
 };
 
-constexpr std::uintmax_t kBytesPerMegabyte = 1024 * 1024;
+constexpr std::uintmax_t kBytesPerMegabyte = std::uintmax_t{1024} * 1024;
 
 const MediaKind* mediaKindOf(const std::filesystem::path& path) {
   std::string extension = path.extension().string();

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <future>
 #include <iterator>
@@ -277,6 +279,21 @@ TEST(DispatchQueueDeathTest, AnExceptionThatLeavesAnItemEndsTheProcess) {
       },
       "");
   EXPECT_DEATH(queue.sync([] { throw 1; }), "");
+}
+
+TEST(DispatchQueueDeathTest, TheProcessExitsWhateverItsThreadsDo) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        const DispatchQueue serial("serial", Attribute::serial);
+        const DispatchQueue concurrent("concurrent", Attribute::concurrent);
+        for (int i = 0; i < 100; ++i) {
+          serial.async([] { std::this_thread::yield(); });
+          concurrent.async([i] { std::this_thread::sleep_for(std::chrono::seconds(i % 2)); });
+        }
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

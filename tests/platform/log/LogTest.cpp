@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <string>
@@ -71,9 +72,9 @@ TEST(LogTest, AScopeThatEndsWaitsForCallsInProgress) {
   const ScopedLogSink outermostScope(outermost);
   std::atomic<bool> stop = false;
   std::atomic<int> logged = 0;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 3; ++i) {
-    threads.emplace_back([&] {
+  std::array<std::thread, 3> threads;
+  for (std::thread& thread : threads) {
+    thread = std::thread([&] {
       while (!stop) {
         os_log({"s", "c", LogType::debug, "m"});
         ++logged;

@@ -1,5 +1,8 @@
 #include "platform/log/LogOutput.h"
 
+// The place in this file says nothing about the message.
+#define SD_JOURNAL_SUPPRESS_LOCATION
+
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <syslog.h>

@@ -4,7 +4,8 @@ include(CMakePackageConfigHelpers)
 
 set(QX_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/QXExtensionSDK")
 
-install(TARGETS QXPlatform QXLogging AppGroupSDK QXExtensionSDK EXPORT QXExtensionSDKTargets)
+install(TARGETS QXPlatform QXLogging AppGroupSDK QXExtensionSDK QXExtensionSDKContentCore
+  EXPORT QXExtensionSDKTargets)
 install(EXPORT QXExtensionSDKTargets NAMESPACE QX:: DESTINATION "${QX_PACKAGE_DIR}")
 install(DIRECTORY platform AppGroupSDK QXExtensionSDK DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h" PATTERN "linux" EXCLUDE)

@@ -29,6 +29,13 @@ class Logger {
   static const Logger& service();
   static const Logger& content();
 
+  LogSubSystem subSystem() const { return subSystem_; }
+  // The category of code that both extensions run and that has none of its own.
+  LogCategory generalCategory() const {
+    return subSystem_ == LogSubSystem::serviceExtension ? LogCategory::serviceGeneral
+                                                        : LogCategory::contentGeneral;
+  }
+
   // The process-wide level as a LogLevel raw value: error until a configuration sets it. Read afresh for
   // every message; plain words, no lock.
   static std::int64_t globalLoglevel() { return globalLoglevel_.load(std::memory_order_relaxed); }

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/notifications/UNNotificationContentExtension.h"
+#include "platform/notifications/UNNotificationRequest.h"
+
+namespace platform {
+class UIViewController;
+}  // namespace platform
+
+namespace QXExtensionSDK {
+
+// Runs the screen of one kind of expanded notification. Main thread.
+class Coordinator {
+ public:
+  virtual ~Coordinator() = default;
+
+  // Makes the screen and shows the notification.
+  virtual void startWith(std::shared_ptr<const platform::UNNotificationRequest> request) = 0;
+  // Shows another notification on the same screen.
+  virtual void refreshWith(std::shared_ptr<const platform::UNNotificationRequest> request) = 0;
+  // The controller to embed; null before startWith().
+  virtual std::shared_ptr<platform::UIViewController> primaryViewController() const = 0;
+  virtual platform::UNNotificationContentExtensionResponseOption responseOptionFor(
+      const platform::UNNotificationResponse& response) const = 0;
+};
+
+// Chooses the coordinator for a notification.
+class CoordinatorFactory {
+ public:
+  virtual ~CoordinatorFactory() = default;
+
+  // Null when no screen can show the notification.
+  virtual std::shared_ptr<Coordinator> createCoordinatorUsing(
+      const platform::UNNotificationRequest& request) const = 0;
+};
+
+}  // namespace QXExtensionSDK

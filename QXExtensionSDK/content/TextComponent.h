@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "QXExtensionSDK/payload/Color.h"
+#include "QXExtensionSDK/payload/TextStyle.h"
+
+namespace QXExtensionSDK {
+
+using TextAlignment = TextAlignmentMode;
+
+// The system's font, in a style and at a size in points.
+struct Font {
+  FontStyle style;
+  double pointSize;
+
+  friend bool operator==(const Font&, const Font&) = default;
+};
+
+// A text with every attribute settled.
+struct TextComponent {
+  std::string text;
+  Font font;
+  TextAlignment textAlignment;
+  Color textColor;
+
+  friend bool operator==(const TextComponent&, const TextComponent&) = default;
+};
+
+}  // namespace QXExtensionSDK

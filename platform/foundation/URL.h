@@ -11,7 +11,7 @@ class URL {
  public:
   // Nothing for an empty or malformed text. Any scheme, or none, is accepted.
   static std::optional<URL> parse(std::string_view text);
-  // A file URL for an absolute path; what a URL cannot hold is percent-encoded.
+  // What a URL cannot hold is percent-encoded. REQUIRES: the path begins with a slash.
   static URL file(std::string_view absolutePath);
 
   const std::string& absoluteString() const { return text_; }

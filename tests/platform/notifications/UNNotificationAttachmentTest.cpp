@@ -80,7 +80,8 @@ TEST_F(UNNotificationAttachmentTest, SaysWhyAFileIsRefused) {
   };
   for (const auto& [name, reason] : table) {
     const std::string file = std::filesystem::path(name).filename();
-    EXPECT_EQ(errorFor(name), "Attachment \"" + file + "\" refused: " + reason);
+    EXPECT_EQ(errorFor(name),
+              std::string("Attachment \"").append(file).append("\" refused: ").append(reason));
   }
 }
 

@@ -1,5 +1,8 @@
 #include "platform/foundation/UTF8.h"
 
+#include <cstdint>
+#include <cstring>
+
 namespace platform {
 
 namespace {
@@ -36,6 +39,24 @@ std::size_t leadingUTF8Length(std::string_view text) {
     if ((at(i) & 0xC0) != 0x80) return 0;
   }
   return lead.length;
+}
+
+bool isValidUTF8(std::string_view text) {
+  while (!text.empty()) {
+    // Payloads are ASCII for the most part: eight characters at a time while they are.
+    std::uint64_t word = 0;
+    if (text.size() >= sizeof word) {
+      std::memcpy(&word, text.data(), sizeof word);
+      if ((word & 0x8080808080808080U) == 0) {
+        text.remove_prefix(sizeof word);
+        continue;
+      }
+    }
+    const std::size_t length = leadingUTF8Length(text);
+    if (length == 0) return false;
+    text.remove_prefix(length);
+  }
+  return true;
 }
 
 }  // namespace platform

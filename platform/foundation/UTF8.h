@@ -9,4 +9,7 @@ namespace platform {
 // (overlong forms, surrogates and code points above U+10FFFF included). REQUIRES: not empty.
 std::size_t leadingUTF8Length(std::string_view text);
 
+// Whether all of the text is well-formed UTF-8. Any thread.
+bool isValidUTF8(std::string_view text);
+
 }  // namespace platform

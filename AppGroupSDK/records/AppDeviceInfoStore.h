@@ -1,0 +1,12 @@
+#pragma once
+
+#include "AppGroupSDK/records/AppDeviceInfo.h"
+#include "AppGroupSDK/records/ModelStore.h"
+
+namespace AppGroupSDK {
+
+using AppDeviceInfoFetchResult = DataStoreResult<AppDeviceInfo>;
+using AppDeviceInfoStoreProtocol = ModelStoreProtocol<AppDeviceInfo>;
+using AppDeviceInfoStore = ModelStore<AppDeviceInfo>;
+
+}  // namespace AppGroupSDK

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "AppGroupSDK/records/CarouselClickModel.h"
+#include "AppGroupSDK/records/ModelStore.h"
+
+namespace AppGroupSDK {
+
+using CarouselClickModelFetchResult = DataStoreResult<CarouselClickModel>;
+using CarouselClickModelStoreProtocol = ModelStoreProtocol<CarouselClickModel>;
+using CarouselClickModelStore = ModelStore<CarouselClickModel>;
+
+}  // namespace AppGroupSDK

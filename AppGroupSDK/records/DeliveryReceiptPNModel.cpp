@@ -1,0 +1,26 @@
+#include "AppGroupSDK/records/DeliveryReceiptPNModel.h"
+
+#include "AppGroupSDK/records/JSONString.h"
+
+namespace AppGroupSDK {
+
+namespace {
+
+platform::Value valueOrNull(const std::optional<std::string>& text) {
+  return text ? platform::Value(*text) : platform::Value();
+}
+
+}  // namespace
+
+std::string DeliveryReceiptPNModel::description() const {
+  return jsonString({{"uuid", uuid_},
+                     {"messageId", messageId_},
+                     {"requestId", valueOrNull(requestId_)},
+                     {"messageType", messageType_},
+                     {"eventDateUtc", eventDateUtc_},
+                     {"propertyBag", valueOrNull(propertyBag_)},
+                     {"status", platform::rawValue(status_)}})
+      .value_or("");
+}
+
+}  // namespace AppGroupSDK

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string_view>
+
+#include "AppGroupSDK/records/DeliveryReceiptConfig.h"
+#include "platform/foundation/JSONCoding.h"
+
+namespace AppGroupSDK {
+
+// Which features are on. Written by the host application.
+class FeatureConfigDetail {
+ public:
+  static constexpr std::string_view dataStoreFileName() {
+    return "com.veltro.qx.extensionsdk.featureConfigDetail.data";
+  }
+
+  explicit FeatureConfigDetail(DeliveryReceiptConfig deliveryReceiptConfig)
+      : deliveryReceiptConfig_(deliveryReceiptConfig) {}
+
+  const DeliveryReceiptConfig& deliveryReceiptConfig() const { return deliveryReceiptConfig_; }
+
+  friend bool operator==(const FeatureConfigDetail&, const FeatureConfigDetail&) = default;
+
+ private:
+  friend platform::JSONRecordAccess;
+  FeatureConfigDetail() = default;
+  static constexpr auto jsonFields() {
+    return platform::jsonFields(
+        platform::jsonField("deliveryReceiptConfig", &FeatureConfigDetail::deliveryReceiptConfig_));
+  }
+
+  DeliveryReceiptConfig deliveryReceiptConfig_{FeatureFlagStatus::disabled};
+};
+
+}  // namespace AppGroupSDK

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "AppGroupSDK/records/FeatureConfigDetail.h"
+#include "AppGroupSDK/records/ModelStore.h"
+
+namespace AppGroupSDK {
+
+using FeatureConfigDetailFetchResult = DataStoreResult<FeatureConfigDetail>;
+using FeatureConfigDetailStoreProtocol = ModelStoreProtocol<FeatureConfigDetail>;
+using FeatureConfigDetailStore = ModelStore<FeatureConfigDetail>;
+
+}  // namespace AppGroupSDK

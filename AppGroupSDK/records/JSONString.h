@@ -1,0 +1,13 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/foundation/Value.h"
+
+namespace AppGroupSDK {
+
+// A dictionary as pretty-printed JSON; nothing when it holds what JSON cannot.
+std::optional<std::string> jsonString(const platform::Dictionary& dictionary);
+
+}  // namespace AppGroupSDK

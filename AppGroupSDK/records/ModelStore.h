@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/store/AppGroupDataStore.h"
+#include "AppGroupSDK/store/AppGroupModuleDataStore.h"
+
+namespace AppGroupSDK {
+
+// Keeps one kind of record: the base record, and that of one module and application id. Any thread; blocks
+// until the file operation is done.
+template <DataStoreModelable Model>
+class ModelStoreProtocol {
+ public:
+  virtual ~ModelStoreProtocol() = default;
+
+  virtual DataStoreResult<Model> fetchModelData() const = 0;
+  virtual DataStoreStatus saveModelData(const Model& model) const = 0;
+  // `moduleStoreUnavailable` on a store that was made without a module.
+  virtual DataStoreResult<Model> fetchModuleScopedModelData() const = 0;
+  virtual DataStoreStatus saveModuleScopedModelData(const Model& model) const = 0;
+};
+
+// The same in the shared container.
+template <DataStoreModelable Model>
+class ModelStore final : public ModelStoreProtocol<Model> {
+ public:
+  ModelStore() = default;
+  // A raw value that is no module stops the process.
+  ModelStore(ExtensionModuleName module, std::string_view appId)
+      : moduleDataStore_(std::in_place, stringValue(module), appId) {}
+
+  DataStoreResult<Model> fetchModelData() const override { return dataStore_.template fetch<Model>(); }
+  DataStoreStatus saveModelData(const Model& model) const override { return dataStore_.save(model); }
+
+  DataStoreResult<Model> fetchModuleScopedModelData() const override {
+    if (!moduleDataStore_) return {DataStoreStatus::moduleStoreUnavailable, std::nullopt};
+    return moduleDataStore_->template fetch<Model>();
+  }
+  DataStoreStatus saveModuleScopedModelData(const Model& model) const override {
+    return moduleDataStore_ ? moduleDataStore_->save(model) : DataStoreStatus::moduleStoreUnavailable;
+  }
+
+ private:
+  AppGroupDataStore dataStore_;
+  std::optional<AppGroupModuleDataStore> moduleDataStore_;
+};
+
+}  // namespace AppGroupSDK

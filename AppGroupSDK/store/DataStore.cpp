@@ -1,0 +1,18 @@
+#include "AppGroupSDK/store/DataStore.h"
+
+#include <utility>
+
+namespace AppGroupSDK {
+
+DataStore::DataStore(std::unique_ptr<const DataStoreDirectoryProviding> directoryProvider,
+                     std::unique_ptr<const DataStoreSaving> dataSaver)
+    : directoryProvider_(std::move(directoryProvider)), dataSaver_(std::move(dataSaver)) {}
+
+platform::Result<platform::URL, DataStoreStatus> DataStore::locate(std::string_view baseName) const {
+  const auto container = directoryProvider_->containerURL();
+  if (!container) return DataStoreStatus::containerUnavailable;
+  if (!container->isFileURL()) return DataStoreStatus::containerNotFileURL;
+  return container->appendingPathComponent(fileName(baseName));
+}
+
+}  // namespace AppGroupSDK

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "platform/foundation/Data.h"
+#include "platform/foundation/URL.h"
+
+namespace AppGroupSDK {
+
+// Puts whole files into place and reads them back. Blocks until it is done; any thread.
+class DataStoreSaving {
+ public:
+  virtual ~DataStoreSaving() = default;
+  virtual bool write(std::string_view bytes, const platform::URL& destination) const = 0;
+  // Nothing when the file is missing or cannot be read.
+  virtual std::optional<platform::Data> read(const platform::URL& source) const = 0;
+};
+
+}  // namespace AppGroupSDK

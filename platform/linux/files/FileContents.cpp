@@ -48,8 +48,8 @@ std::optional<Data> readContents(const URL& file) {
     const auto read = retryInterrupted(
         [&] { return ::read(descriptor.get(), bytes.data() + count, bytes.size() - count); });
     if (read < 0) return std::nullopt;
-    if (read == 0) break;
     count += static_cast<std::size_t>(read);
+    if (read == 0 || count == *size) break;
     if (count > kMaxFileContents) return std::nullopt;
     if (count == bytes.size()) bytes.resize(std::min(2 * count, kMaxFileContents + 1));
   }

@@ -7,12 +7,12 @@
 
 namespace platform::linux_ {
 
-// The path of a file URL; nothing for any other URL, or when the path holds a NUL, where the system would cut
-// it.
+// The absolute path of a file URL; nothing for any other URL, or when the path holds a NUL, where the system
+// would cut it.
 inline std::optional<std::string> filePath(const URL& url) {
   if (!url.isFileURL()) return std::nullopt;
   std::string path = url.filePath();
-  if (path.find('\0') != std::string::npos) return std::nullopt;
+  if (!path.starts_with('/') || path.find('\0') != std::string::npos) return std::nullopt;
   return path;
 }
 

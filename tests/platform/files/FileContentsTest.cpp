@@ -50,7 +50,9 @@ TEST_F(FileContents, ReadsAndWritesRegularFilesOnly) {
   EXPECT_FALSE(readContents(URL::file("/dev/zero")));
   EXPECT_FALSE(writeContents("x", URL::file("/dev/null")));
   EXPECT_FALSE(readContents(file("missing")));
-  EXPECT_FALSE(readContents(*URL::parse("https://example.com/record")));
+  for (const auto* url : {"https://example.com/record", "file:record", "file:"}) {
+    EXPECT_FALSE(readContents(*URL::parse(url))) << url;
+  }
 }
 
 TEST_F(FileContents, RefusesFilesTooLargeForARecord) {

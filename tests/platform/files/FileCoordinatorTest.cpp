@@ -120,9 +120,10 @@ TEST_F(FileCoordinatorTest, FailsWhereNothingCanBeWritten) {
   EXPECT_EQ(replace(std::string(300, 'x'), "x"), Outcome::failed);
   EXPECT_EQ(replace(std::string("record\0", 7), "x"), Outcome::failed);
   EXPECT_EQ(replace("..", "x"), Outcome::failed);
-  EXPECT_EQ(coordinator_.coordinateWritingForReplacing(*URL::parse("https://example.com/record"),
-                                                       [](const URL&) { return true; }),
-            Outcome::failed);
+  for (const auto* other : {"https://example.com/record", "file:record"}) {
+    EXPECT_EQ(coordinator_.coordinateWritingForReplacing(*URL::parse(other), [](const URL&) { return true; }),
+              Outcome::failed);
+  }
   EXPECT_EQ(names(), std::vector<std::string>{"directory"});
 }
 

@@ -1,0 +1,152 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "AppGroupSDK/records/DeliveryReceiptsModelStore.h"
+#include "AppGroupSDK/records/FeatureConfigDetailStore.h"
+#include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
+#include "AppGroupSDK/store/DataStoreFileCoordinatorSaver.h"
+#include "tests/AppGroupSDK/HostBundle.h"
+
+namespace AppGroupSDK {
+namespace {
+
+using platform::URL;
+
+const FeatureConfigDetail kEnabled{DeliveryReceiptConfig(FeatureFlagStatus::enabled)};
+constexpr const char* kFile = "com.veltro.qx.extensionsdk.featureConfigDetail.data";
+
+class FixedDirectory final : public DataStoreDirectoryProviding {
+ public:
+  explicit FixedDirectory(std::optional<URL> url) : url_(std::move(url)) {}
+  std::optional<URL> containerURL() const override { return url_; }
+
+ private:
+  std::optional<URL> url_;
+};
+
+AppGroupDataStore makeStore(std::optional<URL> container) {
+  return {std::make_unique<FixedDirectory>(std::move(container)),
+          std::make_unique<DataStoreFileCoordinatorSaver>()};
+}
+
+TEST(DataStore, SaysWhyThereIsNoContainer) {
+  const auto missing = makeStore(std::nullopt);
+  EXPECT_EQ(missing.save(kEnabled), DataStoreStatus::containerUnavailable);
+  EXPECT_EQ(missing.fetch<FeatureConfigDetail>().status(), DataStoreStatus::containerUnavailable);
+
+  const auto remote = makeStore(URL::parse("https://example.com/container"));
+  EXPECT_EQ(remote.save(kEnabled), DataStoreStatus::containerNotFileURL);
+  EXPECT_EQ(remote.fetch<FeatureConfigDetail>().status(), DataStoreStatus::containerNotFileURL);
+}
+
+TEST(DataStore, KeepsOneRecordPerFile) {
+  const support::HostBundle host;
+  const AppGroupDataStore store;
+  EXPECT_EQ(store.fetch<FeatureConfigDetail>().status(), DataStoreStatus::noData);
+  EXPECT_EQ(store.save(FeatureConfigDetail(DeliveryReceiptConfig(FeatureFlagStatus::disabled))),
+            DataStoreStatus::success);
+  EXPECT_EQ(store.save(kEnabled), DataStoreStatus::success);
+
+  const auto fetched = store.fetch<FeatureConfigDetail>();
+  EXPECT_EQ(fetched.status(), DataStoreStatus::success);
+  EXPECT_EQ(fetched.value(), kEnabled);
+  EXPECT_EQ(host.files(), std::vector<std::string>{kFile});
+}
+
+TEST(DataStore, LeavesForeignFilesAlone) {
+  const support::HostBundle host;
+  const AppGroupDataStore store;
+  for (const auto* content : {"", "{}", "[]", "{\"deliveryReceiptConfig\":", "\x7f\x45LF",
+                              "{\"deliveryReceiptConfig\":{\"featureFlag\":2}}"}) {
+    host.write(kFile, content);
+    const auto fetched = store.fetch<FeatureConfigDetail>();
+    EXPECT_EQ(fetched.status(), DataStoreStatus::decodingFailed) << content;
+    EXPECT_FALSE(fetched.value());
+    EXPECT_EQ(DataStoreFileCoordinatorSaver().read(URL::file(host.file(kFile)))->view(), content);
+  }
+}
+
+TEST(DataStore, WritesNothingThatIsNotJSON) {
+  const support::HostBundle host;
+  const DeliveryReceiptPNModel undated("u", "m", std::nullopt, "t", std::numeric_limits<double>::quiet_NaN(),
+                                       std::nullopt, PNStatus::pending);
+  EXPECT_EQ(AppGroupDataStore().save(DeliveryReceiptsModel({undated})), DataStoreStatus::encodingFailed);
+  EXPECT_TRUE(host.files().empty());
+}
+
+TEST(ModuleDataStore, NamesFilesByTrimmedModuleAndApplicationId) {
+  constexpr const char* kBase = "com.veltro.qx.extensionsdk.featureConfigDetail.";
+  const std::pair<const char*, const char*> cases[] = {
+      {"abc-1", "quorixEngagement.abc-1.data"},
+      {" \t\r\n abc-1\xE3\x80\x80\xC2\xA0\n", "quorixEngagement.abc-1.data"},
+      {"a b", "quorixEngagement.a b.data"},
+      {"", "quorixEngagement..data"},
+      {"\n", "quorixEngagement..data"},
+      {"50%?#", "quorixEngagement.50%?#.data"},
+      {"x.data", "quorixEngagement.x.data.data"},
+  };
+  for (const auto& [appId, name] : cases) {
+    const support::HostBundle host;
+    const AppGroupModuleDataStore store(" quorixEngagement\n", appId);
+    EXPECT_EQ(store.save(kEnabled), DataStoreStatus::success) << appId;
+    EXPECT_EQ(store.fetch<FeatureConfigDetail>().value(), kEnabled);
+    EXPECT_EQ(host.files(), std::vector<std::string>{std::string(kBase) + name});
+  }
+}
+
+TEST(ModuleDataStore, NeverWritesOutsideTheContainer) {
+  for (const std::string& appId :
+       {std::string("/../../x"), std::string("a/b"), std::string("a\0b", 3), std::string(250, 'a')}) {
+    const support::HostBundle host;
+    const AppGroupModuleDataStore store("quorixEngagement", appId);
+    EXPECT_EQ(store.save(kEnabled), DataStoreStatus::writeFailed) << appId;
+    EXPECT_EQ(store.fetch<FeatureConfigDetail>().status(), DataStoreStatus::noData);
+    EXPECT_TRUE(host.files().empty());
+  }
+}
+
+// The system grants every lock that a test can ask for, so a refusal has to be played.
+class RefusingCoordinator final : public platform::FileCoordinator {
+ public:
+  Outcome coordinateWritingForReplacing(const URL&, const WritingAccessor&) const override {
+    return Outcome::calledOff;
+  }
+  void coordinateReading(const URL&, const ReadingAccessor&) const override {}
+};
+
+TEST(FileCoordinatorSaver, CountsAWriteThatIsCalledOffAsWritten) {
+  const support::HostBundle host;
+  const AppGroupDataStore store(
+      std::make_unique<AppGroupDirectoryProvider>(),
+      std::make_unique<DataStoreFileCoordinatorSaver>(std::make_unique<RefusingCoordinator>()));
+  EXPECT_EQ(store.save(kEnabled), DataStoreStatus::success);
+  EXPECT_EQ(store.fetch<FeatureConfigDetail>().status(), DataStoreStatus::noData);
+  EXPECT_TRUE(host.files().empty());
+}
+
+// The bundle is read once, so each of these runs in a process of its own.
+void exitWithStatusUnder(const std::string& plistEntries) {
+  const support::HostBundle host(plistEntries);
+  const AppGroupDataStore store;
+  const auto status = store.save(kEnabled);
+  const bool consistent = store.fetch<FeatureConfigDetail>().status() == status && host.files().empty();
+  std::exit(consistent ? static_cast<int>(status) : 100);
+}
+
+TEST(AppGroupDirectoryDeathTest, NeedsABundleThatNamesAnExistingContainer) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (const auto* entries : {"", "<key>VT_QUORIX_APP_GROUP_KEY</key><integer>7</integer>",
+                              "<key>VT_QUORIX_APP_GROUP_KEY</key><string>group.missing</string>",
+                              "<key>VT_QUORIX_APP_GROUP_KEY</key><string>../tmp</string>"}) {
+    EXPECT_EXIT(exitWithStatusUnder(entries),
+                testing::ExitedWithCode(static_cast<int>(DataStoreStatus::containerUnavailable)), "")
+        << entries;
+  }
+}
+
+}  // namespace
+}  // namespace AppGroupSDK

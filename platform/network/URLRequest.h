@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,11 +30,13 @@ class URLRequest {
   std::string httpMethod = "GET";
   std::optional<Data> httpBody;
 
-  // Replaces a field of the same name, whatever its letter case.
+  // Replaces a field of the same name, whatever its letter case. Line breaks in the value become spaces; a
+  // name that no header section can hold is ignored.
   void setValueForHTTPHeaderField(std::string_view value, std::string_view field);
+  void removeHeadersExcept(std::initializer_list<std::string_view> kept);
   const std::vector<Header>& headers() const { return headers_; }
 
-  // Method, URL without credentials, header names and body size: never a header's value.
+  // Method, URL without credentials and query, header names and body size: never a header's value.
   std::string description() const;
 
  private:

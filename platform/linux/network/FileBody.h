@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "platform/linux/network/ResponseBody.h"
+#include "platform/linux/network/SessionDirectory.h"
+
+namespace platform::network {
+
+// Streams the answer into a new file of the session's directory.
+class FileBody final : public ResponseBody {
+ public:
+  explicit FileBody(std::shared_ptr<SessionDirectory> directory) : directory_(std::move(directory)) {}
+  ~FileBody() override { discard(); }
+  FileBody(const FileBody&) = delete;
+  FileBody& operator=(const FileBody&) = delete;
+
+  std::optional<URLError> expect(std::size_t) override { return std::nullopt; }
+  std::optional<URLError> append(std::string_view bytes) override;
+  std::optional<URLError> finish() override;
+
+  // REQUIRES: finish() has been called without an error.
+  URL url() const { return URL::file(path_); }
+  // Removes the file, unless it has been moved away, and lets go of the directory.
+  void discard();
+
+ private:
+  std::optional<URLError> open();
+
+  std::shared_ptr<SessionDirectory> directory_;
+  std::string path_;
+  int file_ = -1;
+};
+
+}  // namespace platform::network

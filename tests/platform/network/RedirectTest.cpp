@@ -1,0 +1,98 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/network/URLSession.h"
+#include "tests/platform/network/Exchange.h"
+#include "tools/backend/LoopbackServer.h"
+
+namespace platform {
+namespace {
+
+using backend::LoopbackServer;
+using backend::Request;
+using backend::Response;
+using Code = URLError::Code;
+
+// Sends "/to?<target>" on to the target, answers anything else itself.
+LoopbackServer redirecting(int status) {
+  return LoopbackServer({.handler = [status](const Request& request) -> std::optional<Response> {
+    if (!request.path.starts_with("/to?")) return std::nullopt;
+    Response response = Response::redirect(status, request.path.substr(4));
+    response.body = "moved";
+    return response;
+  }});
+}
+
+URLRequest secretPost(const std::string& url) {
+  URLRequest request = requestTo(url);
+  request.httpMethod = "POST";
+  request.httpBody = Data("body");
+  request.setValueForHTTPHeaderField("token", "Authorization");
+  request.setValueForHTTPHeaderField("text/plain", "Content-Type");
+  request.setValueForHTTPHeaderField("agent", "User-Agent");
+  return request;
+}
+
+TEST(RedirectTest, MethodAndBodyFollowTheStatus) {
+  const std::pair<int, bool> table[] = {{301, false}, {302, false}, {303, false}, {307, true}, {308, true}};
+  for (const auto& [status, kept] : table) {
+    LoopbackServer server = redirecting(status);
+    URLSession session({});
+    const auto outcome = load(session, secretPost(server.url("/to?/final")));
+    EXPECT_EQ(outcome.data, Data("{}"));
+    EXPECT_EQ(outcome.response->url().absoluteString(), server.url("/final"));
+    const Request last = server.requests().at(1);
+    EXPECT_EQ(last.path, "/final");
+    EXPECT_EQ(last.method, kept ? "POST" : "GET") << status;
+    EXPECT_EQ(last.body, kept ? "body" : "") << status;
+    EXPECT_EQ(last.header("Authorization"), "token");
+  }
+}
+
+TEST(RedirectTest, AnotherOriginGetsNoneOfTheRequestsOwnHeaders) {
+  LoopbackServer other;
+  LoopbackServer server = redirecting(307);
+  const std::string otherName = "http://localhost:" + std::to_string(server.port()) + "/final";
+  URLSession session({});
+  for (const std::string& target : {other.url("/final"), otherName}) {
+    EXPECT_EQ(load(session, secretPost(server.url("/to?" + target))).status(), 200);
+    const Request last = target == otherName ? server.requests().back() : other.requests().back();
+    EXPECT_EQ(last.path, "/final");
+    EXPECT_EQ(last.header("Authorization"), std::nullopt);
+    EXPECT_EQ(last.header("Content-Type"), "text/plain");
+    EXPECT_EQ(last.header("User-Agent"), "agent");
+    EXPECT_EQ(last.body, "body");
+  }
+  // Nor does the way back restore them.
+  load(session,
+       secretPost(server.url("/to?" + otherName.substr(0, otherName.size() - 6) + "/to?" + server.url())));
+  EXPECT_EQ(server.requests().back().path, "/");
+  EXPECT_EQ(server.requests().back().header("Authorization"), std::nullopt);
+}
+
+TEST(RedirectTest, OnlyWherePlainRequestsMayGo) {
+  const LoopbackServer server = redirecting(302);
+  const std::pair<const char*, Code> table[] = {
+      {"ftp://127.0.0.1/a", Code::unsupportedURL},           {"file:///etc/passwd", Code::unsupportedURL},
+      {"http://example.invalid/", Code::insecureConnection}, {"//example.invalid/", Code::insecureConnection},
+      {"http://127.0.0.1:1/", Code::cannotConnect},
+  };
+  for (const auto& [target, code] : table) {
+    EXPECT_EQ(load(server.url(std::string("/to?") + target)).code(), code) << target;
+  }
+}
+
+TEST(RedirectTest, TwentyAreFollowedAndNoMore) {
+  LoopbackServer server({.handler = [](const Request& request) -> std::optional<Response> {
+    const int left = std::stoi(request.path.substr(1));
+    if (left == 0) return std::nullopt;
+    return Response::redirect(302, std::to_string(left - 1));
+  }});
+  EXPECT_EQ(load(server.url("/20")).status(), 200);
+  EXPECT_EQ(load(server.url("/21")).code(), Code::tooManyRedirects);
+}
+
+}  // namespace
+}  // namespace platform

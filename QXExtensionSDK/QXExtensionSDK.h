@@ -1,0 +1,28 @@
+#pragma once
+
+// All that a host's service extension needs, under the names that its runtime knows.
+
+#include "QXExtensionSDK/payload/VTQXUtility.h"
+#include "QXExtensionSDK/runtime/ClientCalling.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/NotificationServiceWorker.h"
+#include "QXExtensionSDK/runtime/VTNotificationServiceConfig.h"
+#include "QXExtensionSDK/runtime/VTQXNotificationService.h"
+#include "QXExtensionSDK/runtime/Version.h"
+#include "platform/foundation/Exception.h"
+#include "platform/notifications/ServiceExtensionMain.h"
+
+namespace QXExtensionSDK {
+
+using VTQXNotificationServiceConfig = VTNotificationServiceConfig;
+
+// The runtime's names for what only the framework's own entry classes use.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+using _VTQX_Internal_Logger = Logger;
+using _VTQX_Internal_NotificationServiceWorker = NotificationServiceWorker;
+using _VTQX_Internal_NotificationServiceWorking = NotificationServiceWorking;
+using _VTQX_Internal_ClientCalling = ClientCalling;
+using _VTQX_Internal_VTQXUtility = VTQXUtility;
+// NOLINTEND(bugprone-reserved-identifier)
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "QXExtensionSDK/decoration/ButtonRegistrationDecorator.h"
+#include "QXExtensionSDK/runtime/AsyncProcessing.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/ServiceExtensionConfigProviding.h"
+#include "QXExtensionSDK/runtime/UserInfoDecorating.h"
+
+namespace QXExtensionSDK {
+
+// Changes the content of this system's pushes: inflates the rich features, then attaches the thumbnail. Other
+// senders' pushes pass untouched.
+class AdvancedPushProcessor final : public AsyncProcessing, public ConfigurableVtqxProcessing {
+ public:
+  AdvancedPushProcessor(std::unique_ptr<const SyncUserInfoDecorator> decompressionDecorator,
+                        ButtonRegistrationDecorator buttonRegistrationDecorator,
+                        std::unique_ptr<const AsyncUserInfoDecorator> attachmentDecorator,
+                        const Logger& logger);
+
+  void setConfigDelegate(std::weak_ptr<const ServiceExtensionConfigProviding> delegate) override;
+  void process(const std::shared_ptr<const platform::UNNotificationRequest>& request,
+               const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+               ProcessingCompletion completion) override;
+  std::string_view description() const override { return "AdvancedPushProcessor"; }
+
+ private:
+  bool shouldShowThumbnail() const;
+
+  std::weak_ptr<const ServiceExtensionConfigProviding> configDelegate_;
+  const std::unique_ptr<const SyncUserInfoDecorator> decompressionDecorator_;
+  const ButtonRegistrationDecorator buttonRegistrationDecorator_;
+  const std::unique_ptr<const AsyncUserInfoDecorator> attachmentDecorator_;
+  const Logger& logger_;
+};
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,56 @@
+#include "QXExtensionSDK/decoration/CarouselAttachmentDecorator.h"
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "QXExtensionSDK/runtime/Logger.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+constexpr auto kAttachmentIdentifier = "SomeAttachmentId";
+
+void attachFile(const platform::URL& file, platform::UNMutableNotificationContent& content) {
+  auto attachment = platform::UNNotificationAttachment::make(kAttachmentIdentifier, file);
+  if (!attachment) {
+    Logger::service().debug(LogCategory::carouselAttachment,
+                            "Attachment creation failure: ", attachment.error());
+    std::error_code ignored;
+    std::filesystem::remove(file.filePath(), ignored);
+    return;
+  }
+  content.setAttachments({*std::move(attachment)});
+}
+
+}  // namespace
+
+CarouselAttachmentDecorator::CarouselAttachmentDecorator(std::unique_ptr<const MediaURLExtractable> extractor,
+                                                         std::unique_ptr<MediaDownloader> downloader)
+    : extractor_(std::move(extractor)), downloader_(std::move(downloader)) {}
+
+void CarouselAttachmentDecorator::decorate(
+    const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+    const platform::Dictionary& richFeatures, UserInfoChanges changes,
+    ProcessingCompletion completion) const {
+  const auto url = extractor_->mediaURL(richFeatures);
+  if (!url) {
+    Logger::service().debug(LogCategory::carouselAttachment, "Carousel Media URL Extraction Failure");
+    completion(std::move(changes));
+    return;
+  }
+  // The download may outlive this object, so the completion holds all that it needs.
+  downloader_->download(*url, [content, changes = std::move(changes),
+                               completion = std::move(completion)](const std::optional<platform::URL>& file) {
+    if (file) attachFile(*file, *content);
+    completion(changes);
+  });
+}
+
+void CarouselAttachmentDecorator::attach(const platform::URL& file,
+                                         platform::UNMutableNotificationContent& content) const {
+  attachFile(file, content);
+}
+
+}  // namespace QXExtensionSDK

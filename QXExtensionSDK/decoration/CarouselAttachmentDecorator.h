@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+
+#include "QXExtensionSDK/decoration/MediaDownloader.h"
+#include "QXExtensionSDK/decoration/MediaURLExtractable.h"
+#include "QXExtensionSDK/runtime/UserInfoDecorating.h"
+
+namespace QXExtensionSDK {
+
+// Makes a local file the notification's only attachment. Any thread.
+class NotificationAttachmentDecorator {
+ public:
+  virtual ~NotificationAttachmentDecorator() = default;
+  // On failure the content stays as it is and the file is removed.
+  virtual void attach(const platform::URL& file, platform::UNMutableNotificationContent& content) const = 0;
+};
+
+// Shows the carousel's first image as the notification's thumbnail. Whatever fails on the way, the
+// notification goes on without one.
+class CarouselAttachmentDecorator final : public AsyncUserInfoDecorator,
+                                          public NotificationAttachmentDecorator {
+ public:
+  CarouselAttachmentDecorator(std::unique_ptr<const MediaURLExtractable> extractor,
+                              std::unique_ptr<MediaDownloader> downloader);
+
+  void decorate(const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+                const platform::Dictionary& richFeatures, UserInfoChanges changes,
+                ProcessingCompletion completion) const override;
+  void attach(const platform::URL& file, platform::UNMutableNotificationContent& content) const override;
+
+ private:
+  const std::unique_ptr<const MediaURLExtractable> extractor_;
+  const std::unique_ptr<MediaDownloader> downloader_;
+};
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,71 @@
+#include "QXExtensionSDK/decoration/DecompressStrategy.h"
+
+#include <span>
+#include <utility>
+
+#include "platform/compression/Compression.h"
+#include "platform/foundation/Base64.h"
+#include "platform/foundation/UTF8.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+// The destination buffer of one payload; says when it goes.
+class InflateBuffer {
+ public:
+  InflateBuffer(std::size_t capacity, const Logger& logger)
+      : bytes_(new std::byte[capacity]), capacity_(capacity), logger_(logger) {}
+  ~InflateBuffer() { logger_.debug(LogCategory::decompression, "Deflate: Deallocating destination buffer"); }
+  InflateBuffer(const InflateBuffer&) = delete;
+  InflateBuffer& operator=(const InflateBuffer&) = delete;
+
+  std::span<std::byte> bytes() const { return {bytes_.get(), capacity_}; }
+  std::string_view text(std::size_t count) const {
+    return {reinterpret_cast<const char*>(bytes_.get()), count};
+  }
+
+ private:
+  const std::unique_ptr<std::byte[]> bytes_;
+  const std::size_t capacity_;
+  const Logger& logger_;
+};
+
+std::optional<std::string> inflatedText(const InflateBuffer& buffer, std::size_t count,
+                                        const Logger& logger) {
+  if (count == 0) {
+    logger.error(LogCategory::decompression, "Deflate: Returning nil as decoded char count is zero");
+    return std::nullopt;
+  }
+  const std::string_view text = buffer.text(count);
+  if (!platform::isValidUTF8(text)) return std::nullopt;
+  return std::string(text);
+}
+
+}  // namespace
+
+DeflateDecompressStrategy::DeflateDecompressStrategy(
+    const Logger& logger, std::unique_ptr<const DeflateBufferCapacityProvider> capacityProvider)
+    : logger_(logger), capacityProvider_(std::move(capacityProvider)) {}
+
+std::optional<std::string> DeflateDecompressStrategy::decompress(std::string_view text) const {
+  logger_.debug(LogCategory::decompression, "Deflate: Decompression start");
+  const auto compressed = platform::decodeBase64(text);
+  if (!compressed) {
+    logger_.error(LogCategory::decompression, "Deflate: Base64 decoding failed");
+    return std::nullopt;
+  }
+  const InflateBuffer buffer(capacityProvider_->capacity(), logger_);
+  const std::size_t count = platform::compression_decode_buffer(buffer.bytes(), compressed->bytes(),
+                                                                platform::CompressionAlgorithm::zlib);
+  logger_.debug(LogCategory::decompression, "Deflate: Decoded char count=", count);
+  if (count >= buffer.bytes().size()) {
+    logger_.error(LogCategory::decompression, "Deflate: Possible buffer overflow while decompressing");
+    return std::nullopt;
+  }
+  auto inflated = inflatedText(buffer, count, logger_);
+  logger_.debug(LogCategory::decompression, "Deflate: Decompression success");
+  return inflated;
+}
+
+}  // namespace QXExtensionSDK

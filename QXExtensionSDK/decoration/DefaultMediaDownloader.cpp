@@ -1,0 +1,79 @@
+#include "QXExtensionSDK/decoration/DefaultMediaDownloader.h"
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "platform/foundation/Result.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+using platform::Error;
+using platform::Result;
+using platform::URL;
+
+constexpr auto kTimeout = std::chrono::seconds(15);
+
+bool isSuccess(const platform::URLResponse* response) {
+  const auto* http = dynamic_cast<const platform::HTTPURLResponse*>(response);
+  return http != nullptr && http->statusCode() >= 200 && http->statusCode() <= 299;
+}
+
+// A name from outside may be anything; only one that stays in the directory will do.
+bool isPlainFileName(const std::string& name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+         name.find('\0') == std::string::npos;
+}
+
+Result<URL> moveBeside(const URL& temporary, const URL& remote) {
+  const std::string name = remote.lastPathComponent();
+  if (!isPlainFileName(name)) return Error{"the remote name is no file name"};
+  const std::filesystem::path source = temporary.filePath();
+  const std::filesystem::path destination = source.parent_path() / name;
+  std::error_code error;
+  std::filesystem::remove(destination, error);
+  if (!error) std::filesystem::rename(source, destination, error);
+  if (error) return Error{error.message()};
+  return URL::file(destination.native());
+}
+
+std::optional<URL> takeFile(const URL& remote, const std::optional<URL>& temporary,
+                            const platform::URLResponse* response,
+                            const std::optional<platform::URLError>& error) {
+  const Logger& logger = Logger::service();
+  if (error) {
+    logger.debug(LogCategory::carouselAttachment, "Attachment media download error: ", *error);
+    return std::nullopt;
+  }
+  if (!temporary || !isSuccess(response)) return std::nullopt;
+  auto moved = moveBeside(*temporary, remote);
+  if (!moved) {
+    logger.debug(LogCategory::carouselAttachment, "Attachment media remove/move error: ", moved.error());
+    return std::nullopt;
+  }
+  return *std::move(moved);
+}
+
+}  // namespace
+
+DefaultMediaDownloader::DefaultMediaDownloader()
+    : session_({.timeoutIntervalForRequest = kTimeout, .timeoutIntervalForResource = kTimeout}) {}
+
+void DefaultMediaDownloader::download(const URL& remote, Completion completion) {
+  const auto task = session_.downloadTask(
+      platform::URLRequest(remote),
+      [remote, completion = std::move(completion)](
+          const std::optional<URL>& temporary, const std::shared_ptr<const platform::URLResponse>& response,
+          const std::optional<platform::URLError>& error) {
+        completion(takeFile(remote, temporary, response.get(), error));
+      });
+  task->resume();
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,34 @@
+#include "QXExtensionSDK/decoration/DefaultModuleProvider.h"
+
+#include "QXExtensionSDK/decoration/AdvancedPushProcessor.h"
+#include "QXExtensionSDK/decoration/CarouselAttachmentDecorator.h"
+#include "QXExtensionSDK/decoration/DecompressionDecorator.h"
+#include "QXExtensionSDK/decoration/DefaultMediaDownloader.h"
+#include "QXExtensionSDK/runtime/ClientExecutionProcessor.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+std::unique_ptr<AsyncProcessing> makeAdvancedPushProcessor() {
+  const Logger& logger = Logger::service();
+  return std::make_unique<AdvancedPushProcessor>(
+      std::make_unique<const DecompressionDecorator>(
+          logger, std::make_unique<const ConcreteDecompressionContext>(logger)),
+      ButtonRegistrationDecorator(logger),
+      std::make_unique<const CarouselAttachmentDecorator>(std::make_unique<const CarouselMediaURLExtractor>(),
+                                                          std::make_unique<DefaultMediaDownloader>()),
+      logger);
+}
+
+}  // namespace
+
+std::vector<std::unique_ptr<AsyncProcessing>> DefaultModuleProvider::processors() const {
+  std::vector<std::unique_ptr<AsyncProcessing>> processors;
+  processors.push_back(std::make_unique<ClientExecutionProcessor>());
+  processors.push_back(makeAdvancedPushProcessor());
+  return processors;
+}
+
+}  // namespace QXExtensionSDK

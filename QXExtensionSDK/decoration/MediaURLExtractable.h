@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/foundation/URL.h"
+#include "platform/foundation/Value.h"
+
+namespace QXExtensionSDK {
+
+// Finds the media to show as thumbnail in a rich-features dictionary. Any thread.
+class MediaURLExtractable {
+ public:
+  virtual ~MediaURLExtractable() = default;
+  virtual std::optional<platform::URL> mediaURL(const platform::Dictionary& richFeatures) const = 0;
+};
+
+// The first panel's image, read straight from the payload without building the model.
+class CarouselMediaURLExtractor final : public MediaURLExtractable {
+ public:
+  std::optional<platform::URL> mediaURL(const platform::Dictionary& richFeatures) const override;
+};
+
+}  // namespace QXExtensionSDK

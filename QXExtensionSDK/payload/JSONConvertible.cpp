@@ -1,0 +1,21 @@
+#include "QXExtensionSDK/payload/JSONConvertible.h"
+
+#include "platform/foundation/JSON.h"
+
+namespace QXExtensionSDK {
+
+std::optional<std::string> JSONConvertible::jsonString(const platform::Dictionary& dictionary,
+                                                       const Logger& logger, LogCategory category) const {
+  if (!platform::isValidJSONObject(dictionary)) {
+    logger.error(category, "Dictionary is not valid json convertible object");
+    return std::nullopt;
+  }
+  auto text = platform::writeJSON(dictionary, platform::JSONStyle::pretty);
+  if (!text) {
+    logger.error(category, "Can't convert dictionary to data object");
+    return std::nullopt;
+  }
+  return *std::move(text);
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "platform/foundation/Value.h"
+
+namespace QXExtensionSDK {
+
+// The ability to turn a dictionary into pretty-printed JSON text. Any thread.
+class JSONConvertible {
+ public:
+  virtual ~JSONConvertible() = default;
+
+  // Nothing, after one error line under the given logger and category, for a dictionary that JSON cannot
+  // hold.
+  virtual std::optional<std::string> jsonString(const platform::Dictionary& dictionary, const Logger& logger,
+                                                LogCategory category) const;
+};
+
+}  // namespace QXExtensionSDK

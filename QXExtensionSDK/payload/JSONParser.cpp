@@ -1,0 +1,34 @@
+#include "QXExtensionSDK/payload/JSONParser.h"
+
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "platform/foundation/JSON.h"
+
+namespace QXExtensionSDK {
+
+std::optional<std::string> JSONParser::jsonString(const platform::Dictionary& dictionary) const {
+  auto text = platform::writeJSON(dictionary, platform::JSONStyle::pretty);
+  if (!text) {
+    Logger::service().error(LogCategory::serviceGeneral,
+                            "Error converting dictionary to JSON: ", text.error());
+    return std::nullopt;
+  }
+  Logger::service().debug(LogCategory::serviceGeneral, "Conversion from dictionary to JSON: ", *text);
+  return *std::move(text);
+}
+
+std::optional<platform::Dictionary> JSONParser::dictionary(std::string_view jsonText) const {
+  const auto parsed = platform::parseJSON(jsonText);
+  if (!parsed) {
+    Logger::service().error(LogCategory::serviceGeneral,
+                            "Error converting JSON string to dictionary: ", parsed.error());
+    return std::nullopt;
+  }
+  auto dictionary = parsed->dictionary();
+  if (dictionary) {
+    Logger::service().debug(LogCategory::serviceGeneral,
+                            "Conversion from JSON string to dictionary: ", *dictionary);
+  }
+  return dictionary;
+}
+
+}  // namespace QXExtensionSDK

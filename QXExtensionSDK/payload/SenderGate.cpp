@@ -1,0 +1,15 @@
+#include "QXExtensionSDK/payload/SenderGate.h"
+
+#include "QXExtensionSDK/payload/VTQXUtility.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+
+namespace QXExtensionSDK {
+
+bool shouldProceed(const platform::UNNotificationRequest& request, std::string_view processorName) {
+  if (VTQXUtility::isVTQXPushNotification(request)) return true;
+  Logger::service().debug(LogCategory::serviceWorker,
+                          "Backing out as shouldProceed() returned false, class=", processorName);
+  return false;
+}
+
+}  // namespace QXExtensionSDK

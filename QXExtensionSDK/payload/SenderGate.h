@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/notifications/UNNotificationRequest.h"
+
+namespace QXExtensionSDK {
+
+// Whether a processor that serves this system's pushes only is to act on this one; logs when not.
+bool shouldProceed(const platform::UNNotificationRequest& request, std::string_view processorName);
+
+}  // namespace QXExtensionSDK

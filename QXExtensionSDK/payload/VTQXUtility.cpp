@@ -1,0 +1,49 @@
+#include "QXExtensionSDK/payload/VTQXUtility.h"
+
+#include <algorithm>
+
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "platform/foundation/JSON.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+constexpr std::string_view kSenderKey = "_sid";
+constexpr std::string_view kSender = "VTQX";
+
+// No other character's upper case is one of the sender's four letters, so ASCII is all there is to fold.
+char upperCase(char letter) {
+  return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+}
+
+}  // namespace
+
+std::optional<std::string> VTQXUtility::dateString(platform::Date date) {
+  auto text = platform::formatUTCMilliseconds(date);
+  if (!text) Logger::service().error(LogCategory::serviceGeneral, "DateString conversion failure");
+  return text;
+}
+
+std::optional<platform::Dictionary> VTQXUtility::dictionary(std::string_view text) {
+  const auto parsed = platform::parseJSON(text);
+  if (!parsed) {
+    Logger::service().error(LogCategory::serviceGeneral,
+                            "Can't convert data to dictionary, error=", parsed.error());
+    return std::nullopt;
+  }
+  return parsed->dictionary();
+}
+
+bool VTQXUtility::isVTQXPushNotification(const platform::UNNotificationRequest& request) {
+  return request.content != nullptr && isVTQXPush(request.content->userInfo());
+}
+
+bool VTQXUtility::isVTQXPush(const platform::Dictionary& userInfo) {
+  const platform::Value* sender = userInfo.find(kSenderKey);
+  if (sender == nullptr) return false;
+  const auto text = sender->string();
+  return text && std::ranges::equal(*text, kSender, {}, upperCase);
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "QXExtensionSDK/runtime/AsyncProcessing.h"
+#include "QXExtensionSDK/runtime/ClientCalling.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/ModuleProvider.h"
+#include "QXExtensionSDK/runtime/ServiceExtensionClientExecuting.h"
+#include "QXExtensionSDK/runtime/ServiceExtensionConfigProviding.h"
+#include "platform/dispatch/DispatchGroup.h"
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/notifications/UNNotificationServiceExtension.h"
+
+namespace QXExtensionSDK {
+
+// What the entry object asks of a worker. Any thread.
+class NotificationServiceWorking {
+ public:
+  virtual ~NotificationServiceWorking() = default;
+  virtual void workerDidReceive(const std::shared_ptr<const platform::UNNotificationRequest>& request,
+                                platform::ContentHandler contentHandler) = 0;
+  virtual void workerServiceExtensionTimeWillExpire() = 0;
+};
+
+// Handles one notification: runs every processor side by side on a mutable copy of the content, collects the
+// userInfo changes that they report, merges them in the order in which they were accepted and hands the
+// content back. When the time limit comes first it hands over the content as it stands, and again when the
+// processors are through after all.
+//
+// Made by make(); every operation may be called on any thread. Work that is queued keeps the worker alive.
+class NotificationServiceWorker final : public NotificationServiceWorking,
+                                        public ServiceExtensionConfigProviding,
+                                        public ServiceExtensionClientExecutionDelegate,
+                                        public std::enable_shared_from_this<NotificationServiceWorker> {
+  struct Token {};
+
+ public:
+  // Reads the host's configuration, sets the process's log level and makes the processors.
+  static std::shared_ptr<NotificationServiceWorker> make(std::weak_ptr<ClientCalling> clientCallingDelegate);
+  static std::shared_ptr<NotificationServiceWorker> make(
+      std::weak_ptr<ClientCalling> clientCallingDelegate,
+      std::unique_ptr<const ModuleProvider> moduleProvider);
+
+  NotificationServiceWorker() = delete;
+  NotificationServiceWorker(Token, std::weak_ptr<ClientCalling> clientCallingDelegate,
+                            std::unique_ptr<const ModuleProvider> moduleProvider);
+
+  // Once a worker. Without a copy of the content nothing more happens until the time limit.
+  void workerDidReceive(const std::shared_ptr<const platform::UNNotificationRequest>& request,
+                        platform::ContentHandler contentHandler) override;
+  void workerServiceExtensionTimeWillExpire() override;
+
+  VTNotificationServiceConfig clientProvideConfig() const override;
+  // Without a living client-calling delegate it logs and does not complete.
+  void clientDidReceive(const std::shared_ptr<const platform::UNNotificationRequest>& request,
+                        const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+                        ProcessingCompletion completion) override;
+
+ private:
+  // The two fields that the platform's threads write and the serial queue reads.
+  struct Delivery {
+    platform::ContentHandler contentHandler;
+    std::shared_ptr<platform::UNMutableNotificationContent> bestAttemptContent;
+  };
+
+  void adoptProcessors();
+  void start(AsyncProcessing& processor,
+             const std::shared_ptr<const platform::UNNotificationRequest>& request,
+             const std::shared_ptr<platform::UNMutableNotificationContent>& content);
+  ProcessingCompletion makeCompletion(AsyncProcessing& processor);
+  Delivery delivery() const;
+
+  // On the serial queue only.
+  void accept(AsyncProcessing& processor, UserInfoChanges changes);
+  void mergeAndDeliver() const;
+  void deliverOnExpiry() const;
+
+  mutable std::mutex deliveryMutex_;
+  Delivery delivery_;  // guarded by deliveryMutex_
+
+  std::vector<std::unique_ptr<AsyncProcessing>> processors_;  // fixed after construction
+  std::vector<platform::Dictionary> userInfoChanges_;         // serial queue only
+  const Logger& logger_;
+  const platform::DispatchGroup dispatchGroup_;
+  const platform::DispatchQueue concurrentQueue_;
+  const platform::DispatchQueue serialQueue_;
+  const std::unique_ptr<const ModuleProvider> moduleProvider_;
+  const std::weak_ptr<ClientCalling> clientCallingDelegate_;
+};
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,64 @@
+#include "QXExtensionSDK/runtime/VTQXNotificationService.h"
+
+#include <utility>
+
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "platform/dispatch/Activity.h"
+#include "platform/foundation/Exception.h"
+
+namespace QXExtensionSDK {
+
+void VTQXNotificationService::didReceiveNotificationRequest(
+    std::shared_ptr<const platform::UNNotificationRequest> request, platform::ContentHandler contentHandler) {
+  Logger::service().debug(LogCategory::serviceGeneral,
+                          "VTQXNotificationService didReceiveNotificationRequest start");
+  const std::shared_ptr<ClientCalling> self(shared_from_this(), this);
+  const auto worker = NotificationServiceWorker::make(self);
+  setInternalWorker(worker);
+  worker->workerDidReceive(request, std::move(contentHandler));
+}
+
+void VTQXNotificationService::serviceExtensionTimeWillExpire() {
+  Logger::service().debug(LogCategory::serviceGeneral,
+                          "VTQXNotificationService serviceExtensionTimeWillExpire start");
+  if (const auto worker = internalWorker()) worker->workerServiceExtensionTimeWillExpire();
+}
+
+VTNotificationServiceConfig VTQXNotificationService::vtqxProvideConfig() {
+  Logger::service().debug(LogCategory::serviceGeneral, "VTQXNotificationService vtqxProvideConfig start");
+  return VTNotificationServiceConfig::defaultConfig();
+}
+
+void VTQXNotificationService::vtqxDidReceiveRequest(
+    const std::shared_ptr<const platform::UNNotificationRequest>& /*request*/,
+    const std::shared_ptr<platform::UNMutableNotificationContent>& /*mutableContent*/,
+    ClientContentHandler contentHandler) {
+  Logger::service().debug(LogCategory::serviceGeneral, "VTQXNotificationService vtqxDidReceiveRequest start");
+  contentHandler(std::nullopt);
+}
+
+void VTQXNotificationService::callClientDidReceiveRequest(
+    const std::shared_ptr<const platform::UNNotificationRequest>& request,
+    const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
+    ClientContentHandler contentHandler) {
+  try {
+    const platform::ForeignCodeScope foreignCode;
+    vtqxDidReceiveRequest(request, mutableContent, contentHandler);
+  } catch (const platform::Exception& exception) {
+    Logger::service().error(LogCategory::serviceGeneral,
+                            "VTQXNotificationService exception in client code=", exception.reason());
+    contentHandler(std::nullopt);
+  }
+}
+
+std::shared_ptr<NotificationServiceWorking> VTQXNotificationService::internalWorker() const {
+  const std::lock_guard lock(mutex_);
+  return internalWorker_;
+}
+
+void VTQXNotificationService::setInternalWorker(std::shared_ptr<NotificationServiceWorking> worker) {
+  const std::lock_guard lock(mutex_);
+  std::swap(internalWorker_, worker);
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/Result.h"
+#include "platform/foundation/Value.h"
+#include "platform/notifications/UNNotificationRequest.h"
+
+namespace platform {
+
+// One push as text, and where it stood.
+struct PushText {
+  std::string text;
+  std::size_t line;                 // counted from 1
+  std::string source;               // names the file in an error; empty for the only one
+  std::optional<Error> unreadable;  // in place of a text
+};
+
+// Hands out pushes one after the other; called on one thread at a time.
+class PushSource {
+ public:
+  virtual ~PushSource() = default;
+  // Nothing at the end.
+  virtual std::optional<PushText> next() = 0;
+};
+
+// One push a line. Blank lines are skipped but counted; one of more than 4 MiB is unreadable.
+class PushLineSource final : public PushSource {
+ public:
+  explicit PushLineSource(std::istream& input, std::string name = {});
+
+  std::optional<PushText> next() override;
+
+ private:
+  PushText readLine();
+
+  std::istream& input_;
+  const std::string name_;
+  std::size_t line_ = 0;
+};
+
+// How a batch of pushes is answered.
+struct PushAnswering {
+  // Answers one push; called on up to `jobs` threads at once. An error takes the answer's place.
+  std::function<Result<Dictionary>(const std::shared_ptr<const UNNotificationRequest>&)> answer;
+  std::size_t jobs = 1;
+  bool pretty = false;
+  // Called after each answer with the number of pushes answered so far; one call at a time.
+  std::function<void(std::size_t)> progress;
+};
+
+// Writes one answer a push, in the order of the source, each as soon as it and all before it are there. What
+// is no push is answered with {"line": N, "error": "..."}, and with "file" when the source has a name.
+//
+// Returns the number of pushes that ended in an error.
+std::size_t answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering);
+
+}  // namespace platform

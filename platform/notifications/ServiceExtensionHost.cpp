@@ -1,0 +1,86 @@
+#include "platform/notifications/ServiceExtensionHost.h"
+
+#include <condition_variable>
+#include <optional>
+#include <utility>
+
+#include "platform/dispatch/Clock.h"
+#include "platform/notifications/NotificationJSON.h"
+
+namespace platform {
+
+namespace {
+
+constexpr auto kGraceAfterExpiry = std::chrono::seconds(1);
+
+}  // namespace
+
+// Where the first call of the content handler leaves the content. Shared with the handler, which may outlive
+// the wait.
+struct ServiceExtensionHost::Delivery {
+  std::mutex mutex;
+  std::condition_variable arrived;
+  std::optional<NotificationProperties> content;  // guarded by mutex
+
+  void accept(const UNNotificationContent& delivered) {
+    NotificationProperties properties = delivered.snapshot();
+    const std::lock_guard lock(mutex);
+    if (content) return;
+    content = std::move(properties);
+    arrived.notify_all();
+  }
+
+  bool waitUntil(Clock::TimePoint deadline) {
+    std::unique_lock lock(mutex);
+    return Clock::current().waitUntil(lock, arrived, deadline, [this] { return content.has_value(); });
+  }
+};
+
+ServiceExtensionHost::ServiceExtensionHost(ServiceExtensionFactory makeExtension,
+                                           std::chrono::duration<double> timeLimit)
+    : makeExtension_(std::move(makeExtension)),
+      timeLimit_(timeLimit),
+      entryQueue_("service.extension.entry", DispatchQueue::Attribute::concurrent) {}
+
+ServiceExtensionResult ServiceExtensionHost::run(
+    const std::shared_ptr<const UNNotificationRequest>& request) {
+  const Clock& clock = Clock::current();
+  const auto start = clock.now();
+  const auto deadline = start + std::chrono::duration_cast<Clock::Duration>(timeLimit_);
+  const auto delivery = std::make_shared<Delivery>();
+  const std::shared_ptr<UNNotificationServiceExtension> extension = makeExtension_();
+
+  // On a thread of its own, so that a host whose hooks hang still meets its time limit.
+  entryQueue_.async([extension, request, delivery] {
+    extension->didReceiveNotificationRequest(request,
+                                             [delivery](const auto& content) { delivery->accept(*content); });
+  });
+
+  auto outcome = ServiceExtensionResult::Outcome::delivered;
+  if (!delivery->waitUntil(deadline)) {
+    outcome = ServiceExtensionResult::Outcome::expired;
+    tellExpired(extension);
+    delivery->waitUntil(deadline + kGraceAfterExpiry);
+  }
+  const auto elapsed = clock.now() - start;
+  const std::lock_guard lock(delivery->mutex);
+  if (!delivery->content && request->content != nullptr) delivery->content = request->content->snapshot();
+  return {request->identifier, outcome, elapsed, delivery->content.value_or(NotificationProperties())};
+}
+
+void ServiceExtensionHost::tellExpired(const std::shared_ptr<UNNotificationServiceExtension>& extension) {
+  {
+    const std::lock_guard lock(mutex_);
+    expired_.push_back(extension);
+  }
+  entryQueue_.async([extension] { extension->serviceExtensionTimeWillExpire(); });
+}
+
+Dictionary ServiceExtensionResult::toJSON() const {
+  return {{"identifier", identifier},
+          {"outcome", outcome == Outcome::delivered ? "delivered" : "expired"},
+          {"elapsedMs", elapsed.count()},
+          {"content", notificationContentToJSON(content)}};
+}
+
+}  // namespace platform

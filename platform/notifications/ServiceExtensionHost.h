@@ -1,0 +1,53 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/foundation/Value.h"
+#include "platform/notifications/ServiceExtensionMain.h"
+#include "platform/notifications/UNNotificationServiceExtension.h"
+
+namespace platform {
+
+// What became of one notification: the content when the handler was first called.
+struct ServiceExtensionResult {
+  enum class Outcome { delivered, expired };
+
+  std::string identifier;
+  Outcome outcome;
+  std::chrono::duration<double, std::milli> elapsed;
+  NotificationProperties content;
+
+  // {"identifier", "outcome", "elapsedMs", "content"}
+  Dictionary toJSON() const;
+};
+
+// The operating system's side of a service extension: makes an object for each notification, calls its
+// entries and waits for the content. Several notifications may be handled at once, each on the thread that
+// calls.
+class ServiceExtensionHost {
+ public:
+  ServiceExtensionHost(ServiceExtensionFactory makeExtension, std::chrono::duration<double> timeLimit);
+
+  // Blocks until the content handler is first called. At the time limit the extension is told; when it has
+  // still handed nothing over a second later, the notification is shown as it came.
+  ServiceExtensionResult run(const std::shared_ptr<const UNNotificationRequest>& request);
+
+ private:
+  struct Delivery;
+
+  void tellExpired(const std::shared_ptr<UNNotificationServiceExtension>& extension);
+
+  const ServiceExtensionFactory makeExtension_;
+  const std::chrono::duration<double> timeLimit_;
+  const DispatchQueue entryQueue_;
+  std::mutex mutex_;
+  // Extensions whose processors may still be at work. Guarded by mutex_.
+  std::vector<std::shared_ptr<UNNotificationServiceExtension>> expired_;
+};
+
+}  // namespace platform

@@ -1,0 +1,66 @@
+#include "platform/notifications/ServiceExtensionMain.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstddef>
+#include <iostream>
+#include <optional>
+#include <string_view>
+
+#include "platform/dispatch/Activity.h"
+#include "platform/notifications/PushLines.h"
+#include "platform/notifications/ServiceExtensionHost.h"
+
+namespace platform {
+
+namespace {
+
+constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
+
+struct Arguments {
+  double timeLimitSeconds = 30;
+  std::size_t jobs = 1;
+};
+
+template <typename Number>
+bool readNumber(std::string_view text, Number& number) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size() && number > 0;
+}
+
+std::optional<Arguments> readArguments(int argc, const char* const* argv) {
+  Arguments arguments;
+  for (int i = 1; i < argc; i += 2) {
+    const std::string_view name = argv[i];
+    if (i + 1 == argc) return std::nullopt;
+    const bool known = name == "--time-limit" ? readNumber(argv[i + 1], arguments.timeLimitSeconds)
+                       : name == "--jobs"     ? readNumber(argv[i + 1], arguments.jobs)
+                                              : false;
+    if (!known) return std::nullopt;
+  }
+  return arguments;
+}
+
+}  // namespace
+
+int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensionFactory& makeExtension) {
+  const auto arguments = readArguments(argc, argv);
+  if (!arguments) {
+    std::cerr
+        << "usage: " << (argc > 0 ? argv[0] : "extension")
+        << " [--time-limit SECONDS] [--jobs N]  (notifications on standard input, one JSON object a line)\n";
+    return 2;
+  }
+  std::ios::sync_with_stdio(false);
+  ServiceExtensionHost host(makeExtension, std::chrono::duration<double>(arguments->timeLimitSeconds));
+  PushLineSource source(std::cin);
+  const std::size_t errors = answerPushes(
+      source, std::cout,
+      {.answer = [&](const auto& request) -> Result<Dictionary> { return host.run(request).toJSON(); },
+       .jobs = arguments->jobs,
+       .progress = nullptr});
+  Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
+  return errors == 0 ? 0 : 1;
+}
+
+}  // namespace platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+
+namespace qx {
+
+// Shows on a terminal's standard error how far a batch has come, once it has taken over a second; elsewhere
+// nothing. The line is wiped at the end.
+class Progress {
+ public:
+  explicit Progress(std::string unit);
+  ~Progress();
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  void show(std::size_t done);
+
+ private:
+  const std::string unit_;
+  const bool onTerminal_;
+  const std::chrono::steady_clock::time_point start_;
+  std::chrono::steady_clock::time_point shownLast_;
+  bool shown_ = false;
+};
+
+}  // namespace qx

@@ -1,0 +1,117 @@
+#include "tools/qx/PushCommand.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <utility>
+
+#include "platform/dispatch/Activity.h"
+#include "platform/foundation/JSON.h"
+#include "platform/notifications/NotificationJSON.h"
+#include "platform/notifications/PushLines.h"
+#include "platform/notifications/ServiceExtensionHost.h"
+#include "tools/qx/ExtensionProcess.h"
+#include "tools/qx/Progress.h"
+#include "tools/qx/PushFiles.h"
+#include "tools/qx/SimulatedHostService.h"
+#include "tools/qx/StreamLogSink.h"
+
+namespace qx {
+
+namespace {
+
+using platform::Dictionary;
+using platform::Error;
+using platform::Result;
+
+// A receipt may take 22 seconds after its push has been shown.
+constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
+
+using Answer =
+    std::function<Result<Dictionary>(const std::shared_ptr<const platform::UNNotificationRequest>&)>;
+
+std::size_t answerAll(const SimulatorOptions& simulator, const PushOptions& options, const Answer& answer) {
+  PushFiles source(options.files);
+  Progress progress("pushes");
+  return platform::answerPushes(source, std::cout,
+                                {.answer = answer,
+                                 .jobs = options.jobs,
+                                 .pretty = simulator.pretty,
+                                 .progress = [&](std::size_t answered) { progress.show(answered); }});
+}
+
+std::size_t pushToBuiltIn(const SimulatorOptions& simulator, const PushOptions& options,
+                          const HostBehaviour& host) {
+  StreamLogSink sink(std::cerr, simulator.logFormat);
+  const platform::ScopedLogSink logging(sink);
+  platform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
+                                           std::chrono::duration<double>(options.timeLimitSeconds));
+  const std::size_t errors = answerAll(simulator, options, [&](const auto& request) -> Result<Dictionary> {
+    return extension.run(request).toJSON();
+  });
+  platform::Activity::waitUntilNone(platform::Clock::current().now() + kLongestWaitForWork);
+  if (host.hang != nullptr) host.hang->open();
+  return errors;
+}
+
+// The program's own bundle, when it brings one and the user names no other.
+void preferBundleOf(const std::filesystem::path& program, const SimulatorOptions& simulator) {
+  const std::filesystem::path directory = std::filesystem::absolute(program).parent_path();
+  if (!simulator.bundle && std::filesystem::exists(directory / "Info.plist")) {
+    setenv("QX_BUNDLE", directory.c_str(), 1);
+  }
+}
+
+Result<std::size_t> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
+  preferBundleOf(*options.extension, simulator);
+  const auto process = ExtensionProcess::start(
+      *options.extension,
+      {"--time-limit", std::to_string(options.timeLimitSeconds), "--jobs", std::to_string(options.jobs)});
+  if (!process) return process.error();
+  return answerAll(simulator, options, [&](const auto& request) {
+    return (*process)->ask(platform::notificationRequestToJSON(*request));
+  });
+}
+
+Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const PushOptions& options) {
+  HostBehaviour host{.logLevel = simulator.logLevel,
+                     .showThumbnail = !options.noThumbnail,
+                     .changes = std::nullopt,
+                     .raiseReason = options.hookRaise,
+                     .hang = options.hookHang ? std::make_shared<HangGate>() : nullptr};
+  if (options.hookChanges) {
+    const auto changes = platform::parseJSON(*options.hookChanges);
+    if (changes) host.changes = changes->dictionary();
+    if (!host.changes) {
+      return Error{"--hook-changes: " + (changes ? "not a JSON object" : changes.error().message)};
+    }
+  }
+  return host;
+}
+
+int finish(const Result<std::size_t>& errors) {
+  if (!errors) {
+    std::cerr << "qx push: " << errors.error().message << '\n';
+    return 1;
+  }
+  if (*errors == 0) return 0;
+  std::cerr << "qx push: " << *errors << (*errors == 1 ? " push was" : " pushes were")
+            << " refused; the answers say which and why\n";
+  return 1;
+}
+
+}  // namespace
+
+int runPush(const SimulatorOptions& simulator, const PushOptions& options) {
+  const auto host = makeHostBehaviour(simulator, options);
+  if (!host) {
+    std::cerr << "qx push: " << host.error().message << '\n';
+    return 2;
+  }
+  return finish(options.extension ? pushToProgram(simulator, options)
+                                  : pushToBuiltIn(simulator, options, *host));
+}
+
+}  // namespace qx

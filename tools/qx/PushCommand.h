@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/qx/SimulatorOptions.h"
+
+namespace qx {
+
+struct PushOptions {
+  std::vector<std::string> files;  // "-" is standard input, as is no file at all
+  bool noThumbnail = false;
+  std::optional<std::string> hookChanges;
+  std::optional<std::string> hookRaise;
+  bool hookHang = false;
+  double timeLimitSeconds = 30;
+  std::size_t jobs = 1;
+  std::optional<std::filesystem::path> extension;
+};
+
+// Sends pushes through the service extension and prints what a device would show. Returns the exit code.
+int runPush(const SimulatorOptions& simulator, const PushOptions& options);
+
+}  // namespace qx

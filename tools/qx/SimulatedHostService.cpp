@@ -1,0 +1,32 @@
+#include "tools/qx/SimulatedHostService.h"
+
+namespace qx {
+
+void HangGate::waitUntilOpen() {
+  std::unique_lock lock(mutex_);
+  opened_.wait(lock, [this] { return isOpen_; });
+}
+
+void HangGate::open() {
+  const std::lock_guard lock(mutex_);
+  isOpen_ = true;
+  opened_.notify_all();
+}
+
+QXExtensionSDK::VTNotificationServiceConfig SimulatedHostService::vtqxProvideConfig() {
+  return {behaviour_.logLevel, behaviour_.showThumbnail};
+}
+
+void SimulatedHostService::vtqxDidReceiveRequest(
+    const std::shared_ptr<const platform::UNNotificationRequest>& /*request*/,
+    const std::shared_ptr<platform::UNMutableNotificationContent>& /*mutableContent*/,
+    QXExtensionSDK::ClientContentHandler contentHandler) {
+  if (behaviour_.hang != nullptr) {
+    behaviour_.hang->waitUntilOpen();
+    return;
+  }
+  if (behaviour_.raiseReason) throw platform::Exception("HostException", *behaviour_.raiseReason);
+  contentHandler(behaviour_.changes);
+}
+
+}  // namespace qx

@@ -1,0 +1,118 @@
+// A compressed push: the bare libraries, the decorator, and the whole way from request to content handler.
+
+#include <benchmark/benchmark.h>
+#include <libdeflate.h>
+#include <openssl/evp.h>
+
+#include <boost/json.hpp>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "QXExtensionSDK/QXExtensionSDK.h"
+#include "QXExtensionSDK/decoration/DecompressionDecorator.h"
+#include "platform/foundation/Base64.h"
+
+namespace {
+
+using platform::Dictionary;
+
+constexpr std::size_t kBufferSize = 65536;
+
+// Rich features as an author would write them, of about so many bytes: panels with texts and styles, no image
+// that the thumbnail step would fetch.
+std::string makeRichFeatures(std::size_t size) {
+  std::string text = R"({"vt":{"t":"0","tms":3000,"s":{"bgc":"E5E5E5"},"it":[)";
+  for (int panel = 0; text.size() < size - 250; ++panel) {
+    if (panel > 0) text += ',';
+    const std::string number = std::to_string(panel);
+    text += R"({"id":"panel-)" + number + R"(","md":{"at":{"tx":"A view of place )" + number +
+            R"("}},"ti":{"tx":"Title number )" + number +
+            R"( of many","s":{"fc":"2E2E2E","fz":"L","an":"C"}},"sti":{"tx":"Caf\u00e9 and more"},)"
+            R"("ac":[{"t":"2","ul":"https://example.com/offer?id=)" +
+            number + R"("}]})";
+  }
+  text += R"(],"pad":")";
+  text.append(size - text.size() - 3, 'x');
+  return text + R"("}})";
+}
+
+std::string deflateBase64(const std::string& text) {
+  libdeflate_compressor* compressor = libdeflate_alloc_compressor(9);
+  std::string compressed(libdeflate_deflate_compress_bound(compressor, text.size()), '\0');
+  compressed.resize(libdeflate_deflate_compress(compressor, text.data(), text.size(), compressed.data(),
+                                                compressed.size()));
+  libdeflate_free_compressor(compressor);
+  return platform::encodeBase64(compressed);
+}
+
+std::string packed(const benchmark::State& state) {
+  return deflateBase64(makeRichFeatures(static_cast<std::size_t>(state.range(0))));
+}
+
+std::shared_ptr<const platform::UNNotificationRequest> makeRequest(const std::string& compressed) {
+  platform::NotificationProperties properties;
+  properties.userInfo = {{"_sid", "VTQX"}, {"_m", "message"}, {"$_rf", compressed}};
+  return std::make_shared<const platform::UNNotificationRequest>(platform::UNNotificationRequest{
+      "bench", std::make_shared<const platform::UNNotificationContent>(std::move(properties))});
+}
+
+void sizes(benchmark::internal::Benchmark* bench) {
+  bench->Arg(1536)->Arg(12288)->Arg(61440);
+}
+
+void BM_Floor(benchmark::State& state) {
+  const std::string text = packed(state);
+  libdeflate_decompressor* inflater = libdeflate_alloc_decompressor();
+  for (auto _ : state) {
+    std::string bytes(text.size() / 4 * 3, '\0');
+    const int decoded =
+        EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()),
+                        reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+    const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
+    std::size_t count = 0;
+    libdeflate_deflate_decompress(inflater, bytes.data(), static_cast<std::size_t>(decoded), buffer.get(),
+                                  kBufferSize, &count);
+    benchmark::DoNotOptimize(boost::json::parse({buffer.get(), count}));
+  }
+  libdeflate_free_decompressor(inflater);
+}
+BENCHMARK(BM_Floor)->Apply(sizes);
+
+void BM_Decorate(benchmark::State& state) {
+  using namespace QXExtensionSDK;
+  Logger::setGlobalLoglevel(static_cast<std::int64_t>(LogLevel::none));
+  const DecompressionDecorator decorator(
+      Logger::service(), std::make_unique<const ConcreteDecompressionContext>(Logger::service()));
+  const auto request = makeRequest(packed(state));
+  const Dictionary userInfo = request->content->userInfo();
+  for (auto _ : state) {
+    auto changes = decorator.decorate(userInfo, *request);
+    if (!changes) throw std::runtime_error("not inflated");
+    benchmark::DoNotOptimize(changes);
+  }
+}
+BENCHMARK(BM_Decorate)->Apply(sizes);
+
+void BM_Push(benchmark::State& state) {
+  const auto service = std::make_shared<QXExtensionSDK::VTQXNotificationService>();
+  const auto request = makeRequest(packed(state));
+  std::mutex mutex;
+  std::condition_variable arrived;
+  for (auto _ : state) {
+    bool delivered = false;
+    service->didReceiveNotificationRequest(request, [&](const auto&) {
+      const std::lock_guard lock(mutex);
+      delivered = true;
+      arrived.notify_one();
+    });
+    std::unique_lock lock(mutex);
+    arrived.wait(lock, [&] { return delivered; });
+  }
+}
+BENCHMARK(BM_Push)->Apply(sizes)->UseRealTime();
+
+}  // namespace

@@ -1,0 +1,187 @@
+// The thumbnail from payload to attachment, against a real server.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "QXExtensionSDK/decoration/MediaURLExtractable.h"
+#include "platform/dispatch/Clock.h"
+#include "platform/foundation/JSON.h"
+#include "tests/QXExtensionSDK/ServiceTestKit.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/RecordingLogSink.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tools/backend/LoopbackServer.h"
+#include "tools/backend/Panels.h"
+
+namespace QXExtensionSDK {
+namespace {
+
+using backend::Fault;
+using backend::Request;
+using backend::Response;
+using platform::Dictionary;
+using platform::Value;
+
+// A table of answers by path, each with the file name that the path ends in.
+std::optional<Response> answer(const Request& request) {
+  const std::string image(backend::panels().front().bytes);
+  const auto as = [&](Response response) {
+    response.body = response.body.empty() ? image : response.body;
+    return response;
+  };
+  const std::string_view path = request.path;
+  if (path.starts_with("/good/")) return as({.headers = {{"Content-Type", "image/png"}}});
+  if (path.starts_with("/moved/")) return Response::redirect(302, "/good/other.png");
+  if (path.starts_with("/loop/")) return Response::redirect(302, "/loop/a.png");
+  if (path.starts_with("/elsewhere/")) return Response::redirect(302, "ftp://127.0.0.1/a.png");
+  if (path.starts_with("/missing/")) return as({.status = 404});
+  if (path.starts_with("/error/")) return as({.status = 500});
+  if (path.starts_with("/empty/")) return Response{.status = 204};
+  if (path.starts_with("/html/"))
+    return as({.headers = {{"Content-Type", "text/html"}}, .body = "<html></html>"});
+  if (path.starts_with("/cut/")) return as({.fault = Fault::truncatedBody});
+  if (path.starts_with("/reset/")) return as({.fault = Fault::resetInBody});
+  if (path.starts_with("/dropped/")) return as({.fault = Fault::closeWithoutAnswer});
+  if (path.starts_with("/stalled/")) return as({.fault = Fault::neverAnswer});
+  if (path.starts_with("/trickle/")) return as({.pacing = backend::Pacing{1, std::chrono::milliseconds(50)}});
+  if (path.starts_with("/huge/")) return as({.body = std::string(11'000'000, 'x')});
+  return std::nullopt;
+}
+
+class ThumbnailTest : public testing::Test {
+ protected:
+  platform::NotificationProperties push(const std::string& url) {
+    Deliveries deliveries;
+    const auto service = std::make_shared<TestService>();
+    service->didReceiveNotificationRequest(makeRequest({{"_sid", "VTQX"}, {"_rf", carousel(url)}}),
+                                           deliveries.handler());
+    EXPECT_TRUE(deliveries.waitFor(1)) << url;
+    return deliveries.count() > 0 ? deliveries.at(0) : platform::NotificationProperties();
+  }
+
+  // What lies anywhere in the temporary directory.
+  std::size_t filesLeft() const {
+    std::size_t files = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(temporary_.path())) {
+      files += entry.is_regular_file() ? 1U : 0U;
+    }
+    return files;
+  }
+
+  support::TemporaryDirectory temporary_;
+  support::ScopedEnvironment environment_{"TMPDIR", temporary_.path()};
+  support::ScopedLogRecorder log_;
+  backend::LoopbackServer server_{{.handler = answer}};
+};
+
+TEST_F(ThumbnailTest, TheFirstPanelsImageBecomesTheOnlyAttachment) {
+  for (const std::string path : {"/good/first.png", "/moved/first.png", "/good/dir/first%2epng?size=2#x"}) {
+    const auto delivered = push(server_.url(path));
+    ASSERT_EQ(delivered.attachments.size(), 1U) << path;
+    EXPECT_EQ(delivered.attachments[0].identifier(), "SomeAttachmentId");
+    const std::filesystem::path file = delivered.attachments[0].url().filePath();
+    EXPECT_EQ(file.filename(), "first.png") << "named after the URL that was asked for";
+    EXPECT_EQ(std::filesystem::file_size(file), backend::panels().front().bytes.size());
+    EXPECT_TRUE(file.native().starts_with(temporary_.path()));
+  }
+}
+
+TEST_F(ThumbnailTest, WhateverGoesWrongTheNotificationIsDeliveredWithoutIt) {
+  const std::string refused = "http://127.0.0.1:1/a.png";
+  const struct {
+    std::string url;
+    std::string_view line;  // empty: the failure is silent
+  } table[] = {
+      {server_.url("/missing/a.png"), ""},
+      {server_.url("/error/a.png"), ""},
+      {server_.url("/empty/a.png"), "Attachment creation failure: "},
+      {server_.url("/html/page.html"), "Attachment creation failure: "},
+      {server_.url("/good/no-extension"), "Attachment creation failure: "},
+      {server_.url("/huge/a.png"), "Attachment creation failure: "},
+      {server_.url("/cut/a.png"), "Attachment media download error: "},
+      {server_.url("/reset/a.png"), "Attachment media download error: "},
+      {server_.url("/dropped/a.png"), "Attachment media download error: "},
+      {server_.url("/loop/a.png"), "Attachment media download error: "},
+      {server_.url("/elsewhere/a.png"), "Attachment media download error: "},
+      {refused, "Attachment media download error: "},
+      {"file:///etc/hostname", "Attachment media download error: "},
+      {"ftp://127.0.0.1/a.png", "Attachment media download error: "},
+      {"http://192.0.2.1/plain-and-far.png", "Attachment media download error: "},
+      {"a.png", "Attachment media download error: "},
+      {server_.url("/good/.."), "Attachment media remove/move error: "},
+      {server_.url("/good/..%2f..%2fescape.png"), "Attachment media remove/move error: "},
+      {server_.url("/good/nul%00.png"), "Attachment media remove/move error: "},
+      {server_.url("/good/" + std::string(300, 'n') + ".png"), "Attachment media remove/move error: "},
+      {"", "Carousel Media URL Extraction Failure"},
+      {"http://bad host/", "Carousel Media URL Extraction Failure"},
+  };
+  for (const auto& row : table) {
+    EXPECT_TRUE(push(row.url).attachments.empty()) << row.url;
+    if (row.line.empty()) {
+      EXPECT_FALSE(log_->mentions("Attachment")) << row.url;
+    } else {
+      EXPECT_TRUE(log_->mentions(row.line)) << row.url;
+    }
+    EXPECT_EQ(filesLeft(), 0U) << row.url;
+  }
+}
+
+TEST_F(ThumbnailTest, StalledAndTricklingDownloadsEndAfterFifteenSeconds) {
+  for (const std::string path : {"/stalled/a.png", "/trickle/a.png"}) {
+    support::ManualClock clock;
+    const platform::ScopedClock scope(clock);
+    Deliveries deliveries;
+    const std::size_t before = server_.requests().size();
+    const auto service = std::make_shared<TestService>();
+    service->didReceiveNotificationRequest(
+        makeRequest({{"_sid", "VTQX"}, {"_rf", carousel(server_.url(path))}}), deliveries.handler());
+    ASSERT_TRUE(server_.waitForRequests(before + 1, support::soon()));
+    clock.advance(std::chrono::seconds(14));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(deliveries.count(), 0U) << path;
+    clock.advance(std::chrono::seconds(2));
+    ASSERT_TRUE(deliveries.waitFor(1)) << path;
+    EXPECT_TRUE(deliveries.at(0).attachments.empty());
+    EXPECT_TRUE(log_->mentions("Attachment media download error: ")) << path;
+  }
+  EXPECT_EQ(filesLeft(), 0U);
+}
+
+TEST_F(ThumbnailTest, AFileOfTheSameNameIsReplaced) {
+  CarouselMediaURLExtractor extractor;
+  const auto url = extractor.mediaURL(carousel(server_.url("/good/same.png")));
+  ASSERT_TRUE(url);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(push(url->absoluteString()).attachments.size(), 1U);
+}
+
+TEST(CarouselMediaURLExtractorTest, OnlyAWellFormedFirstPanelHasAURL) {
+  const struct {
+    const char* richFeatures;
+    const char* url;
+  } table[] = {
+      {R"({"vt":{"it":[{"md":{"ul":"https://a/b.png"}},{"md":{"ul":"https://a/c.png"}}]}})",
+       "https://a/b.png"},
+      {R"({"vt":{"it":[{"md":{"ul":"b.png"}}]}})", "b.png"},
+      {R"({"vt":{"it":[{},{"md":{"ul":"https://a/c.png"}}]}})", nullptr},
+      {R"({"vt":{"it":[{"md":{"ul":"https://a/b.png"}},7]}})", nullptr},
+      {R"({"vt":{"it":[{"md":{"ul":""}}]}})", nullptr},
+      {R"({"vt":{"it":[{"md":{"ul":5}}]}})", nullptr},
+      {R"({"vt":{"it":[{"md":"https://a/b.png"}]}})", nullptr},
+      {R"({"vt":{"it":{}}})", nullptr},
+      {R"({"vt":{"it":[]}})", nullptr},
+      {R"({"vt":[]})", nullptr},
+      {R"({})", nullptr},
+  };
+  for (const auto& row : table) {
+    const auto url =
+        CarouselMediaURLExtractor().mediaURL(*platform::parseJSON(row.richFeatures)->dictionary());
+    EXPECT_EQ(url.has_value(), row.url != nullptr) << row.richFeatures;
+    if (url && row.url != nullptr) EXPECT_EQ(url->absoluteString(), row.url);
+  }
+}
+
+}  // namespace
+}  // namespace QXExtensionSDK

@@ -1,0 +1,177 @@
+// `qx push` as a program: arguments, standard streams, exit codes.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "platform/foundation/Base64.h"
+#include "tests/support/Deflate.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tools/backend/LoopbackServer.h"
+
+namespace {
+
+using platform::Dictionary;
+using platform::Value;
+using support::ProgramResult;
+using support::runProgram;
+
+ProgramResult push(std::vector<std::string> arguments, const std::string& input = {}) {
+  arguments.insert(arguments.begin(), "push");
+  return runProgram("qx", arguments, input);
+}
+
+std::string outcome(const Dictionary& line) {
+  return std::string(line.find("outcome")->string().value_or(""));
+}
+
+TEST(PushCommandTest, APushOverTheAirComesOutWithItsAlertAndPayload) {
+  const auto result =
+      push({"-"},
+           R"({"aps":{"alert":{"title":"T","subtitle":"S","body":"B"},"badge":3,"sound":"s.caf"},"k":1.5})");
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  ASSERT_EQ(result.lines().size(), 1U);
+  const Dictionary line = result.lines()[0];
+  EXPECT_EQ(outcome(line), "delivered");
+  EXPECT_EQ(line.find("identifier")->string()->size(), 36U);
+  EXPECT_GT(*line.find("elapsedMs")->number(), 0);
+  const Value& content = *line.find("content");
+  EXPECT_EQ(content.find("title")->string(), "T");
+  EXPECT_EQ(content.find("subtitle")->string(), "S");
+  EXPECT_EQ(content.find("body")->string(), "B");
+  EXPECT_EQ(content.find("badge")->integer(), 3);
+  EXPECT_EQ(content.find("sound")->string(), "s.caf");
+  EXPECT_EQ(content.find("userInfo")->find("k")->number(), 1.5);
+  EXPECT_TRUE(content.find("attachments")->isArray());
+}
+
+TEST(PushCommandTest, ACompressedCarouselIsInflatedAndGetsItsThumbnail) {
+  const backend::LoopbackServer server;
+  const std::string features =
+      R"({"vt":{"t":"0","it":[{"id":"p","md":{"ul":")" + server.url("/files/sunrise.png") + R"("}}]}})";
+  const std::string input = R"({"aps":{"alert":"Hi"},"_sid":"VTQX","$_rf":")" +
+                            platform::encodeBase64(support::deflateRaw(features)) + "\"}";
+  const auto shown = push({}, input).lines();
+  ASSERT_EQ(shown.size(), 1U);
+  const Value& content = *shown[0].find("content");
+  EXPECT_EQ(content.find("userInfo")->find("$_rf")->string(), "");
+  EXPECT_EQ(content.find("userInfo")->find("_rf")->description(), features);
+  ASSERT_EQ(content.find("attachments")->elements().size(), 1U);
+  const Value& attachment = content.find("attachments")->elements()[0];
+  EXPECT_EQ(attachment.find("identifier")->string(), "SomeAttachmentId");
+  const std::filesystem::path file(attachment.find("url")->string()->substr(std::string("file://").size()));
+  EXPECT_TRUE(std::filesystem::exists(file));
+  std::filesystem::remove_all(file.parent_path());
+
+  const auto hidden = push({"--no-thumbnail"}, input).lines();
+  ASSERT_EQ(hidden.size(), 1U);
+  EXPECT_TRUE(hidden[0].find("content")->find("attachments")->elements().empty());
+}
+
+TEST(PushCommandTest, WhatIsNoPushIsAnsweredInItsPlaceAndTheRestGoOn) {
+  const std::string input =
+      "{\"identifier\":\"first\",\"content\":{}}\n"
+      "\n"
+      "garbage\n"
+      "[]\n"
+      "{\"neither\":1}\n"
+      "{\"content\":{\"title\":5}}\n"
+      "\xff\xfe\n" +
+      std::string(5'000'000, '{') +
+      "\n"
+      "{\"identifier\":\"last\",\"content\":{\"userInfo\":{\"_sid\":\"VTQX\",\"_rf\":[[7]],\"$_rf\":{}}}}";
+  const auto result = push({"-", "--jobs", "4"}, input);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+  const auto lines = result.lines();
+  ASSERT_EQ(lines.size(), 8U);
+  EXPECT_EQ(lines[0].find("identifier")->string(), "first");
+  for (std::size_t i = 1; i <= 6; ++i) {
+    EXPECT_EQ(lines[i].find("line")->integer(), static_cast<std::int64_t>(i) + 2);
+    EXPECT_FALSE(lines[i].find("error")->string()->empty());
+  }
+  EXPECT_NE(lines[4].find("error")->string()->find("/content/title"), std::string::npos);
+  EXPECT_EQ(lines[7].find("identifier")->string(), "last");
+  EXPECT_EQ(outcome(lines[7]), "delivered");
+}
+
+TEST(PushCommandTest, TheHostsHookDoesAsTold) {
+  const std::string input = R"({"identifier":"i","content":{"userInfo":{"a":1}}})";
+  const auto changed = push({"-", "--hook-changes", R"({"a":2,"b":[true]})"}, input).lines();
+  ASSERT_EQ(changed.size(), 1U);
+  EXPECT_EQ(changed[0].find("content")->find("userInfo")->description(), R"({"a":2,"b":[true]})");
+
+  const auto raised =
+      push({"-", "--hook-raise", "out of range", "--log-level", "error", "--log-format", "json"}, input);
+  EXPECT_EQ(raised.exitCode, 0);
+  EXPECT_EQ(raised.errors,
+            "{\"category\":\"ServiceGeneral\",\"message\":\"VTQXNotificationService exception in client "
+            "code=out of range\",\"subsystem\":\"ServiceExtension\",\"type\":\"error\"}\n");
+
+  const auto start = std::chrono::steady_clock::now();
+  const auto hung = push({"-", "--hook-hang", "--time-limit", "0.3"}, input);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10))
+      << "never waits for a hook that hangs";
+  EXPECT_EQ(hung.exitCode, 0);
+  ASSERT_EQ(hung.lines().size(), 1U);
+  EXPECT_EQ(outcome(hung.lines()[0]), "expired");
+  EXPECT_GE(*hung.lines()[0].find("elapsedMs")->number(), 300);
+  EXPECT_EQ(hung.lines()[0].find("content")->find("userInfo")->description(), R"({"a":1})");
+}
+
+TEST(PushCommandTest, ResultsKeepTheOrderOfTheInputWhateverTheJobs) {
+  std::string input;
+  for (int i = 0; i < 500; ++i)
+    input += R"({"identifier":"n)" + std::to_string(i) + R"(","content":{}})" + "\n";
+  const auto lines = push({"-", "--jobs", "8"}, input).lines();
+  ASSERT_EQ(lines.size(), 500U);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_EQ(lines[i].find("identifier")->string(), "n" + std::to_string(i));
+  }
+}
+
+TEST(PushCommandTest, FilesAreOnePushEachUnlessTheyHoldLines) {
+  const support::TemporaryDirectory directory;
+  const std::string one = directory.write("one.json", "{\n  \"aps\": {\"alert\": \"one\"}\n}\n");
+  const std::string two = directory.write("two.ndjson", "{\"aps\":{}}\n{\"aps\":{}}\n");
+  const auto result = push({one, two, directory.path("missing.json")});
+  EXPECT_EQ(result.exitCode, 1);
+  const auto lines = result.lines();
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[0].find("content")->find("body")->string(), "one");
+  EXPECT_EQ(lines[3].find("file")->string(), directory.path("missing.json"));
+}
+
+TEST(PushCommandTest, AHostsOwnProgramIsDriven) {
+  const auto result =
+      push({"-", "--extension", support::programPath("example-service-extension"), "--jobs", "3"},
+           "{\"aps\":{\"alert\":{\"title\":\"Hello\"}}}\nnonsense\n{\"aps\":{}}\n");
+  EXPECT_EQ(result.exitCode, 1) << result.errors;
+  const auto lines = result.lines();
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_NE(lines[0].find("content")->find("userInfo")->find("greeting"), nullptr);
+  EXPECT_EQ(lines[1].find("line")->integer(), 2);
+
+  const auto dying = push({"-", "--extension", "/bin/true"}, "{\"aps\":{}}\n{\"aps\":{}}\n");
+  EXPECT_EQ(dying.exitCode, 1);
+  ASSERT_EQ(dying.lines().size(), 2U);
+  EXPECT_NE(dying.lines()[0].find("error"), nullptr);
+}
+
+TEST(PushCommandTest, WrongUsageIsExitCodeTwo) {
+  const std::vector<std::vector<std::string>> table{
+      {"--no-such-option"},    {"--jobs", "0"},          {"--time-limit", "-1"},
+      {"--jobs", "x"},         {"--log-level", "loud"},  {"--hook-changes", "[1]"},
+      {"--hook-changes", "{"}, {"--bundle", "/nowhere"}, {"--hook-raise", "x", "--hook-hang"}};
+  for (const auto& arguments : table) EXPECT_EQ(push(arguments).exitCode, 2) << arguments[0];
+  EXPECT_EQ(runProgram("qx", {}).exitCode, 2);
+  EXPECT_EQ(runProgram("qx", {"no-such-command"}).exitCode, 2);
+  const auto help = runProgram("qx", {"push", "--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_NE(help.output.find("Example"), std::string::npos);
+}
+
+}  // namespace

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <iostream>
 #include <optional>
@@ -51,6 +52,8 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
         << " [--time-limit SECONDS] [--jobs N]  (notifications on standard input, one JSON object a line)\n";
     return 2;
   }
+  // A reader that goes away ends the answers, not the work in flight.
+  std::signal(SIGPIPE, SIG_IGN);
   std::ios::sync_with_stdio(false);
   ServiceExtensionHost host(makeExtension, std::chrono::duration<double>(arguments->timeLimitSeconds));
   PushLineSource source(std::cin);

@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -69,8 +68,6 @@ Result<Dictionary> parseAnswer(std::string_view line) {
 
 Result<std::unique_ptr<ExtensionProcess>> ExtensionProcess::start(const std::filesystem::path& program,
                                                                   const std::vector<std::string>& arguments) {
-  // A program that ends early is an error of that push, not the end of this process.
-  std::signal(SIGPIPE, SIG_IGN);
   Pipe input;
   Pipe output;
   if (!openPipe(input)) return Error{std::strerror(errno)};

@@ -1,6 +1,7 @@
 // The simulator's command line: the only file that knows the argument parser.
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <iostream>
 #include <map>
 #include <string>
@@ -86,6 +87,8 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kWrongUsage;
   }
+  // A reader of our output, or an extension, that goes away is an error to report, not the end.
+  std::signal(SIGPIPE, SIG_IGN);
   std::ios::sync_with_stdio(false);
   qx::applyEnvironment(simulator);
   if (pushCommand.parsed()) return qx::runPush(simulator, push);

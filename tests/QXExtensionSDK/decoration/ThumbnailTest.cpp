@@ -178,8 +178,9 @@ TEST(CarouselMediaURLExtractorTest, OnlyAWellFormedFirstPanelHasAURL) {
   for (const auto& row : table) {
     const auto url =
         CarouselMediaURLExtractor().mediaURL(*platform::parseJSON(row.richFeatures)->dictionary());
-    EXPECT_EQ(url.has_value(), row.url != nullptr) << row.richFeatures;
-    if (url && row.url != nullptr) EXPECT_EQ(url->absoluteString(), row.url);
+    const auto text = url ? std::optional<std::string>(url->absoluteString()) : std::nullopt;
+    EXPECT_EQ(text, row.url != nullptr ? std::optional<std::string>(row.url) : std::nullopt)
+        << row.richFeatures;
   }
 }
 

@@ -51,7 +51,7 @@ TEST(PushCommandTest, APushOverTheAirComesOutWithItsAlertAndPayload) {
 TEST(PushCommandTest, ACompressedCarouselIsInflatedAndGetsItsThumbnail) {
   const backend::LoopbackServer server;
   const std::string features =
-      R"({"vt":{"t":"0","it":[{"id":"p","md":{"ul":")" + server.url("/files/sunrise.png") + R"("}}]}})";
+      R"({"vt":{"it":[{"id":"p","md":{"ul":")" + server.url("/files/sunrise.png") + R"("}}],"t":"0"}})";
   const std::string input = R"({"aps":{"alert":"Hi"},"_sid":"VTQX","$_rf":")" +
                             platform::encodeBase64(support::deflateRaw(features)) + "\"}";
   const auto shown = push({}, input).lines();

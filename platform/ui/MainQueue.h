@@ -1,0 +1,14 @@
+#pragma once
+
+#include <functional>
+
+namespace platform {
+
+// Runs `work` on the thread of the user interface, after what it does now and in the order submitted. Any
+// thread may call. Work that is still waiting when the application ends is dropped, as is later work: a
+// completion that comes late finds nobody to call.
+//
+// The work may outlive whatever it was made for; let it capture a weak reference.
+void dispatchMainAsync(std::function<void()> work);
+
+}  // namespace platform

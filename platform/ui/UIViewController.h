@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/ui/NSExtensionContext.h"
+#include "platform/ui/Size.h"
+
+class QWidget;
+
+namespace platform {
+
+// Owns one view and takes part in a tree of such controllers. Main thread.
+//
+// A child is shared between its parent and whoever made it; its view belongs to the controller, also while it
+// stands inside the parent's view.
+class UIViewController {
+ public:
+  UIViewController();
+  virtual ~UIViewController();
+  UIViewController(const UIViewController&) = delete;
+  UIViewController& operator=(const UIViewController&) = delete;
+
+  // Made on first use, which also calls viewDidLoad(). Lives as long as the controller.
+  QWidget& view();
+  bool isViewLoaded() const { return view_ != nullptr; }
+
+  Size preferredContentSize() const { return preferredContentSize_; }
+  // Tells the parent.
+  void setPreferredContentSize(Size size);
+
+  // Joins the tree; the child's view is added by whoever adds the child. REQUIRES: the child has no parent.
+  void addChild(std::shared_ptr<UIViewController> child);
+  // Leaves the tree; the view leaves the parent's view.
+  void removeFromParent();
+  UIViewController* parent() const { return parent_; }
+
+  // The system's, set on the root of the tree; the nearest ancestor's counts. Null outside an extension.
+  NSExtensionContext* extensionContext() const;
+  void setExtensionContext(std::weak_ptr<NSExtensionContext> context);
+
+ protected:
+  // Makes the view. The default is an empty one.
+  virtual std::unique_ptr<QWidget> loadView();
+  virtual void viewDidLoad() {}
+  virtual void preferredContentSizeDidChangeForChildContentContainer(UIViewController& /*child*/) {}
+
+ private:
+  std::unique_ptr<QWidget> view_;
+  Size preferredContentSize_;
+  UIViewController* parent_ = nullptr;
+  std::vector<std::shared_ptr<UIViewController>> children_;
+  std::weak_ptr<NSExtensionContext> extensionContext_;
+};
+
+}  // namespace platform

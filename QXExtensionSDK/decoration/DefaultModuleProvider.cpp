@@ -4,6 +4,7 @@
 #include "QXExtensionSDK/decoration/CarouselAttachmentDecorator.h"
 #include "QXExtensionSDK/decoration/DecompressionDecorator.h"
 #include "QXExtensionSDK/decoration/DefaultMediaDownloader.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptProcessor.h"
 #include "QXExtensionSDK/runtime/ClientExecutionProcessor.h"
 #include "QXExtensionSDK/runtime/Logger.h"
 
@@ -22,12 +23,19 @@ std::unique_ptr<AsyncProcessing> makeAdvancedPushProcessor() {
       logger);
 }
 
+std::unique_ptr<AsyncProcessing> makeDeliveryReceiptProcessor() {
+  return std::make_unique<DeliveryReceiptProcessor>(
+      std::make_unique<const AppGroupSDK::ContextModuleChecker>(Logger::service()),
+      AppGroupSDK::AppIdProvider(), std::make_unique<const DeliveryReceiptDataParser>());
+}
+
 }  // namespace
 
 std::vector<std::unique_ptr<AsyncProcessing>> DefaultModuleProvider::processors() const {
   std::vector<std::unique_ptr<AsyncProcessing>> processors;
   processors.push_back(std::make_unique<ClientExecutionProcessor>());
   processors.push_back(makeAdvancedPushProcessor());
+  processors.push_back(makeDeliveryReceiptProcessor());
   return processors;
 }
 

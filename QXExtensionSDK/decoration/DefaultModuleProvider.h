@@ -7,8 +7,8 @@
 
 namespace QXExtensionSDK {
 
-// The framework's own processors: the host's hook, then payload decoration. A new list with new processors at
-// every call; any thread.
+// The framework's own processors: the host's hook, payload decoration, delivery receipts. A new list with new
+// processors at every call; any thread.
 class DefaultModuleProvider final : public ModuleProvider {
  public:
   std::vector<std::unique_ptr<AsyncProcessing>> processors() const override;

@@ -7,9 +7,13 @@ namespace QXExtensionSDK {
 
 bool shouldProceed(const platform::UNNotificationRequest& request, std::string_view processorName) {
   if (VTQXUtility::isVTQXPushNotification(request)) return true;
+  logBackingOut(processorName);
+  return false;
+}
+
+void logBackingOut(std::string_view processorName) {
   Logger::service().debug(LogCategory::serviceWorker,
                           "Backing out as shouldProceed() returned false, class=", processorName);
-  return false;
 }
 
 }  // namespace QXExtensionSDK

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+
+#include "QXExtensionSDK/receipts/DeliveryReceiptData.h"
+
+namespace QXExtensionSDK {
+
+// Reads the message identity from a push. Any thread.
+class DeliveryReceiptDataParsing {
+ public:
+  virtual ~DeliveryReceiptDataParsing() = default;
+  virtual std::optional<DeliveryReceiptData> parse(const platform::Dictionary& userInfo) const = 0;
+};
+
+// Nothing, after one error line, without a message id or a message type; what else is missing or of another
+// type than it should be is left out.
+class DeliveryReceiptDataParser final : public DeliveryReceiptDataParsing {
+ public:
+  std::optional<DeliveryReceiptData> parse(const platform::Dictionary& userInfo) const override;
+};
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,33 @@
+#include "QXExtensionSDK/receipts/DeliveryReceiptHandler.h"
+
+#include <utility>
+
+#include "QXExtensionSDK/runtime/Logger.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+void logFailure(const SendError& error) {
+  const Logger& logger = Logger::service();
+  logger.error(LogCategory::deliveryReceipt, "DeliveryReceiptRequest failed with error: ", error);
+  if (const auto more = details(error)) {
+    logger.error(LogCategory::deliveryReceipt, "DeliveryReceiptRequest failed with error details: ", *more);
+  }
+}
+
+}  // namespace
+
+void DeliveryReceiptHandler::send(const ServiceProtocol& request, ReceiptCompletion completion) const {
+  service_->send(request, [completion = std::move(completion)](const ServiceManager::Answer& answer) {
+    if (answer) {
+      Logger::service().debug(LogCategory::deliveryReceipt,
+                              "DeliveryReceiptRequest is successful: ", *answer.value());
+    } else {
+      logFailure(answer.error());
+    }
+    completion(answer.ok());
+  });
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,60 @@
+#include "QXExtensionSDK/receipts/DeliveryReceiptManagerProvider.h"
+
+#include <chrono>
+#include <utility>
+
+#include "QXExtensionSDK/receipts/DeliveryReceiptRepositoryManager.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptsPNStore.h"
+#include "QXExtensionSDK/receipts/MAMDeliveryReceiptManager.h"
+#include "QXExtensionSDK/receipts/MAMEventResponse.h"
+#include "QXExtensionSDK/receipts/QXEDeliveryReceiptManager.h"
+#include "QXExtensionSDK/service/DefaultRequestBuilder.h"
+#include "QXExtensionSDK/service/JSONResponseDecoder.h"
+#include "QXExtensionSDK/service/URLSessionExecutor.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+using AppGroupSDK::ExtensionModuleName;
+
+constexpr auto kTimeoutIntervalForRequest = std::chrono::seconds(20);
+
+std::shared_ptr<DeliveryReceiptRepository> makeRepository(ExtensionModuleName module,
+                                                          const std::string& appId) {
+  const auto file = ReceiptFile::shared(module, appId);
+  return std::make_shared<DeliveryReceiptRepositoryManager>(
+      std::make_unique<DeliveryReceiptsPNStore>(
+          std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(module, appId), file),
+      file);
+}
+
+template <typename Response>
+std::unique_ptr<const DeliveryReceiptHandling> makeHandler() {
+  platform::URLSessionConfiguration configuration;
+  configuration.timeoutIntervalForRequest = kTimeoutIntervalForRequest;
+  return std::make_unique<const DeliveryReceiptHandler>(std::make_unique<const DeliveryReceiptService>(
+      ServiceManager(std::make_unique<const DefaultRequestBuilder>(),
+                     std::make_shared<const JSONResponseDecoder<Response>>(),
+                     std::make_unique<URLSessionExecutor>(configuration))));
+}
+
+}  // namespace
+
+DeliveryReceiptManagerProvider::DeliveryReceiptManagerProvider(ExtensionModuleName module, std::string appId)
+    : module_(module), appId_(std::move(appId)) {}
+
+std::shared_ptr<DeliveryReceiptManaging> DeliveryReceiptManagerProvider::makeManager() const {
+  auto repository = makeRepository(module_, appId_);
+  const auto deviceInfo = std::make_shared<AppDeviceInfoProvider>(module_, appId_);
+  if (module_ == ExtensionModuleName::quorixEngagement) {
+    return std::make_shared<QXEDeliveryReceiptManager>(std::move(repository),
+                                                       QXEDeliveryReceiptPayloadCreator(deviceInfo),
+                                                       makeHandler<QXEDeliveryReceiptResponse>(), deviceInfo);
+  }
+  return std::make_shared<MAMDeliveryReceiptManager>(std::move(repository),
+                                                     MAMDeliveryReceiptPayloadCreator(deviceInfo),
+                                                     makeHandler<MAMEventResponse>(), deviceInfo, appId_);
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,68 @@
+#include "QXExtensionSDK/receipts/DeliveryReceiptRepositoryManager.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "QXExtensionSDK/payload/JSONParser.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "platform/foundation/Date.h"
+#include "platform/foundation/UUID.h"
+
+namespace QXExtensionSDK {
+
+using AppGroupSDK::DataStoreStatus;
+using AppGroupSDK::DeliveryReceiptPNModel;
+using AppGroupSDK::PNStatus;
+
+DeliveryReceiptRepositoryManager::DeliveryReceiptRepositoryManager(
+    std::unique_ptr<DeliveryReceiptStoring> storing, std::shared_ptr<ReceiptFile> file)
+    : storing_(std::move(storing)), file_(std::move(file)) {}
+
+DeliveryReceiptRepositoryManager::~DeliveryReceiptRepositoryManager() {
+  file_->releaseAll(this);
+}
+
+DataStoreStatus DeliveryReceiptRepositoryManager::storeReceipt(
+    std::string_view messageId, const std::optional<std::string>& requestId, std::string_view messageType,
+    const std::optional<platform::Dictionary>& propertyBag) {
+  const double eventDateUtc = platform::Date::now().secondsSince1970;
+  auto propertyText = JSONParser().jsonString(propertyBag.value_or(platform::Dictionary()));
+  return storing_->storeReceipts({DeliveryReceiptPNModel(platform::makeUUIDString(), std::string(messageId),
+                                                         requestId, std::string(messageType), eventDateUtc,
+                                                         std::move(propertyText), PNStatus::pending)},
+                                 maxStoredReceipts);
+}
+
+std::optional<Receipts> DeliveryReceiptRepositoryManager::fetchPendingReceipts() {
+  file_->releaseAll(this);
+  Receipts candidates = storing_->fetchReceipts(PNStatus::failed).value_or(Receipts());
+  if (auto pending = storing_->fetchReceipts(PNStatus::pending)) {
+    std::ranges::move(*pending, std::back_inserter(candidates));
+  }
+  Receipts batch;
+  while (!candidates.empty() && batch.size() < maxReceiptsPerRequest) {
+    if (file_->claim(candidates.back().uuid(), this)) batch.push_back(std::move(candidates.back()));
+    candidates.pop_back();
+  }
+  if (batch.empty()) return std::nullopt;
+  std::ranges::reverse(batch);
+  return batch;
+}
+
+void DeliveryReceiptRepositoryManager::handleSendResult(bool succeeded, const Receipts& receipts,
+                                                        const ReceiptCompletion& completion) {
+  const Logger& logger = Logger::service();
+  if (succeeded) {
+    storing_->removeReceipts(receipts);
+    logger.debug(LogCategory::deliveryReceipt, "DeliveryReceipts ", ReceiptListText{receipts}, " sent");
+  } else {
+    const auto result = storing_->updateStatus(receipts, PNStatus::failed);
+    logger.debug(LogCategory::deliveryReceipt, "DeliveryReceipts ", ReceiptListText{receipts},
+                 " marked failed with result: ", result.value_or(DataStoreStatus::noData));
+  }
+  file_->releaseAll(this);
+  completion(succeeded);
+}
+
+}  // namespace QXExtensionSDK

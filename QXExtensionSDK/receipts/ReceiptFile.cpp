@@ -1,0 +1,33 @@
+#include "QXExtensionSDK/receipts/ReceiptFile.h"
+
+#include <map>
+
+namespace QXExtensionSDK {
+
+std::shared_ptr<ReceiptFile> ReceiptFile::shared(AppGroupSDK::ExtensionModuleName module,
+                                                 std::string_view appId) {
+  struct Registry {
+    std::mutex mutex;
+    std::map<std::string, std::weak_ptr<ReceiptFile>> files;  // guarded by mutex
+  };
+  // Never destroyed: runs may end while the process exits.
+  static Registry& registry = *new Registry;
+
+  const std::lock_guard lock(registry.mutex);
+  auto& known = registry.files[std::string(stringValue(module)).append("/").append(appId)];
+  auto file = known.lock();
+  if (file == nullptr) known = file = std::make_shared<ReceiptFile>();
+  return file;
+}
+
+bool ReceiptFile::claim(const std::string& uuid, const void* sender) {
+  const std::lock_guard lock(claimsMutex_);
+  return claims_.emplace(uuid, sender).second;
+}
+
+void ReceiptFile::releaseAll(const void* sender) {
+  const std::lock_guard lock(claimsMutex_);
+  std::erase_if(claims_, [sender](const auto& claim) { return claim.second == sender; });
+}
+
+}  // namespace QXExtensionSDK

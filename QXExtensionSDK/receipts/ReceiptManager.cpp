@@ -1,0 +1,57 @@
+#include "QXExtensionSDK/receipts/ReceiptManager.h"
+
+#include <utility>
+
+#include "QXExtensionSDK/runtime/Logger.h"
+
+namespace QXExtensionSDK {
+
+ReceiptManager::ReceiptManager(std::string_view shortName,
+                               std::shared_ptr<DeliveryReceiptRepository> repositoryManager,
+                               std::unique_ptr<const DeliveryReceiptHandling> receiptHandler)
+    : shortName_(shortName),
+      repositoryManager_(std::move(repositoryManager)),
+      receiptHandler_(std::move(receiptHandler)) {}
+
+bool ReceiptManager::storeReceipt(const DeliveryReceiptData& data) {
+  return repositoryManager_->storeReceipt(data.messageId, data.requestId, data.messageType,
+                                          data.propertyBag) == AppGroupSDK::DataStoreStatus::success;
+}
+
+std::optional<Receipts> ReceiptManager::pendingReceipts() {
+  auto receipts = repositoryManager_->fetchPendingReceipts();
+  if (!receipts) {
+    Logger::service().debug(LogCategory::deliveryReceipt, "No pending receipts to send for ", shortName_);
+  }
+  return receipts;
+}
+
+void ReceiptManager::sendReceipts(ReceiptCompletion completion) {
+  auto receipts = pendingReceipts();
+  if (!receipts) return completion(true);
+  sendReceipts(*std::move(receipts), std::move(completion));
+}
+
+void ReceiptManager::sendReceipts(Receipts receipts, ReceiptCompletion completion) {
+  auto payload = makePayload(receipts);
+  if (!payload) return completion(false);
+  const auto request = makeRequest(*std::move(payload));
+  if (request == nullptr) {
+    Logger::service().error(LogCategory::deliveryReceipt, "DeliveryReceiptRequest creation failure");
+    return completion(false);
+  }
+  Logger::service().debug(LogCategory::deliveryReceipt, "Sending DeliveryReceipt request: ", *request);
+  receiptHandler_->send(*request, [repository = repositoryManager_, receipts = std::move(receipts),
+                                   completion = std::move(completion)](bool succeeded) {
+    repository->handleSendResult(succeeded, receipts, completion);
+  });
+}
+
+std::optional<platform::URL> ReceiptManager::makeBaseURL(
+    const std::optional<AppGroupSDK::AppDeviceInfo>& info) {
+  auto baseURL = info ? platform::URL::parse(info->baseUrl()) : std::nullopt;
+  if (!baseURL) Logger::service().error(LogCategory::deliveryReceipt, "Base URL not available");
+  return baseURL;
+}
+
+}  // namespace QXExtensionSDK

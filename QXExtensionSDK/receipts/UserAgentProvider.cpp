@@ -1,0 +1,42 @@
+#include "QXExtensionSDK/receipts/UserAgentProvider.h"
+
+#include "QXExtensionSDK/runtime/Version.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/Device.h"
+#include "platform/foundation/Locale.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+constexpr std::string_view kVersionPlaceholder = "{qxsdk_version}";
+
+std::string hostApplication() {
+  const auto& bundle = platform::Bundle::main();
+  const auto identifier = bundle.bundleIdentifier();
+  const platform::Value* value = bundle.objectForInfoDictionaryKey("CFBundleShortVersionString");
+  const auto version = value != nullptr ? value->string() : std::nullopt;
+  return identifier && version ? (*identifier + "/").append(*version) : std::string();
+}
+
+std::string makeTemplate() {
+  const auto& device = platform::Device::current();
+  return std::string("QuorixSdk/").append(kVersionPlaceholder) + " (" + device.systemName + " " +
+         device.systemVersion + "; " + platform::Locale::currentIdentifier() + "; Apple/" + device.name +
+         ") " + hostApplication() + "; QuorixExtensionSdk/" +
+         reinterpret_cast<const char*>(QXExtensionSDKVersionString);
+}
+
+}  // namespace
+
+std::string UserAgentProvider::userAgent(std::string_view qxsdkVersion) {
+  static const std::string& userAgentTemplate = *new std::string(makeTemplate());
+  std::string text = userAgentTemplate;
+  for (auto at = text.find(kVersionPlaceholder); at != std::string::npos;
+       at = text.find(kVersionPlaceholder, at + qxsdkVersion.size())) {
+    text.replace(at, kVersionPlaceholder.size(), qxsdkVersion);
+  }
+  return text;
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/JSONCoding.h"
+#include "platform/foundation/Value.h"
+
+namespace QXExtensionSDK {
+
+// The back end's answer to a request with delivery receipts. Immutable once decoded.
+class DeliveryReceiptResponse {
+ public:
+  DeliveryReceiptResponse() = default;
+  DeliveryReceiptResponse(const DeliveryReceiptResponse&) = default;
+  DeliveryReceiptResponse& operator=(const DeliveryReceiptResponse&) = default;
+  virtual ~DeliveryReceiptResponse() = default;
+
+  const std::optional<std::int64_t>& code() const { return code_; }
+  const std::optional<std::string>& message() const { return message_; }
+  const std::optional<std::string>& requestId() const { return requestId_; }
+  const std::optional<platform::Value>& body() const { return body_; }
+
+  // Code, message and request id; of the body only whether there is one.
+  virtual std::string description() const;
+
+ protected:
+  static constexpr auto jsonFields() {
+    return platform::jsonFields(platform::jsonField("code", &DeliveryReceiptResponse::code_),
+                                platform::jsonField("message", &DeliveryReceiptResponse::message_),
+                                platform::jsonField("requestId", &DeliveryReceiptResponse::requestId_),
+                                platform::jsonField("body", &DeliveryReceiptResponse::body_));
+  }
+
+ private:
+  friend platform::JSONRecordAccess;
+
+  std::optional<std::int64_t> code_;
+  std::optional<std::string> message_;
+  std::optional<std::string> requestId_;
+  std::optional<platform::Value> body_;
+};
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <functional>
+
+#include "QXExtensionSDK/service/ServiceError.h"
+#include "platform/foundation/Data.h"
+#include "platform/foundation/Result.h"
+#include "platform/network/URLRequest.h"
+
+namespace QXExtensionSDK {
+
+// Performs HTTP requests. Any thread.
+class NetworkExecutor {
+ public:
+  // The body of a good answer, or why there is none.
+  using Completion = std::function<void(platform::Result<platform::Data, SendError>)>;
+
+  virtual ~NetworkExecutor() = default;
+  // Returns at once. The completion is called at most once, on a background queue, also when this object is
+  // gone by then; it is never called for an answer that is no HTTP answer.
+  virtual void execute(platform::URLRequest request, Completion completion) = 0;
+};
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,33 @@
+#include "QXExtensionSDK/service/URLSessionExecutor.h"
+
+#include <memory>
+#include <utility>
+
+namespace QXExtensionSDK {
+
+URLSessionExecutor::URLSessionExecutor(platform::URLSessionConfiguration configuration)
+    : session_(configuration) {}
+
+void URLSessionExecutor::execute(platform::URLRequest request, Completion completion) {
+  const auto task = session_.dataTask(
+      std::move(request),
+      [completion = std::move(completion)](std::optional<platform::Data> data,
+                                           const std::shared_ptr<const platform::URLResponse>& response,
+                                           std::optional<platform::URLError> error) {
+        answer(std::move(data), response.get(), std::move(error), completion);
+      });
+  task->resume();
+}
+
+void URLSessionExecutor::answer(std::optional<platform::Data> data, const platform::URLResponse* response,
+                                std::optional<platform::URLError> error, const Completion& completion) {
+  if (error) return completion(SendError(*std::move(error)));
+  if (!data) return completion(SendError(ServiceError(ServiceError::NoData())));
+  const auto* http = dynamic_cast<const platform::HTTPURLResponse*>(response);
+  if (http == nullptr) return;
+  const int statusCode = http->statusCode();
+  if (statusCode >= 200 && statusCode <= 299) return completion(*std::move(data));
+  completion(SendError(ServiceError(ServiceError::Failed{statusCode, std::move(data)})));
+}
+
+}  // namespace QXExtensionSDK

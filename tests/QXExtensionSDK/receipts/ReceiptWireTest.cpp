@@ -1,0 +1,256 @@
+// Every way in which the wire can fail, end to end: what becomes of the notification, the receipts and the
+// log.
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "platform/dispatch/Clock.h"
+#include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
+#include "tests/support/ManualClock.h"
+
+namespace QXExtensionSDK {
+namespace {
+
+using backend::Fault;
+using backend::LoopbackServer;
+using backend::Request;
+using backend::Response;
+
+constexpr auto kExecutor = "ServiceManager NetworkExecutor error ";
+constexpr auto kDecoder = "ServiceManager ResponseDecoder error Error decoding data ";
+
+enum class Left { nothing, failed, pending };
+
+void expectLeft(Left left) {
+  for (const auto module : {kQXE, kMAM}) {
+    const auto stored = ReceiptHost::stored(module);
+    ASSERT_EQ(stored.size(), left == Left::nothing ? 0U : 1U) << stringValue(module);
+    if (left == Left::nothing) continue;
+    EXPECT_EQ(stored[0].messageId(), "m1");
+    EXPECT_EQ(stored[0].status(), left == Left::failed ? PNStatus::failed : PNStatus::pending);
+  }
+}
+
+std::size_t count(const std::vector<std::string>& messages, const std::string& beginning,
+                  const std::string& ending = "") {
+  return static_cast<std::size_t>(std::ranges::count_if(messages, [&](const std::string& message) {
+    return message.starts_with(beginning) && message.ends_with(ending);
+  }));
+}
+
+void expectNoSecret(const support::ScopedLogRecorder& log) {
+  for (const std::string& secret : kSecrets) EXPECT_FALSE(log->mentions(secret)) << secret;
+}
+
+struct WireCase {
+  std::string name;
+  Response response;
+  Left left;
+  std::string line;  // how the line of either module begins
+  std::string ending = "";
+};
+
+Response json(int status, std::string body = "{}") {
+  return {.status = status, .headers = {{"Content-Type", "application/json"}}, .body = std::move(body)};
+}
+
+Response faulty(Fault fault) {
+  Response response = json(200, R"({"code":200})");
+  response.fault = fault;
+  return response;
+}
+
+Response interim() {
+  Response response = json(200);
+  response.interimStatuses = {102, 103};
+  return response;
+}
+
+std::string failedWith(int status, int bytes) {
+  return kExecutor + ("Failed with status code: " + std::to_string(status)) + " and data " +
+         std::to_string(bytes) + " bytes.";
+}
+
+const std::string kSuccess = "ServiceManager success ";
+
+class ReceiptWireTest : public testing::TestWithParam<WireCase> {};
+
+TEST_P(ReceiptWireTest, LeavesTheReceiptsInTheirState) {
+  const WireCase& wire = GetParam();
+  const LoopbackServer server({.handler = [&](const Request&) { return wire.response; }});
+  const ReceiptHost host(server.url());
+  const support::ScopedLogRecorder log;
+  Extension extension;
+  ASSERT_TRUE(extension.push(receiptPush("m1")));
+
+  expectLeft(wire.left);
+  ASSERT_TRUE(support::eventually([&] { return count(log->messages(), wire.line, wire.ending) == 2; }))
+      << testing::PrintToString(log->messages());
+  const bool succeeded = wire.left == Left::nothing;
+  EXPECT_EQ(log->has("Some delivery receipts failed"), !succeeded);
+  for (const std::string manager : {"QXEDeliveryReceiptManager", "MAMDeliveryReceiptManager"}) {
+    EXPECT_EQ(log->has("Failed to send delivery receipts using manager: " + manager), !succeeded);
+  }
+  EXPECT_EQ(count(log->messages(), "DeliveryReceiptRequest is successful: "), succeeded ? 2U : 0U);
+  EXPECT_EQ(count(log->messages(), "DeliveryReceiptRequest failed with error: "), succeeded ? 0U : 2U);
+  expectNoSecret(log);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Answers, ReceiptWireTest,
+    testing::Values(WireCase{"Dropped", faulty(Fault::closeWithoutAnswer), Left::failed,
+                             std::string(kExecutor) + "127.0.0.1: "},
+                    WireCase{"ResetInHeaders", faulty(Fault::resetInHeaders), Left::failed,
+                             std::string(kExecutor) + "127.0.0.1: "},
+                    WireCase{"ResetInBody", faulty(Fault::resetInBody), Left::failed,
+                             std::string(kExecutor) + "127.0.0.1: "},
+                    WireCase{"CutInBody", faulty(Fault::truncatedBody), Left::failed,
+                             std::string(kExecutor) + "127.0.0.1: "},
+                    WireCase{"InterimAnswers", interim(), Left::nothing, kSuccess},
+                    WireCase{"Ok", json(200), Left::nothing, kSuccess},
+                    WireCase{"NoContent", {.status = 204}, Left::failed, kDecoder, "."},
+                    WireCase{"Last2xx", json(299), Left::nothing, kSuccess},
+                    WireCase{"First3xx", json(300), Left::failed, failedWith(300, 2)},
+                    WireCase{"NotFound", json(404, "gone"), Left::failed, failedWith(404, 4)},
+                    WireCase{"ServerError", json(500, ""), Left::failed, failedWith(500, 0)},
+                    WireCase{"NotJSON", json(200, "<html>"), Left::failed, kDecoder, "."},
+                    WireCase{"JSONOfAnotherShape", json(200, "[1]"), Left::failed, kDecoder, "."},
+                    WireCase{"WrongType", json(200, R"({"code":"200"})"), Left::failed, kDecoder, "."},
+                    WireCase{"UnknownKeys", json(200, R"({"x":1,"code":null})"), Left::nothing, kSuccess},
+                    WireCase{"NodesOfAnotherShape", json(200, R"({"nodes":7})"), Left::nothing, kSuccess},
+                    WireCase{"TenMegabytes", json(200, R"({"body":")" + std::string(10'000'000, 'x') + "\"}"),
+                             Left::nothing, kSuccess},
+                    WireCase{"TenMegabytesOfNonsense", json(200, std::string(10'000'000, 'x')), Left::failed,
+                             kDecoder, "."}),
+    [](const auto& testCase) { return testCase.param.name; });
+
+TEST(ReceiptConnectionTest, ARefusedConnectionMarksTheReceiptsFailed) {
+  const std::string url = LoopbackServer().url();  // closed again
+  const ReceiptHost host(url);
+  const support::ScopedLogRecorder log;
+  Extension extension;
+  ASSERT_TRUE(extension.push(receiptPush("m1")));
+  expectLeft(Left::failed);
+  EXPECT_TRUE(support::eventually(
+      [&] { return count(log->messages(), std::string(kExecutor) + "127.0.0.1: ") == 2; }));
+}
+
+TEST(ReceiptConnectionTest, AnUnknownCertificateMarksTheReceiptsFailedAndSeesNothing) {
+  const LoopbackServer server({.tls = true});
+  const ReceiptHost host(server.url());
+  const support::ScopedLogRecorder log;
+  Extension extension;
+  ASSERT_TRUE(extension.push(receiptPush("m1")));
+  expectLeft(Left::failed);
+  EXPECT_TRUE(server.requests().empty());
+  expectNoSecret(log);
+}
+
+TEST(ReceiptConnectionTest, AServerThatNeverAnswersEndsAtTheSessionsTwentySeconds) {
+  const LoopbackServer server({.hang = true});
+  const ReceiptHost host(server.url());
+  const support::ScopedLogRecorder log;
+  support::ManualClock clock;
+  const platform::ScopedClock scope(clock);
+  Extension extension;
+  extension.start(receiptPush("m1"));
+  ASSERT_TRUE(server.waitForRequests(2, support::soon()));
+  expectLeft(Left::pending);
+  clock.advance(std::chrono::seconds(19));
+  EXPECT_EQ(extension.deliveries().count(), 0U);
+  clock.advance(std::chrono::seconds(2));
+  ASSERT_TRUE(extension.deliveries().waitFor(1));
+  expectLeft(Left::failed);
+  EXPECT_FALSE(log->has("Delivery receipt processing timed out"));
+  EXPECT_TRUE(support::eventually([&] {
+    return count(log->messages(), std::string(kExecutor) + "127.0.0.1: no progress for 20 s") == 2;
+  }));
+}
+
+TEST(ReceiptConnectionTest, ATrickleHoldsTheNotificationForTwentyTwoSecondsAndCountsWhenItEnds) {
+  Response slow = json(200, R"({"message":")" + std::string(120, 'x') + "\"}");
+  slow.pacing = backend::Pacing{1, std::chrono::milliseconds(20)};
+  const LoopbackServer server({.handler = [&](const Request&) { return slow; }});
+  const ReceiptHost host(server.url());
+  const support::ScopedLogRecorder log;
+  support::ManualClock clock;
+  const platform::ScopedClock scope(clock);
+  Extension extension;
+  extension.start(receiptPush("m1"));
+  ASSERT_TRUE(server.waitForRequests(2, support::soon()));
+  // A second for every byte or so: never twenty without progress.
+  for (int second = 0; second < 23; ++second) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(40));
+    clock.advance(std::chrono::seconds(1));
+  }
+  ASSERT_TRUE(extension.deliveries().waitFor(1));
+  EXPECT_TRUE(log->has("Delivery receipt processing timed out"));
+  expectLeft(Left::pending);
+  // The answer comes after all.
+  EXPECT_TRUE(support::eventually(
+      [] { return ReceiptHost::stored(kQXE).empty() && ReceiptHost::stored(kMAM).empty(); }));
+  EXPECT_TRUE(support::eventually([&] { return count(log->messages(), kSuccess) == 2; }));
+}
+
+struct RedirectCase {
+  std::string name;
+  int status;
+  bool otherOrigin;
+  std::string method;
+};
+
+class ReceiptRedirectTest : public testing::TestWithParam<RedirectCase> {};
+
+TEST_P(ReceiptRedirectTest, IsFollowedAndTakesNoCredentialAbroad) {
+  const RedirectCase& redirect = GetParam();
+  const LoopbackServer elsewhere;
+  const LoopbackServer server({.handler = [&](const Request& request) -> std::optional<Response> {
+    if (request.path.starts_with("/moved/")) return std::nullopt;
+    const std::string target = "/moved" + request.path;
+    return Response::redirect(redirect.status, redirect.otherOrigin ? elsewhere.url(target) : target);
+  }});
+  const ReceiptHost host(server.url());
+  const support::ScopedLogRecorder log;
+  Extension extension;
+  ASSERT_TRUE(extension.push(receiptPush("m1")));
+  expectLeft(Left::nothing);
+  expectNoSecret(log);
+
+  std::vector<Request> followed = redirect.otherOrigin ? elsewhere.requests() : server.requests();
+  std::erase_if(followed, [](const Request& request) { return !request.path.starts_with("/moved/"); });
+  ASSERT_EQ(followed.size(), 2U);
+  for (const Request& request : followed) {
+    EXPECT_EQ(request.method, redirect.method);
+    EXPECT_EQ(request.header("Authorization").has_value(), !redirect.otherOrigin);
+    for (const auto& [name, value] : request.headers) {
+      for (const std::string& secret : kSecrets) {
+        EXPECT_FALSE(redirect.otherOrigin && value.find(secret) != std::string::npos) << name;
+      }
+    }
+    EXPECT_EQ(itemsOf(request).size(), redirect.method == "POST" ? 1U : 0U);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Statuses, ReceiptRedirectTest,
+                         testing::Values(RedirectCase{"SameOriginKeepingTheMethod", 307, false, "POST"},
+                                         RedirectCase{"OtherOriginKeepingTheMethod", 308, true, "POST"},
+                                         RedirectCase{"OtherOriginAsGet", 302, true, "GET"}),
+                         [](const auto& testCase) { return testCase.param.name; });
+
+TEST(ReceiptConnectionTest, ARedirectLoopMarksTheReceiptsFailed) {
+  const LoopbackServer server(
+      {.handler = [](const Request& request) { return Response::redirect(307, request.path); }});
+  const ReceiptHost host(server.url());
+  const support::ScopedLogRecorder log;
+  Extension extension;
+  ASSERT_TRUE(extension.push(receiptPush("m1")));
+  expectLeft(Left::failed);
+  EXPECT_TRUE(support::eventually([&] {
+    return count(log->messages(), std::string(kExecutor) + "127.0.0.1: more than 20 redirects") == 2;
+  }));
+  expectNoSecret(log);
+}
+
+}  // namespace
+}  // namespace QXExtensionSDK

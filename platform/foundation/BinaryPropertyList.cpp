@@ -93,12 +93,26 @@ class Outline {
     return true;
   }
 
+  // A dictionary's references to its keys stand before those to its values.
   bool unfoldChildren(std::uint64_t offset, std::uint64_t referencesPerEntry, int depthLeft) {
     const auto header = headerAt(offset);
     if (!header || header->count > left_.nodes) return false;
+    const std::uint64_t keys = referencesPerEntry == 2 ? header->count : 0;
     for (std::uint64_t i = 0; i < header->count * referencesPerEntry; ++i) {
       const auto child = number(header->contentStart + i * referenceWidth_, referenceWidth_);
-      if (!child || !unfold(*child, depthLeft)) return false;
+      if (!child || !unfold(*child, depthLeft) || (i < keys && !isKey(*child))) return false;
+    }
+    return true;
+  }
+
+  // Text without a NUL.
+  bool isKey(std::uint64_t object) const {
+    const auto offset = offsetOf(object);
+    const auto header = offset ? headerAt(*offset) : std::nullopt;
+    if (!header || (header->kind != 0x5 && header->kind != 0x6)) return false;
+    const std::uint64_t width = header->kind == 0x5 ? 1 : 2;
+    for (std::uint64_t i = 0; i < header->count; ++i) {
+      if (number(header->contentStart + i * width, width).value_or(0) == 0) return false;
     }
     return true;
   }

@@ -77,6 +77,11 @@ std::string binary(const std::vector<std::string>& objects) {
 TEST(PropertyListTest, RefusesHostileFiles) {
   EXPECT_EQ(parsePropertyList(binary({"\xA1\1"s, "\x09"s})), Value(std::vector<Value>{true}));
 
+  EXPECT_EQ(parsePropertyList(binary({"\xD1\1\2"s, "\x51k"s, "\x09"s})), Value(Dictionary{{"k", true}}));
+  EXPECT_EQ(parsePropertyList(binary({"\xD1\1\1"s, "\x53k\0y"s})), std::nullopt);
+  EXPECT_EQ(parsePropertyList(binary({"\xD1\1\1"s, "\x61\0\0"s})), std::nullopt);
+  EXPECT_EQ(parsePropertyList(binary({"\xD1\1\1"s, "\x09"s})), std::nullopt);
+
   std::vector<std::string> doubling;
   for (char i = 1; i <= 40; ++i) doubling.push_back("\xA2"s + i + i);
   doubling.push_back("\x09");

@@ -25,7 +25,8 @@ class CarouselScreen {
   virtual void apply(const CarouselViewModel& viewModel) = 0;
   // What was applied last; without panels before the first time.
   virtual const CarouselViewModel& viewModel() const = 0;
-  // The preferred content size becomes the current width by one point.
+  // The preferred content size becomes the current width by one point. Nothing is reported to the delegate,
+  // ticks included, until the next view model is applied.
   virtual void collapse() = 0;
 
   // Null outside an extension.

@@ -2,8 +2,11 @@
 
 #include <string>
 
+#include "QXExtensionSDK/payload/CarouselDefaultValue.h"
 #include "QXExtensionSDK/payload/Color.h"
+#include "QXExtensionSDK/payload/TextBlock.h"
 #include "QXExtensionSDK/payload/TextStyle.h"
+#include "QXExtensionSDK/runtime/Logger.h"
 
 namespace QXExtensionSDK {
 
@@ -26,5 +29,8 @@ struct TextComponent {
 
   friend bool operator==(const TextComponent&, const TextComponent&) = default;
 };
+
+// Each attribute that the block lacks, and a colour that is none, is the slot's.
+TextComponent resolveText(const TextBlock& block, const TextBlockDefaultValue& slot, const Logger& logger);
 
 }  // namespace QXExtensionSDK

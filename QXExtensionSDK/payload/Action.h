@@ -5,24 +5,38 @@
 #include <string>
 #include <variant>
 
+#include "platform/foundation/JSONCoding.h"
+
 namespace QXExtensionSDK {
 
 // What a click on a panel leads to.
 enum class ActionType : std::uint8_t { openApp = 0, openDeepLink = 1, openWebUrl = 2, openCloudPage = 3 };
+constexpr auto rawValues(platform::RawValuesOf<ActionType>) {
+  return std::to_array<platform::RawCase<ActionType>>({{ActionType::openApp, "0"},
+                                                       {ActionType::openDeepLink, "1"},
+                                                       {ActionType::openWebUrl, "2"},
+                                                       {ActionType::openCloudPage, "3"}});
+}
 
 struct OpenAppAction {
-  static constexpr ActionType type = ActionType::openApp;
+  ActionType type = ActionType::openApp;
 
+  static constexpr auto jsonFields() {
+    return platform::jsonFields(platform::jsonField("t", &OpenAppAction::type));
+  }
   friend bool operator==(const OpenAppAction&, const OpenAppAction&) = default;
 };
 
-// An action with a target. The target is as the payload gives it: maybe absent, maybe no URL at all.
+// An action with a target, which is as the payload gives it: maybe absent, maybe no URL at all.
 template <ActionType kType>
 struct LinkAction {
-  static constexpr ActionType type = kType;
-
+  ActionType type = kType;
   std::optional<std::string> url;
 
+  static constexpr auto jsonFields() {
+    return platform::jsonFields(platform::jsonField("t", &LinkAction::type),
+                                platform::jsonField("ul", &LinkAction::url));
+  }
   friend bool operator==(const LinkAction&, const LinkAction&) = default;
 };
 
@@ -30,16 +44,21 @@ using OpenDeeplinkAction = LinkAction<ActionType::openDeepLink>;
 using OpenWebUrlAction = LinkAction<ActionType::openWebUrl>;
 using OpenCloudPageAction = LinkAction<ActionType::openCloudPage>;
 
-// One of the four.
+// One of the four records.
 using Action = std::variant<OpenAppAction, OpenDeeplinkAction, OpenWebUrlAction, OpenCloudPageAction>;
 
-// An action on its way from or to JSON: the kind is read first, then the record of that kind.
+// An action on its way from and to JSON: first its kind is read, then the same object as the record of that
+// kind.
 struct ActionSerDeWrapper {
   Action action;
 
   ActionType type() const {
     return std::visit([](const auto& record) { return record.type; }, action);
   }
+
+  static platform::Result<ActionSerDeWrapper, platform::DecodingError> decodeJSON(
+      const platform::Value& value);
+  bool encodeJSON(std::string& out, platform::JSONFault& fault) const;
 
   friend bool operator==(const ActionSerDeWrapper&, const ActionSerDeWrapper&) = default;
 };

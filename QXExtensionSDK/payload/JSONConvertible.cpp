@@ -4,12 +4,16 @@
 
 namespace QXExtensionSDK {
 
+bool JSONConvertible::isConvertible(const platform::Dictionary& dictionary, const Logger& logger,
+                                    LogCategory category) const {
+  if (platform::isValidJSONObject(dictionary)) return true;
+  logger.error(category, "Dictionary is not valid json convertible object");
+  return false;
+}
+
 std::optional<std::string> JSONConvertible::jsonString(const platform::Dictionary& dictionary,
                                                        const Logger& logger, LogCategory category) const {
-  if (!platform::isValidJSONObject(dictionary)) {
-    logger.error(category, "Dictionary is not valid json convertible object");
-    return std::nullopt;
-  }
+  if (!isConvertible(dictionary, logger, category)) return std::nullopt;
   auto text = platform::writeJSON(dictionary, platform::JSONStyle::pretty);
   if (!text) {
     logger.error(category, "Can't convert dictionary to data object");

@@ -13,6 +13,9 @@ class JSONConvertible {
  public:
   virtual ~JSONConvertible() = default;
 
+  // Whether JSON can hold the dictionary; an error line under the given logger and category when not.
+  bool isConvertible(const platform::Dictionary& dictionary, const Logger& logger,
+                     LogCategory category) const;
   // Nothing, after one error line under the given logger and category, for a dictionary that JSON cannot
   // hold.
   virtual std::optional<std::string> jsonString(const platform::Dictionary& dictionary, const Logger& logger,

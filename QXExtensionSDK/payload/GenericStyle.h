@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/foundation/JSONCoding.h"
+
+namespace QXExtensionSDK {
+
+// How an area of the payload looks. The colour is as written: parseColor() says whether it is one.
+struct GenericStyle {
+  std::optional<std::string> backgroundColor;
+
+  static constexpr auto jsonFields() {
+    return platform::jsonFields(platform::jsonField("bgc", &GenericStyle::backgroundColor));
+  }
+  friend bool operator==(const GenericStyle&, const GenericStyle&) = default;
+};
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,46 @@
+#include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
+
+#include <string_view>
+#include <utility>
+
+#include "QXExtensionSDK/payload/PayloadKeys.h"
+#include "QXExtensionSDK/payload/ViewTemplateCheck.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+std::optional<platform::Dictionary> findRichFeatures(const platform::UNNotificationRequest& request) {
+  if (request.content == nullptr) return std::nullopt;
+  const platform::Dictionary userInfo = request.content->userInfo();
+  const platform::Value* richFeatures = userInfo.find(kRichFeaturesKey);
+  return richFeatures != nullptr ? richFeatures->dictionary() : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<CarouselModel> PayloadCarouselModelParser::parse(
+    const platform::UNNotificationRequest& request) const {
+  const auto refuse = [&](std::string_view message) {
+    logger_.error(logger_.generalCategory(), message);
+    return std::nullopt;
+  };
+  if (checkViewTemplate(request, logger_) != ViewTemplateType::carousel) {
+    return refuse("Invalid view template type in parser");
+  }
+  const auto richFeatures = findRichFeatures(request);
+  if (!richFeatures) return refuse("Rich features payload missing while parsing");
+  if (!isConvertible(*richFeatures, logger_, logger_.generalCategory())) {
+    return refuse("Payload can't be converted to JSON string");
+  }
+  auto model = decode(*richFeatures);
+  if (!model) return refuse("Json parsing into model failed");
+  return *std::move(model);
+}
+
+platform::Result<CarouselModel, platform::DecodingError> PayloadCarouselModelParser::decode(
+    const platform::Dictionary& richFeatures) {
+  return platform::decodeValue<CarouselModel>(richFeatures, "/_rf");
+}
+
+}  // namespace QXExtensionSDK

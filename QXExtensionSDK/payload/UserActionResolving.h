@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "QXExtensionSDK/payload/Action.h"
+#include "QXExtensionSDK/payload/UserAction.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+
+namespace QXExtensionSDK {
+
+// What a tap on a panel with these actions does: the first of them. Null, after one error line, when there is
+// none or when it lacks a target that is a URL. Any thread.
+std::shared_ptr<const UserAction> resolveUserAction(
+    const std::optional<std::vector<ActionSerDeWrapper>>& actions, const Logger& logger);
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,252 @@
+#include "QXExtensionSDK/content/CarouselCoordinator.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "platform/notifications/UNUserNotificationCenter.h"
+#include "tests/QXExtensionSDK/content/FakeCarouselScreen.h"
+#include "tests/support/CarouselPayloads.h"
+#include "tests/support/RecordingLogSink.h"
+
+namespace QXExtensionSDK {
+namespace {
+
+using AppGroupSDK::ExtensionModuleName;
+using platform::UNUserNotificationCenter;
+using support::carousel;
+using support::plainPanels;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Keeps clicks in memory; a module may have no storage, or one that cannot write.
+class ClickBook final : public CarouselClickStorageCreating {
+ public:
+  struct Entry {
+    ExtensionModuleName module;
+    AppGroupSDK::CarouselClickModel click;
+  };
+
+  std::unique_ptr<CarouselClickStoring> createStorage(ExtensionModuleName module,
+                                                      const AppGroupSDK::PNContextInfo&) override {
+    if (module == missing) return nullptr;
+    return std::make_unique<Storage>(*this, module);
+  }
+
+  std::vector<Entry> entries;
+  std::optional<ExtensionModuleName> missing;
+  bool writable = true;
+
+ private:
+  class Storage final : public CarouselClickStoring {
+   public:
+    Storage(ClickBook& book, ExtensionModuleName module) : book_(book), module_(module) {}
+    bool save(const AppGroupSDK::CarouselClickModel& click) const override {
+      if (book_.writable) book_.entries.push_back({module_, click});
+      return book_.writable;
+    }
+
+   private:
+    ClickBook& book_;
+    ExtensionModuleName module_;
+  };
+};
+
+class CarouselCoordinatorTest : public testing::Test {
+ protected:
+  CarouselCoordinatorTest() {
+    auto clicks = std::make_unique<ClickBook>();
+    clicks_ = clicks.get();
+    coordinator_ = std::make_shared<CarouselCoordinator>(
+        Logger::content(),
+        CarouselCollaborators{
+            .parser = std::make_unique<PayloadCarouselModelParser>(Logger::content()),
+            .presenter = std::make_unique<CarouselPresenter>(Logger::content()),
+            .clickStorageFactory = std::move(clicks),
+            .makeScreen = [this] { return screen_ = std::make_shared<FakeCarouselScreen>(); },
+            .dispatchMain = [this](std::function<void()> work) { mainQueue_.push_back(std::move(work)); }});
+  }
+
+  static std::shared_ptr<const platform::UNNotificationRequest> pushOf(const std::string& richFeatures,
+                                                                       std::string identifier = "request") {
+    return support::makeRequest(
+        support::dictionary(R"({"_sid":"VTQX","_m":"m","_r":"r","_rf":)" + richFeatures + "}"),
+        std::move(identifier));
+  }
+  void start(const std::string& richFeatures) {
+    coordinator_->startWith(pushOf(richFeatures));
+    screen_->context = &context_;
+    log_.emplace();
+  }
+  void runMainQueue() {
+    for (const auto& work : std::exchange(mainQueue_, {})) work();
+  }
+  // The lines since start().
+  std::vector<std::string> messages() const { return (*log_)->messages(); }
+
+  RecordingExtensionContext context_;
+  std::shared_ptr<FakeCarouselScreen> screen_;
+  ClickBook* clicks_ = nullptr;
+  std::vector<std::function<void()>> mainQueue_;
+  std::shared_ptr<CarouselCoordinator> coordinator_;
+  std::optional<support::ScopedLogRecorder> log_;
+};
+
+TEST_F(CarouselCoordinatorTest, MovesBetweenTheFirstPanelAndTheLast) {
+  start(carousel(plainPanels(3), R"("tms":9,)"));
+  const auto panels = screen_->applied.panels;
+  EXPECT_EQ(screen_->delegate.lock(), coordinator_);
+  EXPECT_EQ(screen_->applyCount, 1);
+
+  coordinator_->backButtonTapped();
+  EXPECT_EQ(screen_->applyCount, 1);  // nothing to redraw
+  coordinator_->nextButtonTapped();
+  EXPECT_EQ(screen_->applied.currentPanelIndex, 1);
+  EXPECT_EQ(screen_->applied.navigationState,
+            (ViewTemplateNavigationState{true, true, true, NavigationButtonClickState::next}));
+  coordinator_->nextButtonTapped();
+  coordinator_->nextButtonTapped();
+  EXPECT_EQ(screen_->applied.currentPanelIndex, 2);
+  EXPECT_EQ(screen_->applyCount, 3);
+  coordinator_->backButtonTapped();
+  EXPECT_EQ(screen_->applied.navigationState,
+            (ViewTemplateNavigationState{true, true, true, NavigationButtonClickState::back}));
+  EXPECT_EQ(screen_->applied.timerInMilliSec, 9);
+  EXPECT_EQ(screen_->applied.panels, panels);  // shared, not copied
+}
+
+TEST_F(CarouselCoordinatorTest, KeepsTheSelectedPanelThroughARefresh) {
+  start(carousel(plainPanels(3)));
+  coordinator_->nextButtonTapped();
+  coordinator_->nextButtonTapped();
+  const auto screen = screen_;
+  coordinator_->refreshWith(pushOf(carousel(plainPanels(2))));
+  EXPECT_EQ(screen_, screen);
+  EXPECT_EQ(screen_->applied.currentPanelIndex, 2);  // beyond the panels: for the screen to refuse
+  EXPECT_EQ(screen_->applied.navigationState, (ViewTemplateNavigationState{true, true, false, std::nullopt}));
+  coordinator_->nextButtonTapped();
+  EXPECT_EQ(screen_->applyCount, 4);
+  coordinator_->panelTapped();
+  EXPECT_EQ(messages().back(), "Invalid View Model panel data");
+  coordinator_->backButtonTapped();
+  EXPECT_EQ(screen_->applied.currentPanelIndex, 1);
+}
+
+TEST_F(CarouselCoordinatorTest, CollapsesOnWhatItCannotShowAndRecoversWithTheNextNotification) {
+  start(carousel(plainPanels(2)));
+  coordinator_->refreshWith(pushOf(R"({"vt":{"t":"0"}})"));
+  EXPECT_TRUE(screen_->collapsed);
+  EXPECT_THAT(messages(),
+              ElementsAre("Json parsing into model failed", "Parsing returned a nil model object"));
+
+  // The panels of the notification before are no longer there to be used.
+  log_.emplace();
+  coordinator_->panelTapped();
+  coordinator_->nextButtonTapped();
+  EXPECT_THAT(messages(), ElementsAre("Invalid Model items data", "Backing out as model is nil"));
+  EXPECT_TRUE(screen_->collapsed);
+
+  log_.emplace();
+  coordinator_->refreshWith(nullptr);
+  EXPECT_THAT(messages(), ElementsAre("Not proceeding with parsing as notification request object is nil"));
+
+  coordinator_->refreshWith(pushOf(carousel(plainPanels(2))));
+  EXPECT_FALSE(screen_->collapsed);
+  EXPECT_EQ(screen_->applied.currentPanelIndex, 0);
+}
+
+TEST_F(CarouselCoordinatorTest, RecordsATapThenOpensTheAppAndTakesTheNotificationAway) {
+  auto& center = UNUserNotificationCenter::current();
+  center.addDeliveredNotification(support::makeRequest({}, "request"));
+  center.addDeliveredNotification(support::makeRequest({}, "other"));
+  start(carousel(
+      R"([{"id":"p0","md":{"ul":""}},{"id":"p1","md":{"ul":""},"ac":[{"t":"2","ul":"https://x/y"}]}])"));
+  coordinator_->nextButtonTapped();
+  Logger::setGlobalLoglevel(0);
+  coordinator_->panelTapped();
+  Logger::setGlobalLoglevel(2);
+
+  const AppGroupSDK::CarouselClickModel click("m:r", true, 1, AppGroupSDK::CarouselActionType::openWebUrl,
+                                              "https://x/y", "p1");
+  ASSERT_EQ(clicks_->entries.size(), 2U);
+  EXPECT_EQ(clicks_->entries[0].module, ExtensionModuleName::quorixEngagement);
+  EXPECT_EQ(clicks_->entries[1].module, ExtensionModuleName::mobileAppMessaging);
+  for (const auto& entry : clicks_->entries) EXPECT_EQ(entry.click, click);
+  EXPECT_THAT(messages(), ElementsAre("Click state save status=true for QXE module",
+                                      "Click state save status=true for MAM module"));
+
+  EXPECT_EQ(context_.defaultActionCount, 0);  // only when the main thread comes to it
+  runMainQueue();
+  EXPECT_EQ(context_.defaultActionCount, 1);
+  ASSERT_EQ(center.deliveredNotifications().size(), 1U);
+  EXPECT_EQ(center.deliveredNotifications()[0]->identifier, "other");
+}
+
+TEST_F(CarouselCoordinatorTest, OpensTheAppWhetherOrNotTheClickCouldBeSaved) {
+  start(carousel(R"([{"id":"p","md":{"ul":""},"ac":[{"t":"0"}]}])"));
+  clicks_->writable = false;
+  clicks_->missing = ExtensionModuleName::quorixEngagement;
+  Logger::setGlobalLoglevel(0);
+  coordinator_->panelTapped();
+  Logger::setGlobalLoglevel(2);
+  runMainQueue();
+  EXPECT_THAT(messages(), ElementsAre("Click state save status=false for MAM module"));
+  EXPECT_EQ(context_.defaultActionCount, 1);
+
+  // A panel without an action has nothing to save.
+  coordinator_->refreshWith(pushOf(carousel(plainPanels(1))));
+  clicks_->writable = true;
+  coordinator_->panelTapped();
+  runMainQueue();
+  EXPECT_THAT(clicks_->entries, IsEmpty());
+  EXPECT_EQ(context_.defaultActionCount, 2);
+}
+
+TEST_F(CarouselCoordinatorTest, NeitherSavesNorOpensWithoutAUniqueId) {
+  start(carousel("[]"));
+  coordinator_->refreshWith(support::makeRequest(support::dictionary(
+      R"({"_m":7,"_rf":)" + carousel(R"([{"id":"p","md":{"ul":""},"ac":[{"t":"0"}]}])") + "}")));
+  log_.emplace();
+  coordinator_->panelTapped();
+  EXPECT_THAT(messages(),
+              ElementsAre("Backing out from saving carousel click data in App Group as unique id is nil"));
+  EXPECT_THAT(clicks_->entries, IsEmpty());
+  EXPECT_THAT(mainQueue_, IsEmpty());
+}
+
+TEST_F(CarouselCoordinatorTest, SaysWhatKeepsATapFromItsEnd) {
+  start(carousel(plainPanels(1)));
+  screen_->context = nullptr;
+  coordinator_->panelTapped();
+  runMainQueue();
+  EXPECT_THAT(messages(), ElementsAre("Extension context not found"));
+
+  log_.emplace();
+  screen_->context = &context_;
+  coordinator_->refreshWith(pushOf(carousel(R"([{"id":"","md":{"ul":""},"ac":[{"t":"0"}]}])"), ""));
+  coordinator_->panelTapped();
+  runMainQueue();
+  EXPECT_EQ(context_.defaultActionCount, 1);
+  EXPECT_THAT(messages(), ElementsAre("Delivered notification can't be removed"));
+}
+
+TEST_F(CarouselCoordinatorTest, LeavesNothingBehindWhenItIsClosedBetweenTapAndDefaultAction) {
+  start(carousel(plainPanels(1)));
+  coordinator_->panelTapped();
+  coordinator_.reset();
+  const std::weak_ptr<FakeCarouselScreen> screen = screen_;
+  screen_.reset();
+  EXPECT_TRUE(screen.expired());
+  runMainQueue();
+  EXPECT_EQ(context_.defaultActionCount, 0);
+}
+
+TEST_F(CarouselCoordinatorTest, ForwardsEveryResponse) {
+  start(carousel("[]"));
+  EXPECT_EQ(coordinator_->responseOptionFor({{}, "any"}),
+            platform::UNNotificationContentExtensionResponseOption::dismissAndForwardAction);
+}
+
+}  // namespace
+}  // namespace QXExtensionSDK

@@ -1,0 +1,59 @@
+#include "QXExtensionSDK/payload/UserActionResolving.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/RecordingLogSink.h"
+
+namespace QXExtensionSDK {
+namespace {
+
+using Actions = std::vector<ActionSerDeWrapper>;
+
+TEST(UserActionResolvingTest, TakesTheFirstActionAndItsURL) {
+  support::ScopedLogRecorder log;
+  const auto app = resolveUserAction(Actions{{OpenAppAction{}}, {OpenWebUrlAction{.url = "https://b"}}},
+                                     Logger::content());
+  ASSERT_NE(app, nullptr);
+  EXPECT_EQ(app->kind(), ActionType::openApp);
+  EXPECT_EQ(app->url(), nullptr);
+
+  struct Case {
+    Action action;
+    ActionType kind;
+  };
+  const Case links[] = {{OpenDeeplinkAction{.url = "app:x"}, ActionType::openDeepLink},
+                        {OpenWebUrlAction{.url = "app:x"}, ActionType::openWebUrl},
+                        {OpenCloudPageAction{.url = "app:x"}, ActionType::openCloudPage}};
+  for (const Case& each : links) {
+    const auto link = resolveUserAction(Actions{{each.action}}, Logger::content());
+    ASSERT_NE(link, nullptr);
+    EXPECT_EQ(link->kind(), each.kind);
+    EXPECT_EQ(link->url()->absoluteString(), "app:x");
+  }
+  EXPECT_TRUE(log->entries().empty());
+}
+
+TEST(UserActionResolvingTest, SaysWhyThereIsNoAction) {
+  struct Case {
+    std::optional<Actions> actions;
+    std::string message;
+  };
+  const Case cases[] = {
+      {std::nullopt, "Actions array is missing"},
+      {Actions{}, "Actions array is empty"},
+      {Actions{{OpenDeeplinkAction{}}, {OpenAppAction{}}}, "Invalid action state for openDeepLink"},
+      {Actions{{OpenWebUrlAction{.url = "not a url"}}}, "Invalid action state for openWebUrl"},
+      {Actions{{OpenCloudPageAction{.url = ""}}}, "Invalid action state for openCloudPage"},
+  };
+  for (const Case& each : cases) {
+    support::ScopedLogRecorder log;
+    EXPECT_EQ(resolveUserAction(each.actions, Logger::content()), nullptr);
+    EXPECT_THAT(log->entries(),
+                testing::ElementsAre(support::LogEntry{"ContentExtension", "ContentGeneral",
+                                                       platform::LogType::error, each.message}));
+  }
+}
+
+}  // namespace
+}  // namespace QXExtensionSDK

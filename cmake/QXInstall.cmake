@@ -7,6 +7,11 @@ set(QX_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/QXExtensionSDK")
 install(TARGETS QXPlatform QXLogging AppGroupSDK QXExtensionSDK QXExtensionSDKContentCore
   EXPORT QXExtensionSDKTargets)
 install(EXPORT QXExtensionSDKTargets NAMESPACE QX:: DESTINATION "${QX_PACKAGE_DIR}")
+if(QX_BUILD_CONTENT)
+  # A set of its own, so that a service extension needs no view toolkit to be built.
+  install(TARGETS QXPlatformUI QXExtensionSDKContent EXPORT QXExtensionSDKContentTargets)
+  install(EXPORT QXExtensionSDKContentTargets NAMESPACE QX:: DESTINATION "${QX_PACKAGE_DIR}")
+endif()
 install(DIRECTORY platform AppGroupSDK QXExtensionSDK DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   FILES_MATCHING PATTERN "*.h" PATTERN "linux" EXCLUDE)
 

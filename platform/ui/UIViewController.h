@@ -10,6 +10,8 @@ class QWidget;
 
 namespace platform {
 
+enum class UIKey { left, right, returnOrEnter, other };
+
 // Owns one view and takes part in a tree of such controllers. Main thread.
 //
 // A child is shared between its parent and whoever made it; its view belongs to the controller, also while it
@@ -24,6 +26,8 @@ class UIViewController {
   // Made on first use, which also calls viewDidLoad(). Lives as long as the controller.
   QWidget& view();
   bool isViewLoaded() const { return view_ != nullptr; }
+  // Gives the view that size and lays it out at once, on a screen or not.
+  void resizeView(int width, int height);
 
   Size preferredContentSize() const { return preferredContentSize_; }
   // Tells the parent.
@@ -40,12 +44,18 @@ class UIViewController {
   void setExtensionContext(std::weak_ptr<NSExtensionContext> context);
 
  protected:
-  // Makes the view. The default is an empty one.
-  virtual std::unique_ptr<QWidget> loadView();
   virtual void viewDidLoad() {}
+  // The view has got another size.
+  virtual void viewDidLayoutSubviews() {}
+  // Light or dark appearance, or the direction of reading, may have changed.
+  virtual void traitCollectionDidChange() {}
+  // A key was pressed and no subview wanted it; returns whether it had an effect.
+  virtual bool pressesBegan(UIKey /*key*/) { return false; }
   virtual void preferredContentSizeDidChangeForChildContentContainer(UIViewController& /*child*/) {}
 
  private:
+  class View;
+
   std::unique_ptr<QWidget> view_;
   Size preferredContentSize_;
   UIViewController* parent_ = nullptr;

@@ -7,6 +7,8 @@
 #include <string>
 
 #include "QXExtensionSDK/runtime/Version.h"
+#include "tools/qx/CarouselCommand.h"
+#include "tools/qx/CarouselSteps.h"
 #include "tools/qx/PushCommand.h"
 #include "tools/qx/SimulatorOptions.h"
 
@@ -67,6 +69,49 @@ CLI::App& addPush(CLI::App& app, qx::PushOptions& options) {
   return push;
 }
 
+std::string checkSteps(const std::string& text) {
+  const auto steps = qx::parseCarouselSteps(text);
+  return steps ? std::string() : steps.error().message;
+}
+
+CLI::App& addCarousel(CLI::App& app, qx::CarouselOptions& options) {
+  constexpr int kWidest = 10'000;
+  constexpr double kSmallestScale = 0.5;
+  constexpr double kLargestScale = 8;
+  CLI::App& carousel =
+      *app.add_subcommand("carousel", "Show a push's carousel as the content extension draws it");
+  carousel.footer(
+      "Examples:\n  qx carousel push.json\n  qx carousel push.json --png out.png --all --dark\n"
+      "  qx carousel push.json --do next,wait:500,tap\n\n"
+      "Without --png and --do a window opens. Arrow keys move, Return opens, Escape closes.\n"
+      "How the carousel stands is reported after loading and after each step.");
+  carousel.add_option("FILE", options.file, "File with one push; - for standard input")
+      ->type_name("")
+      ->required();
+  auto* png = carousel.add_option("--png", options.png, "Draw into this file instead of opening a window")
+                  ->type_name("OUT.png");
+  auto* panel = carousel.add_option("--panel", options.panel, "Draw this panel, counted from 0")
+                    ->type_name("N")
+                    ->check(CLI::NonNegativeNumber)
+                    ->needs(png);
+  carousel.add_flag("--all", options.all, "Draw every panel: OUT-0.png, OUT-1.png, ...")
+      ->needs(png)
+      ->excludes(panel);
+  carousel.add_option("--width", options.width, "Room there is from left to right")
+      ->type_name("POINTS")
+      ->check(CLI::Range(1, kWidest))
+      ->capture_default_str();
+  carousel.add_option("--scale", options.scale, "Pixels a point [2 for a drawing]")
+      ->type_name("F")
+      ->check(CLI::Range(kSmallestScale, kLargestScale));
+  carousel.add_flag("--dark", options.dark, "Dark appearance");
+  carousel.add_flag("--rtl", options.rtl, "Read from right to left");
+  carousel.add_option("--do", options.steps, "Steps in order: next, back, tick, tap, refresh:FILE, wait:MS")
+      ->type_name("STEPS")
+      ->check(CLI::Validator(checkSteps, ""));
+  return carousel;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -81,6 +126,8 @@ int main(int argc, char** argv) {
   addSimulatorOptions(app, simulator);
   qx::PushOptions push;
   const CLI::App& pushCommand = addPush(app, push);
+  qx::CarouselOptions carousel;
+  const CLI::App& carouselCommand = addCarousel(app, carousel);
 
   try {
     app.parse(argc, argv);
@@ -92,5 +139,6 @@ int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   qx::applyEnvironment(simulator);
   if (pushCommand.parsed()) return qx::runPush(simulator, push);
+  if (carouselCommand.parsed()) return qx::runCarousel(simulator, carousel);
   return kWrongUsage;
 }

@@ -1,10 +1,53 @@
 #include "platform/ui/UIViewController.h"
 
+#include <QEvent>
+#include <QKeyEvent>
 #include <QWidget>
 #include <algorithm>
 #include <utility>
 
 namespace platform {
+
+namespace {
+
+UIKey keyOf(const QKeyEvent& event) {
+  switch (event.key()) {
+    case Qt::Key_Left:
+      return UIKey::left;
+    case Qt::Key_Right:
+      return UIKey::right;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      return UIKey::returnOrEnter;
+    default:
+      return UIKey::other;
+  }
+}
+
+}  // namespace
+
+// Passes on what happens to the view.
+class UIViewController::View final : public QWidget {
+ public:
+  explicit View(UIViewController& controller) : controller_(controller) {}
+
+ protected:
+  void resizeEvent(QResizeEvent* /*event*/) override { controller_.viewDidLayoutSubviews(); }
+
+  void changeEvent(QEvent* event) override {
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::LayoutDirectionChange) {
+      controller_.traitCollectionDidChange();
+    }
+    QWidget::changeEvent(event);
+  }
+
+  void keyPressEvent(QKeyEvent* event) override {
+    if (!controller_.pressesBegan(keyOf(*event))) QWidget::keyPressEvent(event);
+  }
+
+ private:
+  UIViewController& controller_;
+};
 
 UIViewController::UIViewController() = default;
 
@@ -15,14 +58,16 @@ UIViewController::~UIViewController() {
 
 QWidget& UIViewController::view() {
   if (view_ == nullptr) {
-    view_ = loadView();
+    view_ = std::make_unique<View>(*this);
     viewDidLoad();
   }
   return *view_;
 }
 
-std::unique_ptr<QWidget> UIViewController::loadView() {
-  return std::make_unique<QWidget>();
+void UIViewController::resizeView(int width, int height) {
+  view().resize(width, height);
+  // The toolkit tells a view that is not on a screen only before it is drawn.
+  if (view().testAttribute(Qt::WA_PendingResizeEvent)) viewDidLayoutSubviews();
 }
 
 void UIViewController::setPreferredContentSize(Size size) {

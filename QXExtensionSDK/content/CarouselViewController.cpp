@@ -1,0 +1,238 @@
+#include "QXExtensionSDK/content/CarouselViewController.h"
+
+#include <QCoreApplication>
+#include <QStyle>
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <utility>
+
+#include "platform/ui/Accessibility.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+constexpr int kButtonSide = 32;
+constexpr int kButtonMargin = 20;
+constexpr int kBarHeight = 48;
+constexpr int kPageControlGap = 12;
+
+QString text(const char* source) {
+  return QCoreApplication::translate("Carousel", source);
+}
+
+PanelChange panelChange(const ViewTemplateNavigationState& state) {
+  if (!state.buttonClickState) return PanelChange::none;
+  return *state.buttonClickState == NavigationButtonClickState::next ? PanelChange::forward
+                                                                     : PanelChange::backward;
+}
+
+QString spoken(const PanelItemComponent& panel) {
+  QStringList parts;
+  for (const auto& component : {panel.title, panel.subTitle}) {
+    if (component) parts << QString::fromStdString(component->text);
+  }
+  if (parts.empty() && panel.media.altText) parts << QString::fromStdString(panel.media.altText->text);
+  return parts.join(", ");
+}
+
+}  // namespace
+
+CarouselViewController::CarouselViewController(const Logger& logger)
+    : logger_(logger), session_(std::make_shared<platform::URLSession>(platform::URLSessionConfiguration())) {
+  timer_.setTimerType(Qt::PreciseTimer);
+  QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { timerFired(); });
+}
+
+CarouselViewController::~CarouselViewController() = default;
+
+void CarouselViewController::setDelegate(std::weak_ptr<CarouselViewControllerDelegate> delegate) {
+  delegate_ = std::move(delegate);
+}
+
+void CarouselViewController::viewDidLoad() {
+  QWidget& root = view();
+  root.setAutoFillBackground(true);
+  root.setAccessibleName(text("Carousel"));
+  platform::setAccessibility(root, {QAccessible::Grouping, {}});
+  contentView_ = new CarouselContentView([this] { tapGesturePerformed(); }, &root);
+  buttonContentView_ = new QWidget(&root);
+  pageControl_ = new platform::UIPageControl(buttonContentView_);
+  // Over the bar, since their touch areas reach beyond it.
+  backButton_ = new CarouselButton("left_arrow_enabled", "left_arrow_disabled", &root);
+  nextButton_ = new CarouselButton("right_arrow_enabled", "right_arrow_disabled", &root);
+  backButton_->setAccessibleName(text("Previous panel"));
+  nextButton_->setAccessibleName(text("Next panel"));
+  QObject::connect(backButton_, &QAbstractButton::clicked, &root, [this] { backButtonTapped(); });
+  QObject::connect(nextButton_, &QAbstractButton::clicked, &root, [this] { nextButtonTapped(); });
+}
+
+void CarouselViewController::apply(const CarouselViewModel& viewModel) {
+  view();
+  const bool hasNewPanels = viewModel.panels != viewModel_.panels;
+  viewModel_ = viewModel;
+  isCollapsed_ = panelCount() == 0;
+  if (hasNewPanels) takePanels(viewModel.panels);
+  applyNavigationState(viewModel.navigationState);
+  applyPageIndicator();
+  if (hasNewPanels) layoutSubviews();
+  showPanel();
+  runTimerRules();
+}
+
+// A panel view goes on showing its image when the new panel has the same one.
+void CarouselViewController::takePanels(const std::shared_ptr<const PanelItemComponents>& panels) {
+  std::vector<std::shared_ptr<CarouselPanelView>> views(panelCount());
+  for (std::size_t i = 0; i < std::min(views.size(), panelViews_.size()); ++i) {
+    const auto& existing = panelViews_[i];
+    if (existing != nullptr && existing->imageView().url() == (*panels)[i].media.url) views[i] = existing;
+  }
+  panelViews_ = std::move(views);
+  panelsWidth_ = -1;
+}
+
+std::size_t CarouselViewController::panelCount() const {
+  return viewModel_.panels == nullptr ? 0 : viewModel_.panels->size();
+}
+
+const CarouselPanelView* CarouselViewController::panelView(std::size_t index) const {
+  return index < panelViews_.size() ? panelViews_[index].get() : nullptr;
+}
+
+bool CarouselViewController::isAnyImageDownloading() const {
+  return std::ranges::any_of(panelViews_, [](const auto& panel) {
+    return panel != nullptr && panel->imageView().imageLoadingState() == ImageLoadingState::downloading;
+  });
+}
+
+void CarouselViewController::applyNavigationState(const ViewTemplateNavigationState& state) {
+  backButton_->setVisible(state.showNavigationButtons);
+  nextButton_->setVisible(state.showNavigationButtons);
+  backButton_->setEnabled(state.backButtonEnabled);
+  nextButton_->setEnabled(state.nextButtonEnabled);
+}
+
+void CarouselViewController::applyPageIndicator() {
+  const auto pages = static_cast<int>(panelCount());
+  const auto page = static_cast<int>(std::clamp<std::int64_t>(viewModel_.currentPanelIndex, 0, pages));
+  pageControl_->setNumberOfPages(pages);
+  pageControl_->setCurrentPage(page);
+  pageControl_->setAccessibleName(text("panel %1 of %2").arg(page + 1).arg(pages));
+  pageControl_->setVisible(pages >= 2);
+  buttonContentView_->setVisible(pages >= 2);
+}
+
+void CarouselViewController::showPanel() {
+  const auto index = static_cast<std::size_t>(viewModel_.currentPanelIndex);
+  if (index >= panelCount()) {
+    return logger_.error(LogCategory::ui, "Inavlid index in panel state setting");
+  }
+  const PanelItemComponent& panel = (*viewModel_.panels)[index];
+  auto& panelView = panelViews_[index];
+  if (panelView == nullptr) {
+    panelView = std::make_shared<CarouselPanelView>(session_, static_cast<CarouselImageViewDelegate&>(*this),
+                                                    logger_, contentView_);
+  }
+  panelView->setFrame(contentView_->panelFrame());
+  panelView->configure(panel, viewModel_.currentPanelIndex);
+  contentView_->showPanel(panelView, panelChange(viewModel_.navigationState));
+  contentView_->setAccessibleName(spoken(panel));
+}
+
+void CarouselViewController::runTimerRules() {
+  const auto order = timerRules_.viewModelApplied(viewModel_);
+  if (order == CarouselTimerRules::Order::stop) timer_.stop();
+  const bool isToRun = timerRules_.state() == TimerState::running && !isCollapsed_;
+  if (!isToRun || timer_.isActive()) return;
+  constexpr std::int64_t kLongest = std::numeric_limits<int>::max();
+  timer_.start(static_cast<int>(std::min(viewModel_.timerInMilliSec, kLongest)));
+}
+
+void CarouselViewController::collapse() {
+  isCollapsed_ = true;
+  timer_.stop();
+  updatePreferredContentSize();
+}
+
+void CarouselViewController::viewDidLayoutSubviews() {
+  layoutSubviews();
+}
+
+void CarouselViewController::traitCollectionDidChange() {
+  if (contentView_ != nullptr) layoutSubviews();
+}
+
+bool CarouselViewController::pressesBegan(platform::UIKey key) {
+  const bool isMirrored = view().layoutDirection() == Qt::RightToLeft;
+  switch (key) {
+    case platform::UIKey::left:
+    case platform::UIKey::right:
+      if (isMirrored == (key == platform::UIKey::left)) {
+        nextButtonTapped();
+      } else {
+        backButtonTapped();
+      }
+      return true;
+    case platform::UIKey::returnOrEnter:
+      tapGesturePerformed();
+      return true;
+    case platform::UIKey::other:
+      return false;
+  }
+  return false;
+}
+
+void CarouselViewController::layoutSubviews() {
+  const int width = view().width();
+  if (panelsWidth_ != width && panelCount() > 0) {
+    panelsWidth_ = width;
+    panelsHeight_ =
+        CarouselPanelView::heightForPanels(*viewModel_.panels, width - 2 * CarouselContentView::kMargin);
+  }
+  const int contentHeight = panelsHeight_ + 2 * CarouselContentView::kMargin;
+  contentView_->setFrame({0, 0, width, contentHeight});
+
+  const QRect bar(0, contentHeight - CarouselContentView::kMargin, width, kBarHeight);
+  const auto direction = view().layoutDirection();
+  const QRect back(kButtonMargin, bar.top() + (kBarHeight - kButtonSide) / 2, kButtonSide, kButtonSide);
+  const QRect next = back.translated(width - 2 * kButtonMargin - kButtonSide, 0);
+  backButton_->setBounds(QStyle::visualRect(direction, bar, back));
+  nextButton_->setBounds(QStyle::visualRect(direction, bar, next));
+  buttonContentView_->setGeometry(bar);
+  const int inset = kButtonMargin + kButtonSide + CarouselButton::kTouchMargin + kPageControlGap;
+  pageControl_->setGeometry(inset, 0, std::max(0, width - 2 * inset), kBarHeight);
+  updatePreferredContentSize();
+}
+
+void CarouselViewController::updatePreferredContentSize() {
+  constexpr double kCollapsedHeight = 1;
+  const bool hasBar = panelCount() >= 2;
+  const int height =
+      panelsHeight_ + CarouselContentView::kMargin + (hasBar ? kBarHeight : CarouselContentView::kMargin);
+  const platform::Size size{static_cast<double>(view().width()),
+                            isCollapsed_ ? kCollapsedHeight : static_cast<double>(height)};
+  if (size != preferredContentSize()) setPreferredContentSize(size);
+}
+
+void CarouselViewController::backButtonTapped() {
+  if (const auto delegate = delegate_.lock()) delegate->backButtonTapped();
+}
+
+void CarouselViewController::nextButtonTapped() {
+  if (const auto delegate = delegate_.lock()) delegate->nextButtonTapped();
+}
+
+void CarouselViewController::timerFired() {
+  nextButtonTapped();
+}
+
+void CarouselViewController::tapGesturePerformed() {
+  if (const auto delegate = delegate_.lock()) delegate->panelTapped();
+}
+
+void CarouselViewController::imageDownloadCompleted(std::int64_t panelIndex) {
+  logger_.debug(LogCategory::ui, "Image download completion callback, Index=", panelIndex);
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QTimer>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "QXExtensionSDK/content/CarouselButton.h"
+#include "QXExtensionSDK/content/CarouselContentView.h"
+#include "QXExtensionSDK/content/CarouselImageViewDelegate.h"
+#include "QXExtensionSDK/content/CarouselPanelView.h"
+#include "QXExtensionSDK/content/CarouselScreen.h"
+#include "QXExtensionSDK/content/CarouselTimerRules.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "platform/network/URLSession.h"
+#include "platform/ui/UIPageControl.h"
+#include "platform/ui/UIViewController.h"
+
+namespace QXExtensionSDK {
+
+// The carousel screen: one panel at a time, the arrows and the page indicator under it. All panels take the
+// same height. Main thread.
+class CarouselViewController final : public platform::UIViewController,
+                                     public CarouselScreen,
+                                     private CarouselImageViewDelegate {
+ public:
+  explicit CarouselViewController(const Logger& logger);
+  ~CarouselViewController() override;
+
+  void setDelegate(std::weak_ptr<CarouselViewControllerDelegate> delegate) override;
+  void apply(const CarouselViewModel& viewModel) override;
+  const CarouselViewModel& viewModel() const override { return viewModel_; }
+  void collapse() override;
+  platform::NSExtensionContext* extensionContext() const override {
+    return UIViewController::extensionContext();
+  }
+  platform::UIViewController& viewController() override { return *this; }
+
+  bool isCollapsed() const { return isCollapsed_; }
+  TimerState timerState() const { return timerRules_.state(); }
+  // Null for a panel that has not been shown yet, or does not exist.
+  const CarouselPanelView* panelView(std::size_t index) const;
+  bool isAnyImageDownloading() const;
+
+  CarouselContentView& contentView() { return *contentView_; }
+  CarouselButton& backButton() { return *backButton_; }
+  CarouselButton& nextButton() { return *nextButton_; }
+  // What a tap on the panel and a tick of the timer do.
+  void tapGesturePerformed();
+  void timerFired();
+
+ protected:
+  void viewDidLoad() override;
+  void viewDidLayoutSubviews() override;
+  void traitCollectionDidChange() override;
+  bool pressesBegan(platform::UIKey key) override;
+
+ private:
+  void imageDownloadCompleted(std::int64_t panelIndex) override;
+
+  void backButtonTapped();
+  void nextButtonTapped();
+  void takePanels(const std::shared_ptr<const PanelItemComponents>& panels);
+  std::size_t panelCount() const;
+  void applyNavigationState(const ViewTemplateNavigationState& state);
+  void applyPageIndicator();
+  void showPanel();
+  void describePanel(const PanelItemComponent& panel);
+  void runTimerRules();
+  void layoutSubviews();
+  void updatePreferredContentSize();
+
+  const Logger& logger_;
+  std::weak_ptr<CarouselViewControllerDelegate> delegate_;
+  CarouselViewModel viewModel_;
+  bool isCollapsed_ = false;
+  CarouselTimerRules timerRules_;
+  QTimer timer_;
+  const std::shared_ptr<platform::URLSession> session_;
+  // One a panel, made when the panel is first shown.
+  std::vector<std::shared_ptr<CarouselPanelView>> panelViews_;
+  int panelsHeight_ = 0;
+  int panelsWidth_ = -1;  // that the height was measured for
+
+  // Owned by the view.
+  CarouselContentView* contentView_ = nullptr;
+  QWidget* buttonContentView_ = nullptr;
+  platform::UIPageControl* pageControl_ = nullptr;
+  CarouselButton* backButton_ = nullptr;
+  CarouselButton* nextButton_ = nullptr;
+};
+
+}  // namespace QXExtensionSDK

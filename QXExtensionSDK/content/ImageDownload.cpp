@@ -1,0 +1,65 @@
+#include "QXExtensionSDK/content/ImageDownload.h"
+
+#include <utility>
+
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/ui/ImageDecoding.h"
+#include "platform/ui/MainQueue.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+using Kind = ImageDownloadResult::Kind;
+
+// One image at a time: decoding takes memory.
+const platform::DispatchQueue& decodingQueue() {
+  static const platform::DispatchQueue queue("com.vtqx.image.decoding",
+                                             platform::DispatchQueue::Attribute::serial);
+  return queue;
+}
+
+}  // namespace
+
+// Off the main thread the download is known by weak references that nobody locks there: it lives and dies on
+// the main thread alone.
+std::shared_ptr<ImageDownload> ImageDownload::start(platform::URLSession& session, const platform::URL& url,
+                                                    std::chrono::duration<double> requestTimeOut,
+                                                    PixelSize pixelSize, Completion completion) {
+  const std::shared_ptr<ImageDownload> download(
+      new ImageDownload(std::move(pixelSize), std::move(completion)));
+  platform::URLRequest request(url, platform::CachePolicy::useProtocolCachePolicy, requestTimeOut);
+  download->task_ = session.dataTask(
+      std::move(request), [weak = std::weak_ptr(download)](std::optional<platform::Data> data,
+                                                           const auto& /*response*/, const auto& error) {
+        auto bytes = std::make_shared<const platform::Data>(std::move(data).value_or(platform::Data()));
+        platform::dispatchMainAsync([weak, bytes = std::move(bytes), error] {
+          if (const auto self = weak.lock()) self->received(bytes, error);
+        });
+      });
+  download->task_->resume();
+  return download;
+}
+
+ImageDownload::ImageDownload(PixelSize pixelSize, Completion completion)
+    : pixelSize_(std::move(pixelSize)), completion_(std::move(completion)) {}
+
+ImageDownload::~ImageDownload() {
+  task_->cancel();
+}
+
+void ImageDownload::received(const std::shared_ptr<const platform::Data>& data,
+                             const std::optional<platform::URLError>& error) {
+  if (error) return completion_({Kind::error, {}, error});
+  if (data->empty()) return completion_({Kind::noData});
+  decodingQueue().async([weak = weak_from_this(), data, size = pixelSize_()] {
+    QImage image = platform::decodeImageFilling(data->view(), size);
+    platform::dispatchMainAsync([weak, image = std::move(image)] {
+      const auto self = weak.lock();
+      if (self == nullptr) return;
+      self->completion_({image.isNull() ? Kind::notAnImage : Kind::image, image});
+    });
+  });
+}
+
+}  // namespace QXExtensionSDK

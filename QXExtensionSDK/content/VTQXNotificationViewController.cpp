@@ -1,0 +1,103 @@
+#include "QXExtensionSDK/content/VTQXNotificationViewController.h"
+
+#include <QWidget>
+#include <utility>
+
+#include "QXExtensionSDK/content/CarouselViewController.h"
+#include "QXExtensionSDK/content/DefaultCoordinatorFactory.h"
+#include "QXExtensionSDK/payload/VTQXUtility.h"
+#include "QXExtensionSDK/runtime/Logger.h"
+#include "platform/ui/MainQueue.h"
+
+namespace QXExtensionSDK {
+
+namespace {
+
+constexpr LogCategory kCategory = LogCategory::contentGeneral;
+
+std::shared_ptr<CarouselScreen> makeCarouselScreen() {
+  return std::make_shared<CarouselViewController>(Logger::content());
+}
+
+}  // namespace
+
+void VTQXNotificationViewController::didReceiveNotification(const platform::UNNotification& notification) {
+  handleNotificationReceived(notification.request);
+}
+
+void VTQXNotificationViewController::handleNotificationReceived(
+    const std::shared_ptr<const platform::UNNotificationRequest>& request) {
+  setLogLevel();
+  if (!VTQXUtility::isVTQXPushNotification(*request)) {
+    Logger::content().error(kCategory, "Non VTQX PN in content extension");
+    return handleViewShouldNotDisplay();
+  }
+  if (coordinator_ == nullptr && coordinatorVC_ == nullptr) return start(request);
+  if (coordinator_ != nullptr) coordinator_->refreshWith(request);
+}
+
+void VTQXNotificationViewController::start(
+    const std::shared_ptr<const platform::UNNotificationRequest>& request) {
+  const DefaultCoordinatorFactory factory(makeCarouselScreen, platform::dispatchMainAsync);
+  auto coordinator = factory.createCoordinatorUsing(*request);
+  if (coordinator == nullptr) {
+    Logger::content().error(kCategory, "Can't find a suitable Coordinator");
+    return handleViewShouldNotDisplay();
+  }
+  coordinator_ = std::move(coordinator);
+  coordinator_->startWith(request);
+  auto controller = coordinator_->primaryViewController();
+  if (controller == nullptr) {
+    Logger::content().error(kCategory, "VTQXNotificationViewController coordinator VC is nil");
+    return handleViewShouldNotDisplay();
+  }
+  embed(std::move(controller));
+}
+
+void VTQXNotificationViewController::embed(std::shared_ptr<platform::UIViewController> controller) {
+  addChild(controller);
+  QWidget& childView = controller->view();
+  childView.setParent(&view());
+  controller->resizeView(view().width(), view().height());
+  childView.show();
+  coordinatorVC_ = std::move(controller);
+  setPreferredContentSize(coordinatorVC_->preferredContentSize());
+}
+
+void VTQXNotificationViewController::viewDidLayoutSubviews() {
+  if (coordinatorVC_ != nullptr) coordinatorVC_->resizeView(view().width(), view().height());
+}
+
+void VTQXNotificationViewController::preferredContentSizeDidChangeForChildContentContainer(
+    platform::UIViewController& child) {
+  UIViewController::preferredContentSizeDidChangeForChildContentContainer(child);
+  if (coordinatorVC_ != nullptr) setPreferredContentSize(coordinatorVC_->preferredContentSize());
+}
+
+void VTQXNotificationViewController::didReceiveNotificationResponse(
+    const platform::UNNotificationResponse& response, const ResponseCompletion& completionHandler) {
+  const auto option = coordinator_ != nullptr
+                          ? coordinator_->responseOptionFor(response)
+                          : platform::UNNotificationContentExtensionResponseOption::doNotDismiss;
+  Logger::content().debug(kCategory, "VTQXNotificationViewController notification response option is=",
+                          static_cast<unsigned long>(option));
+  completionHandler(option);
+}
+
+void VTQXNotificationViewController::handleViewShouldNotDisplay() {
+  constexpr double kCollapsedHeight = 1;
+  setPreferredContentSize({static_cast<double>(view().width()), kCollapsedHeight});
+}
+
+std::optional<VTContentExtensionConfig> VTQXNotificationViewController::vtqxProvideConfig() {
+  Logger::content().debug(kCategory, "VTQXNotificationViewController vtqxProvideConfig start");
+  return VTContentExtensionConfig::defaultConfig();
+}
+
+void VTQXNotificationViewController::setLogLevel() {
+  if (const auto config = vtqxProvideConfig()) {
+    Logger::setGlobalLoglevel(static_cast<std::int64_t>(config->logLevel()));
+  }
+}
+
+}  // namespace QXExtensionSDK

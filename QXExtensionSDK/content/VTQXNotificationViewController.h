@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+
+#include "QXExtensionSDK/content/Coordinator.h"
+#include "QXExtensionSDK/content/VTContentExtensionConfig.h"
+#include "platform/notifications/UNNotificationContentExtension.h"
+#include "platform/ui/UIViewController.h"
+
+namespace QXExtensionSDK {
+
+// The host's content extension: draws an expanded notification of this system, and takes no room for any
+// other. A host may subclass it to supply its configuration. Main thread.
+class VTQXNotificationViewController : public platform::UIViewController,
+                                       public platform::UNNotificationContentExtension {
+ public:
+  void didReceiveNotification(const platform::UNNotification& notification) override;
+  void didReceiveNotificationResponse(const platform::UNNotificationResponse& response,
+                                      const ResponseCompletion& completionHandler) override;
+  void handleNotificationReceived(const std::shared_ptr<const platform::UNNotificationRequest>& request);
+
+  // To be overridden by the host; asked once for each notification. Without a configuration the level stays.
+  virtual std::optional<VTContentExtensionConfig> vtqxProvideConfig();
+
+  const std::shared_ptr<Coordinator>& coordinator() const { return coordinator_; }
+  void setCoordinator(std::shared_ptr<Coordinator> coordinator) { coordinator_ = std::move(coordinator); }
+  const std::shared_ptr<platform::UIViewController>& coordinatorVC() const { return coordinatorVC_; }
+  void setCoordinatorVC(std::shared_ptr<platform::UIViewController> controller) {
+    coordinatorVC_ = std::move(controller);
+  }
+
+ protected:
+  void viewDidLayoutSubviews() override;
+  void preferredContentSizeDidChangeForChildContentContainer(platform::UIViewController& child) override;
+
+ private:
+  void setLogLevel();
+  void handleViewShouldNotDisplay();
+  void start(const std::shared_ptr<const platform::UNNotificationRequest>& request);
+  void embed(std::shared_ptr<platform::UIViewController> controller);
+
+  std::shared_ptr<Coordinator> coordinator_;
+  std::shared_ptr<platform::UIViewController> coordinatorVC_;
+};
+
+}  // namespace QXExtensionSDK

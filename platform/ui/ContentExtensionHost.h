@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/notifications/UNNotificationContentExtension.h"
+#include "platform/ui/NSExtensionContext.h"
+#include "platform/ui/UIViewController.h"
+
+namespace platform {
+
+// The operating system's side of a content extension: gives its view the width there is and the height it
+// asks for, delivers notifications to it and carries out what it asks of the system. Main thread.
+class ContentExtensionHost final : private UIViewController {
+ public:
+  // `Extension` is both a UIViewController and a UNNotificationContentExtension.
+  template <typename Extension>
+  ContentExtensionHost(std::shared_ptr<Extension> extension, int width)
+      : ContentExtensionHost(extension, extension, width) {}
+  ContentExtensionHost(std::shared_ptr<UIViewController> controller,
+                       std::shared_ptr<UNNotificationContentExtension> extension, int width);
+  ~ContentExtensionHost() override;
+
+  // Puts the notification into the notification centre and shows it.
+  void deliver(std::shared_ptr<const UNNotificationRequest> request);
+  // What the extension answers when the notification itself is tapped. REQUIRES: after deliver()
+  UNNotificationContentExtensionResponseOption respond();
+
+  using UIViewController::view;
+  // What the view takes: the width there is, and the height the extension asked for.
+  Size contentSize() const;
+  // A view of one point or less is not seen.
+  bool isCollapsed() const;
+  bool isDefaultActionPerformed() const;
+
+ private:
+  class Context;
+
+  void preferredContentSizeDidChangeForChildContentContainer(UIViewController& child) override;
+
+  const std::shared_ptr<UIViewController> controller_;
+  const std::shared_ptr<UNNotificationContentExtension> extension_;
+  const std::shared_ptr<Context> context_;
+  const int width_;
+  UNNotification notification_;
+};
+
+// "doNotDismiss", "dismiss" or "dismissAndForwardAction".
+const char* responseOptionName(UNNotificationContentExtensionResponseOption option);
+
+}  // namespace platform

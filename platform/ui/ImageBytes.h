@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace platform {
+
+enum class ImageFormat : std::uint8_t { none, png, jpeg, gif, webp };
+
+// The format of an encoded image, told by its first bytes alone. Any thread.
+ImageFormat imageFormatOf(std::string_view bytes);
+
+// Whether the image runs to its end, as far as its own structure tells; of an animation the first frame
+// counts. Decoders fill what is missing with grey, which nobody should be shown. Any thread, any bytes.
+bool isImageComplete(std::string_view bytes, ImageFormat format);
+
+}  // namespace platform

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "tools/qx/CarouselOptions.h"
+
+namespace qx {
+
+// Shows a push's carousel. What draws is a program of its own, so that the others need not load the view
+// toolkit; this process becomes that program. Returns, with the exit code, only when it cannot.
+int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& options);
+
+}  // namespace qx

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/Result.h"
+#include "platform/foundation/Value.h"
+#include "tools/qx/SimulatorOptions.h"
+
+namespace qx {
+
+struct CarouselOptions {
+  std::string file;                          // "-" is standard input
+  std::optional<std::filesystem::path> png;  // draws instead of opening a window
+  std::optional<int> panel;                  // from 0; with png
+  bool all = false;                          // every panel; with png
+  int width = 360;                           // points
+  std::optional<double> scale;               // absent: 2 for a drawing, the screen's for a window
+  bool dark = false;
+  bool rtl = false;
+  std::optional<std::string> steps;  // "next,back,wait:500"
+};
+
+// What the simulator's own program hands to the one that draws.
+struct CarouselInvocation {
+  SimulatorOptions simulator;
+  CarouselOptions carousel;
+};
+
+// As the single argument of that program, and back.
+std::string encodeInvocation(const CarouselInvocation& invocation);
+platform::Result<CarouselInvocation> decodeInvocation(std::string_view argument);
+
+}  // namespace qx

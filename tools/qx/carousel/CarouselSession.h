@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "QXExtensionSDK/content/CarouselViewController.h"
+#include "QXExtensionSDK/content/VTQXNotificationViewController.h"
+#include "platform/foundation/Result.h"
+#include "platform/ui/ContentExtensionHost.h"
+#include "tools/qx/CarouselOptions.h"
+#include "tools/qx/CarouselSteps.h"
+
+namespace qx {
+
+// A content extension in which one carousel is looked at. Each run answers why it was refused, or nothing.
+// REQUIRES: an application object.
+class CarouselSession {
+ public:
+  explicit CarouselSession(const CarouselInvocation& invocation);
+  ~CarouselSession();
+
+  // Loads, takes the steps, draws; reports to standard output.
+  std::optional<platform::Error> runScript();
+  // Loads, then lets the user have it until the window is closed.
+  std::optional<platform::Error> runWindow();
+  // Loads, since there is nothing to open a window on.
+  std::optional<platform::Error> runWithoutScreen();
+
+ private:
+  std::optional<platform::Error> load(const std::string& file);
+  std::optional<platform::Error> take(const CarouselStep& step);
+  void wait(std::chrono::milliseconds time);
+  void waitForImages();
+  std::optional<platform::Error> draw();
+  std::optional<platform::Error> drawPanel(std::size_t index, const std::filesystem::path& file);
+  void goTo(std::size_t index);
+  void report(std::string_view step);
+  // Null while nothing is shown.
+  QXExtensionSDK::CarouselViewController* screen() const;
+  std::size_t panelCount() const;
+
+  const CarouselInvocation invocation_;
+  const std::shared_ptr<QXExtensionSDK::VTQXNotificationViewController> extension_;
+  platform::ContentExtensionHost host_;
+};
+
+}  // namespace qx

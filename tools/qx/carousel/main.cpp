@@ -1,0 +1,52 @@
+// The part of the simulator that draws; `qx carousel` becomes this program.
+
+#include <QApplication>
+#include <csignal>
+#include <iostream>
+
+#include "platform/ui/Appearance.h"
+#include "platform/ui/Application.h"
+#include "tools/qx/CarouselOptions.h"
+#include "tools/qx/StreamLogSink.h"
+#include "tools/qx/carousel/CarouselSession.h"
+
+namespace {
+
+constexpr int kWrongUsage = 2;
+constexpr double kDrawingScale = 2;
+
+int run(const qx::CarouselInvocation& invocation) {
+  const qx::CarouselOptions& options = invocation.carousel;
+  const bool isScripted = options.png || options.steps;
+  const bool usesWindow = !isScripted && platform::hasScreen();
+  if (options.scale || !usesWindow) {
+    qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale.value_or(kDrawingScale)));
+  }
+  const auto application =
+      platform::makeApplication(usesWindow ? platform::ScreenUse::windows : platform::ScreenUse::none);
+  if (options.dark) platform::setUserInterfaceStyle(platform::UserInterfaceStyle::dark);
+  if (options.rtl) QApplication::setLayoutDirection(Qt::RightToLeft);
+
+  qx::StreamLogSink sink(std::cerr, invocation.simulator.logFormat);
+  const platform::ScopedLogSink logging(sink);
+  qx::CarouselSession session(invocation);
+  const auto refused = isScripted   ? session.runScript()
+                       : usesWindow ? session.runWindow()
+                                    : session.runWithoutScreen();
+  if (!refused) return 0;
+  std::cerr << "qx carousel: " << refused->message << '\n';
+  return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::ios::sync_with_stdio(false);
+  const auto invocation = qx::decodeInvocation(argc == 2 ? argv[1] : "");
+  if (!invocation) {
+    std::cerr << "qx-carousel: " << invocation.error().message << '\n';
+    return kWrongUsage;
+  }
+  return run(*invocation);
+}

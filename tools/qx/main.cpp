@@ -2,19 +2,38 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdint>
+#include <functional>
 #include <iostream>
+#include <limits>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
+#include "AppGroupSDK/context/ExtensionModuleName.h"
 #include "QXExtensionSDK/runtime/Version.h"
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/CarouselSteps.h"
+#include "tools/qx/ContextCommands.h"
+#include "tools/qx/HostCommands.h"
 #include "tools/qx/PushCommand.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace {
 
+using AppGroupSDK::ExtensionModuleName;
+
 constexpr int kWrongUsage = 2;
+
+// Runs a subcommand and gives the exit code.
+using Command = std::function<int()>;
+
+// Says what to run when the arguments name the subcommand.
+void choose(CLI::App& subcommand, Command& chosen, Command command) {
+  subcommand.callback([&chosen, command = std::move(command)] { chosen = command; });
+}
 
 void addSimulatorOptions(CLI::App& app, qx::SimulatorOptions& options) {
   using QXExtensionSDK::LogLevel;
@@ -112,6 +131,137 @@ CLI::App& addCarousel(CLI::App& app, qx::CarouselOptions& options) {
   return carousel;
 }
 
+// The parser reads an enumeration by its number.
+CLI::Validator moduleNames() {
+  const auto toNumber = [](std::string& text) -> std::string {
+    for (const auto module : rawValues(platform::RawValuesOf<ExtensionModuleName>())) {
+      const std::string number = std::to_string(platform::rawValue(module));
+      if (text != stringValue(module) && text != number) continue;
+      text = number;
+      return {};
+    }
+    return text + " is neither quorixEngagement nor mobileAppMessaging";
+  };
+  return {toNumber, "{quorixEngagement,mobileAppMessaging}"};
+}
+
+template <typename Value>
+CLI::Option* addArgument(CLI::App& command, const std::string& name, Value& value,
+                         const std::string& description) {
+  return command.add_option(name, value, description)->required()->type_name("");
+}
+
+template <typename Value>
+CLI::Option* addText(CLI::App& command, const std::string& name, Value& value,
+                     const std::string& description) {
+  return command.add_option(name, value, description)->type_name("TEXT");
+}
+
+void addModuleOption(CLI::App& command, std::optional<ExtensionModuleName>& module) {
+  command.add_option("--module", module, "Write the record of this module's stored application id")
+      ->type_name("MODULE")
+      ->transform(moduleNames());
+}
+
+void addHostSetDevice(CLI::App& host, const qx::SimulatorOptions& simulator, Command& chosen) {
+  const auto options = std::make_shared<qx::HostDeviceOptions>();
+  CLI::App& device = *host.add_subcommand("set-device", "Store where receipts go and in whose name");
+  device.footer(
+      "Example:\n  qx host set-device --base-url http://127.0.0.1:8080 --application-id A1 \\\n"
+      "    --device-id D1 --access-token secret --sdk-version 9.1");
+  addText(device, "--base-url", options->baseUrl, "Base URL of the back end")->required();
+  addText(device, "--application-id", options->applicationId, "Application id")->required();
+  addText(device, "--device-id", options->deviceId, "Device id")->required();
+  addText(device, "--access-token", options->accessToken, "Access token")->required();
+  addText(device, "--sdk-version", options->sdkVersion, "Version of the host's SDK")->required();
+  addText(device, "--subscriber-token", options->subscriberToken, "Subscriber token");
+  addText(device, "--tenant-id", options->tenantId, "Tenant id");
+  addText(device, "--session-id", options->sessionId, "Session id");
+  addModuleOption(device, options->module);
+  choose(device, chosen, [=, &simulator] { return qx::runHostSetDevice(simulator, *options); });
+}
+
+void addHostReceipts(CLI::App& host, const qx::SimulatorOptions& simulator, Command& chosen) {
+  const auto options = std::make_shared<qx::HostReceiptsOptions>();
+  CLI::App& receipts = *host.add_subcommand("receipts", "Switch delivery receipts on or off");
+  receipts.footer("Example:\n  qx host receipts on");
+  addArgument(receipts, "STATE", options->on, "on or off")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, bool>{{"on", true}, {"off", false}})
+                      .description("{on,off}"));
+  addModuleOption(receipts, options->module);
+  choose(receipts, chosen, [=, &simulator] { return qx::runHostReceipts(simulator, *options); });
+}
+
+void addHostMapApp(CLI::App& host, const qx::SimulatorOptions& simulator, Command& chosen) {
+  const auto options = std::make_shared<qx::HostMapAppOptions>();
+  CLI::App& map = *host.add_subcommand("map-app", "Store the application id of a module");
+  map.footer("Example:\n  qx host map-app quorixEngagement A1");
+  addArgument(map, "MODULE", options->module, "Module")->transform(moduleNames());
+  addArgument(map, "APPID", options->appId, "Application id");
+  choose(map, chosen, [=, &simulator] { return qx::runHostMapApp(simulator, *options); });
+}
+
+// A command whose only argument is a module.
+void addHostQuestion(CLI::App& host, const std::string& name, const std::string& description,
+                     const qx::SimulatorOptions& simulator, Command& chosen,
+                     int (*run)(const qx::SimulatorOptions&, ExtensionModuleName)) {
+  const auto module = std::make_shared<ExtensionModuleName>();
+  CLI::App& question = *host.add_subcommand(name, description);
+  question.footer("Example:\n  qx host " + name + " quorixEngagement");
+  addArgument(question, "MODULE", *module, "Module")->transform(moduleNames());
+  choose(question, chosen, [=, &simulator] { return run(simulator, *module); });
+}
+
+void addHost(CLI::App& app, const qx::SimulatorOptions& simulator, Command& chosen) {
+  CLI::App& host =
+      *app.add_subcommand("host", "Play the host application: write and read the shared records");
+  host.require_subcommand(1);
+  host.footer("Example:\n  qx host init && qx host receipts on && qx host show");
+  CLI::App& init = *host.add_subcommand("init", "Make the app group's container if it is not there");
+  init.footer("Example:\n  qx host init --groups-root /tmp/groups");
+  choose(init, chosen, [&] { return qx::runHostInit(simulator); });
+  addHostSetDevice(host, simulator, chosen);
+  addHostReceipts(host, simulator, chosen);
+  addHostMapApp(host, simulator, chosen);
+  CLI::App& show = *host.add_subcommand("show", "List every record: its file, its status, its value");
+  show.footer("Example:\n  qx host show --pretty");
+  choose(show, chosen, [&] { return qx::runHostShow(simulator); });
+  addHostQuestion(host, "pending", "List a module's receipts that have not been delivered", simulator, chosen,
+                  qx::runHostPending);
+  addHostQuestion(host, "last-click", "Print a module's last carousel click", simulator, chosen,
+                  qx::runHostLastClick);
+}
+
+void addContextEncode(CLI::App& context, const qx::SimulatorOptions& simulator, Command& chosen) {
+  const auto options = std::make_shared<qx::ContextEncodeOptions>();
+  CLI::App& encode = *context.add_subcommand("encode", "Make the text of a push context");
+  encode.footer("Example:\n  qx context encode --source 3 --destinations 6 --business-unit BU-7");
+  encode.add_option("--source", options->source, "Sum of the sources, 1 and 2")
+      ->required()
+      ->type_name("N")
+      ->check(CLI::Range(std::int64_t{0}, std::numeric_limits<std::int64_t>::max(), ""));
+  encode.add_option("--destinations", options->destinations, "Sum of 1 (engagement) and 2 (app messaging)")
+      ->required()
+      ->type_name("N")
+      ->check(CLI::Range(std::int64_t{0}, std::numeric_limits<std::int64_t>::max(), ""));
+  encode.add_option("--business-unit", options->businessUnit, "Business unit id, without a colon")
+      ->type_name("ID");
+  choose(encode, chosen, [=, &simulator] { return qx::runContextEncode(simulator, *options); });
+}
+
+void addContext(CLI::App& app, const qx::SimulatorOptions& simulator, Command& chosen) {
+  CLI::App& context = *app.add_subcommand("context", "Write and read the push context, \"_co\"");
+  context.require_subcommand(1);
+  context.footer("Example:\n  qx context decode Mzo2OkJVLTc=");
+  addContextEncode(context, simulator, chosen);
+
+  const auto text = std::make_shared<std::string>();
+  CLI::App& decode = *context.add_subcommand("decode", "Say what a device reads from a push context");
+  decode.footer("Example:\n  qx context decode Mzo2OkJVLTc=");
+  addArgument(decode, "TEXT", *text, "Text of \"_co\"");
+  choose(decode, chosen, [=, &simulator] { return qx::runContextDecode(simulator, *text); });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -124,10 +274,13 @@ int main(int argc, char** argv) {
 
   qx::SimulatorOptions simulator;
   addSimulatorOptions(app, simulator);
+  Command chosen;
   qx::PushOptions push;
-  const CLI::App& pushCommand = addPush(app, push);
+  choose(addPush(app, push), chosen, [&] { return qx::runPush(simulator, push); });
   qx::CarouselOptions carousel;
-  const CLI::App& carouselCommand = addCarousel(app, carousel);
+  choose(addCarousel(app, carousel), chosen, [&] { return qx::runCarousel(simulator, carousel); });
+  addHost(app, simulator, chosen);
+  addContext(app, simulator, chosen);
 
   try {
     app.parse(argc, argv);
@@ -138,7 +291,5 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   std::ios::sync_with_stdio(false);
   qx::applyEnvironment(simulator);
-  if (pushCommand.parsed()) return qx::runPush(simulator, push);
-  if (carouselCommand.parsed()) return qx::runCarousel(simulator, carousel);
-  return kWrongUsage;
+  return chosen();
 }

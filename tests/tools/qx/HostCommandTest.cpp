@@ -1,0 +1,162 @@
+// `qx host` and `qx context` as a program: results, files, exit codes.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/foundation/JSON.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using platform::Dictionary;
+using platform::Value;
+using support::ProgramResult;
+using support::runProgram;
+
+class HostCommandTest : public testing::Test {
+ protected:
+  ProgramResult host(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), "host");
+    arguments.insert(arguments.end(), {"--groups-root", root_.path()});
+    return runProgram("qx", arguments);
+  }
+  ProgramResult setDevice(std::vector<std::string> more = {}) const {
+    more.insert(more.begin(),
+                {"set-device", "--base-url", "http://127.0.0.1:1", "--application-id", "A", "--device-id", "D",
+                 "--access-token", "a long access token", "--sdk-version", "9.1"});
+    return host(more);
+  }
+  std::string file(const std::string& name) const {
+    return root_.path("group.com.veltro.quorix.simulator/com.veltro.qx.extensionsdk." + name + ".data");
+  }
+  void expectWritten(const ProgramResult& result, const std::string& name) const {
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(result.lines(), (std::vector{Dictionary{{"status", "success"}, {"file", file(name)}}}));
+    EXPECT_TRUE(std::filesystem::is_regular_file(file(name)));
+  }
+  void write(const std::string& name, const std::string& content) const {
+    root_.write(std::filesystem::relative(file(name), root_.path()).string(), content);
+  }
+
+  support::TemporaryDirectory root_;
+};
+
+std::vector<std::string> statuses(const ProgramResult& shown) {
+  std::vector<std::string> statuses;
+  for (const auto& line : shown.lines()) {
+    statuses.push_back(std::string(*line.find("record")->string()) + " " +
+                       std::string(*line.find("status")->string()));
+  }
+  return statuses;
+}
+
+TEST_F(HostCommandTest, WritesTheRecordsThatTheExtensionsRead) {
+  EXPECT_EQ(host({"init"}).exitCode, 0);
+  EXPECT_EQ(std::filesystem::status(root_.path("group.com.veltro.quorix.simulator")).permissions(),
+            std::filesystem::perms::owner_all);
+  EXPECT_EQ(host({"init"}).exitCode, 0);
+  expectWritten(setDevice({"--tenant-id", "T"}), "appDeviceInfo");
+  expectWritten(host({"receipts", "on"}), "featureConfigDetail");
+  expectWritten(host({"map-app", "quorixEngagement", "e.1"}), "moduleAppMappings");
+  expectWritten(host({"receipts", "off", "--module", "quorixEngagement"}),
+                "featureConfigDetail.quorixEngagement.e.1");
+
+  const auto lines = host({"show"}).lines();
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[0], (Dictionary{{"record", "AppDeviceInfo"},
+                                  {"file", file("appDeviceInfo")},
+                                  {"status", "success"},
+                                  {"value", Dictionary{{"baseUrl", "http://127.0.0.1:1"},
+                                                       {"applicationId", "A"},
+                                                       {"deviceId", "D"},
+                                                       {"accessToken", "a lo…"},
+                                                       {"qxsdkVersion", "9.1"},
+                                                       {"tenantId", "T"}}}}));
+  EXPECT_EQ(lines[1].find("value")->find("deliveryReceiptConfig")->find("featureFlag")->integer(), 1);
+  EXPECT_EQ(lines[3], (Dictionary{{"record", "FeatureConfigDetail"},
+                                  {"module", "quorixEngagement"},
+                                  {"appId", "e.1"},
+                                  {"file", file("featureConfigDetail.quorixEngagement.e.1")},
+                                  {"status", "success"},
+                                  {"value", Dictionary{{"deliveryReceiptConfig", //
+                                                        Dictionary{{"featureFlag", 0}}}}}}));
+}
+
+TEST_F(HostCommandTest, ShowsWhatIsMissingOrBroken) {
+  EXPECT_EQ(statuses(host({"show"})),
+            (std::vector<std::string>{"AppDeviceInfo containerUnavailable",
+                                      "FeatureConfigDetail containerUnavailable",
+                                      "ModuleAppMappings containerUnavailable"}));
+  host({"init"});
+  write("appDeviceInfo", "{}");
+  write("deliveryReceipt.mobileAppMessaging.", "[]");
+  write("carousel.elsewhere.1", "{}");
+  EXPECT_EQ(statuses(host({"show"})),
+            (std::vector<std::string>{"AppDeviceInfo decodingFailed", "FeatureConfigDetail noData",
+                                      "ModuleAppMappings noData", "DeliveryReceiptsModel decodingFailed"}));
+}
+
+TEST_F(HostCommandTest, PrintsReceiptsAndClicksAsStored) {
+  host({"init"});
+  EXPECT_EQ(host({"pending", "mobileAppMessaging"}).exitCode, 1) << "no application id";
+  host({"map-app", "mobileAppMessaging", "m"});
+  const auto nothing = host({"pending", "mobileAppMessaging"});
+  EXPECT_EQ(nothing.exitCode, 0);
+  EXPECT_EQ(nothing.output, "");
+  EXPECT_EQ(host({"last-click", "mobileAppMessaging"}).exitCode, 1);
+
+  const std::string receipt =
+      R"({"uuid":"u","messageId":"m","messageType":"t","eventDateUtc":1.5,"propertyBag":"{}","status":1})";
+  write("deliveryReceipt.mobileAppMessaging.m", R"({"pnData":[)" + receipt + "," + receipt + "]}");
+  const std::string click =
+      R"({"notificationUniqueId":"m:r","isCarouselClick":true,"clickIndex":1,"actionType":0,"panelId":"p"})";
+  write("carousel.mobileAppMessaging.m", click);
+  const auto asStored = [](const std::string& json) { return *platform::parseJSON(json)->dictionary(); };
+  EXPECT_EQ(host({"pending", "mobileAppMessaging"}).lines(),
+            (std::vector{asStored(receipt), asStored(receipt)}));
+  EXPECT_EQ(host({"last-click", "mobileAppMessaging"}).lines(), std::vector{asStored(click)});
+}
+
+TEST_F(HostCommandTest, FailsHonestly) {
+  const auto noContainer = host({"receipts", "on"});
+  EXPECT_EQ(noContainer.exitCode, 1);
+  EXPECT_EQ(noContainer.lines(), (std::vector{Dictionary{{"status", "containerUnavailable"}}}));
+  EXPECT_NE(noContainer.errors.find("qx host init"), std::string::npos);
+
+  host({"init"});
+  std::filesystem::create_symlink("/dev/null", file("featureConfigDetail"));
+  const auto refused = host({"receipts", "on"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_EQ(refused.lines()[0].find("status")->string(), "writeFailed");
+
+  EXPECT_EQ(setDevice({"--module", "quorixEngagement"}).exitCode, 1) << "no application id";
+  EXPECT_EQ(statuses(host({"show"}))[0], "AppDeviceInfo noData");
+  EXPECT_EQ(host({"receipts", "maybe"}).exitCode, 2);
+  EXPECT_EQ(host({"pending", "other"}).exitCode, 2);
+  EXPECT_EQ(host({}).exitCode, 2);
+}
+
+TEST(ContextCommandTest, EncodesAndDecodes) {
+  const auto encoded = runProgram(
+      "qx", {"context", "encode", "--source", "3", "--destinations", "6", "--business-unit", "BU-7"});
+  EXPECT_EQ(encoded.lines(), std::vector{(Dictionary{{"context", "Mzo2OkJVLTc="}})});
+  const auto decoded = runProgram("qx", {"context", "decode", "Mzo2OkJVLTc="});
+  EXPECT_EQ(decoded.lines(), std::vector{(Dictionary{{"source", 1},
+                                                      {"destinationsArray", std::vector<Value>{2, 4}},
+                                                      {"businessUnitId", "BU-7"}})});
+  const auto absent = runProgram("qx", {"context", "decode", "?"});
+  EXPECT_EQ(absent.lines(),
+            std::vector{(Dictionary{{"source", 0}, {"destinationsArray", std::vector<Value>{0}}})});
+  EXPECT_NE(absent.errors, "");
+  EXPECT_EQ(runProgram("qx", {"context", "encode", "--source", "1", "--destinations", "1", "--business-unit",
+                              "a:b"})
+                .exitCode,
+            1);
+  EXPECT_EQ(runProgram("qx", {"context", "encode", "--source", "-1", "--destinations", "1"}).exitCode, 2);
+}
+
+}  // namespace

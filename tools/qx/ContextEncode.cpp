@@ -1,0 +1,20 @@
+#include "platform/foundation/Base64.h"
+#include "platform/foundation/UTF8.h"
+#include "tools/qx/ContextCommands.h"
+#include "tools/qx/Results.h"
+
+namespace qx {
+
+int runContextEncode(const SimulatorOptions& simulator, const ContextEncodeOptions& options) {
+  const std::string& unit = options.businessUnit;
+  if (unit.find(':') != std::string::npos) {
+    return fail("context encode", "a business unit cannot hold a colon, which parts the fields");
+  }
+  if (!platform::isValidUTF8(unit)) return fail("context encode", "the business unit is not UTF-8");
+  const std::string fields =
+      std::to_string(options.source) + ":" + std::to_string(options.destinations) + ":" + unit;
+  printResult(simulator, platform::Dictionary{{"context", platform::encodeBase64(fields)}});
+  return 0;
+}
+
+}  // namespace qx

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/store/AppGroupDataStore.h"
+#include "AppGroupSDK/store/AppGroupModuleDataStore.h"
+#include "platform/foundation/JSONCoding.h"
+#include "platform/foundation/Result.h"
+#include "platform/foundation/Value.h"
+#include "tools/qx/Results.h"
+
+namespace qx {
+
+// What the host commands share.
+
+using AppGroupSDK::DataStoreStatus;
+using AppGroupSDK::ExtensionModuleName;
+
+// Writes the outcome of a save, with the path when there is one; returns the exit code.
+int reportSave(const SimulatorOptions& simulator, std::string_view command, DataStoreStatus status,
+               const std::optional<std::string>& path);
+
+// Why a status came about, and what to do about it.
+std::string explain(DataStoreStatus status);
+
+// The stored application id, or why there is none.
+platform::Result<std::string> storedAppId(ExtensionModuleName module);
+
+template <typename Model>
+std::optional<std::string> recordPath(const AppGroupSDK::DataStore& store) {
+  const auto url = store.template fileURL<Model>();
+  return url ? std::optional(url->filePath()) : std::nullopt;
+}
+
+template <typename Model>
+int saveAndReport(const SimulatorOptions& simulator, std::string_view command,
+                  const AppGroupSDK::DataStore& store, const Model& model) {
+  return reportSave(simulator, command, store.save(model), recordPath<Model>(store));
+}
+
+// Saves the base record, or that of the module's stored application id.
+template <typename Model>
+int saveRecord(const SimulatorOptions& simulator, std::string_view command,
+               const std::optional<ExtensionModuleName>& module, const Model& model) {
+  if (!module) return saveAndReport(simulator, command, AppGroupSDK::AppGroupDataStore(), model);
+  const auto appId = storedAppId(*module);
+  if (!appId) return fail(command, appId.error().message);
+  return saveAndReport(simulator, command, AppGroupSDK::AppGroupModuleDataStore(stringValue(*module), *appId),
+                       model);
+}
+
+// A record of the module's stored application id, or why there is none.
+template <typename Model>
+platform::Result<AppGroupSDK::DataStoreResult<Model>> fetchRecord(ExtensionModuleName module) {
+  const auto appId = storedAppId(module);
+  if (!appId) return appId.error();
+  return AppGroupSDK::AppGroupModuleDataStore(stringValue(module), *appId).template fetch<Model>();
+}
+
+// A record that was read from a file, as it is stored.
+template <typename Record>
+platform::Dictionary encodeRecord(const Record& record) {
+  return platform::parseJSON(*platform::encodeJSON(record))->dictionary().value();
+}
+
+}  // namespace qx

@@ -1,0 +1,103 @@
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "AppGroupSDK/AppGroupSDK.h"
+#include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
+#include "tools/qx/HostCommands.h"
+#include "tools/qx/HostRecords.h"
+
+namespace qx {
+
+namespace {
+
+using namespace AppGroupSDK;
+using platform::Dictionary;
+using platform::Value;
+
+struct Scope {
+  ExtensionModuleName module;
+  std::string appId;
+};
+
+// Enough of a token to tell two apart.
+Dictionary shorteningTokens(Dictionary record) {
+  for (const auto* key : {"accessToken", "subscriberToken"}) {
+    const auto* token = record.find(key);
+    const auto text = token == nullptr ? std::nullopt : token->string();
+    if (!text) continue;
+    const std::size_t shown = text->size() > 8 ? 4 : 0;
+    record = record.setting(key, std::string(text->substr(0, shown)) + "…");
+  }
+  return record;
+}
+
+template <typename Model>
+void showRecord(const SimulatorOptions& simulator, std::string_view name, const DataStore& store,
+                const std::optional<Scope>& scope) {
+  const auto fetched = store.fetch<Model>();
+  Dictionary line{{"record", name}, {"status", description(fetched.status())}};
+  if (scope) line = line.merging({{"module", stringValue(scope->module)}, {"appId", scope->appId}});
+  line = line.setting("file", recordPath<Model>(store).value_or(std::string(Model::dataStoreFileName())));
+  if (fetched.value()) line = line.setting("value", shorteningTokens(encodeRecord(*fetched.value())));
+  printResult(simulator, line);
+}
+
+std::vector<std::string> filesInContainer() {
+  std::vector<std::string> names;
+  const auto container = AppGroupDirectoryProvider().containerURL();
+  if (!container) return names;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(container->filePath(), error)) {
+    names.push_back(entry.path().filename());
+  }
+  std::ranges::sort(names);
+  return names;
+}
+
+// The application id in the name of a module-scoped file; nothing for any other file.
+std::optional<std::string> appIdIn(std::string_view file, std::string_view baseName,
+                                   ExtensionModuleName module) {
+  constexpr std::string_view kExtension = ".data";
+  baseName.remove_suffix(kExtension.size());
+  const std::string prefix = std::string(baseName) + "." + std::string(stringValue(module)) + ".";
+  if (file.size() < prefix.size() + kExtension.size() || !file.starts_with(prefix) ||
+      !file.ends_with(kExtension)) {
+    return std::nullopt;
+  }
+  file.remove_prefix(prefix.size());
+  file.remove_suffix(kExtension.size());
+  return std::string(file);
+}
+
+template <typename Model>
+void showModuleScoped(const SimulatorOptions& simulator, std::string_view name,
+                      const std::vector<std::string>& files) {
+  for (const auto& file : files) {
+    for (const auto module : rawValues(platform::RawValuesOf<ExtensionModuleName>())) {
+      const auto appId = appIdIn(file, Model::dataStoreFileName(), module);
+      if (!appId) continue;
+      showRecord<Model>(simulator, name, AppGroupModuleDataStore(stringValue(module), *appId),
+                        Scope{module, *appId});
+    }
+  }
+}
+
+}  // namespace
+
+int runHostShow(const SimulatorOptions& simulator) {
+  const AppGroupDataStore base;
+  showRecord<AppDeviceInfo>(simulator, "AppDeviceInfo", base, std::nullopt);
+  showRecord<FeatureConfigDetail>(simulator, "FeatureConfigDetail", base, std::nullopt);
+  showRecord<ModuleAppMappings>(simulator, "ModuleAppMappings", base, std::nullopt);
+  const auto files = filesInContainer();
+  showModuleScoped<AppDeviceInfo>(simulator, "AppDeviceInfo", files);
+  showModuleScoped<FeatureConfigDetail>(simulator, "FeatureConfigDetail", files);
+  showModuleScoped<DeliveryReceiptsModel>(simulator, "DeliveryReceiptsModel", files);
+  showModuleScoped<CarouselClickModel>(simulator, "CarouselClickModel", files);
+  return 0;
+}
+
+}  // namespace qx

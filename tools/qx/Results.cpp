@@ -1,0 +1,20 @@
+#include "tools/qx/Results.h"
+
+#include <iostream>
+
+#include "platform/foundation/JSON.h"
+
+namespace qx {
+
+void printResult(const SimulatorOptions& simulator, const platform::Value& result) {
+  const auto style = simulator.pretty ? platform::JSONStyle::pretty : platform::JSONStyle::compact;
+  const auto text = platform::writeJSON(result, style);
+  std::cout << (text ? *text : result.description()) << '\n' << std::flush;
+}
+
+int fail(std::string_view command, std::string_view reason) {
+  std::cerr << "qx " << command << ": " << reason << '\n';
+  return 1;
+}
+
+}  // namespace qx

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/foundation/Value.h"
+#include "tools/qx/SimulatorOptions.h"
+
+namespace qx {
+
+// Writes a command's result, as one line unless it is to be pretty, to standard output.
+void printResult(const SimulatorOptions& simulator, const platform::Value& result);
+
+// Says on standard error, in one line, what went wrong; returns the exit code of a refused input or failed
+// check.
+int fail(std::string_view command, std::string_view reason);
+
+}  // namespace qx

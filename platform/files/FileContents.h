@@ -9,8 +9,9 @@
 
 namespace platform {
 
-// No record comes near this; a larger file is not ours and is not read.
-inline constexpr std::size_t kMaxFileContents = std::size_t{64} << 20;
+// Several times the largest record (300 receipts of full-sized pushes, some 3 MB); a larger file is not ours
+// and would not fit an extension's memory.
+inline constexpr std::size_t kMaxFileContents = std::size_t{16} << 20;
 
 // The whole content of a regular file. Nothing when there is no such file, it cannot be read, is larger than
 // kMaxFileContents, or is a symbolic link, directory, pipe, socket or device; never blocks on one of these.

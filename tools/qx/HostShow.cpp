@@ -15,7 +15,6 @@ namespace {
 
 using namespace AppGroupSDK;
 using platform::Dictionary;
-using platform::Value;
 
 struct Scope {
   ExtensionModuleName module;

@@ -18,7 +18,7 @@
 namespace platform {
 namespace {
 
-using std::chrono_literals::operator""ms;
+using namespace std::chrono_literals;
 using Outcome = FileCoordinator::Outcome;
 
 class FileCoordinatorTest : public testing::Test {

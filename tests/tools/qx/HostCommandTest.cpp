@@ -26,8 +26,8 @@ class HostCommandTest : public testing::Test {
   }
   ProgramResult setDevice(std::vector<std::string> more = {}) const {
     more.insert(more.begin(),
-                {"set-device", "--base-url", "http://127.0.0.1:1", "--application-id", "A", "--device-id", "D",
-                 "--access-token", "a long access token", "--sdk-version", "9.1"});
+                {"set-device", "--base-url", "http://127.0.0.1:1", "--application-id", "A", "--device-id",
+                 "D", "--access-token", "a long access token", "--sdk-version", "9.1"});
     return host(more);
   }
   std::string file(const std::string& name) const {
@@ -82,15 +82,14 @@ TEST_F(HostCommandTest, WritesTheRecordsThatTheExtensionsRead) {
                                   {"appId", "e.1"},
                                   {"file", file("featureConfigDetail.quorixEngagement.e.1")},
                                   {"status", "success"},
-                                  {"value", Dictionary{{"deliveryReceiptConfig", //
+                                  {"value", Dictionary{{"deliveryReceiptConfig",  //
                                                         Dictionary{{"featureFlag", 0}}}}}}));
 }
 
 TEST_F(HostCommandTest, ShowsWhatIsMissingOrBroken) {
-  EXPECT_EQ(statuses(host({"show"})),
-            (std::vector<std::string>{"AppDeviceInfo containerUnavailable",
-                                      "FeatureConfigDetail containerUnavailable",
-                                      "ModuleAppMappings containerUnavailable"}));
+  EXPECT_EQ(statuses(host({"show"})), (std::vector<std::string>{"AppDeviceInfo containerUnavailable",
+                                                                "FeatureConfigDetail containerUnavailable",
+                                                                "ModuleAppMappings containerUnavailable"}));
   host({"init"});
   write("appDeviceInfo", "{}");
   write("deliveryReceipt.mobileAppMessaging.", "[]");
@@ -146,14 +145,14 @@ TEST(ContextCommandTest, EncodesAndDecodes) {
   EXPECT_EQ(encoded.lines(), std::vector{(Dictionary{{"context", "Mzo2OkJVLTc="}})});
   const auto decoded = runProgram("qx", {"context", "decode", "Mzo2OkJVLTc="});
   EXPECT_EQ(decoded.lines(), std::vector{(Dictionary{{"source", 1},
-                                                      {"destinationsArray", std::vector<Value>{2, 4}},
-                                                      {"businessUnitId", "BU-7"}})});
+                                                     {"destinationsArray", std::vector<Value>{2, 4}},
+                                                     {"businessUnitId", "BU-7"}})});
   const auto absent = runProgram("qx", {"context", "decode", "?"});
   EXPECT_EQ(absent.lines(),
             std::vector{(Dictionary{{"source", 0}, {"destinationsArray", std::vector<Value>{0}}})});
   EXPECT_NE(absent.errors, "");
-  EXPECT_EQ(runProgram("qx", {"context", "encode", "--source", "1", "--destinations", "1", "--business-unit",
-                              "a:b"})
+  EXPECT_EQ(runProgram(
+                "qx", {"context", "encode", "--source", "1", "--destinations", "1", "--business-unit", "a:b"})
                 .exitCode,
             1);
   EXPECT_EQ(runProgram("qx", {"context", "encode", "--source", "-1", "--destinations", "1"}).exitCode, 2);

@@ -55,7 +55,7 @@ std::optional<Value> makeItem(const AppGroupSDK::DeliveryReceiptPNModel& receipt
   addUnlessEmpty(event, "receiptDateUtc", sender.receiptDateUtc);
   addUnlessEmpty(event, "dateTime", receiptDate(receipt.eventDateUtc()));
   if (receipt.propertyBag()) event.emplace_back("propertyBag", *receipt.propertyBag());
-  return Dictionary{{"eventType", "RECEIVED"}, {"event", Dictionary(event)}};
+  return Dictionary{{"eventType", "RECEIVED"}, {"event", Dictionary::fromEntries(event)}};
 }
 
 }  // namespace

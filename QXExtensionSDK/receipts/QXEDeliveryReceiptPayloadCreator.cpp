@@ -70,7 +70,7 @@ Dictionary DeliveryReceiptEvent::toJSON() const {
   addUnlessEmpty(entries, "requestId", requestId.value_or(std::string_view()));
   addUnlessEmpty(entries, "receiptDateUtc", receiptDateUtc);
   addUnlessEmpty(entries, "eventDateUtc", eventDateUtc);
-  return Dictionary(entries);
+  return Dictionary::fromEntries(entries);
 }
 
 QXEDeliveryReceiptPayloadCreator::QXEDeliveryReceiptPayloadCreator(

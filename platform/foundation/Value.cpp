@@ -214,12 +214,12 @@ Dictionary::Dictionary(std::initializer_list<std::pair<std::string_view, Value>>
   value_ = Value(rawDictionary(std::move(sorted)));
 }
 
-Dictionary::Dictionary(const std::vector<std::pair<std::string, Value>>& entries) {
+Dictionary Dictionary::fromEntries(const std::vector<std::pair<std::string, Value>>& entries) {
   std::vector<Entry> sorted;
   sorted.reserve(entries.size());
   for (const auto& [key, value] : entries) sorted.push_back({key, value});
   sortUnique(sorted);
-  value_ = Value(rawDictionary(std::move(sorted)));
+  return Dictionary(Value(rawDictionary(std::move(sorted))));
 }
 
 Dictionary Dictionary::merging(const Dictionary& changes) const {

@@ -150,7 +150,7 @@ class Dictionary {
   Dictionary();
   // Of several entries with one key the last counts.
   Dictionary(std::initializer_list<std::pair<std::string_view, Value>> entries);
-  explicit Dictionary(const std::vector<std::pair<std::string, Value>>& entries);
+  static Dictionary fromEntries(const std::vector<std::pair<std::string, Value>>& entries);
 
   std::size_t size() const { return entries().size(); }
   bool empty() const { return entries().empty(); }

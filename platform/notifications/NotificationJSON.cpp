@@ -165,7 +165,7 @@ Dictionary notificationContentToJSON(const NotificationProperties& properties) {
   if (properties.sound) members.emplace_back("sound", *properties.sound);
   members.emplace_back("userInfo", properties.userInfo);
   members.emplace_back("attachments", attachmentsToJSON(properties.attachments));
-  return Dictionary(members);
+  return Dictionary::fromEntries(members);
 }
 
 Dictionary notificationRequestToJSON(const UNNotificationRequest& request) {

@@ -29,7 +29,7 @@ Dictionary headerFields(const std::vector<Header>& headers) {
     if (!field.empty()) field += ", ";
     field += readable(value);
   }
-  return Dictionary(std::vector<std::pair<std::string, Value>>(joined.begin(), joined.end()));
+  return Dictionary::fromEntries({joined.begin(), joined.end()});
 }
 
 Value bodyValue(const std::string& body) {

@@ -77,7 +77,7 @@ std::optional<Value> convertDictionary(plist_t node, int depthLeft) {
     plist_t item = nullptr;
     plist_dict_next_item(node, position, &key, &item);
     const std::unique_ptr<char, Release> keyOwner(key);
-    if (key == nullptr || item == nullptr) return Value(Dictionary(entries));
+    if (key == nullptr || item == nullptr) return Value(Dictionary::fromEntries(entries));
     auto value = convert(item, depthLeft);
     if (!value) return std::nullopt;
     entries.emplace_back(key, *std::move(value));

@@ -13,10 +13,13 @@ namespace {
 
 using platform::LogType;
 
+// Read before any test or configuration changes it.
+const std::int64_t kInitialLevel = Logger::globalLoglevel();
+
 TEST(LoggerTest, TheLevelDecidesWhichMessagesAreWritten) {
   const std::vector<std::vector<std::string>> written{
       {"d", "w", "e", "f"}, {"w", "e", "f"}, {"e", "f"}, {"f"}, {}, {}};
-  EXPECT_EQ(Logger::globalLoglevel(), 2) << "before a configuration only errors and faults pass";
+  EXPECT_EQ(kInitialLevel, 2) << "before a configuration only errors and faults pass";
   for (std::size_t level = 0; level < written.size(); ++level) {
     const support::ScopedLogRecorder log;
     Logger::setGlobalLoglevel(static_cast<std::int64_t>(level));

@@ -12,11 +12,12 @@ namespace QXExtensionSDK {
 namespace {
 
 using platform::Dictionary;
+using Content = platform::UNMutableNotificationContent;
 
 // A processor that does what the test says.
 class ScriptedProcessor final : public AsyncProcessing {
  public:
-  using Script = std::function<void(platform::UNMutableNotificationContent&, const ProcessingCompletion&)>;
+  using Script = std::function<void(Content&, const ProcessingCompletion&)>;
 
   explicit ScriptedProcessor(Script script) : script_(std::move(script)) {}
 
@@ -60,16 +61,16 @@ class NotificationServiceWorkerTest : public testing::Test {
 TEST_F(NotificationServiceWorkerTest, MergesChangesInTheOrderOfAcceptanceAndTheLastWins) {
   std::promise<void> firstDone;
   const auto worker = makeWorker({
-      [&](auto&, const auto& complete) {
+      [&](Content&, const ProcessingCompletion& complete) {
         firstDone.get_future().wait();
         complete(Dictionary{{"key", "started first, accepted last"}});
       },
-      [&](auto&, const auto& complete) {
+      [&](Content&, const ProcessingCompletion& complete) {
         complete(Dictionary{{"key", "accepted first"}, {"own", 1}});
         firstDone.set_value();
       },
-      [](auto&, const auto& complete) { complete(std::nullopt); },
-      [](auto&, const auto& complete) { complete(Dictionary()); },
+      [](Content&, const ProcessingCompletion& complete) { complete(std::nullopt); },
+      [](Content&, const ProcessingCompletion& complete) { complete(Dictionary()); },
   });
   worker->workerDidReceive(makeRequest({{"key", "payload"}, {"other", "stays"}}), deliveries_.handler());
   ASSERT_TRUE(deliveries_.waitFor(1));
@@ -80,11 +81,11 @@ TEST_F(NotificationServiceWorkerTest, MergesChangesInTheOrderOfAcceptanceAndTheL
 
 TEST_F(NotificationServiceWorkerTest, ASecondCompletionIsLoggedAndDisturbsNothing) {
   const auto worker =
-      makeWorker({[](auto&, const auto& complete) {
+      makeWorker({[](Content&, const ProcessingCompletion& complete) {
                     complete(Dictionary{{"a", 1}});
                     complete(Dictionary{{"a", 2}});
                   },
-                  [this](auto&, const auto& complete) {
+                  [this](Content&, const ProcessingCompletion& complete) {
                     EXPECT_TRUE(log_->waitFor("Multiple completion called for processor=ScriptedProcessor"));
                     complete(std::nullopt);
                   }});
@@ -96,12 +97,12 @@ TEST_F(NotificationServiceWorkerTest, ASecondCompletionIsLoggedAndDisturbsNothin
 TEST_F(NotificationServiceWorkerTest, ExpiryDeliversTheContentAsItStandsAndTheMergeFollows) {
   ProcessingCompletion late;
   std::promise<void> started;
-  const auto worker = makeWorker({[&](platform::UNMutableNotificationContent& content, const auto& complete) {
+  const auto worker = makeWorker({[&](Content& content, const ProcessingCompletion& complete) {
                                     content.setTitle("changed directly");
                                     late = complete;
                                     started.set_value();
                                   },
-                                  [](auto&, const auto& complete) {
+                                  [](Content&, const ProcessingCompletion& complete) {
                                     complete(Dictionary{{"collected", 1}});
                                   }});
   worker->workerDidReceive(makeRequest({{"a", 1}}), deliveries_.handler());
@@ -144,7 +145,7 @@ TEST_F(NotificationServiceWorkerTest, WhatIsMissingIsLoggedAndNothingIsDelivered
 TEST_F(NotificationServiceWorkerTest, ACompletionThatOutlivesTheWorkerOnlyLogs) {
   ProcessingCompletion late;
   std::promise<void> started;
-  auto worker = makeWorker({[&](auto&, const auto& complete) {
+  auto worker = makeWorker({[&](Content&, const ProcessingCompletion& complete) {
     late = complete;
     started.set_value();
   }});

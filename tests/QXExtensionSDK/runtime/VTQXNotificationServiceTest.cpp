@@ -14,9 +14,12 @@ namespace QXExtensionSDK {
 namespace {
 
 using platform::Dictionary;
+using Content = std::shared_ptr<platform::UNMutableNotificationContent>;
 
 class VTQXNotificationServiceTest : public testing::Test {
  protected:
+  VTQXNotificationServiceTest() { Logger::setGlobalLoglevel(static_cast<std::int64_t>(LogLevel::error)); }
+
   platform::NotificationProperties deliver(const std::shared_ptr<VTQXNotificationService>& service,
                                            const Dictionary& userInfo) {
     Deliveries deliveries;
@@ -36,7 +39,8 @@ TEST_F(VTQXNotificationServiceTest, TheBaseClassDeliversUnchangedAndSilently) {
 
 TEST_F(VTQXNotificationServiceTest, TheHooksChangesReachUserInfoForEverySender) {
   const auto service = std::make_shared<TestService>(
-      VTNotificationServiceConfig(LogLevel::debug, true), [](const auto& content, const auto& handler) {
+      VTNotificationServiceConfig(LogLevel::debug, true),
+      [](const Content& content, const ClientContentHandler& handler) {
         content->setBody("from the host");
         std::thread([handler] { handler(Dictionary{{"host", true}}); }).detach();
       });
@@ -48,8 +52,9 @@ TEST_F(VTQXNotificationServiceTest, TheHooksChangesReachUserInfoForEverySender) 
 
 TEST_F(VTQXNotificationServiceTest, ARaisingHookIsAnEmptyChangeSet) {
   const auto service = std::make_shared<TestService>(
-      VTNotificationServiceConfig(LogLevel::error, true),
-      [](const auto&, const auto&) { throw platform::Exception("HostException", "index 7 beyond bounds"); });
+      VTNotificationServiceConfig(LogLevel::error, true), [](const Content&, const ClientContentHandler&) {
+        throw platform::Exception("HostException", "index 7 beyond bounds");
+      });
   EXPECT_EQ(deliver(service, {{"a", 1}}).userInfo, (Dictionary{{"a", 1}}));
   EXPECT_EQ(log_->messages(), std::vector<std::string>{
                                   "VTQXNotificationService exception in client code=index 7 beyond bounds"});
@@ -60,7 +65,7 @@ TEST_F(VTQXNotificationServiceTest, ABlockedHookHoldsUpNeitherDecompressionNorEx
   Deliveries deliveries;
   const auto service = std::make_shared<TestService>(
       VTNotificationServiceConfig(LogLevel::debug, false),
-      [&, released = release.get_future().share()](const auto&, const auto& handler) {
+      [&, released = release.get_future().share()](const Content&, const ClientContentHandler& handler) {
         released.wait();
         handler(Dictionary{{"host", "late"}});
       });
@@ -80,11 +85,13 @@ TEST_F(VTQXNotificationServiceTest, ABlockedHookHoldsUpNeitherDecompressionNorEx
 // The race detector's test: the hook rewrites userInfo over and over while the other processors read it.
 TEST_F(VTQXNotificationServiceTest, AHookMayRewriteUserInfoWhileOthersReadIt) {
   const std::string packed = platform::encodeBase64(support::deflateRaw(R"({"vt":{"it":[]}})"));
-  const auto service = std::make_shared<TestService>(
-      VTNotificationServiceConfig(LogLevel::none, true), [](const auto& content, const auto& handler) {
-        for (int i = 0; i < 200; ++i) content->setUserInfo(content->userInfo().setting("round", i));
-        handler(Dictionary{{"done", true}});
-      });
+  const auto service =
+      std::make_shared<TestService>(VTNotificationServiceConfig(LogLevel::none, true),
+                                    [](const Content& content, const ClientContentHandler& handler) {
+                                      for (int i = 0; i < 200; ++i)
+                                        content->setUserInfo(content->userInfo().setting("round", i));
+                                      handler(Dictionary{{"done", true}});
+                                    });
   for (int push = 0; push < 50; ++push) {
     const auto delivered = deliver(service, {{"_sid", "VTQX"}, {"$_rf", packed}});
     EXPECT_EQ(delivered.userInfo.find("round")->integer(), 199);

@@ -45,7 +45,7 @@ TEST(ValueTest, MergingLetsChangesWinAndLeavesTheOriginalAlone) {
 TEST(ValueTest, FindsEveryKeyOfALargeDictionary) {
   std::vector<std::pair<std::string, Value>> entries;
   for (int i = 0; i < 5000; ++i) entries.emplace_back("key" + std::to_string(i * 7919 % 5000), i);
-  const Dictionary dictionary(entries);
+  const Dictionary dictionary = Dictionary::fromEntries(entries);
   ASSERT_EQ(dictionary.size(), 5000U);
   for (const auto& [key, value] : entries) ASSERT_EQ(dictionary.find(key)->integer(), value.integer());
 }

@@ -121,7 +121,7 @@ Value reportPanel(const QXExtensionSDK::PanelItemComponent& panel, const Carouse
     const platform::URL* url = panel.action->url();
     entries.emplace_back("action", url == nullptr ? action : action.setting("url", url->absoluteString()));
   }
-  return Dictionary(entries);
+  return Dictionary::fromEntries(entries);
 }
 
 Value reportNavigation(const QXExtensionSDK::ViewTemplateNavigationState& state) {

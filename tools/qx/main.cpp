@@ -14,6 +14,7 @@
 
 #include "AppGroupSDK/context/ExtensionModuleName.h"
 #include "QXExtensionSDK/runtime/Version.h"
+#include "tools/qx/BackendCommand.h"
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/CarouselSteps.h"
 #include "tools/qx/ContextCommands.h"
@@ -262,6 +263,32 @@ void addContext(CLI::App& app, const qx::SimulatorOptions& simulator, Command& c
   choose(decode, chosen, [=, &simulator] { return qx::runContextDecode(simulator, *text); });
 }
 
+void addBackend(CLI::App& app, const qx::SimulatorOptions& simulator, Command& chosen) {
+  const auto options = std::make_shared<qx::BackendOptions>();
+  CLI::App& backend = *app.add_subcommand("backend", "Play the back end on the loopback and print requests");
+  backend.footer(
+      "Example:\n  qx backend --port 8080 --status 503\n\n"
+      "Prints where it listens, then every request; ends on SIGINT or SIGTERM.");
+  backend.add_option("--port", options->port, "Port to listen on; 0: a free one")->type_name("P");
+  backend.add_option("--status", options->status, "Status of every answer")
+      ->type_name("N")
+      ->check(CLI::Range(100, 599))
+      ->capture_default_str();
+  backend.add_option("--delay", options->delaySeconds, "Time before every answer")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.0, 86400.0));
+  backend.add_option("--body", options->body, "Body of every answer")
+      ->type_name("TEXT")
+      ->capture_default_str();
+  auto* hang = backend.add_flag("--hang", options->hang, "Never answer");
+  backend.add_flag("--close", options->close, "Drop every connection without an answer")->excludes(hang);
+  backend.add_option("--files", options->files, "Serve DIR under /files/ instead of the built-in panels")
+      ->type_name("DIR")
+      ->check(CLI::ExistingDirectory);
+  backend.add_flag("--tls", options->tls, "Talk TLS, with a throw-away certificate");
+  choose(backend, chosen, [=, &simulator] { return qx::runBackend(simulator, *options); });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -280,6 +307,7 @@ int main(int argc, char** argv) {
   qx::CarouselOptions carousel;
   choose(addCarousel(app, carousel), chosen, [&] { return qx::runCarousel(simulator, carousel); });
   addHost(app, simulator, chosen);
+  addBackend(app, simulator, chosen);
   addContext(app, simulator, chosen);
 
   try {

@@ -20,6 +20,7 @@ DeliveryReceiptRepositoryManager::DeliveryReceiptRepositoryManager(
     : storing_(std::move(storing)), file_(std::move(file)) {}
 
 DeliveryReceiptRepositoryManager::~DeliveryReceiptRepositoryManager() {
+  const std::lock_guard lock(file_->mutex);
   file_->releaseAll(this);
 }
 
@@ -35,6 +36,7 @@ DataStoreStatus DeliveryReceiptRepositoryManager::storeReceipt(
 }
 
 std::optional<Receipts> DeliveryReceiptRepositoryManager::fetchPendingReceipts() {
+  const std::lock_guard lock(file_->mutex);
   file_->releaseAll(this);
   Receipts candidates = storing_->fetchReceipts(PNStatus::failed).value_or(Receipts());
   if (auto pending = storing_->fetchReceipts(PNStatus::pending)) {
@@ -52,7 +54,13 @@ std::optional<Receipts> DeliveryReceiptRepositoryManager::fetchPendingReceipts()
 
 void DeliveryReceiptRepositoryManager::handleSendResult(bool succeeded, const Receipts& receipts,
                                                         const ReceiptCompletion& completion) {
+  record(succeeded, receipts);
+  completion(succeeded);
+}
+
+void DeliveryReceiptRepositoryManager::record(bool succeeded, const Receipts& receipts) {
   const Logger& logger = Logger::service();
+  const std::lock_guard lock(file_->mutex);
   if (succeeded) {
     storing_->removeReceipts(receipts);
     logger.debug(LogCategory::deliveryReceipt, "DeliveryReceipts ", ReceiptListText{receipts}, " sent");
@@ -62,7 +70,6 @@ void DeliveryReceiptRepositoryManager::handleSendResult(bool succeeded, const Re
                  " marked failed with result: ", result.value_or(DataStoreStatus::noData));
   }
   file_->releaseAll(this);
-  completion(succeeded);
 }
 
 }  // namespace QXExtensionSDK

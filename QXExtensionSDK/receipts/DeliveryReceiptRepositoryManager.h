@@ -28,6 +28,8 @@ class DeliveryReceiptRepositoryManager final : public DeliveryReceiptRepository 
                         const ReceiptCompletion& completion) override;
 
  private:
+  void record(bool succeeded, const Receipts& receipts);
+
   const std::unique_ptr<DeliveryReceiptStoring> storing_;
   const std::shared_ptr<ReceiptFile> file_;
 };

@@ -21,12 +21,10 @@ std::shared_ptr<ReceiptFile> ReceiptFile::shared(AppGroupSDK::ExtensionModuleNam
 }
 
 bool ReceiptFile::claim(const std::string& uuid, const void* sender) {
-  const std::lock_guard lock(claimsMutex_);
   return claims_.emplace(uuid, sender).second;
 }
 
 void ReceiptFile::releaseAll(const void* sender) {
-  const std::lock_guard lock(claimsMutex_);
   std::erase_if(claims_, [sender](const auto& claim) { return claim.second == sender; });
 }
 

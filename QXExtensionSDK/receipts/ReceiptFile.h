@@ -19,9 +19,11 @@ class ReceiptFile {
   // The same object for every run on that file at the time.
   static std::shared_ptr<ReceiptFile> shared(AppGroupSDK::ExtensionModuleName module, std::string_view appId);
 
-  // Held while the file is read, changed and written.
-  std::mutex mutex;
-  // How often a run has written the file. Guarded by mutex.
+  // Held while the list is read or changed, and over all that must not come apart: choosing receipts and
+  // claiming them, removing receipts and giving them back. Guards everything below.
+  std::recursive_mutex mutex;
+
+  // How often a run has written the file.
   std::uint64_t writes = 0;
 
   // Marks a receipt as being sent by `sender`; false when it is being sent already.
@@ -29,8 +31,7 @@ class ReceiptFile {
   void releaseAll(const void* sender);
 
  private:
-  std::mutex claimsMutex_;
-  std::unordered_map<std::string, const void*> claims_;  // guarded by claimsMutex_
+  std::unordered_map<std::string, const void*> claims_;
 };
 
 }  // namespace QXExtensionSDK

@@ -1,0 +1,141 @@
+// A module's receipts from push to acknowledgement, and the bare client that posts the same bytes to the same
+// server in another thread.
+
+#include <benchmark/benchmark.h>
+#include <curl/curl.h>
+#include <stdlib.h>
+
+#include <condition_variable>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+
+#include "AppGroupSDK/AppGroupSDK.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptManagerProvider.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tools/backend/LoopbackServer.h"
+
+namespace {
+
+using AppGroupSDK::DeliveryReceiptPNModel;
+using AppGroupSDK::DeliveryReceiptsModel;
+using AppGroupSDK::DeliveryReceiptsModelStore;
+using AppGroupSDK::ExtensionModuleName;
+using AppGroupSDK::PNStatus;
+using QXExtensionSDK::DeliveryReceiptData;
+
+constexpr auto kModule = ExtensionModuleName::quorixEngagement;
+constexpr auto kAppId = "bench";
+
+// In memory where there is such a place: what a disk takes to make a record durable is measured elsewhere.
+std::string makeDirectory() {
+  const bool memory = std::filesystem::is_directory("/dev/shm");
+  std::string path = std::string(memory ? "/dev/shm" : "/tmp") + "/qx-bench-XXXXXX";
+  if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("No directory");
+  std::filesystem::create_directory(path + "/group.bench");
+  std::ofstream(path + "/Info.plist") << "<plist version=\"1.0\"><dict><key>VT_QUORIX_APP_GROUP_KEY</key>"
+                                         "<string>group.bench</string></dict></plist>";
+  return path;
+}
+
+// A host application that is set up for receipts, and its back end.
+class Host {
+ public:
+  Host() {
+    AppGroupSDK::AppDeviceInfoStore().saveModelData(
+        {server_.url(), "app-1", "device-1", "access", "5.2.0", "subscriber", "tenant", "session"});
+  }
+  ~Host() { std::filesystem::remove_all(directory_); }
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+
+  const backend::LoopbackServer& server() const { return server_; }
+
+ private:
+  const backend::LoopbackServer server_{{.body = R"({"code":200,"message":"accepted","requestId":"r"})"}};
+  const std::string directory_ = makeDirectory();
+  const support::ScopedEnvironment bundle_{"QX_BUNDLE", directory_};
+  const support::ScopedEnvironment root_{"QX_APP_GROUPS_ROOT", directory_};
+};
+
+void putPending(std::int64_t count) {
+  std::vector<DeliveryReceiptPNModel> receipts;
+  for (std::int64_t index = 0; index < count; ++index) {
+    const std::string number = std::to_string(100000 + index);
+    receipts.emplace_back("6F9619FF-8B86-D011-B42D-00CF4F" + number, "message-" + number, "request-" + number,
+                          "OUTBOUND", 1714554187.25 + static_cast<double>(index),
+                          R"({"campaign":"spring","variant":"B"})", PNStatus::pending);
+  }
+  DeliveryReceiptsModelStore(kModule, kAppId)
+      .saveModuleScopedModelData(DeliveryReceiptsModel(std::move(receipts)));
+}
+
+bool runCycle(const DeliveryReceiptData& push) {
+  std::mutex mutex;
+  std::condition_variable ended;
+  std::optional<bool> outcome;
+  const auto manager = QXExtensionSDK::DeliveryReceiptManagerProvider(kModule, kAppId).makeManager();
+  if (!manager->storeReceipt(push)) return false;
+  manager->sendReceipts([&](bool succeeded) {
+    const std::lock_guard lock(mutex);
+    outcome = succeeded;
+    ended.notify_one();
+  });
+  std::unique_lock lock(mutex);
+  ended.wait(lock, [&] { return outcome.has_value(); });
+  return *outcome;
+}
+
+const DeliveryReceiptData kPush{"message-100149", platform::Dictionary{{"campaign", "spring"}},
+                                "request-100149", "OUTBOUND"};
+
+void BM_ReceiptCycle(benchmark::State& state) {
+  const Host host;
+  for (auto _ : state) {
+    state.PauseTiming();
+    putPending(state.range(0) - 1);
+    state.ResumeTiming();
+    if (!runCycle(kPush)) state.SkipWithError("not acknowledged");
+  }
+}
+
+std::size_t append(char* bytes, std::size_t size, std::size_t count, void* text) {
+  static_cast<std::string*>(text)->append(bytes, size * count);
+  return size * count;
+}
+
+void BM_FloorPost(benchmark::State& state) {
+  const Host host;
+  putPending(state.range(0) - 1);
+  if (!runCycle(kPush)) return state.SkipWithError("not acknowledged");
+  const backend::Request request = host.server().requests().front();
+  const std::string url = host.server().url(request.path);
+
+  CURL* const curl = curl_easy_init();
+  curl_slist* headers = curl_slist_append(nullptr, "Expect:");
+  for (const auto& [name, value] : request.headers) {
+    if (name != "Host" && name != "Content-Length") {
+      headers = curl_slist_append(headers, (name + ": " + value).c_str());
+    }
+  }
+  std::string answer;
+  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers);
+  curl_easy_setopt(curl, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+  curl_easy_setopt(curl, CURLOPT_POSTFIELDS, request.body.data());
+  curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &append);
+  curl_easy_setopt(curl, CURLOPT_WRITEDATA, &answer);
+  for (auto _ : state) {
+    answer.clear();
+    if (curl_easy_perform(curl) != CURLE_OK || answer.empty()) state.SkipWithError("post failed");
+  }
+  curl_slist_free_all(headers);
+  curl_easy_cleanup(curl);
+}
+
+}  // namespace
+
+BENCHMARK(BM_ReceiptCycle)->Arg(1)->Arg(150)->UseRealTime();
+BENCHMARK(BM_FloorPost)->Arg(1)->Arg(150)->UseRealTime();

@@ -1,0 +1,156 @@
+// The receipt list and the repository over real files.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "QXExtensionSDK/receipts/DeliveryReceiptRepositoryManager.h"
+#include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
+
+namespace QXExtensionSDK {
+namespace {
+
+using AppGroupSDK::DataStoreStatus;
+
+class ReceiptStorageTest : public testing::Test {
+ protected:
+  ReceiptStorageTest() { Logger::setGlobalLoglevel(0); }
+
+  std::unique_ptr<DeliveryReceiptsPNStore> makeStore() const {
+    return std::make_unique<DeliveryReceiptsPNStore>(
+        std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(kQXE, appIdOf(kQXE)), file_);
+  }
+  DeliveryReceiptRepositoryManager makeRepository() const { return {makeStore(), file_}; }
+  static Receipts onDisk() { return ReceiptHost::stored(kQXE); }
+  static void put(Receipts list) { ReceiptHost::put(kQXE, std::move(list)); }
+
+  const ReceiptHost host_{"https://example.com"};
+  const std::shared_ptr<ReceiptFile> file_ = ReceiptFile::shared(kQXE, appIdOf(kQXE));
+  const support::ScopedLogRecorder log_;
+};
+
+TEST_F(ReceiptStorageTest, TheThreeHundredAndFirstPushesTheOldestOutOfTheFileOnly) {
+  put(receipts(1, 300));
+  const auto store = makeStore();
+  EXPECT_EQ(store->storeReceipts(receipts(301, 301), maxStoredReceipts), DataStoreStatus::success);
+  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(2, 301)));
+  EXPECT_EQ(store->fetchAllReceipts()->size(), 301U);
+  EXPECT_TRUE(log_->has("All receipts count before storing any new receipt is 300"));
+}
+
+TEST_F(ReceiptStorageTest, WhatASendChangesIsTheWholeListInMemory) {
+  for (const bool succeeded : {true, false}) {
+    put(receipts(1, 300));
+    auto repository = makeRepository();
+    ASSERT_EQ(repository.storeReceipt("m", std::nullopt, "t", std::nullopt), DataStoreStatus::success);
+    const auto batch = repository.fetchPendingReceipts();
+    ASSERT_EQ(batch->size(), maxReceiptsPerRequest);
+    EXPECT_EQ(batch->back().messageId(), "m");
+    bool completed = false;
+    repository.handleSendResult(succeeded, *batch, [&](bool result) { completed = result == succeeded; });
+    EXPECT_TRUE(completed);
+    EXPECT_EQ(onDisk().size(), succeeded ? 151U : 301U);
+  }
+}
+
+TEST_F(ReceiptStorageTest, ABatchHoldsTheLastOfFailedThenPending) {
+  Receipts mixed;
+  for (int number = 1; number <= 200; ++number) {
+    mixed.push_back(receipt(number, number % 2 == 0 ? PNStatus::failed : PNStatus::pending));
+  }
+  put(mixed);
+  const auto batch = makeRepository().fetchPendingReceipts();
+  ASSERT_EQ(batch->size(), 150U);
+  EXPECT_EQ(batch->front().messageId(), "message-102");  // the 51st failed one
+  EXPECT_EQ((*batch)[49].messageId(), "message-200");
+  EXPECT_EQ((*batch)[50].messageId(), "message-1");
+  EXPECT_EQ(batch->back().messageId(), "message-199");
+}
+
+TEST_F(ReceiptStorageTest, StoringNothingEmptiesTheFileAndKeepsTheMemory) {
+  put(receipts(1, 3));
+  const auto store = makeStore();
+  EXPECT_EQ(store->storeReceipts({}, maxStoredReceipts), DataStoreStatus::success);
+  EXPECT_TRUE(onDisk().empty());
+  EXPECT_EQ(store->fetchAllReceipts()->size(), 3U);
+}
+
+TEST_F(ReceiptStorageTest, WithNothingStoredTheOtherCallsSaySoAndWriteNothing) {
+  const auto store = makeStore();
+  EXPECT_EQ(store->fetchAllReceipts(), std::nullopt);
+  EXPECT_EQ(store->fetchReceipts(PNStatus::failed), std::nullopt);
+  EXPECT_EQ(store->updateStatus(receipts(1, 1), PNStatus::failed), std::nullopt);
+  store->removeReceipts(receipts(1, 1));
+  for (const auto* line : {"No DeliveryReceipts in store", "No DeliveryReceipts to update status: 1",
+                           "No DeliveryReceipts to remove"}) {
+    EXPECT_TRUE(log_->has(line)) << line;
+  }
+  EXPECT_EQ(host_.bundle().files().size(), 3U);  // the host's own records
+}
+
+TEST_F(ReceiptStorageTest, StatusAndRemovalGoByUuidAndKeepTheOrder) {
+  put(receipts(1, 4));
+  const auto store = makeStore();
+  EXPECT_EQ(store->updateStatus({receipt(3), receipt(9)}, PNStatus::failed), DataStoreStatus::success);
+  EXPECT_EQ(messageIds(*store->fetchReceipts(PNStatus::failed)), std::vector<std::string>{"message-3"});
+  store->removeReceipts({receipt(2), receipt(9)});
+  EXPECT_EQ(messageIds(onDisk()), (std::vector<std::string>{"message-1", "message-3", "message-4"}));
+  EXPECT_EQ(onDisk()[1].status(), PNStatus::failed);
+  EXPECT_DEATH(store->removeReceipts({receipt(1), receipt(1)}), "Duplicate values for key: 'uuid-1'");
+}
+
+TEST_F(ReceiptStorageTest, AFileWithAReceiptTwiceDoesNotStopTheProcess) {
+  put({receipt(1), receipt(1), receipt(2)});
+  auto repository = makeRepository();
+  const auto batch = repository.fetchPendingReceipts();
+  ASSERT_EQ(batch->size(), 2U);
+  repository.handleSendResult(true, *batch, [](bool) {});
+  EXPECT_TRUE(onDisk().empty());
+}
+
+TEST_F(ReceiptStorageTest, AReceiptCarriesThePushsIdentity) {
+  auto repository = makeRepository();
+  const double before = platform::Date::now().secondsSince1970;
+  repository.storeReceipt("m", "r", "t", platform::Dictionary{{"k", 1}});
+  repository.storeReceipt("m", std::nullopt, "t", std::nullopt);
+  const auto stored = onDisk();
+  ASSERT_EQ(stored.size(), 2U);
+  EXPECT_EQ(stored[0].uuid().size(), 36U);
+  EXPECT_NE(stored[0].uuid(), stored[1].uuid());
+  EXPECT_EQ(stored[0].requestId(), "r");
+  EXPECT_EQ(stored[0].propertyBag(), "{\n  \"k\" : 1\n}");
+  EXPECT_EQ(platform::parseJSON(*stored[1].propertyBag())->dictionary(), platform::Dictionary());
+  EXPECT_EQ(stored[0].status(), PNStatus::pending);
+  EXPECT_GE(stored[0].eventDateUtc(), before);
+}
+
+TEST_F(ReceiptStorageTest, AFileThatCannotBeReadCountsAsNoReceipts) {
+  host_.bundle().write("com.veltro.qx.extensionsdk.deliveryReceipt.quorixEngagement.qxe-app.data",
+                       R"({"pnData":[{"uuid":"u"}]})");
+  auto repository = makeRepository();
+  EXPECT_EQ(repository.fetchPendingReceipts(), std::nullopt);
+  EXPECT_EQ(repository.storeReceipt("m", std::nullopt, "t", std::nullopt), DataStoreStatus::success);
+  EXPECT_EQ(onDisk().size(), 1U);
+}
+
+TEST_F(ReceiptStorageTest, RunsOfOneProcessNeitherOverwriteNorRepeatEachOther) {
+  auto first = makeRepository();
+  auto second = makeRepository();
+  first.storeReceipt("a", std::nullopt, "t", std::nullopt);
+  const auto ofFirst = first.fetchPendingReceipts();
+  second.storeReceipt("b", std::nullopt, "t", std::nullopt);
+  const auto ofSecond = second.fetchPendingReceipts();
+  EXPECT_EQ(messageIds(*ofFirst), std::vector<std::string>{"a"});
+  EXPECT_EQ(messageIds(*ofSecond), std::vector<std::string>{"b"});
+  first.handleSendResult(true, *ofFirst, [](bool) {});
+  EXPECT_EQ(messageIds(onDisk()), std::vector<std::string>{"b"});
+  second.handleSendResult(false, *ofSecond, [](bool) {});
+  ASSERT_EQ(messageIds(onDisk()), std::vector<std::string>{"b"});
+  EXPECT_EQ(onDisk()[0].status(), PNStatus::failed);
+  // What was given back, and what a run that is gone had taken, is offered again.
+  { EXPECT_TRUE(makeRepository().fetchPendingReceipts()); }
+  EXPECT_TRUE(first.fetchPendingReceipts());
+}
+
+}  // namespace
+}  // namespace QXExtensionSDK

@@ -52,8 +52,8 @@ TEST(CarouselClickTest, RefusesAnActionThatIsNotWhatItDeclares) {
 
 class CarouselClickStorageFactoryTest : public testing::Test {
  protected:
-  const support::HostBundle host_;
-  const support::ScopedLogRecorder log_;
+  support::HostBundle host_;
+  support::ScopedLogRecorder log_;
   CarouselClickStorageFactory factory_{Logger::content()};
   const AppGroupSDK::PNContextInfo engagement_{AppGroupSDK::PNContextSource::sourceOne, {1}, std::nullopt};
 };

@@ -99,6 +99,8 @@ void CarouselContentView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void CarouselContentView::keyPressEvent(QKeyEvent* event) {
+  showsFocus_ = true;
+  update();
   switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:

@@ -54,8 +54,8 @@ void CarouselViewController::setDelegate(std::weak_ptr<CarouselViewControllerDel
 void CarouselViewController::viewDidLoad() {
   QWidget& root = view();
   root.setAutoFillBackground(true);
-  root.setAccessibleName(text("Carousel"));
   platform::setAccessibility(root, {QAccessible::Grouping, {}});
+  root.setAccessibleName(text("Carousel"));
   contentView_ = new CarouselContentView([this] { tapGesturePerformed(); }, &root);
   buttonContentView_ = new QWidget(&root);
   pageControl_ = new platform::UIPageControl(buttonContentView_);
@@ -77,6 +77,8 @@ void CarouselViewController::apply(const CarouselViewModel& viewModel) {
   applyNavigationState(viewModel.navigationState);
   applyPageIndicator();
   if (hasNewPanels) layoutSubviews();
+  // Also when it is what it was: the parent may have taken the room away meanwhile.
+  setPreferredContentSize(neededSize());
   showPanel();
   runTimerRules();
 }
@@ -152,7 +154,7 @@ void CarouselViewController::runTimerRules() {
 void CarouselViewController::collapse() {
   isCollapsed_ = true;
   timer_.stop();
-  updatePreferredContentSize();
+  setPreferredContentSize(neededSize());
 }
 
 void CarouselViewController::viewDidLayoutSubviews() {
@@ -202,17 +204,15 @@ void CarouselViewController::layoutSubviews() {
   buttonContentView_->setGeometry(bar);
   const int inset = kButtonMargin + kButtonSide + CarouselButton::kTouchMargin + kPageControlGap;
   pageControl_->setGeometry(inset, 0, std::max(0, width - 2 * inset), kBarHeight);
-  updatePreferredContentSize();
+  if (neededSize() != preferredContentSize()) setPreferredContentSize(neededSize());
 }
 
-void CarouselViewController::updatePreferredContentSize() {
+platform::Size CarouselViewController::neededSize() {
   constexpr double kCollapsedHeight = 1;
   const bool hasBar = panelCount() >= 2;
   const int height =
       panelsHeight_ + CarouselContentView::kMargin + (hasBar ? kBarHeight : CarouselContentView::kMargin);
-  const platform::Size size{static_cast<double>(view().width()),
-                            isCollapsed_ ? kCollapsedHeight : static_cast<double>(height)};
-  if (size != preferredContentSize()) setPreferredContentSize(size);
+  return {static_cast<double>(view().width()), isCollapsed_ ? kCollapsedHeight : static_cast<double>(height)};
 }
 
 void CarouselViewController::backButtonTapped() {

@@ -69,7 +69,7 @@ class CarouselViewController final : public platform::UIViewController,
   void describePanel(const PanelItemComponent& panel);
   void runTimerRules();
   void layoutSubviews();
-  void updatePreferredContentSize();
+  platform::Size neededSize();
 
   const Logger& logger_;
   std::weak_ptr<CarouselViewControllerDelegate> delegate_;

@@ -1,6 +1,7 @@
 #include "tests/support/Program.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <boost/asio/io_context.hpp>
 #include <boost/process.hpp>
@@ -23,6 +24,12 @@ constexpr std::chrono::minutes kLongestRun{2};
 
 std::string programPath(std::string_view name) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
+}
+
+long largestChildMemory() {
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  return usage.ru_maxrss;
 }
 
 ProgramResult runProgram(std::string_view name, const std::vector<std::string>& arguments,

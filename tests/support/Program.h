@@ -24,6 +24,9 @@ struct ProgramResult {
 ProgramResult runProgram(std::string_view name, const std::vector<std::string>& arguments,
                          const std::string& input = {});
 
+// The most resident memory, in kilobytes, that any program run so far has had.
+long largestChildMemory();
+
 // Where such a program lies.
 std::string programPath(std::string_view name);
 

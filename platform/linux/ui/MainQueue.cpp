@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <QObject>
+#include <deque>
+#include <functional>
 #include <mutex>
 #include <utility>
 
@@ -9,48 +11,64 @@ namespace platform {
 
 namespace {
 
-// Holds the object that waiting work is addressed to; that lives on the application's thread and goes with
-// it.
-class MainReceiver {
+// Keeps the waiting work, and wakes the application's thread for it by way of an object that lives there and
+// goes with the application.
+class MainQueue {
  public:
-  static MainReceiver& shared() {
-    static MainReceiver receiver;
-    return receiver;
+  static MainQueue& shared() {
+    static MainQueue queue;
+    return queue;
   }
 
   void post(std::function<void()> work) {
     const std::lock_guard lock(mutex_);
     if (ended_ || QCoreApplication::instance() == nullptr) return;
-    if (object_ == nullptr) makeObject();
-    QMetaObject::invokeMethod(object_, std::move(work), Qt::QueuedConnection);
+    if (receiver_ == nullptr) makeReceiver();
+    waiting_.push_back(std::move(work));
+    QMetaObject::invokeMethod(
+        receiver_, [] { shared().runNext(); }, Qt::QueuedConnection);
   }
 
  private:
-  void makeObject() {
-    object_ = new QObject;
-    object_->moveToThread(QCoreApplication::instance()->thread());
+  void makeReceiver() {
+    receiver_ = new QObject;
+    receiver_->moveToThread(QCoreApplication::instance()->thread());
     qAddPostRoutine([] { shared().end(); });
   }
 
+  // Once for each piece of work.
+  void runNext() {
+    std::function<void()> work;
+    {
+      const std::lock_guard lock(mutex_);
+      work = std::move(waiting_.front());
+      waiting_.pop_front();
+    }
+    work();
+  }
+
   void end() {
-    QObject* object = nullptr;
+    QObject* receiver = nullptr;
+    std::deque<std::function<void()>> dropped;  // outside the lock: its destruction may call back here
     {
       const std::lock_guard lock(mutex_);
       ended_ = true;
-      object = std::exchange(object_, nullptr);
+      receiver = std::exchange(receiver_, nullptr);
+      dropped.swap(waiting_);
     }
-    delete object;  // and with it the waiting work, whose destruction may call back here
+    delete receiver;
   }
 
   std::mutex mutex_;
-  QObject* object_ = nullptr;  // guarded by mutex_
-  bool ended_ = false;         // guarded by mutex_
+  QObject* receiver_ = nullptr;                // guarded by mutex_
+  std::deque<std::function<void()>> waiting_;  // guarded by mutex_
+  bool ended_ = false;                         // guarded by mutex_
 };
 
 }  // namespace
 
 void dispatchMainAsync(std::function<void()> work) {
-  MainReceiver::shared().post(std::move(work));
+  MainQueue::shared().post(std::move(work));
 }
 
 }  // namespace platform

@@ -1,0 +1,331 @@
+#include "QXExtensionSDK/content/CarouselViewController.h"
+
+#include <QAccessible>
+#include <QDeadlineTimer>
+#include <QMouseEvent>
+#include <QTest>
+#include <array>
+
+#include "tests/QXExtensionSDK/content/ui/UITestKit.h"
+#include "tests/support/ScopedEnvironment.h"
+
+namespace QXExtensionSDK {
+namespace {
+
+using support::Expanded;
+using support::ImageServer;
+using support::PanelText;
+using support::pumpUntil;
+using support::ScopedLogRecorder;
+using testing::ElementsAre;
+
+// In the middle of the first image of a view of 360 points.
+constexpr QPoint kImageMiddle(180, 100);
+
+std::int64_t currentPanel(const Expanded& expanded) {
+  return expanded.screen().viewModel().currentPanelIndex;
+}
+
+TEST(CarouselScreen, ShowsEachPanelsImageInTheOrderOfThePanels) {
+  ImageServer server;
+  Expanded expanded;
+  expanded.deliver({{server.serve("/slow.png", {.body = support::encodedImage("PNG", {64, 36}, Qt::red),
+                                                .delay = std::chrono::milliseconds(300)})},
+                    {server.serveColor("/fast.png", Qt::green)},
+                    {server.serveColor("/never.png", Qt::blue)}});
+  expanded.screen().nextButton().click();
+  ASSERT_TRUE(expanded.waitForImage(1));
+  EXPECT_EQ(expanded.image(0).imageLoadingState(), ImageLoadingState::downloading);
+  EXPECT_EQ(expanded.colorAt(kImageMiddle), QColor(Qt::green));
+  ASSERT_TRUE(expanded.waitForImage(0));
+  EXPECT_EQ(expanded.colorAt(kImageMiddle), QColor(Qt::green));
+  expanded.screen().backButton().click();
+  EXPECT_EQ(expanded.colorAt(kImageMiddle), QColor(Qt::red));
+  EXPECT_EQ(expanded.screen().panelView(2), nullptr);
+  EXPECT_THAT(server.paths(), ElementsAre("/slow.png", "/fast.png"));
+}
+
+TEST(CarouselScreen, KeepsOneHeightForAllPanels) {
+  Expanded expanded;
+  expanded.deliver(
+      {{"u", "Short"}, {"u", std::string(300, 'W'), std::string(300, 'w')}, {"u", "", "Only a subtitle"}});
+  const double height = expanded.host->contentSize().height;
+  EXPECT_EQ(expanded.host->view().height(), height);
+  for (int i = 0; i < 2; ++i) {
+    expanded.screen().nextButton().click();
+    EXPECT_EQ(expanded.host->contentSize().height, height);
+  }
+  Expanded single;
+  single.deliver({{"u", "Short"}});
+  EXPECT_LT(single.host->contentSize().height, height);
+  EXPECT_TRUE(single.screen().nextButton().isHidden());
+}
+
+struct FailingImage {
+  const char* name;
+  backend::Response response;
+  const char* logged;
+};
+
+TEST(CarouselScreen, TriesAFailedImageThreeTimesAndSaysWhy) {
+  const std::string image = support::encodedImage("PNG", {64, 36}, Qt::red);
+  const std::array<FailingImage, 4> cases{
+      {{"not an image", {.body = "<html>"}, "Can't convert data to image"},
+       {"truncated image", {.body = image.substr(0, image.size() - 9)}, "Can't convert data to image"},
+       {"no data", {.body = ""}, "No data for image download"},
+       {"dropped", {.fault = backend::Fault::closeWithoutAnswer}, "Failed to download image, error="}}};
+  for (const FailingImage& failing : cases) {
+    SCOPED_TRACE(failing.name);
+    const ScopedLogRecorder log;
+    ImageServer server;
+    Expanded expanded;
+    expanded.deliver({{server.serve("/bad", failing.response)}, {server.serveColor("/good", Qt::green)}});
+    for (int round = 0; round < 4; ++round) {
+      ASSERT_TRUE(expanded.waitForImage(0));
+      expanded.screen().nextButton().click();
+      expanded.screen().backButton().click();
+    }
+    EXPECT_EQ(expanded.image(0).imageLoadingState(), ImageLoadingState::failed);
+    EXPECT_EQ(expanded.image(0).imageDownloadCount(), 3);
+    EXPECT_TRUE(log->mentions(failing.logged));
+    EXPECT_TRUE(log->has("Image download completion callback, Index=0"));
+    EXPECT_EQ(expanded.colorAt({40, 40}), QColor(0xE5, 0xE5, 0xE5));
+  }
+}
+
+TEST(CarouselScreen, TakesAnImageForItsBytesNotForItsStatus) {
+  ImageServer server;
+  Expanded expanded;
+  expanded.deliver(
+      {{server.serve("/a", {.status = 500, .body = support::encodedImage("WEBP", {64, 36}, Qt::blue)})}});
+  ASSERT_TRUE(expanded.waitForImage(0));
+  EXPECT_EQ(expanded.image(0).imageLoadingState(), ImageLoadingState::success);
+}
+
+TEST(CarouselScreen, FetchesNothingForATextThatIsNoURL) {
+  Expanded expanded;
+  expanded.deliver({{"not a url", "Title", "", "What would be here"}});
+  EXPECT_EQ(expanded.image(0).imageLoadingState(), ImageLoadingState::notStarted);
+  EXPECT_EQ(expanded.image(0).imageDownloadCount(), 0);
+}
+
+TEST(CarouselScreen, KeepsTheSameImageWhenItIsRefreshed) {
+  ImageServer server;
+  Expanded expanded;
+  const std::string same = server.serveColor("/same", Qt::red);
+  expanded.deliver({{same, "Before"}, {server.serveColor("/old", Qt::green)}});
+  ASSERT_TRUE(expanded.waitForImage(0));
+  expanded.deliver({{same, "After"}, {server.serveColor("/new", Qt::blue)}});
+  EXPECT_EQ(expanded.image(0).imageLoadingState(), ImageLoadingState::success);
+  expanded.screen().nextButton().click();
+  ASSERT_TRUE(expanded.waitForImage(1));
+  EXPECT_EQ(expanded.colorAt(kImageMiddle), QColor(Qt::blue));
+  EXPECT_THAT(server.paths(), ElementsAre("/same", "/new"));
+}
+
+TEST(CarouselScreen, LeavesTheScreenWhenARefreshHasNoSuchPanel) {
+  const ScopedLogRecorder log;
+  Expanded expanded;
+  expanded.deliver({{"u", "One"}, {"u", "Two"}});
+  expanded.screen().nextButton().click();
+  expanded.deliver({{"u", "Alone"}});
+  EXPECT_TRUE(log->has("Inavlid index in panel state setting"));
+  EXPECT_EQ(currentPanel(expanded), 1);
+  EXPECT_GT(expanded.host->contentSize().height, 1);
+}
+
+TEST(CarouselScreen, AdvancesByItselfOnceAndRestsOnTheLastPanel) {
+  Expanded expanded;
+  expanded.deliver({{"u"}, {"u"}, {"u"}}, R"("tms":20,)");
+  EXPECT_EQ(expanded.screen().timerState(), TimerState::running);
+  ASSERT_TRUE(pumpUntil([&] { return expanded.screen().timerState() == TimerState::stopped; }));
+  EXPECT_EQ(currentPanel(expanded), 2);
+  expanded.screen().backButton().click();
+  QTest::qWait(80);
+  EXPECT_EQ(currentPanel(expanded), 1);
+}
+
+TEST(CarouselScreen, StandsStillWhileItIsCollapsed) {
+  Expanded expanded;
+  expanded.deliver({{"u"}, {"u"}, {"u"}}, R"("tms":20,)");
+  expanded.deliverItems("[{}]");
+  EXPECT_TRUE(expanded.host->isCollapsed());
+  QTest::qWait(80);
+  EXPECT_TRUE(expanded.host->isCollapsed());
+  expanded.deliver({{"u"}, {"u"}, {"u"}}, R"("tms":20,)");
+  EXPECT_FALSE(expanded.host->isCollapsed());
+  EXPECT_TRUE(pumpUntil([&] { return currentPanel(expanded) == 2; }));
+}
+
+// Presses and releases where a finger would, on whatever stands there.
+void tapAt(const Expanded& expanded, const QPoint& point) {
+  QWidget& view = expanded.host->view();
+  QWidget* target = view.childAt(point);
+  ASSERT_NE(target, nullptr);
+  QTest::mouseClick(target, Qt::LeftButton, {}, target->mapFrom(&view, point));
+  QCoreApplication::sendPostedEvents();
+}
+
+TEST(CarouselScreen, OpensAtATapOnThePanelButNotNearADisabledArrow) {
+  Expanded expanded;
+  expanded.deliver({{"u", "One"}, {"u", "Two"}});
+  QWidget& view = expanded.host->view();
+  view.show();
+  const QRect backArea(expanded.screen().backButton().mapTo(&view, QPoint()),
+                       expanded.screen().backButton().size());
+  const QRect panelArea(expanded.screen().contentView().mapTo(&view, QPoint()),
+                        expanded.screen().contentView().size());
+  // Over the panel, and yet within the disabled arrow's reach.
+  const QRect contested = backArea & panelArea;
+  ASSERT_FALSE(contested.isEmpty());
+  tapAt(expanded, contested.center());
+  EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
+  EXPECT_EQ(currentPanel(expanded), 0);
+  EXPECT_TRUE(expanded.screen().backButton().pointInside({-16, -16}));
+  EXPECT_TRUE(expanded.screen().backButton().pointInside({47, 47}));
+  EXPECT_FALSE(expanded.screen().backButton().pointInside({-17, 0}));
+  EXPECT_FALSE(expanded.screen().backButton().pointInside({0, 48}));
+
+  tapAt(expanded, kImageMiddle);
+  EXPECT_TRUE(expanded.host->isDefaultActionPerformed());
+
+  const QRect nextArea(expanded.screen().nextButton().mapTo(&view, QPoint()),
+                       expanded.screen().nextButton().size());
+  tapAt(expanded, (nextArea & panelArea).center());
+  EXPECT_EQ(currentPanel(expanded), 1);
+}
+
+TEST(CarouselScreen, IsUsedFromTheKeyboard) {
+  for (const bool isMirrored : {false, true}) {
+    SCOPED_TRACE(isMirrored ? "right to left" : "left to right");
+    QApplication::setLayoutDirection(isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
+    Expanded expanded;
+    expanded.deliver({{"u", "One"}, {"u", "Two"}, {"u", "Three"}});
+    QWidget& view = expanded.host->view();
+    view.show();
+    view.activateWindow();
+    ASSERT_TRUE(pumpUntil([&] { return view.isActiveWindow(); }));
+    QWidget& panel = expanded.screen().contentView();
+    panel.setFocus();
+    const auto forward = isMirrored ? Qt::Key_Left : Qt::Key_Right;
+    const auto backward = isMirrored ? Qt::Key_Right : Qt::Key_Left;
+    QTest::keyClick(QApplication::focusWidget(), forward);
+    EXPECT_EQ(expanded.colorAt({4, 100}), view.palette().color(QPalette::Highlight)) << "focus is not seen";
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), &expanded.screen().backButton());
+    QTest::keyClick(QApplication::focusWidget(), forward);
+    EXPECT_EQ(currentPanel(expanded), 2);
+    QTest::keyClick(QApplication::focusWidget(), backward);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(currentPanel(expanded), 0);
+    EXPECT_NE(QApplication::focusWidget(), &expanded.screen().backButton()) << "left on a disabled button";
+
+    panel.setFocus();
+    QTest::keyClick(&panel, Qt::Key_Return);
+    QCoreApplication::sendPostedEvents();
+    EXPECT_TRUE(expanded.host->isDefaultActionPerformed());
+  }
+  QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+TEST(CarouselScreen, IsMirroredFromRightToLeft) {
+  const auto draw = [](Qt::LayoutDirection direction, QRect& back) {
+    QApplication::setLayoutDirection(direction);
+    Expanded expanded;
+    expanded.deliver({{"no url"}, {"no url"}, {"no url"}});
+    back = QRect(expanded.screen().backButton().mapTo(&expanded.host->view(), QPoint()),
+                 expanded.screen().backButton().size());
+    return expanded.drawn();
+  };
+  QRect back;
+  const QImage leftToRight = draw(Qt::LeftToRight, back);
+  EXPECT_LT(back.center().x(), 180);
+  const QImage rightToLeft = draw(Qt::RightToLeft, back);
+  EXPECT_GT(back.center().x(), 180);
+  QApplication::setLayoutDirection(Qt::LeftToRight);
+  // The bar with its arrows and dots is the mirror image, but for rounding.
+  const QRect bar(0, leftToRight.height() - 90, leftToRight.width(), 80);
+  const QImage expected = leftToRight.copy(bar).mirrored(true, false);
+  const QImage actual = rightToLeft.copy(bar);
+  int different = 0;
+  for (int y = 0; y < bar.height(); ++y) {
+    for (int x = 0; x < bar.width(); ++x) {
+      if (std::abs(qGray(expected.pixel(x, y)) - qGray(actual.pixel(x, y))) > 64) ++different;
+    }
+  }
+  EXPECT_LT(different, 40);
+}
+
+TEST(CarouselScreen, SlidesOnlyWhereItIsSeenAndMotionIsWanted) {
+  const support::ScopedEnvironment motion("QX_REDUCE_MOTION", "0");
+  Expanded expanded;
+  expanded.deliver({{"u", "One"}, {"u", "Two"}});
+  expanded.screen().nextButton().click();
+  EXPECT_FALSE(expanded.screen().contentView().isSliding());
+  expanded.host->view().show();
+  expanded.screen().backButton().click();
+  EXPECT_TRUE(expanded.screen().contentView().isSliding());
+  expanded.screen().nextButton().click();
+  ASSERT_TRUE(pumpUntil([&] { return !expanded.screen().contentView().isSliding(); }));
+  EXPECT_EQ(expanded.screen().panelView(1)->pos(), expanded.screen().contentView().panelFrame().topLeft());
+  EXPECT_EQ(expanded.screen().panelView(0)->parent(), nullptr);
+
+  const support::ScopedEnvironment noMotion("QX_REDUCE_MOTION", "1");
+  expanded.screen().backButton().click();
+  EXPECT_FALSE(expanded.screen().contentView().isSliding());
+}
+
+std::unique_ptr<QAccessibleInterface, void (*)(QAccessibleInterface*)> accessible(QWidget* widget) {
+  return {QAccessible::queryAccessibleInterface(widget), [](QAccessibleInterface*) {}};
+}
+
+// Every node below, "role: name", in order.
+void describe(QAccessibleInterface* node, std::vector<std::string>& lines) {
+  if (node->state().invisible) return;
+  const QString name = node->text(QAccessible::Name);
+  if (!name.isEmpty()) lines.push_back(std::to_string(node->role()) + ": " + name.toStdString());
+  for (int i = 0; i < node->childCount(); ++i) describe(node->child(i), lines);
+}
+
+std::string node(QAccessible::Role role, const char* name) {
+  return std::to_string(role) + ": " + name;
+}
+
+TEST(CarouselScreen, TellsAssistiveTechnologyWhatItShows) {
+  Expanded expanded;
+  expanded.deliver({{"no url", "One", "First", "A bay at sunrise"}, {"no url", "Two", "", "A forest"}});
+  expanded.host->view().show();
+  expanded.screen().nextButton().click();
+  std::vector<std::string> lines;
+  describe(accessible(&expanded.host->view()).get(), lines);
+  EXPECT_THAT(lines,
+              testing::UnorderedElementsAre(
+                  node(QAccessible::Grouping, "Carousel"), node(QAccessible::Button, "Two"),
+                  node(QAccessible::Graphic, "A forest"), node(QAccessible::StaticText, "A forest"),
+                  node(QAccessible::StaticText, "Two"), node(QAccessible::Indicator, "panel 2 of 2"),
+                  node(QAccessible::Button, "Previous panel"), node(QAccessible::Button, "Next panel")));
+
+  auto* panel = accessible(&expanded.screen().contentView())->actionInterface();
+  ASSERT_NE(panel, nullptr);
+  panel->doAction(QAccessibleActionInterface::pressAction());
+  QCoreApplication::sendPostedEvents();
+  EXPECT_TRUE(expanded.host->isDefaultActionPerformed());
+  accessible(&expanded.screen().backButton())
+      ->actionInterface()
+      ->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_TRUE(pumpUntil([&] { return currentPanel(expanded) == 0; }));
+}
+
+TEST(CarouselScreen, KeepsTheAlternativeTextAsTheImagesNameInEveryState) {
+  ImageServer server;
+  Expanded expanded;
+  expanded.deliver({{server.serveColor("/a", Qt::red), "", "", "A bay"}});
+  auto& image = const_cast<CarouselImageView&>(expanded.image(0));
+  EXPECT_EQ(accessible(&image)->text(QAccessible::Name), "A bay");
+  ASSERT_TRUE(expanded.waitForImage(0));
+  EXPECT_EQ(expanded.image(0).imageLoadingState(), ImageLoadingState::success);
+  EXPECT_EQ(accessible(&image)->text(QAccessible::Name), "A bay");
+}
+
+}  // namespace
+}  // namespace QXExtensionSDK

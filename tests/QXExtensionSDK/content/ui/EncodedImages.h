@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QBuffer>
+#include <QByteArray>
+#include <QColor>
+#include <QImage>
+#include <string>
+
+namespace support {
+
+// An image as a server would send it.
+inline std::string encoded(const QImage& image, const char* format) {
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  buffer.open(QIODevice::WriteOnly);
+  image.save(&buffer, format);
+  return bytes.toStdString();
+}
+
+inline std::string encodedImage(const char* format, QSize size, const QColor& color) {
+  QImage image(size, QImage::Format_RGB32);
+  image.fill(color);
+  return encoded(image, format);
+}
+
+// Two by two pixels in red, as an animation of two frames of which the second is cut off when asked for.
+inline std::string encodedGIF(bool hasWholeSecondFrame = true) {
+  using namespace std::string_literals;
+  const std::string frame =
+      "\x21\xF9\x04\x00\x0A\x00\x00\x00\x2C\x00\x00\x00\x00\x02\x00\x02\x00\x00\x02\x03\x04\x12\x05\x00"s;
+  const std::string head = "GIF89a\x02\x00\x02\x00\x80\x00\x00\xFF\x00\x00\x00\x00\xFF"s;
+  return head + frame + (hasWholeSecondFrame ? frame + "\x3B" : frame.substr(0, 12));
+}
+
+}  // namespace support

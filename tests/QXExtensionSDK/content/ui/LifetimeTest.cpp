@@ -1,0 +1,79 @@
+#include <QTest>
+#include <random>
+
+#include "tests/QXExtensionSDK/content/ui/UITestKit.h"
+
+namespace QXExtensionSDK {
+namespace {
+
+using support::Expanded;
+using support::ImageServer;
+
+// Closes, collapses, refreshes and closes again at every moment of a download and of the timer. What a late
+// callback would touch is freed by then, which the address sanitizer sees.
+TEST(CarouselLifetime, LeavesNoCallbackBehindAThousandTimes) {
+  ImageServer server;
+  const std::string image = server.serveColor("/a", Qt::red);
+  const std::string slow = server.serve("/b", {.body = support::encodedImage("JPEG", {640, 360}, Qt::blue),
+                                               .delay = std::chrono::milliseconds(2)});
+  std::mt19937 random(20240501);
+  const auto chance = [&](int of) { return static_cast<int>(random() % static_cast<unsigned>(of)); };
+  for (int round = 0; round < 1000; ++round) {
+    Expanded expanded;
+    expanded.deliver({{image, "One"}, {slow, "Two"}, {image, "Three"}}, R"("tms":1,)");
+    if (chance(2) == 0) expanded.host->view().show();
+    for (int step = chance(4); step > 0; --step) {
+      switch (chance(5)) {
+        case 0:
+          expanded.screen().nextButton().click();
+          break;
+        case 1:
+          expanded.deliverItems("[{}]");
+          break;
+        case 2:
+          expanded.deliver({{slow, "Other"}, {image, "Panels"}});
+          break;
+        case 3:
+          expanded.screen().tapGesturePerformed();
+          break;
+        default:
+          QTest::qWait(chance(3));
+      }
+    }
+  }
+  QTest::qWait(50);
+}
+
+TEST(CarouselLifetime, TheExtensionMayBeClosedFromWithinItsOwnCallbacks) {
+  struct Closing final : CarouselViewControllerDelegate {
+    void backButtonTapped() override { expanded.reset(); }
+    void nextButtonTapped() override { expanded.reset(); }
+    void panelTapped() override { expanded.reset(); }
+    std::unique_ptr<Expanded> expanded;
+  };
+  const auto open = [] {
+    auto closing = std::make_shared<Closing>();
+    closing->expanded = std::make_unique<Expanded>();
+    closing->expanded->deliver({{"u", "One"}, {"u", "Two"}}, R"("tms":5,)");
+    closing->expanded->screen().setDelegate(closing);
+    closing->expanded->host->view().show();
+    return closing;
+  };
+  auto closing = open();
+  closing->expanded->screen().nextButton().click();
+  EXPECT_EQ(closing->expanded, nullptr);
+  closing = open();
+  QTest::mouseClick(&closing->expanded->screen().contentView(), Qt::LeftButton);
+  EXPECT_EQ(closing->expanded, nullptr);
+  closing = open();
+  QTest::keyClick(&closing->expanded->screen().contentView(), Qt::Key_Return);
+  EXPECT_EQ(closing->expanded, nullptr);
+  closing = open();
+  QTest::keyClick(&closing->expanded->screen().contentView(), Qt::Key_Right);
+  EXPECT_EQ(closing->expanded, nullptr);
+  closing = open();
+  EXPECT_TRUE(support::pumpUntil([&] { return closing->expanded == nullptr; }));
+}
+
+}  // namespace
+}  // namespace QXExtensionSDK

@@ -1,0 +1,214 @@
+// `qx carousel` as a program: what it reports, draws and refuses.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QString>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/foundation/Base64.h"
+#include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
+#include "tests/support/CarouselPayloads.h"
+#include "tests/support/Deflate.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tools/backend/LoopbackServer.h"
+
+namespace {
+
+using platform::Dictionary;
+using platform::Value;
+using support::ProgramResult;
+
+// A directory with pushes, and a server with images.
+class CarouselCommand : public testing::Test {
+ protected:
+  ProgramResult carousel(std::vector<std::string> arguments, const std::string& input = {}) const {
+    arguments.insert(arguments.begin(), "carousel");
+    return support::runProgram("qx", arguments, input);
+  }
+
+  std::string panels(int count) const {
+    std::string list;
+    for (int i = 0; i < count; ++i) {
+      list += (i == 0 ? "" : ",") + (R"({"id":"p","md":{"ul":")" + server_.url("/files/sunrise.png")) +
+              R"(","at":{"tx":"Bay"}},"ti":{"tx":"Title"},"ac":[{"t":"2","ul":"https://a.example"}]})";
+    }
+    return "[" + list + "]";
+  }
+
+  std::string write(const std::string& name, const std::string& push) const {
+    const std::string file = path(name);
+    std::ofstream(file) << push;
+    return file;
+  }
+  std::string writeCarousel(const std::string& name, const std::string& items,
+                            std::string_view more = "") const {
+    return write(name, R"({"aps":{"alert":"Hi"},"_sid":"VTQX","_m":"m","_rf":)" +
+                           support::carousel(items, more) + "}");
+  }
+  std::string path(const std::string& name) const { return (std::filesystem::path(directory_.path()) / name).string(); }
+
+  support::TemporaryDirectory directory_;
+  backend::LoopbackServer server_;
+};
+
+std::string text(const Dictionary& line, std::string_view key) {
+  const Value* value = line.find(key);
+  return value == nullptr ? "absent" : std::string(value->string().value_or("no text"));
+}
+
+std::int64_t index(const Dictionary& line) {
+  return line.find("currentPanelIndex")->integer().value_or(-1);
+}
+
+TEST_F(CarouselCommand, ReportsTheViewModelAfterLoadingAndAfterEachStep) {
+  const auto result = carousel({writeCarousel("push.json", panels(3), R"("tms":3000,"s":{"bgc":"102030"},)"),
+                                "--do", "next,back,tick,tick,wait:0,tap,next"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  const auto lines = result.lines();
+  ASSERT_EQ(lines.size(), 8U);
+  const std::array<const char*, 8> steps{"load", "next", "back", "tick", "tick", "wait", "tap", "next"};
+  const std::array<std::int64_t, 8> indices{0, 1, 0, 1, 2, 2, 2, 2};
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_EQ(text(lines[i], "step"), steps[i]);
+    EXPECT_EQ(index(lines[i]), indices[i]) << i;
+    EXPECT_EQ(text(lines[i], "outcome"), "carousel");
+    EXPECT_EQ(text(lines[i], "timerState"), i < 4 ? "running" : "stopped") << i;
+    EXPECT_EQ(lines[i].find("defaultActionPerformed")->boolean(), i >= 6) << i;
+  }
+  EXPECT_EQ(*lines[1].find("navigationState"), Value(Dictionary{{"showNavigationButtons", true},
+                                                                {"backButtonEnabled", true},
+                                                                {"nextButtonEnabled", true},
+                                                                {"buttonClickState", "next"}}));
+  const Value& panel = lines[5].find("panels")->elements()[2];
+  EXPECT_EQ(panel, Value(support::dictionary(R"({"url":")" + server_.url("/files/sunrise.png") + R"(",
+      "mediaBackground":"102030","panelColor":"FFFFFF","textState":"onlyTitle","imageState":"success",
+      "imageDownloadCount":1,"action":{"kind":"openWebUrl","url":"https://a.example"},
+      "altText":{"text":"Bay","size":14,"style":"bold","alignment":"center","color":"000000"},
+      "title":{"text":"Title","size":14,"style":"bold","alignment":"beginning","color":"2E2E2E"}})")));
+}
+
+TEST_F(CarouselCommand, ReportsACollapsedViewForWhatCannotBeShown) {
+  const std::string good = writeCarousel("good.json", panels(1));
+  const std::string other = write("other.json", R"({"aps":{"alert":"Hi"},"_sid":"OTHER"})");
+  const auto check = [](const Dictionary& line) {
+    EXPECT_EQ(text(line, "outcome"), "collapsed");
+    EXPECT_EQ(*line.find("preferredContentSize"), Value(std::vector<Value>{360, 1}));
+    EXPECT_TRUE(line.find("panels")->isArray() && line.find("panels")->elements().empty());
+  };
+  const auto alone = carousel({other});
+  EXPECT_EQ(alone.exitCode, 0);
+  ASSERT_EQ(alone.lines().size(), 1U);
+  check(alone.lines()[0]);
+
+  const auto refreshed = carousel({good, "--do", "refresh:" + other + ",next,refresh:" + good});
+  EXPECT_EQ(refreshed.exitCode, 0);
+  ASSERT_EQ(refreshed.lines().size(), 4U);
+  check(refreshed.lines()[1]);
+  check(refreshed.lines()[2]);
+  EXPECT_EQ(text(refreshed.lines()[3], "outcome"), "carousel");
+
+  const auto drawn = carousel({other, "--png", path("none.png")});
+  EXPECT_EQ(drawn.exitCode, 0);
+  EXPECT_FALSE(std::filesystem::exists(path("none.png")));
+}
+
+TEST_F(CarouselCommand, InflatesWhatTheServiceExtensionWouldHave) {
+  const std::string features = platform::encodeBase64(support::deflateRaw(support::carousel(panels(2))));
+  const auto result = carousel({"-"}, R"({"aps":{},"_sid":"VTQX","$_rf":")" + features + "\"}\n");
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  ASSERT_EQ(result.lines().size(), 1U);
+  EXPECT_EQ(result.lines()[0].find("panels")->elements().size(), 2U);
+}
+
+TEST_F(CarouselCommand, DrawsThePanelsThatAreAskedFor) {
+  const std::string file = writeCarousel("push.json", panels(3), R"("tms":1,)");
+  ASSERT_EQ(carousel({file, "--png", path("all.png"), "--all", "--width", "300", "--scale", "1.5"}).exitCode,
+            0);
+  for (const char* name : {"all-0.png", "all-1.png", "all-2.png"}) {
+    const QImage image(QString::fromStdString(path(name)));
+    EXPECT_EQ(image.width(), 450) << name;
+    // The image has arrived: the sky is no grey.
+    EXPECT_GT(image.pixelColor(225, 60).saturation(), 40) << name;
+  }
+  ASSERT_EQ(carousel({file, "--png", path("one.png"), "--panel", "1"}).exitCode, 0);
+  ASSERT_EQ(carousel({file, "--png", path("dark.png"), "--panel", "1", "--dark"}).exitCode, 0);
+  const QImage light(QString::fromStdString(path("one.png")));
+  const QImage dark(QString::fromStdString(path("dark.png")));
+  EXPECT_EQ(light.size(), dark.size());
+  EXPECT_EQ(light.width(), 720);
+  EXPECT_GT(light.pixelColor(0, 0).lightness(), 200);
+  EXPECT_LT(dark.pixelColor(0, 0).lightness(), 60);
+}
+
+TEST_F(CarouselCommand, SaysWhatItRefuses) {
+  const std::string file = writeCarousel("push.json", panels(2));
+  const std::vector<std::pair<std::vector<std::string>, int>> cases{
+      {{}, 2},
+      {{file, "--do", "jump"}, 2},
+      {{file, "--do", "wait:-1"}, 2},
+      {{file, "--panel", "0"}, 2},
+      {{file, "--png", path("a.png"), "--all", "--panel", "0"}, 2},
+      {{file, "--width", "0"}, 2},
+      {{path("missing.json")}, 1},
+      {{write("broken.json", "{")}, 1},
+      {{write("none.json", "{}")}, 1},
+      {{file, "--png", path("a.png"), "--panel", "2"}, 1},
+      {{file, "--png", path("no/such/directory.png")}, 1},
+      {{file, "--do", "refresh:" + path("missing.json")}, 1}};
+  for (const auto& [arguments, exitCode] : cases) {
+    const auto result = carousel(arguments);
+    EXPECT_EQ(result.exitCode, exitCode) << testing::PrintToString(arguments);
+    EXPECT_FALSE(result.errors.empty()) << testing::PrintToString(arguments);
+  }
+}
+
+// A photograph of twelve megapixels is 48 MB when it is decoded as it is.
+TEST_F(CarouselCommand, KeepsTwentyPhotographsInLittleMemory) {
+  const std::string photograph = support::encodedImage("JPEG", {4000, 3000}, Qt::darkGreen);
+  backend::LoopbackServerOptions options;
+  options.handler = [&](const backend::Request&) { return backend::Response{.body = photograph}; };
+  const backend::LoopbackServer server(std::move(options));
+  std::string items;
+  std::string steps = "wait:0";
+  for (int i = 0; i < 20; ++i) {
+    items +=
+        (i == 0 ? "" : ",") + (R"({"id":"p","md":{"ul":")" + server.url("/" + std::to_string(i))) + "\"}}";
+    if (i > 0) steps += ",next,wait:0";
+  }
+  const auto result =
+      support::runProgram("qx", {"carousel", writeCarousel("push.json", "[" + items + "]"), "--do", steps});
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+  const Dictionary last = result.lines().back();
+  for (const Value& panel : last.find("panels")->elements()) {
+    EXPECT_EQ(panel.find("imageState")->string(), "success");
+  }
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__)
+  constexpr std::int64_t kMostKilobytes = 100'000;
+  EXPECT_LT(support::largestChildMemory(), kMostKilobytes);
+#endif
+}
+
+TEST(ContentExtensionMain, AnswersOneLineANotification) {
+  const std::string push =
+      R"({"aps":{},"_sid":"VTQX","_rf":)" + support::carousel(R"([{"id":"p","md":{"ul":"u"}}])") + "}\n";
+  const auto result = support::runProgram("example-content-extension", {"--width", "200"},
+                                          push + "\n{}\n" + R"({"aps":{"alert":"Hi"}})");
+  EXPECT_EQ(result.exitCode, 1);
+  const auto lines = result.lines();
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_EQ(text(lines[0], "outcome"), "shown");
+  EXPECT_EQ(lines[0].find("preferredContentSize")->elements()[0].integer(), 200);
+  EXPECT_EQ(text(lines[0], "responseOption"), "dismissAndForwardAction");
+  EXPECT_EQ(lines[1].find("line")->integer(), 3);
+  EXPECT_EQ(text(lines[2], "outcome"), "collapsed");
+  EXPECT_EQ(support::runProgram("example-content-extension", {"--width", "wide"}).exitCode, 2);
+}
+
+}  // namespace

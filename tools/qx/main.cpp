@@ -18,6 +18,7 @@
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/CarouselSteps.h"
 #include "tools/qx/ContextCommands.h"
+#include "tools/qx/DemoCommand.h"
 #include "tools/qx/HostCommands.h"
 #include "tools/qx/PushCommand.h"
 #include "tools/qx/SimulatorOptions.h"
@@ -289,6 +290,12 @@ void addBackend(CLI::App& app, const qx::SimulatorOptions& simulator, Command& c
   choose(backend, chosen, [=, &simulator] { return qx::runBackend(simulator, *options); });
 }
 
+void addDemo(CLI::App& app, const qx::SimulatorOptions& simulator, Command& chosen) {
+  CLI::App& demo = *app.add_subcommand("demo", "Show everything at once, on data of its own");
+  demo.footer("Example:\n  qx demo\n\nLeaves what was sent, shown and received in ./qx-demo/.");
+  choose(demo, chosen, [&] { return qx::runDemo(simulator); });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -309,6 +316,7 @@ int main(int argc, char** argv) {
   addHost(app, simulator, chosen);
   addBackend(app, simulator, chosen);
   addContext(app, simulator, chosen);
+  addDemo(app, simulator, chosen);
 
   try {
     app.parse(argc, argv);

@@ -1,0 +1,46 @@
+// `qx demo` as a program.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace {
+
+using support::runProgram;
+
+class DemoCommandTest : public testing::Test {
+ protected:
+  DemoCommandTest() { std::filesystem::current_path(directory_.path()); }
+  ~DemoCommandTest() override { std::filesystem::current_path("/"); }
+
+  support::TemporaryDirectory directory_;
+};
+
+TEST_F(DemoCommandTest, EveryStepHoldsAndLeavesItsFiles) {
+  const auto result = runProgram("qx", {"demo"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
+  ASSERT_GE(result.lines().size(), 4U);
+  for (const auto& line : result.lines()) {
+    EXPECT_EQ(line.find("held")->boolean(), true) << line.find("step")->description();
+  }
+  for (const auto* name : {"carousel.push.json", "carousel.shown.json", "plain.shown.json",
+                           "other-sender.shown.json", "requests.ndjson"}) {
+    EXPECT_GT(std::filesystem::file_size(directory_.path("qx-demo/") + name), 0U) << name;
+  }
+  EXPECT_EQ(result.errors.find('\033'), std::string::npos);  // no colours outside a terminal
+}
+
+TEST_F(DemoCommandTest, AStepThatDoesNotHoldIsAnError) {
+  directory_.write("Info.plist", "<plist version=\"1.0\"><dict></dict></plist>");
+  const auto withoutGroup = runProgram("qx", {"demo", "--bundle", directory_.path()});
+  EXPECT_EQ(withoutGroup.exitCode, 1);
+  EXPECT_EQ(withoutGroup.lines().front().find("held")->boolean(), false);
+  std::filesystem::remove_all("qx-demo");
+  directory_.write("qx-demo", "in the way");
+  EXPECT_EQ(runProgram("qx", {"demo"}).exitCode, 1);
+}
+
+}  // namespace

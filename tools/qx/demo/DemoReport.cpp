@@ -1,0 +1,116 @@
+#include "tools/qx/demo/DemoReport.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iostream>
+
+#include "platform/foundation/Value.h"
+#include "tools/qx/Results.h"
+
+namespace qx {
+
+namespace {
+
+using platform::Dictionary;
+using platform::Value;
+
+constexpr std::string_view kGreen = "32";
+constexpr std::string_view kRed = "31";
+constexpr std::string_view kFaint = "2";
+constexpr std::string_view kIndent = "    ";
+
+using Row = std::array<std::string, 4>;
+
+std::string joined(const MessageIds& ids) {
+  if (ids.empty()) return "-";
+  std::string text;
+  for (const std::string& id : ids) text += (text.empty() ? "" : ", ") + id;
+  return text;
+}
+
+std::vector<Row> tableOf(const ReceiptTrails& receipts) {
+  std::vector<Row> rows{{"receipts of", "stored before", "received by the back end", "stored after"}};
+  for (const auto& [module, trail] : receipts) {
+    rows.push_back({std::string(stringValue(module)), joined(trail.storedBefore), joined(trail.received),
+                    joined(trail.storedAfter)});
+  }
+  return rows;
+}
+
+std::string line(const Row& row, const std::vector<Row>& table) {
+  std::string text;
+  for (std::size_t column = 0; column < row.size(); ++column) {
+    std::size_t width = 0;
+    for (const Row& other : table) width = std::max(width, other[column].size());
+    text += row[column] + std::string(width - row[column].size() + 3, ' ');
+  }
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+Value list(const MessageIds& ids) {
+  return std::vector<Value>(ids.begin(), ids.end());
+}
+
+Dictionary receiptsJSON(const ReceiptTrails& receipts) {
+  Dictionary json;
+  for (const auto& [module, trail] : receipts) {
+    json = json.setting(stringValue(module), Dictionary{{"storedBefore", list(trail.storedBefore)},
+                                                        {"received", list(trail.received)},
+                                                        {"storedAfter", list(trail.storedAfter)}});
+  }
+  return json;
+}
+
+std::string milliseconds(std::chrono::duration<double, std::milli> elapsed) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.0f ms", elapsed.count());
+  return text.data();
+}
+
+}  // namespace
+
+DemoReport::DemoReport(const SimulatorOptions& simulator)
+    : simulator_(simulator),
+      inColour_(isatty(STDERR_FILENO) != 0),
+      writesJSON_(isatty(STDOUT_FILENO) == 0 || isatty(STDERR_FILENO) == 0) {}
+
+void DemoReport::step(std::string_view title, const DemoFinding& finding,
+                      std::chrono::duration<double, std::milli> elapsed) {
+  const bool held = !finding.failure;
+  everythingHeld_ = everythingHeld_ && held;
+  std::cerr << coloured(held ? "✓ " : "✗ ", held ? kGreen : kRed) << title << "  "
+            << coloured(milliseconds(elapsed), kFaint) << '\n';
+  for (const std::string& note : finding.notes) std::cerr << kIndent << note << '\n';
+  if (finding.failure) std::cerr << kIndent << coloured(*finding.failure, kRed) << '\n';
+  if (!finding.receipts.empty()) printReceipts(finding.receipts);
+  std::cerr << '\n';
+  if (!writesJSON_) return;
+  Dictionary json{{"step", title}, {"held", held}, {"elapsedMs", elapsed.count()}};
+  if (finding.failure) json = json.setting("error", *finding.failure);
+  if (!finding.receipts.empty()) json = json.setting("receipts", receiptsJSON(finding.receipts));
+  printResult(simulator_, json);
+}
+
+void DemoReport::end(const std::filesystem::path& directory) {
+  std::cerr << (everythingHeld_ ? coloured("Everything held.", kGreen)
+                                : coloured("Not everything held.", kRed))
+            << " What was sent, shown and received lies in " << directory.string() << "/\n";
+}
+
+std::string DemoReport::coloured(std::string_view text, std::string_view code) const {
+  if (!inColour_) return std::string(text);
+  return std::string("\033[").append(code).append("m").append(text).append("\033[0m");
+}
+
+void DemoReport::printReceipts(const ReceiptTrails& receipts) const {
+  const auto table = tableOf(receipts);
+  for (const Row& row : table) {
+    const bool head = &row == &table.front();
+    std::cerr << kIndent << (head ? coloured(line(row, table), kFaint) : line(row, table)) << '\n';
+  }
+}
+
+}  // namespace qx

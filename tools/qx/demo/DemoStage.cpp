@@ -1,0 +1,169 @@
+#include "tools/qx/demo/DemoStage.h"
+
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+
+#include "AppGroupSDK/AppGroupSDK.h"
+#include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
+#include "platform/files/Container.h"
+#include "platform/foundation/Date.h"
+#include "platform/foundation/JSON.h"
+#include "platform/foundation/UUID.h"
+#include "platform/notifications/NotificationJSON.h"
+#include "tools/backend/RequestLine.h"
+#include "tools/qx/SimulatedHostService.h"
+
+namespace qx {
+
+namespace {
+
+namespace fs = std::filesystem;
+using AppGroupSDK::DataStoreStatus;
+using AppGroupSDK::ExtensionModuleName;
+using platform::Dictionary;
+using platform::Error;
+using platform::Result;
+
+constexpr auto kTimeLimit = std::chrono::seconds(30);
+constexpr std::array kModules{ExtensionModuleName::quorixEngagement, ExtensionModuleName::mobileAppMessaging};
+constexpr double kSecondsADay = 86400;
+
+fs::path makeTemporaryDirectory() {
+  std::string path = (fs::temp_directory_path() / "qx-demo-XXXXXX").string();
+  if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary directory can be made");
+  setenv("QX_APP_GROUPS_ROOT", path.c_str(), 1);
+  return path;
+}
+
+fs::path makeOutputDirectory() {
+  const fs::path path = "qx-demo";
+  std::error_code error;
+  fs::create_directories(path, error);
+  if (error) throw std::runtime_error("./qx-demo cannot be made: " + error.message());
+  return path;
+}
+
+std::string appIdOf(ExtensionModuleName module) {
+  return std::string(stringValue(module)) + "-demo";
+}
+
+AppGroupSDK::DeliveryReceiptsModelStore receiptStore(ExtensionModuleName module) {
+  return {module, appIdOf(module)};
+}
+
+MessageIds storedMessages(ExtensionModuleName module) {
+  MessageIds ids;
+  const auto model = receiptStore(module).fetchModuleScopedModelData().value();
+  if (!model) return ids;
+  for (const auto& receipt : model->pnData()) ids.push_back(receipt.messageId());
+  return ids;
+}
+
+bool isFor(ExtensionModuleName module, const backend::Request& request) {
+  const bool messaging = request.path.find("/mobileapp/") != std::string::npos;
+  return messaging == (module == ExtensionModuleName::mobileAppMessaging);
+}
+
+void addMessages(const backend::Request& request, MessageIds& ids) {
+  const auto body = platform::parseJSON(request.body);
+  const platform::Value* nodes = body ? body->find("nodes") : nullptr;
+  if (nodes == nullptr) return;
+  for (const platform::Value& node : nodes->elements()) {
+    const platform::Value* items = node.find("items");
+    if (items == nullptr) continue;
+    for (const platform::Value& item : items->elements()) {
+      const platform::Value* event = item.find("event");
+      const platform::Value* id = event != nullptr ? event->find("messageId") : nullptr;
+      ids.push_back(id != nullptr ? id->description() : "?");
+    }
+  }
+}
+
+bool saveHostRecords(const std::string& baseUrl) {
+  using namespace AppGroupSDK;
+  const AppDeviceInfo device(baseUrl, "demo-app", "demo-device", "demo-access-token", "5.2.0",
+                             "demo-subscriber-token", "demo-tenant", "demo-session");
+  bool saved = AppDeviceInfoStore().saveModelData(device) == DataStoreStatus::success;
+  saved &= FeatureConfigDetailStore().saveModelData(FeatureConfigDetail(
+               DeliveryReceiptConfig(FeatureFlagStatus::enabled))) == DataStoreStatus::success;
+  for (const auto module : kModules) {
+    saved &= AppIdProvider().storeAppId(appIdOf(module), module) == DataStoreStatus::success;
+    DeliveryReceiptPNModel receipt(platform::makeUUIDString(), "yesterday", std::nullopt, "promo",
+                                   platform::Date::now().secondsSince1970 - kSecondsADay, "{}",
+                                   PNStatus::failed);
+    saved &= receiptStore(module).saveModuleScopedModelData(DeliveryReceiptsModel({std::move(receipt)})) ==
+             DataStoreStatus::success;
+  }
+  return saved;
+}
+
+}  // namespace
+
+DemoStage::DemoStage(const SimulatorOptions& simulator)
+    : directory_(makeOutputDirectory()),
+      groupsRoot_(makeTemporaryDirectory()),
+      server_({.body = R"({"code": 200, "message": "accepted"})"}),
+      extension_(
+          [level = simulator.logLevel] {
+            return std::make_shared<SimulatedHostService>(
+                HostBehaviour{.logLevel = level, .changes = {}, .raiseReason = {}, .hang = {}});
+          },
+          kTimeLimit) {}
+
+DemoStage::~DemoStage() {
+  std::error_code ignored;
+  fs::remove_all(groupsRoot_, ignored);
+}
+
+Result<fs::path> DemoStage::setUpHost() const {
+  const auto group = AppGroupSDK::AppGroupDirectoryProvider::groupIdentifier();
+  const auto container = group ? platform::containerPathForGroup(*group) : std::nullopt;
+  if (!container) return Error{"the bundle names no app group under VT_QUORIX_APP_GROUP_KEY"};
+  std::error_code error;
+  fs::create_directories(*container, error);
+  if (error) return Error{container->string() + " cannot be made: " + error.message()};
+  if (!saveHostRecords(server_.url())) return Error{"the host's records cannot be saved"};
+  return *container;
+}
+
+Result<DemoPush> DemoStage::push(const std::string& name, const Dictionary& payload) {
+  const auto request = platform::notificationRequestFromJSON(payload);
+  if (!request) return request.error();
+  write(name + ".push.json", payload);
+  DemoPush push;
+  for (const auto module : kModules) {
+    push.receipts[module].storedBefore = storedMessages(module);
+  }
+  const std::size_t requestsBefore = server_.requests().size();
+  const auto result = extension_.run(*request);
+  write(name + ".shown.json", result.toJSON());
+  if (result.outcome != platform::ServiceExtensionResult::Outcome::delivered) {
+    return Error{"the time limit came before the notification"};
+  }
+  push.shown = result.content;
+  const auto requests = server_.requests();
+  for (auto& [module, trail] : push.receipts) {
+    for (std::size_t index = requestsBefore; index < requests.size(); ++index) {
+      if (isFor(module, requests[index])) addMessages(requests[index], trail.received);
+    }
+    trail.storedAfter = storedMessages(module);
+  }
+  return push;
+}
+
+void DemoStage::writeRequests() const {
+  std::ofstream file(directory_ / "requests.ndjson");
+  for (const auto& request : server_.requests()) file << backend::requestLine(request) << '\n';
+}
+
+void DemoStage::write(const std::string& name, const platform::Value& value) const {
+  const auto text = platform::writeJSON(value, platform::JSONStyle::pretty);
+  std::ofstream(directory_ / name) << (text ? *text : value.description()) << '\n';
+}
+
+}  // namespace qx

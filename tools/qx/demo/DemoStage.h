@@ -1,0 +1,65 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "platform/foundation/Result.h"
+#include "platform/notifications/ServiceExtensionHost.h"
+#include "tools/backend/LoopbackServer.h"
+#include "tools/qx/SimulatorOptions.h"
+
+namespace qx {
+
+using MessageIds = std::vector<std::string>;
+
+// One module's receipts around a push, by the messages that they are for.
+struct ReceiptTrail {
+  MessageIds storedBefore;
+  MessageIds received;  // by the back end, meanwhile
+  MessageIds storedAfter;
+};
+
+using ReceiptTrails = std::map<AppGroupSDK::ExtensionModuleName, ReceiptTrail>;
+
+struct DemoPush {
+  platform::NotificationProperties shown;
+  ReceiptTrails receipts;
+};
+
+// Where the demonstration plays: a container and a back end of its own, gone with this object, and the
+// directory for what stays.
+class DemoStage {
+ public:
+  // Throws std::runtime_error when a directory or the back end cannot be made.
+  explicit DemoStage(const SimulatorOptions& simulator);
+  ~DemoStage();
+  DemoStage(const DemoStage&) = delete;
+  DemoStage& operator=(const DemoStage&) = delete;
+
+  const backend::LoopbackServer& server() const { return server_; }
+  // ./qx-demo
+  const std::filesystem::path& directory() const { return directory_; }
+
+  // The host application's records, and a receipt for each module that an earlier push has left.
+  platform::Result<std::filesystem::path> setUpHost() const;
+
+  // Sends a push over the air through the service extension. Leaves <name>.push.json and <name>.shown.json.
+  platform::Result<DemoPush> push(const std::string& name, const platform::Dictionary& payload);
+
+  // Leaves every request that the back end has received in requests.ndjson.
+  void writeRequests() const;
+
+ private:
+  void write(const std::string& name, const platform::Value& value) const;
+
+  const std::filesystem::path directory_;
+  const std::filesystem::path groupsRoot_;
+  const backend::LoopbackServer server_;
+  platform::ServiceExtensionHost extension_;
+};
+
+}  // namespace qx

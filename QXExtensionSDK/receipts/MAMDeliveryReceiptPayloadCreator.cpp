@@ -1,7 +1,6 @@
 #include "QXExtensionSDK/receipts/MAMDeliveryReceiptPayloadCreator.h"
 
 #include <utility>
-#include <vector>
 
 #include "QXExtensionSDK/receipts/ReceiptPayload.h"
 #include "QXExtensionSDK/runtime/Logger.h"
@@ -15,7 +14,6 @@ namespace QXExtensionSDK {
 namespace {
 
 using platform::Dictionary;
-using platform::Value;
 
 // What the receipts of one payload share.
 struct Sender {
@@ -39,23 +37,17 @@ void logMissing(std::string_view field) {
                           " is missing");
 }
 
-std::optional<Value> makeItem(const AppGroupSDK::DeliveryReceiptPNModel& receipt, const Sender& sender) {
-  if (!sender.deviceId) {
-    logMissing("deviceId");
-    return std::nullopt;
-  }
-  if (!sender.sessionId) {
-    logMissing("sessionId");
-    return std::nullopt;
-  }
-  PayloadEntries event{{"eventId", receipt.uuid()},
-                       {"sessionId", *sender.sessionId},
-                       {"category", "engagement"},
-                       {"messageId", receipt.messageId()}};
-  addUnlessEmpty(event, "receiptDateUtc", sender.receiptDateUtc);
-  addUnlessEmpty(event, "dateTime", receiptDate(receipt.eventDateUtc()));
-  if (receipt.propertyBag()) event.emplace_back("propertyBag", *receipt.propertyBag());
-  return Dictionary{{"eventType", "RECEIVED"}, {"event", Dictionary::fromEntries(event)}};
+void addItem(ReceiptItems& items, const AppGroupSDK::DeliveryReceiptPNModel& receipt, const Sender& sender) {
+  if (!sender.deviceId) return logMissing("deviceId");
+  if (!sender.sessionId) return logMissing("sessionId");
+  const std::string eventDateUtc = receiptDate(receipt.eventDateUtc());
+  items.add("RECEIVED", {{"eventId", receipt.uuid()},
+                         {"sessionId", sender.sessionId},
+                         {"category", "engagement"},
+                         {"messageId", receipt.messageId()},
+                         {"receiptDateUtc", unlessEmpty(sender.receiptDateUtc)},
+                         {"dateTime", unlessEmpty(eventDateUtc)},
+                         {"propertyBag", receipt.propertyBag()}});
 }
 
 }  // namespace
@@ -71,11 +63,8 @@ std::optional<Dictionary> MAMDeliveryReceiptPayloadCreator::createPayload(const 
     return std::nullopt;
   }
   const Sender sender = makeSender(appDeviceInfoProvider_->appDeviceInfo());
-  std::vector<Value> items;
-  items.reserve(receipts.size());
-  for (const auto& receipt : receipts) {
-    if (auto item = makeItem(receipt, sender)) items.push_back(*std::move(item));
-  }
+  ReceiptItems items(receipts.size());
+  for (const auto& receipt : receipts) addItem(items, receipt, sender);
   if (items.empty()) return std::nullopt;
   const auto& device = platform::Device::current();
   return Dictionary{{"deviceId", *sender.deviceId},
@@ -84,7 +73,7 @@ std::optional<Dictionary> MAMDeliveryReceiptPayloadCreator::createPayload(const 
                     {"deviceVersion", device.systemVersion},
                     {"locale", platform::Locale::currentIdentifier()},
                     {"mobileAppName", platform::Bundle::main().bundleIdentifier().value_or("")},
-                    {"nodes", payloadNodes(items)}};
+                    {"nodes", std::move(items).nodes()}};
 }
 
 }  // namespace QXExtensionSDK

@@ -1,9 +1,7 @@
 #include "QXExtensionSDK/receipts/QXEDeliveryReceiptPayloadCreator.h"
 
 #include <utility>
-#include <vector>
 
-#include "QXExtensionSDK/receipts/ReceiptPayload.h"
 #include "QXExtensionSDK/runtime/Logger.h"
 #include "platform/foundation/Date.h"
 
@@ -12,7 +10,6 @@ namespace QXExtensionSDK {
 namespace {
 
 using platform::Dictionary;
-using platform::Value;
 
 constexpr int kEventType = 112;
 
@@ -38,15 +35,9 @@ void logMissing(std::string_view field) {
                           " is missing");
 }
 
-std::optional<Value> makeItem(const AppGroupSDK::DeliveryReceiptPNModel& receipt, const Sender& sender) {
-  if (!sender.applicationId) {
-    logMissing("applicationId");
-    return std::nullopt;
-  }
-  if (!sender.deviceId) {
-    logMissing("deviceId");
-    return std::nullopt;
-  }
+void addItem(ReceiptItems& items, const AppGroupSDK::DeliveryReceiptPNModel& receipt, const Sender& sender) {
+  if (!sender.applicationId) return logMissing("applicationId");
+  if (!sender.deviceId) return logMissing("deviceId");
   const std::string eventDateUtc = receiptDate(receipt.eventDateUtc());
   const DeliveryReceiptEvent event{
       .uuid = receipt.uuid(),
@@ -55,22 +46,24 @@ std::optional<Value> makeItem(const AppGroupSDK::DeliveryReceiptPNModel& receipt
       .messageId = receipt.messageId(),
       .messageType = receipt.messageType(),
       .propertyBag = receipt.propertyBag() ? std::string_view(*receipt.propertyBag()) : std::string_view(),
-      .requestId = receipt.requestId(),
+      .requestId = receipt.requestId() ? std::string_view(*receipt.requestId()) : std::string_view(),
       .receiptDateUtc = sender.receiptDateUtc,
       .eventDateUtc = eventDateUtc};
-  return Dictionary{{"eventType", kEventType}, {"event", event.toJSON()}};
+  event.addTo(items);
 }
 
 }  // namespace
 
-Dictionary DeliveryReceiptEvent::toJSON() const {
-  PayloadEntries entries{
-      {"uuid", uuid},           {"applicationId", applicationId}, {"deviceId", deviceId},
-      {"messageId", messageId}, {"messageType", messageType},     {"propertyBag", propertyBag}};
-  addUnlessEmpty(entries, "requestId", requestId.value_or(std::string_view()));
-  addUnlessEmpty(entries, "receiptDateUtc", receiptDateUtc);
-  addUnlessEmpty(entries, "eventDateUtc", eventDateUtc);
-  return Dictionary::fromEntries(entries);
+void DeliveryReceiptEvent::addTo(ReceiptItems& items) const {
+  items.add(kEventType, {{"uuid", uuid},
+                         {"applicationId", applicationId},
+                         {"deviceId", deviceId},
+                         {"messageId", messageId},
+                         {"messageType", messageType},
+                         {"propertyBag", propertyBag},
+                         {"requestId", unlessEmpty(requestId)},
+                         {"receiptDateUtc", unlessEmpty(receiptDateUtc)},
+                         {"eventDateUtc", unlessEmpty(eventDateUtc)}});
 }
 
 QXEDeliveryReceiptPayloadCreator::QXEDeliveryReceiptPayloadCreator(
@@ -85,14 +78,11 @@ std::optional<Dictionary> QXEDeliveryReceiptPayloadCreator::createPayload(const 
     return std::nullopt;
   }
   const Sender sender = makeSender(appDeviceInfoProvider_->appDeviceInfo());
-  std::vector<Value> items;
-  items.reserve(receipts.size());
-  for (const auto& receipt : receipts) {
-    if (auto item = makeItem(receipt, sender)) items.push_back(*std::move(item));
-  }
+  ReceiptItems items(receipts.size());
+  for (const auto& receipt : receipts) addItem(items, receipt, sender);
   return Dictionary{{"applicationId", sender.applicationId.value_or("")},
                     {"deviceId", sender.deviceId.value_or("")},
-                    {"nodes", payloadNodes(items)}};
+                    {"nodes", std::move(items).nodes()}};
 }
 
 }  // namespace QXExtensionSDK

@@ -5,6 +5,7 @@
 
 #include "QXExtensionSDK/receipts/AppDeviceInfoProvider.h"
 #include "QXExtensionSDK/receipts/ReceiptListText.h"
+#include "QXExtensionSDK/receipts/ReceiptPayload.h"
 #include "platform/foundation/Value.h"
 
 namespace QXExtensionSDK {
@@ -18,11 +19,11 @@ struct DeliveryReceiptEvent {
   std::string_view messageId;
   std::string_view messageType;
   std::string_view propertyBag;  // JSON text
-  std::optional<std::string_view> requestId;
+  std::string_view requestId;    // empty when the push had none
   std::string_view receiptDateUtc;
   std::string_view eventDateUtc;
 
-  platform::Dictionary toJSON() const;
+  void addTo(ReceiptItems& items) const;
 };
 
 // Turns receipts into the engagement module's analytic events. Used from one thread at a time.

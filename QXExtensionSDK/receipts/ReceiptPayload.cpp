@@ -1,22 +1,53 @@
 #include "QXExtensionSDK/receipts/ReceiptPayload.h"
 
+#include <array>
+#include <utility>
+
 #include "platform/foundation/Date.h"
 
 namespace QXExtensionSDK {
 
-using platform::Dictionary;
-using platform::Value;
+namespace {
 
-Value payloadNodes(const std::vector<Value>& items) {
-  return std::vector<Value>{Dictionary{{"version", 1}, {"name", "event"}, {"items", items}}};
-}
+constexpr std::size_t kTypicalItemBytes = 1024;
 
-void addUnlessEmpty(PayloadEntries& entries, std::string_view key, std::string_view text) {
-  if (!text.empty()) entries.emplace_back(key, text);
+}  // namespace
+
+std::optional<std::string_view> unlessEmpty(std::string_view text) {
+  return text.empty() ? std::nullopt : std::optional(text);
 }
 
 std::string receiptDate(double secondsSince1970) {
   return platform::formatUTCMilliseconds({secondsSince1970}).value_or("");
+}
+
+ReceiptItems::ReceiptItems(std::size_t expectedCount) : arena_((expectedCount + 1) * kTypicalItemBytes) {
+  items_.reserve(expectedCount);
+}
+
+void ReceiptItems::add(int eventType, std::initializer_list<EventField> event) {
+  add(platform::ValueArena::integer(eventType), event);
+}
+
+void ReceiptItems::add(std::string_view eventType, std::initializer_list<EventField> event) {
+  add(text(eventType), event);
+}
+
+void ReceiptItems::add(const RawValue& eventType, std::initializer_list<EventField> event) {
+  fields_.clear();
+  for (const EventField& field : event) {
+    if (field.text) fields_.push_back(entry(field.key, text(*field.text)));
+  }
+  std::array item{entry("eventType", eventType), entry("event", arena_.dictionary(fields_))};
+  items_.push_back(arena_.dictionary(item));
+}
+
+platform::Value ReceiptItems::nodes() && {
+  std::array node{entry("version", platform::ValueArena::integer(1)), entry("name", text("event")),
+                  entry("items", arena_.array(items_))};
+  const std::array nodes{arena_.dictionary(node)};
+  const RawValue list = arena_.array(nodes);
+  return std::move(arena_).finish(list);
 }
 
 }  // namespace QXExtensionSDK

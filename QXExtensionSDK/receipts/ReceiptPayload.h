@@ -1,25 +1,56 @@
 #pragma once
 
+#include <cstddef>
+#include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "platform/foundation/Value.h"
+#include "platform/foundation/ValueArena.h"
 
 namespace QXExtensionSDK {
 
 // What the bodies of both modules have in common.
 
-using PayloadEntries = std::vector<std::pair<std::string, platform::Value>>;
+// One entry of an event; without a text it is left out.
+struct EventField {
+  std::string_view key;
+  std::optional<std::string_view> text;
+};
 
-// The list that wraps a module's items.
-platform::Value payloadNodes(const std::vector<platform::Value>& items);
-
-// Adds a text unless it is empty.
-void addUnlessEmpty(PayloadEntries& entries, std::string_view key, std::string_view text);
+// Nothing for an empty text.
+std::optional<std::string_view> unlessEmpty(std::string_view text);
 
 // 2024-05-01T09:03:07.250Z; empty for an instant that has no such form.
 std::string receiptDate(double secondsSince1970);
+
+// The items of a payload, all in a few large allocations: a full batch has some 1,500 nodes.
+class ReceiptItems {
+ public:
+  explicit ReceiptItems(std::size_t expectedCount);
+
+  // Appends {"eventType", "event"}.
+  void add(int eventType, std::initializer_list<EventField> event);
+  void add(std::string_view eventType, std::initializer_list<EventField> event);
+
+  bool empty() const { return items_.empty(); }
+
+  // The list that wraps the items. This object must not be used afterwards.
+  platform::Value nodes() &&;
+
+ private:
+  using RawValue = platform::ValueArena::RawValue;
+  using RawEntry = platform::ValueArena::RawEntry;
+
+  RawEntry entry(std::string_view key, const RawValue& value) { return {arena_.store(key), value}; }
+  RawValue text(std::string_view text) { return arena_.string(arena_.store(text)); }
+  void add(const RawValue& eventType, std::initializer_list<EventField> event);
+
+  platform::ValueArena arena_;
+  std::vector<RawValue> items_;
+  std::vector<RawEntry> fields_;  // of the event in the making
+};
 
 }  // namespace QXExtensionSDK

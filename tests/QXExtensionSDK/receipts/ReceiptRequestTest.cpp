@@ -38,7 +38,7 @@ class ReceiptRequestTest : public testing::Test {
 
   const LoopbackServer server_;
   const ReceiptHost host_{server_.url("/base/")};
-  const support::ScopedLogRecorder log_;
+  support::ScopedLogRecorder log_;
   Extension extension_;
   std::vector<Request> requests_;
 };

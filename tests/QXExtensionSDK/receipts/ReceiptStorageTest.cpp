@@ -26,7 +26,7 @@ class ReceiptStorageTest : public testing::Test {
 
   const ReceiptHost host_{"https://example.com"};
   const std::shared_ptr<ReceiptFile> file_ = ReceiptFile::shared(kQXE, appIdOf(kQXE));
-  const support::ScopedLogRecorder log_;
+  support::ScopedLogRecorder log_;
 };
 
 TEST_F(ReceiptStorageTest, TheThreeHundredAndFirstPushesTheOldestOutOfTheFileOnly) {

@@ -41,7 +41,7 @@ fs::path makeTemporaryDirectory() {
 }
 
 fs::path makeOutputDirectory() {
-  const fs::path path = "qx-demo";
+  fs::path path = "qx-demo";
   std::error_code error;
   fs::create_directories(path, error);
   if (error) throw std::runtime_error("./qx-demo cannot be made: " + error.message());

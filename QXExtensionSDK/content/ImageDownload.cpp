@@ -26,7 +26,7 @@ const platform::DispatchQueue& decodingQueue() {
 std::shared_ptr<ImageDownload> ImageDownload::start(platform::URLSession& session, const platform::URL& url,
                                                     std::chrono::duration<double> requestTimeOut,
                                                     PixelSize pixelSize, Completion completion) {
-  const std::shared_ptr<ImageDownload> download(
+  std::shared_ptr<ImageDownload> download(
       new ImageDownload(std::move(pixelSize), std::move(completion)));
   platform::URLRequest request(url, platform::CachePolicy::useProtocolCachePolicy, requestTimeOut);
   download->task_ = session.dataTask(

@@ -15,7 +15,7 @@ namespace {
 // Beside this program in the build tree; installed, among the programs that nobody calls by hand.
 std::filesystem::path drawingProgram() {
   const auto directory = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-  const auto beside = directory / "qx-carousel";
+  auto beside = directory / "qx-carousel";
   if (std::filesystem::exists(beside)) return beside;
   return directory.parent_path() / QX_LIBEXEC_DIR / "qx-carousel";
 }

@@ -1,6 +1,7 @@
 #include "platform/ui/MainQueue.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QObject>
 #include <deque>
 #include <functional>
@@ -25,13 +26,21 @@ class MainQueue {
     if (ended_ || QCoreApplication::instance() == nullptr) return;
     if (receiver_ == nullptr) makeReceiver();
     waiting_.push_back(std::move(work));
-    QMetaObject::invokeMethod(
-        receiver_, [] { shared().runNext(); }, Qt::QueuedConnection);
+    QCoreApplication::postEvent(receiver_, new QEvent(QEvent::User));
   }
 
  private:
+  class Receiver final : public QObject {
+   public:
+    bool event(QEvent* event) override {
+      if (event->type() != QEvent::User) return QObject::event(event);
+      shared().runNext();
+      return true;
+    }
+  };
+
   void makeReceiver() {
-    receiver_ = new QObject;
+    receiver_ = new Receiver;
     receiver_->moveToThread(QCoreApplication::instance()->thread());
     qAddPostRoutine([] { shared().end(); });
   }

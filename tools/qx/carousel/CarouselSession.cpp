@@ -72,6 +72,15 @@ Result<Request> readPush(const std::string& file) {
   return inflated(*request);
 }
 
+void runEventsFor(std::chrono::milliseconds time) {
+  QEventLoop loop;
+  QTimer timer;
+  timer.setSingleShot(true);
+  QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+  timer.start(time);
+  loop.exec();
+}
+
 std::filesystem::path numbered(const std::filesystem::path& file, std::size_t index) {
   std::filesystem::path name = file.stem();
   name += "-" + std::to_string(index);
@@ -186,9 +195,7 @@ std::optional<Error> CarouselSession::take(const CarouselStep& step) {
 }
 
 void CarouselSession::wait(std::chrono::milliseconds time) {
-  QEventLoop loop;
-  QTimer::singleShot(time, &loop, &QEventLoop::quit);
-  loop.exec();
+  runEventsFor(time);
   waitForImages();
 }
 
@@ -196,9 +203,7 @@ void CarouselSession::waitForImages() {
   constexpr std::chrono::milliseconds kPause(2);
   const QDeadlineTimer deadline(kLongestWaitForImages);
   while (screen() != nullptr && screen()->isAnyImageDownloading() && !deadline.hasExpired()) {
-    QEventLoop loop;
-    QTimer::singleShot(kPause, &loop, &QEventLoop::quit);
-    loop.exec();
+    runEventsFor(kPause);
   }
 }
 

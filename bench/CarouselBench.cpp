@@ -24,11 +24,14 @@ std::shared_ptr<const platform::UNNotificationRequest> makeRequest(std::int64_t 
   std::string items;
   for (std::int64_t i = 0; i < panels; ++i) {
     const std::string number = std::to_string(i);
+    if (i > 0) items += ',';
+    items += R"({"id":"p)";
+    items += number;
+    items += R"(","md":{"ul":"no address","at":{"tx":"A picture"}},"ti":{"tx":"Title of panel )";
+    items += number;
     items +=
-        (i == 0 ? "" : ",") + (R"({"id":"p)" + number) +
-        R"(","md":{"ul":"no address","at":{"tx":"A picture"}},"ti":{"tx":"Title of panel )" + number +
-        R"(, which takes about a line"},"sti":{"tx":"And a subtitle that is somewhat longer than that"},)"
-        R"("ac":[{"t":"2","ul":"https://example.com/offer"}]})";
+        R"(, which takes about a line"},"sti":{"tx":"And a subtitle that is somewhat longer than that"},)";
+    items += R"("ac":[{"t":"2","ul":"https://example.com/offer"}]})";
   }
   const auto userInfo =
       platform::parseJSON(R"({"_sid":"VTQX","_m":"m","_rf":{"vt":{"t":"0","it":[)" + items + "]}}}");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <future>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -39,16 +40,23 @@ class ImageServer {
   ImageServer() {
     backend::LoopbackServerOptions options;
     options.handler = [this](const backend::Request& request) -> std::optional<backend::Response> {
-      const std::lock_guard lock(mutex_);
-      const auto found = answers_.find(request.path);
-      return found != answers_.end() ? found->second : backend::Response{.status = 404, .body = "<html>"};
+      Answer answer{{.status = 404, .body = "<html>"}, {}};
+      {
+        const std::lock_guard lock(mutex_);
+        const auto found = answers_.find(request.path);
+        if (found != answers_.end()) answer = found->second;
+      }
+      if (answer.released.valid()) answer.released.wait_for(kPatience);
+      return answer.response;
     };
     server_ = std::make_unique<backend::LoopbackServer>(std::move(options));
   }
 
-  std::string serve(const std::string& path, backend::Response response) {
+  // Answers only once `released` is, when there is one.
+  std::string serve(const std::string& path, backend::Response response,
+                    std::shared_future<void> released = {}) {
     const std::lock_guard lock(mutex_);
-    answers_[path] = std::move(response);
+    answers_[path] = {std::move(response), std::move(released)};
     return server_->url(path);
   }
   std::string serveColor(const std::string& path, const QColor& color) {
@@ -64,8 +72,13 @@ class ImageServer {
   }
 
  private:
+  struct Answer {
+    backend::Response response;
+    std::shared_future<void> released;
+  };
+
   std::mutex mutex_;
-  std::map<std::string, backend::Response> answers_;
+  std::map<std::string, Answer> answers_;
   std::unique_ptr<backend::LoopbackServer> server_;
 };
 

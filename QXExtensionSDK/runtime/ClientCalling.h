@@ -21,7 +21,7 @@ class ClientCalling {
   virtual void callClientDidReceiveRequest(
       const std::shared_ptr<const platform::UNNotificationRequest>& request,
       const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
-      ClientContentHandler contentHandler) = 0;
+      const ClientContentHandler& contentHandler) = 0;
   virtual VTNotificationServiceConfig callClientVtqxProvideConfig() = 0;
 };
 

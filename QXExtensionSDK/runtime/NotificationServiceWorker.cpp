@@ -161,7 +161,7 @@ void NotificationServiceWorker::clientDidReceive(const std::shared_ptr<const UNN
                                                  const std::shared_ptr<UNMutableNotificationContent>& content,
                                                  ProcessingCompletion completion) {
   if (const auto delegate = clientCallingDelegate_.lock()) {
-    delegate->callClientDidReceiveRequest(request, content, std::move(completion));
+    delegate->callClientDidReceiveRequest(request, content, completion);
   } else {
     logger_.error(LogCategory::serviceWorker, "Client calling delegate is nil in clientDidReceive");
   }

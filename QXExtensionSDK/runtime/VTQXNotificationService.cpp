@@ -40,7 +40,7 @@ void VTQXNotificationService::vtqxDidReceiveRequest(
 void VTQXNotificationService::callClientDidReceiveRequest(
     const std::shared_ptr<const platform::UNNotificationRequest>& request,
     const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
-    ClientContentHandler contentHandler) {
+    const ClientContentHandler& contentHandler) {
   try {
     const platform::ForeignCodeScope foreignCode;
     vtqxDidReceiveRequest(request, mutableContent, contentHandler);

@@ -39,7 +39,7 @@ class VTQXNotificationService : public platform::UNNotificationServiceExtension,
   void callClientDidReceiveRequest(
       const std::shared_ptr<const platform::UNNotificationRequest>& request,
       const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
-      ClientContentHandler contentHandler) final;
+      const ClientContentHandler& contentHandler) final;
   VTNotificationServiceConfig callClientVtqxProvideConfig() final { return vtqxProvideConfig(); }
 
   // The worker of the latest request; null before the first.

@@ -23,7 +23,8 @@ using backend::Fault;
 using backend::Request;
 using backend::Response;
 using platform::Dictionary;
-using platform::Value;
+
+constexpr std::size_t kOverAttachmentLimit = std::size_t{11} * 1024 * 1024;
 
 // A table of answers by path, each with the file name that the path ends in.
 std::optional<Response> answer(const Request& request) {
@@ -47,7 +48,7 @@ std::optional<Response> answer(const Request& request) {
   if (path.starts_with("/dropped/")) return as({.fault = Fault::closeWithoutAnswer});
   if (path.starts_with("/stalled/")) return as({.fault = Fault::neverAnswer});
   if (path.starts_with("/trickle/")) return as({.pacing = backend::Pacing{1, std::chrono::milliseconds(50)}});
-  if (path.starts_with("/huge/")) return as({.body = std::string(11'000'000, 'x')});
+  if (path.starts_with("/huge/")) return as({.body = std::string(kOverAttachmentLimit, 'x')});
   return std::nullopt;
 }
 

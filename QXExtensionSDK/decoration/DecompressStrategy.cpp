@@ -31,15 +31,27 @@ class InflateBuffer {
   const Logger& logger_;
 };
 
-std::optional<std::string> inflatedText(const InflateBuffer& buffer, std::size_t count,
-                                        const Logger& logger) {
+struct Inflated {
+  std::size_t count = 0;
+  std::optional<std::string> text;
+};
+
+Inflated inflate(const platform::Data& compressed, const InflateBuffer& buffer, const Logger& logger) {
+  if (compressed.empty()) {
+    logger.error(LogCategory::decompression, "Deflate: Typed pointer base address nil");
+    return {};
+  }
+  const std::size_t count = platform::compression_decode_buffer(buffer.bytes(), compressed.bytes(),
+                                                                platform::CompressionAlgorithm::zlib);
+  logger.debug(LogCategory::decompression, "Deflate: Decoded char count=", count);
   if (count == 0) {
     logger.error(LogCategory::decompression, "Deflate: Returning nil as decoded char count is zero");
-    return std::nullopt;
+    return {};
   }
   const std::string_view text = buffer.text(count);
-  if (!platform::isValidUTF8(text)) return std::nullopt;
-  return std::string(text);
+  // A full buffer is refused by the caller, so its text is not worth a copy.
+  const bool usable = count < buffer.bytes().size() && platform::isValidUTF8(text);
+  return {count, usable ? std::optional(std::string(text)) : std::nullopt};
 }
 
 }  // namespace
@@ -55,17 +67,14 @@ std::optional<std::string> DeflateDecompressStrategy::decompress(std::string_vie
     logger_.error(LogCategory::decompression, "Deflate: Base64 decoding failed");
     return std::nullopt;
   }
-  const InflateBuffer buffer(capacityProvider_->capacity(), logger_);
-  const std::size_t count = platform::compression_decode_buffer(buffer.bytes(), compressed->bytes(),
-                                                                platform::CompressionAlgorithm::zlib);
-  logger_.debug(LogCategory::decompression, "Deflate: Decoded char count=", count);
-  if (count >= buffer.bytes().size()) {
+  const InflateBuffer buffer(kDeflateBufferCapacity, logger_);
+  const auto inflated = inflate(*compressed, buffer, logger_);
+  if (inflated.count == buffer.bytes().size()) {
     logger_.error(LogCategory::decompression, "Deflate: Possible buffer overflow while decompressing");
     return std::nullopt;
   }
-  auto inflated = inflatedText(buffer, count, logger_);
   logger_.debug(LogCategory::decompression, "Deflate: Decompression success");
-  return inflated;
+  return inflated.text;
 }
 
 }  // namespace QXExtensionSDK

@@ -17,7 +17,10 @@ class DecompressStrategy {
   virtual std::optional<std::string> decompress(std::string_view text) const = 0;
 };
 
-// How many bytes an inflated payload may need.
+// The size of the buffer that a payload is inflated into.
+inline constexpr std::size_t kDeflateBufferCapacity = 65536;
+
+// Names that size to whoever asks; the strategy keeps to it whatever a provider says.
 class DeflateBufferCapacityProvider {
  public:
   virtual ~DeflateBufferCapacityProvider() = default;
@@ -26,7 +29,7 @@ class DeflateBufferCapacityProvider {
 
 class DefaultDeflateBufferCapacityProvider final : public DeflateBufferCapacityProvider {
  public:
-  std::size_t capacity() const override { return 65536; }
+  std::size_t capacity() const override { return kDeflateBufferCapacity; }
 };
 
 // Base64 text of raw-deflate data to UTF-8 text. What inflates to the capacity or more is refused: the buffer

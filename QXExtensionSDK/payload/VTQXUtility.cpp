@@ -4,6 +4,7 @@
 
 #include "QXExtensionSDK/runtime/Logger.h"
 #include "platform/foundation/JSON.h"
+#include "platform/foundation/UTF8.h"
 
 namespace QXExtensionSDK {
 
@@ -27,6 +28,10 @@ std::optional<std::string> VTQXUtility::dateString(platform::Date date) {
 
 std::optional<platform::Dictionary> VTQXUtility::dictionary(std::string_view text) {
   const auto parsed = platform::parseJSON(text);
+  if (!parsed && !platform::isValidUTF8(text)) {
+    Logger::service().error(LogCategory::serviceGeneral, "Can't convert string to data");
+    return std::nullopt;
+  }
   if (!parsed) {
     Logger::service().error(LogCategory::serviceGeneral,
                             "Can't convert data to dictionary, error=", parsed.error());

@@ -51,6 +51,11 @@ void VTQXNotificationService::callClientDidReceiveRequest(
   }
 }
 
+VTNotificationServiceConfig VTQXNotificationService::callClientVtqxProvideConfig() {
+  const platform::ForeignCodeScope foreignCode;
+  return vtqxProvideConfig();
+}
+
 std::shared_ptr<NotificationServiceWorking> VTQXNotificationService::internalWorker() const {
   const std::lock_guard lock(mutex_);
   return internalWorker_;

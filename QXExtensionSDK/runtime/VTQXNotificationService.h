@@ -40,7 +40,7 @@ class VTQXNotificationService : public platform::UNNotificationServiceExtension,
       const std::shared_ptr<const platform::UNNotificationRequest>& request,
       const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
       const ClientContentHandler& contentHandler) final;
-  VTNotificationServiceConfig callClientVtqxProvideConfig() final { return vtqxProvideConfig(); }
+  VTNotificationServiceConfig callClientVtqxProvideConfig() final;
 
   // The worker of the latest request; null before the first.
   std::shared_ptr<NotificationServiceWorking> internalWorker() const;

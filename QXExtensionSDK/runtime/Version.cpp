@@ -2,7 +2,7 @@
 
 namespace QXExtensionSDK {
 
-const double QXExtensionSDKVersionNumber = 1.0;
-const unsigned char QXExtensionSDKVersionString[] = "1.0.0";
+const double QXExtensionSDKVersionNumber = QX_VERSION_NUMBER;
+const unsigned char QXExtensionSDKVersionString[] = QX_VERSION_STRING;
 
 }  // namespace QXExtensionSDK

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "platform/dispatch/ThreadSet.h"
+
 namespace platform {
 namespace {
 
@@ -67,11 +69,15 @@ bool CurrentActivityScope::exists() {
 
 ForeignCodeScope::ForeignCodeScope()
     : suspended_(currentActivity != nullptr && currentActivity->counted_ ? currentActivity : nullptr) {
-  if (suspended_ != nullptr) suspended_->end();
+  if (suspended_ == nullptr) return;
+  suspended_->end();
+  ThreadSet::shared().enterForeignCode();
 }
 
 ForeignCodeScope::~ForeignCodeScope() {
-  if (suspended_ != nullptr) suspended_->begin();
+  if (suspended_ == nullptr) return;
+  ThreadSet::shared().leaveForeignCode();
+  suspended_->begin();
 }
 
 }  // namespace platform

@@ -39,7 +39,8 @@ class CurrentActivityScope {
 };
 
 // Says that the current work item runs foreign code that may never return: while this lives, the item does
-// not count as work in flight. Outside a work item it does nothing.
+// not count as work in flight, nor its thread among those that the process may have. Outside a work item it
+// does nothing.
 class ForeignCodeScope {
  public:
   ForeignCodeScope();

@@ -30,16 +30,35 @@ void ThreadSet::start(std::shared_ptr<WorkRunner> runner, WorkItem item) {
     worker.mayWork = true;
     lock.unlock();
     worker.called.notify_one();
-  } else if (Worker* worker = unusedWorker()) {
-    worker->alive = true;
+  } else if (Worker* worker = hireWorker()) {
     lock.unlock();
     launch(*worker);
   }
 }
 
-ThreadSet::Worker* ThreadSet::unusedWorker() {
-  auto* worker = std::ranges::find_if(workers_, [](const Worker& each) { return !each.alive; });
-  return worker == workers_.end() ? nullptr : worker;
+void ThreadSet::enterForeignCode() {
+  std::unique_lock lock(mutex_);
+  ++inForeignCode_;
+  if (waiting_.empty() || !idle_.empty()) return;
+  if (Worker* worker = hireWorker()) {
+    lock.unlock();
+    launch(*worker);
+  }
+}
+
+void ThreadSet::leaveForeignCode() {
+  const std::lock_guard lock(mutex_);
+  --inForeignCode_;
+}
+
+// A worker for a new thread, or null when there are threads enough.
+ThreadSet::Worker* ThreadSet::hireWorker() {
+  if (alive_ >= std::min(kMostThreads + inForeignCode_, kMostThreadsEver)) return nullptr;
+  auto place = std::ranges::find_if(workers_, [](const auto& each) { return !each->alive; });
+  if (place == workers_.end()) place = workers_.insert(place, std::make_unique<Worker>());
+  (*place)->alive = true;
+  ++alive_;
+  return place->get();
 }
 
 void ThreadSet::launch(Worker& worker) {
@@ -49,8 +68,7 @@ void ThreadSet::launch(Worker& worker) {
     // The job stays for the threads there are.
     const std::lock_guard lock(mutex_);
     worker.alive = false;
-    const bool anyAlive = std::ranges::any_of(workers_, [](const Worker& each) { return each.alive; });
-    if (!anyAlive) fatalError("No thread can be started for a work item");
+    if (--alive_ == 0) fatalError("No thread can be started for a work item");
   }
 }
 
@@ -60,6 +78,7 @@ void ThreadSet::serve(Worker& worker) {
     while (!waiting_.empty()) runNext(lock);
   } while (waitForCall(worker, lock));
   worker.alive = false;
+  --alive_;
 }
 
 void ThreadSet::runNext(std::unique_lock<std::mutex>& lock) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -19,16 +18,23 @@ class WorkRunner {
   virtual void run(WorkItem item) = 0;
 };
 
-// The threads that all queues of the process share: made when an item finds none free, up to 64; one that has
-// been idle for some seconds ends. Items are taken in the order in which they were started. Any thread.
+// The threads that all queues of the process share: made when an item finds none free, up to 64 beside those
+// that are inside foreign code; one that has been idle for some seconds ends. Items are taken in the order in
+// which they were started. Any thread.
 class ThreadSet {
  public:
   static constexpr std::size_t kMostThreads = 64;
+  // However many of them foreign code may hold.
+  static constexpr std::size_t kMostThreadsEver = 1024;
 
   static ThreadSet& shared();
 
   // Returns at once. Beyond 64 busy threads the item waits for the first that is free.
   void start(std::shared_ptr<WorkRunner> runner, WorkItem item);
+
+  // The calling thread, one of the set, enters code that may never return, and is replaced meanwhile.
+  void enterForeignCode();
+  void leaveForeignCode();
 
  private:
   struct Job {
@@ -42,7 +48,7 @@ class ThreadSet {
   };
 
   ThreadSet() = default;
-  Worker* unusedWorker();
+  Worker* hireWorker();
   void launch(Worker& worker);
   void serve(Worker& worker);
   void runNext(std::unique_lock<std::mutex>& lock);
@@ -51,7 +57,9 @@ class ThreadSet {
   std::mutex mutex_;
   // Below, guarded by mutex_. For every waiting job a thread is on its way, unless all are busy.
   std::deque<Job> waiting_;
-  std::array<Worker, kMostThreads> workers_;
+  std::vector<std::unique_ptr<Worker>> workers_;
+  std::size_t alive_ = 0;
+  std::size_t inForeignCode_ = 0;
   // The last one to fall idle is called first, so that the others may end.
   std::vector<Worker*> idle_;
 };

@@ -15,6 +15,8 @@ enum class JSONStyle {
 
 // How deep arrays and dictionaries may nest, in reading and in writing.
 inline constexpr int kJSONDepthLimit = 512;
+// The writer goes a little deeper, so that what has been read can be shown inside something else.
+inline constexpr int kJSONWritingDepthLimit = kJSONDepthLimit + 8;
 
 // Reads one JSON text, strictly by RFC 8259: invalid UTF-8, byte order marks, lone surrogates, text after the
 // end, numbers beyond a double and too deep a nesting are errors. An integer beyond 64 bits becomes a

@@ -95,7 +95,7 @@ class Writer {
 
   bool writeArray(const Value& array) {
     const auto elements = array.elements();
-    if (depth_ == kJSONDepthLimit) return tooDeep();
+    if (depth_ == kJSONWritingDepthLimit) return tooDeep();
     if (elements.empty()) {
       out_ += "[]";
       return true;
@@ -113,7 +113,7 @@ class Writer {
   }
 
   bool writeDictionary(const Dictionary& dictionary) {
-    if (depth_ == kJSONDepthLimit) return tooDeep();
+    if (depth_ == kJSONWritingDepthLimit) return tooDeep();
     if (dictionary.empty()) {
       out_ += "{}";
       return true;

@@ -1,9 +1,12 @@
 #include "platform/notifications/PushLines.h"
 
+#include <algorithm>
+#include <condition_variable>
 #include <istream>
 #include <map>
 #include <mutex>
 #include <ostream>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -15,7 +18,8 @@ namespace platform {
 
 namespace {
 
-constexpr std::size_t kLongestLine = std::size_t{4} * 1024 * 1024;
+// How many answers may wait for an earlier one before no more pushes are taken.
+constexpr std::size_t kMostWaiting = 4 * kMostPushesAtOnce;
 
 // Lets several threads take from one source and puts their answers back into its order.
 class OrderedAnswers {
@@ -25,6 +29,7 @@ class OrderedAnswers {
 
   std::optional<std::pair<std::size_t, PushText>> take() {
     const std::lock_guard lock(sourceMutex_);
+    if (!waitForRoom()) return std::nullopt;
     auto push = source_.next();
     if (!push) return std::nullopt;
     return std::pair(taken_++, *std::move(push));
@@ -42,14 +47,23 @@ class OrderedAnswers {
       ++written_;
     }
     output_.flush();
-    if (isError) ++errors_;
+    if (!output_) result_.outputFailed = true;
+    room_.notify_all();
+    if (isError) ++result_.errors;
     ++answered_;
     if (answering_.progress) answering_.progress(answered_);
   }
 
-  std::size_t errors() const { return errors_; }
+  PushAnswers result() const { return result_; }
 
  private:
+  // Returns whether another answer will find a place: not after the output has failed.
+  bool waitForRoom() {
+    std::unique_lock lock(outputMutex_);
+    room_.wait(lock, [this] { return result_.outputFailed || waiting_.size() < kMostWaiting; });
+    return !result_.outputFailed;
+  }
+
   std::mutex sourceMutex_;
   PushSource& source_;
   std::size_t taken_ = 0;
@@ -60,7 +74,8 @@ class OrderedAnswers {
   std::map<std::size_t, std::string> waiting_;
   std::size_t written_ = 0;
   std::size_t answered_ = 0;
-  std::size_t errors_ = 0;
+  PushAnswers result_;
+  std::condition_variable room_;
 };
 
 Result<Dictionary> answerPush(const PushText& push, const PushAnswering& answering) {
@@ -92,22 +107,27 @@ std::optional<PushText> PushLineSource::next() {
 
 PushText PushLineSource::readLine() {
   PushText push{{}, ++line_, name_, std::nullopt};
-  std::streambuf& buffer = *input_.rdbuf();
-  for (int byte = buffer.sbumpc(); byte != '\n'; byte = buffer.sbumpc()) {
-    if (byte == std::istream::traits_type::eof()) {
-      input_.setstate(std::ios::eofbit);
-      break;
-    }
-    if (push.text.size() < kLongestLine) {
-      push.text.push_back(static_cast<char>(byte));
-    } else {
-      push.unreadable = Error{"a push of more than 4 MiB"};
-    }
+  std::string ignored;
+  while (takePart(push.unreadable ? ignored : push.text) == Taken::part) {
+    ignored.clear();
+    if (push.text.size() > kLongestPush) push.unreadable = Error{"a push of more than 4 MiB"};
   }
+  if (input_.bad()) push.unreadable = Error{"the input cannot be read"};
   return push;
 }
 
-std::size_t answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering) {
+PushLineSource::Taken PushLineSource::takePart(std::string& text) {
+  input_.getline(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+  const auto count = static_cast<std::size_t>(input_.gcount());
+  if (input_.bad() || count == 0) return Taken::nothing;
+  const bool wholeLine = !input_.fail() && !input_.eof();
+  text.append(buffer_.data(), wholeLine ? count - 1 : count);
+  if (wholeLine || input_.eof()) return Taken::line;
+  input_.clear();
+  return Taken::part;
+}
+
+PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering) {
   OrderedAnswers answers(source, output, answering);
   const auto work = [&] {
     while (const auto taken = answers.take()) {
@@ -117,10 +137,14 @@ std::size_t answerPushes(PushSource& source, std::ostream& output, const PushAns
     }
   };
   std::vector<std::thread> helpers;
-  for (std::size_t i = 1; i < answering.jobs; ++i) helpers.emplace_back(work);
+  try {
+    while (helpers.size() + 1 < std::min(answering.jobs, kMostPushesAtOnce)) helpers.emplace_back(work);
+  } catch (const std::system_error&) {
+    // The threads there are do all the work.
+  }
   work();
   for (std::thread& helper : helpers) helper.join();
-  return answers.errors();
+  return answers.result();
 }
 
 }  // namespace platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
@@ -12,6 +13,9 @@
 #include "platform/notifications/UNNotificationRequest.h"
 
 namespace platform {
+
+// A push over the air has 4 KiB; a thousand times that is a mistake.
+inline constexpr std::size_t kLongestPush = std::size_t{4} * 1024 * 1024;
 
 // One push as text, and where it stood.
 struct PushText {
@@ -38,15 +42,24 @@ class PushLineSource final : public PushSource {
 
  private:
   PushText readLine();
+  // Takes up to a newline, which goes too; returns how far it came.
+  enum class Taken { line, part, nothing };
+  Taken takePart(std::string& text);
 
   std::istream& input_;
   const std::string name_;
   std::size_t line_ = 0;
+  std::array<char, 16384> buffer_;
 };
+
+// A push may block three of the process's threads while it waits for its receipts; more pushes at once than
+// this would wait for each other.
+inline constexpr std::size_t kMostPushesAtOnce = 16;
 
 // How a batch of pushes is answered.
 struct PushAnswering {
-  // Answers one push; called on up to `jobs` threads at once. An error takes the answer's place.
+  // Answers one push; called on up to `jobs` threads at once, at most kMostPushesAtOnce. An error takes the
+  // answer's place.
   std::function<Result<Dictionary>(const std::shared_ptr<const UNNotificationRequest>&)> answer;
   std::size_t jobs = 1;
   bool pretty = false;
@@ -54,10 +67,15 @@ struct PushAnswering {
   std::function<void(std::size_t)> progress;
 };
 
+struct PushAnswers {
+  std::size_t errors = 0;     // pushes that ended in an error
+  bool outputFailed = false;  // answers were lost
+};
+
 // Writes one answer a push, in the order of the source, each as soon as it and all before it are there. What
 // is no push is answered with {"line": N, "error": "..."}, and with "file" when the source has a name.
 //
-// Returns the number of pushes that ended in an error.
-std::size_t answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering);
+// Stops taking pushes when the output fails.
+PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering);
 
 }  // namespace platform

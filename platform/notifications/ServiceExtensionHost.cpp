@@ -1,7 +1,10 @@
 #include "platform/notifications/ServiceExtensionHost.h"
 
+#include <algorithm>
 #include <condition_variable>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "platform/dispatch/Clock.h"
@@ -12,6 +15,8 @@ namespace platform {
 namespace {
 
 constexpr auto kGraceAfterExpiry = std::chrono::seconds(1);
+// Beyond that many the oldest goes: its processors have long had their time.
+constexpr std::size_t kMostExpiredKept = 64;
 
 }  // namespace
 
@@ -25,9 +30,24 @@ struct ServiceExtensionHost::Delivery {
   void accept(const UNNotificationContent& delivered) {
     NotificationProperties properties = delivered.snapshot();
     const std::lock_guard lock(mutex);
-    if (content) return;
+    if (content) {
+      removeFilesNotShown(properties.attachments);
+      return;
+    }
     content = std::move(properties);
     arrived.notify_all();
+  }
+
+  // A thumbnail that comes after the notification has been shown is of no use to anybody.
+  void removeFilesNotShown(const std::vector<UNNotificationAttachment>& attachments) const {
+    for (const UNNotificationAttachment& attachment : attachments) {
+      if (std::ranges::find(content->attachments, attachment) != content->attachments.end()) continue;
+      std::error_code ignored;
+      const std::filesystem::path file = attachment.url().filePath();
+      std::filesystem::remove(file, ignored);
+      // The directory goes too when nothing else is in it.
+      std::filesystem::remove(file.parent_path(), ignored);
+    }
   }
 
   bool waitUntil(Clock::TimePoint deadline) {
@@ -72,6 +92,7 @@ void ServiceExtensionHost::tellExpired(const std::shared_ptr<UNNotificationServi
   {
     const std::lock_guard lock(mutex_);
     expired_.push_back(extension);
+    if (expired_.size() > kMostExpiredKept) expired_.pop_front();
   }
   entryQueue_.async([extension] { extension->serviceExtensionTimeWillExpire(); });
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <vector>
 
 #include "platform/dispatch/DispatchQueue.h"
 #include "platform/foundation/Value.h"
@@ -31,6 +31,9 @@ struct ServiceExtensionResult {
 // calls.
 class ServiceExtensionHost {
  public:
+  static constexpr std::chrono::duration<double> kLongestTimeLimit = std::chrono::hours(24);
+
+  // REQUIRES: 0 < timeLimit <= kLongestTimeLimit
   ServiceExtensionHost(ServiceExtensionFactory makeExtension, std::chrono::duration<double> timeLimit);
 
   // Blocks until the content handler is first called. At the time limit the extension is told; when it has
@@ -47,7 +50,7 @@ class ServiceExtensionHost {
   const DispatchQueue entryQueue_;
   std::mutex mutex_;
   // Extensions whose processors may still be at work. Guarded by mutex_.
-  std::vector<std::shared_ptr<UNNotificationServiceExtension>> expired_;
+  std::deque<std::shared_ptr<UNNotificationServiceExtension>> expired_;
 };
 
 }  // namespace platform

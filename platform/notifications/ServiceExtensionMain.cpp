@@ -17,16 +17,18 @@ namespace platform {
 namespace {
 
 constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
+constexpr std::size_t kMostJobs = 64;
 
 struct Arguments {
   double timeLimitSeconds = 30;
   std::size_t jobs = 1;
 };
 
+// Above zero, and not above the most; what is not a number is neither.
 template <typename Number>
-bool readNumber(std::string_view text, Number& number) {
+bool readNumber(std::string_view text, Number& number, Number most) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() && number > 0;
+  return error == std::errc() && end == text.data() + text.size() && number > 0 && number <= most;
 }
 
 std::optional<Arguments> readArguments(int argc, const char* const* argv) {
@@ -34,8 +36,9 @@ std::optional<Arguments> readArguments(int argc, const char* const* argv) {
   for (int i = 1; i < argc; i += 2) {
     const std::string_view name = argv[i];
     if (i + 1 == argc) return std::nullopt;
-    const bool known = name == "--time-limit" ? readNumber(argv[i + 1], arguments.timeLimitSeconds)
-                       : name == "--jobs"     ? readNumber(argv[i + 1], arguments.jobs)
+    const bool known = name == "--time-limit" ? readNumber(argv[i + 1], arguments.timeLimitSeconds,
+                                                           ServiceExtensionHost::kLongestTimeLimit.count())
+                       : name == "--jobs"     ? readNumber(argv[i + 1], arguments.jobs, kMostJobs)
                                               : false;
     if (!known) return std::nullopt;
   }
@@ -57,13 +60,13 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
   std::ios::sync_with_stdio(false);
   ServiceExtensionHost host(makeExtension, std::chrono::duration<double>(arguments->timeLimitSeconds));
   PushLineSource source(std::cin);
-  const std::size_t errors = answerPushes(
+  const PushAnswers answers = answerPushes(
       source, std::cout,
       {.answer = [&](const auto& request) -> Result<Dictionary> { return host.run(request).toJSON(); },
        .jobs = arguments->jobs,
        .progress = nullptr});
   Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
-  return errors == 0 ? 0 : 1;
+  return answers.errors == 0 && !answers.outputFailed ? 0 : 1;
 }
 
 }  // namespace platform

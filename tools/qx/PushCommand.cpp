@@ -1,7 +1,5 @@
 #include "tools/qx/PushCommand.h"
 
-#include <unistd.h>
-
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -28,11 +26,14 @@ using platform::Result;
 
 // A receipt may take 22 seconds after its push has been shown.
 constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
+// What a program is given beyond the time limit, which it keeps itself, before it is ended.
+constexpr auto kGraceForProgram = std::chrono::seconds(5);
 
 using Answer =
     std::function<Result<Dictionary>(const std::shared_ptr<const platform::UNNotificationRequest>&)>;
 
-std::size_t answerAll(const SimulatorOptions& simulator, const PushOptions& options, const Answer& answer) {
+platform::PushAnswers answerAll(const SimulatorOptions& simulator, const PushOptions& options,
+                                const Answer& answer) {
   PushFiles source(options.files);
   Progress progress("pushes");
   return platform::answerPushes(source, std::cout,
@@ -42,18 +43,17 @@ std::size_t answerAll(const SimulatorOptions& simulator, const PushOptions& opti
                                  .progress = [&](std::size_t answered) { progress.show(answered); }});
 }
 
-std::size_t pushToBuiltIn(const SimulatorOptions& simulator, const PushOptions& options,
-                          const HostBehaviour& host) {
+platform::PushAnswers pushToBuiltIn(const SimulatorOptions& simulator, const PushOptions& options,
+                                    const HostBehaviour& host) {
   StreamLogSink sink(std::cerr, simulator.logFormat);
   const platform::ScopedLogSink logging(sink);
   platform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
                                            std::chrono::duration<double>(options.timeLimitSeconds));
-  const std::size_t errors = answerAll(simulator, options, [&](const auto& request) -> Result<Dictionary> {
+  const auto answers = answerAll(simulator, options, [&](const auto& request) -> Result<Dictionary> {
     return extension.run(request).toJSON();
   });
   platform::Activity::waitUntilNone(platform::Clock::current().now() + kLongestWaitForWork);
-  if (host.hang != nullptr) host.hang->open();
-  return errors;
+  return answers;
 }
 
 // The program's own bundle, when it brings one and the user names no other.
@@ -64,15 +64,18 @@ void preferBundleOf(const std::filesystem::path& program, const SimulatorOptions
   }
 }
 
-Result<std::size_t> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
+Result<platform::PushAnswers> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
   preferBundleOf(*options.extension, simulator);
   const auto process = ExtensionProcess::start(
       *options.extension,
       {"--time-limit", std::to_string(options.timeLimitSeconds), "--jobs", std::to_string(options.jobs)});
   if (!process) return process.error();
-  return answerAll(simulator, options, [&](const auto& request) {
-    return (*process)->ask(platform::notificationRequestToJSON(*request));
+  const auto limit = std::chrono::duration<double>(options.timeLimitSeconds) + kGraceForProgram;
+  const auto answers = answerAll(simulator, options, [&](const auto& request) {
+    return (*process)->ask(platform::notificationRequestToJSON(*request), limit);
   });
+  if (const auto problem = (*process)->finish()) return *problem;
+  return answers;
 }
 
 Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const PushOptions& options) {
@@ -80,7 +83,7 @@ Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const
                      .showThumbnail = !options.noThumbnail,
                      .changes = std::nullopt,
                      .raiseReason = options.hookRaise,
-                     .hang = options.hookHang ? std::make_shared<HangGate>() : nullptr};
+                     .hang = options.hookHang};
   if (options.hookChanges) {
     const auto changes = platform::parseJSON(*options.hookChanges);
     if (changes) host.changes = changes->dictionary();
@@ -91,13 +94,17 @@ Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const
   return host;
 }
 
-int finish(const Result<std::size_t>& errors) {
-  if (!errors) {
-    std::cerr << "qx push: " << errors.error().message << '\n';
+int finish(const Result<platform::PushAnswers>& answers) {
+  if (!answers) {
+    std::cerr << "qx push: " << answers.error().message << '\n';
     return 1;
   }
-  if (*errors == 0) return 0;
-  std::cerr << "qx push: " << *errors << (*errors == 1 ? " push was" : " pushes were")
+  if (answers->outputFailed) {
+    std::cerr << "qx push: the results cannot be written\n";
+    return 1;
+  }
+  if (answers->errors == 0) return 0;
+  std::cerr << "qx push: " << answers->errors << (answers->errors == 1 ? " push was" : " pushes were")
             << " refused; the answers say which and why\n";
   return 1;
 }

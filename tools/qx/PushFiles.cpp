@@ -4,7 +4,6 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <utility>
 
 namespace qx {
@@ -31,15 +30,20 @@ std::optional<platform::PushText> PushFiles::open(const std::string& name) {
     return std::nullopt;
   }
   file_ = std::ifstream(name, std::ios::binary);
-  if (!file_ || std::filesystem::is_directory(name)) {
-    const char* reason = file_ ? "is a directory" : std::strerror(errno);
+  const auto unreadable = [&](const std::string& reason) {
     return platform::PushText{{}, 1, shownName, platform::Error{name + ": " + reason}};
-  }
+  };
+  if (!file_) return unreadable(std::strerror(errno));
   if (std::filesystem::path(name).extension() == ".ndjson") {
     lines_ = std::make_unique<platform::PushLineSource>(file_, shownName);
     return std::nullopt;
   }
-  return platform::PushText{{std::istreambuf_iterator<char>(file_), {}}, 1, shownName, std::nullopt};
+  std::string text(platform::kLongestPush + 1, '\0');
+  file_.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (file_.bad()) return unreadable("cannot be read");
+  text.resize(static_cast<std::size_t>(file_.gcount()));
+  if (text.size() > platform::kLongestPush) return unreadable("a push of more than 4 MiB");
+  return platform::PushText{std::move(text), 1, shownName, std::nullopt};
 }
 
 }  // namespace qx

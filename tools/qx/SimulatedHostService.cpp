@@ -13,6 +13,11 @@ void HangGate::open() {
   opened_.notify_all();
 }
 
+void SimulatedHostService::serviceExtensionTimeWillExpire() {
+  VTQXNotificationService::serviceExtensionTimeWillExpire();
+  hangGate_.open();
+}
+
 QXExtensionSDK::VTNotificationServiceConfig SimulatedHostService::vtqxProvideConfig() {
   return {behaviour_.logLevel, behaviour_.showThumbnail};
 }
@@ -21,10 +26,7 @@ void SimulatedHostService::vtqxDidReceiveRequest(
     const std::shared_ptr<const platform::UNNotificationRequest>& /*request*/,
     const std::shared_ptr<platform::UNMutableNotificationContent>& /*mutableContent*/,
     QXExtensionSDK::ClientContentHandler contentHandler) {
-  if (behaviour_.hang != nullptr) {
-    behaviour_.hang->waitUntilOpen();
-    return;
-  }
+  if (behaviour_.hang) return hangGate_.waitUntilOpen();
   if (behaviour_.raiseReason) throw platform::Exception("HostException", *behaviour_.raiseReason);
   contentHandler(behaviour_.changes);
 }

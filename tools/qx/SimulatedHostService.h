@@ -10,7 +10,7 @@
 
 namespace qx {
 
-// Holds a hanging hook until the simulator is through, so that its thread can end.
+// Holds a hanging hook until its notification has expired, so that its thread can end.
 class HangGate {
  public:
   void waitUntilOpen();
@@ -28,7 +28,7 @@ struct HostBehaviour {
   bool showThumbnail = true;
   std::optional<platform::Dictionary> changes;
   std::optional<std::string> raiseReason;
-  std::shared_ptr<HangGate> hang;  // the hook never completes when set
+  bool hang = false;  // the hook never completes
 };
 
 // A host's service extension with both hooks overridden.
@@ -36,6 +36,7 @@ class SimulatedHostService final : public QXExtensionSDK::VTQXNotificationServic
  public:
   explicit SimulatedHostService(const HostBehaviour& behaviour) : behaviour_(behaviour) {}
 
+  void serviceExtensionTimeWillExpire() override;
   QXExtensionSDK::VTNotificationServiceConfig vtqxProvideConfig() override;
   void vtqxDidReceiveRequest(const std::shared_ptr<const platform::UNNotificationRequest>& request,
                              const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
@@ -43,6 +44,7 @@ class SimulatedHostService final : public QXExtensionSDK::VTQXNotificationServic
 
  private:
   const HostBehaviour behaviour_;
+  HangGate hangGate_;
 };
 
 }  // namespace qx

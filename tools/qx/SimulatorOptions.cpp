@@ -18,11 +18,16 @@ void setEnvironment(const char* name, const std::filesystem::path& value) {
 
 }  // namespace
 
+std::optional<std::filesystem::path> bundleFromEnvironment() {
+  const char* bundle = std::getenv("QX_BUNDLE");
+  return bundle != nullptr ? std::optional<std::filesystem::path>(bundle) : std::nullopt;
+}
+
 void applyEnvironment(const SimulatorOptions& options) {
   if (options.groupsRoot) setEnvironment("QX_APP_GROUPS_ROOT", *options.groupsRoot);
   if (options.bundle) {
     setEnvironment("QX_BUNDLE", *options.bundle);
-  } else if (std::getenv("QX_BUNDLE") == nullptr) {
+  } else {
     setEnvironment("QX_BUNDLE", installedBundle());
   }
 }

@@ -9,7 +9,7 @@ namespace qx {
 
 enum class LogFormat { text, json };
 
-// What every subcommand takes.
+// What every subcommand takes. The bundle may also be named by the environment.
 struct SimulatorOptions {
   std::optional<std::filesystem::path> groupsRoot;
   std::optional<std::filesystem::path> bundle;
@@ -17,6 +17,9 @@ struct SimulatorOptions {
   LogFormat logFormat = LogFormat::text;
   bool pretty = false;
 };
+
+// The bundle that $QX_BUNDLE names, if any.
+std::optional<std::filesystem::path> bundleFromEnvironment();
 
 // Makes this process, and those it starts, see the containers and the bundle that the options name; without a
 // bundle the one that is installed with the simulator. To be called before anything reads them.

@@ -14,6 +14,7 @@
 
 #include "AppGroupSDK/context/ExtensionModuleName.h"
 #include "QXExtensionSDK/runtime/Version.h"
+#include "platform/notifications/ServiceExtensionHost.h"
 #include "tools/qx/BackendCommand.h"
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/CarouselSteps.h"
@@ -60,15 +61,26 @@ void addSimulatorOptions(CLI::App& app, qx::SimulatorOptions& options) {
   app.add_flag("--pretty", options.pretty, "Indent the results");
 }
 
+// More than nothing and at most a day; what is no number is neither.
+CLI::Validator timeLimit() {
+  return {[](const std::string& text) {
+            double seconds = 0;
+            const double most = platform::ServiceExtensionHost::kLongestTimeLimit.count();
+            const bool good = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= most;
+            return good ? std::string() : std::string("must be above 0 and at most a day");
+          },
+          ""};
+}
+
 CLI::App& addPush(CLI::App& app, qx::PushOptions& options) {
   CLI::App& push = *app.add_subcommand("push", "Send pushes through the service extension");
   push.footer(
       "Example:\n  echo '{\"aps\": {\"alert\": \"Hello\"}, \"_sid\": \"VTQX\"}' | qx push -\n\n"
       "A file is one push; a .ndjson file and standard input hold one a line.");
   push.add_option("FILE", options.files, "Files with pushes; - or none for standard input")->type_name("");
-  push.add_option("--time-limit", options.timeLimitSeconds, "Time limit of the extension")
+  push.add_option("--time-limit", options.timeLimitSeconds, "Time limit of the extension, a day at most")
       ->type_name("SECONDS")
-      ->check(CLI::PositiveNumber)
+      ->check(timeLimit())
       ->capture_default_str();
   push.add_option("--jobs", options.jobs, "Pushes at the same time")
       ->type_name("N")
@@ -326,6 +338,7 @@ int main(int argc, char** argv) {
   // A reader of our output, or an extension, that goes away is an error to report, not the end.
   std::signal(SIGPIPE, SIG_IGN);
   std::ios::sync_with_stdio(false);
+  if (!simulator.bundle) simulator.bundle = qx::bundleFromEnvironment();
   qx::applyEnvironment(simulator);
   return chosen();
 }

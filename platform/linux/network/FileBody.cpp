@@ -14,7 +14,15 @@ URLError cannotWrite(int number) {
           "the download cannot be written: " + std::generic_category().message(number)};
 }
 
+URLError tooLarge() {
+  return {URLError::Code::badServerResponse, "the download is larger than 50 MB"};
+}
+
 }  // namespace
+
+std::optional<URLError> FileBody::expect(std::size_t size) {
+  return size > kLimit ? std::optional(tooLarge()) : std::nullopt;
+}
 
 void FileBody::discard() {
   if (file_ >= 0) close(std::exchange(file_, -1));
@@ -30,6 +38,8 @@ std::optional<URLError> FileBody::open() {
 }
 
 std::optional<URLError> FileBody::append(std::string_view bytes) {
+  if (bytes.size() > kLimit - size_) return tooLarge();
+  size_ += bytes.size();
   if (auto failed = open()) return failed;
   while (!bytes.empty()) {
     const ssize_t written = write(file_, bytes.data(), bytes.size());

@@ -8,15 +8,18 @@
 
 namespace platform::network {
 
-// Streams the answer into a new file of the session's directory.
+// Streams the answer into a new file of the session's directory, up to the size of the largest attachment
+// that the platform shows.
 class FileBody final : public ResponseBody {
  public:
+  static constexpr std::size_t kLimit = std::size_t{50} << 20;
+
   explicit FileBody(std::shared_ptr<SessionDirectory> directory) : directory_(std::move(directory)) {}
   ~FileBody() override { discard(); }
   FileBody(const FileBody&) = delete;
   FileBody& operator=(const FileBody&) = delete;
 
-  std::optional<URLError> expect(std::size_t) override { return std::nullopt; }
+  std::optional<URLError> expect(std::size_t size) override;
   std::optional<URLError> append(std::string_view bytes) override;
   std::optional<URLError> finish() override;
 
@@ -31,6 +34,7 @@ class FileBody final : public ResponseBody {
   std::shared_ptr<SessionDirectory> directory_;
   std::string path_;
   int file_ = -1;
+  std::size_t size_ = 0;
 };
 
 }  // namespace platform::network

@@ -66,16 +66,16 @@ int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactor
   const auto application = makeApplication(ScreenUse::none);
   std::unique_ptr<ContentExtensionHost> host;
   PushLineSource source(std::cin);
-  const std::size_t errors = answerPushes(source, std::cout,
-                                          {.answer = [&](const auto& request) -> Result<Dictionary> {
-                                             if (host == nullptr || !arguments->reuse)
-                                               host = makeHost(arguments->width);
-                                             host->deliver(request);
-                                             QCoreApplication::processEvents();
-                                             return answer(*host, *request);
-                                           },
-                                           .progress = nullptr});
-  return errors == 0 ? 0 : 1;
+  const PushAnswers answers = answerPushes(source, std::cout,
+                                           {.answer = [&](const auto& request) -> Result<Dictionary> {
+                                              if (host == nullptr || !arguments->reuse)
+                                                host = makeHost(arguments->width);
+                                              host->deliver(request);
+                                              QCoreApplication::processEvents();
+                                              return answer(*host, *request);
+                                            },
+                                            .progress = nullptr});
+  return answers.errors == 0 && !answers.outputFailed ? 0 : 1;
 }
 
 }  // namespace platform

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <future>
 #include <string>
 
+#include "QXExtensionSDK/decoration/DefaultMediaDownloader.h"
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
 #include "platform/dispatch/Clock.h"
 #include "platform/foundation/JSON.h"
@@ -22,7 +25,6 @@ namespace {
 using backend::Fault;
 using backend::Request;
 using backend::Response;
-using platform::Dictionary;
 
 constexpr std::size_t kOverAttachmentLimit = std::size_t{11} * 1024 * 1024;
 
@@ -63,6 +65,13 @@ class ThumbnailTest : public testing::Test {
     return deliveries.count() > 0 ? deliveries.at(0) : platform::NotificationProperties();
   }
 
+  // The debug lines of the attachment step, which alone may speak of it.
+  static std::ptrdiff_t attachmentLines(const std::vector<support::LogEntry>& entries) {
+    return std::ranges::count_if(entries, [](const support::LogEntry& entry) {
+      return entry.category == "CarouselAttachment" && entry.type == platform::LogType::debug;
+    });
+  }
+
   // What lies anywhere in the temporary directory.
   std::size_t filesLeft() const {
     std::size_t files = 0;
@@ -74,7 +83,6 @@ class ThumbnailTest : public testing::Test {
 
   support::TemporaryDirectory temporary_;
   support::ScopedEnvironment environment_{"TMPDIR", temporary_.path()};
-  support::ScopedLogRecorder log_;
   backend::LoopbackServer server_{{.handler = answer}};
 };
 
@@ -120,12 +128,10 @@ TEST_F(ThumbnailTest, WhateverGoesWrongTheNotificationIsDeliveredWithoutIt) {
       {"http://bad host/", "Carousel Media URL Extraction Failure"},
   };
   for (const auto& row : table) {
+    const support::ScopedLogRecorder log;
     EXPECT_TRUE(push(row.url).attachments.empty()) << row.url;
-    if (row.line.empty()) {
-      EXPECT_FALSE(log_->mentions("Attachment")) << row.url;
-    } else {
-      EXPECT_TRUE(log_->mentions(row.line)) << row.url;
-    }
+    EXPECT_EQ(attachmentLines(log->entries()), row.line.empty() ? 0 : 1) << row.url;
+    EXPECT_TRUE(row.line.empty() || log->mentions(row.line)) << row.url;
     // A download that is not taken is removed right after the completion, which delivers, has returned.
     EXPECT_TRUE(support::eventually([this] { return filesLeft() == 0; })) << row.url;
   }
@@ -133,6 +139,7 @@ TEST_F(ThumbnailTest, WhateverGoesWrongTheNotificationIsDeliveredWithoutIt) {
 
 TEST_F(ThumbnailTest, StalledAndTricklingDownloadsEndAfterFifteenSeconds) {
   for (const std::string path : {"/stalled/a.png", "/trickle/a.png"}) {
+    const support::ScopedLogRecorder log;
     support::ManualClock clock;
     const platform::ScopedClock scope(clock);
     Deliveries deliveries;
@@ -147,16 +154,43 @@ TEST_F(ThumbnailTest, StalledAndTricklingDownloadsEndAfterFifteenSeconds) {
     clock.advance(std::chrono::seconds(2));
     ASSERT_TRUE(deliveries.waitFor(1)) << path;
     EXPECT_TRUE(deliveries.at(0).attachments.empty());
-    EXPECT_TRUE(log_->mentions("Attachment media download error: ")) << path;
+    EXPECT_TRUE(log->mentions("Attachment media download error: ")) << path;
   }
   EXPECT_TRUE(support::eventually([this] { return filesLeft() == 0; }));
 }
 
 TEST_F(ThumbnailTest, AFileOfTheSameNameIsReplaced) {
-  CarouselMediaURLExtractor extractor;
-  const auto url = extractor.mediaURL(carousel(server_.url("/good/same.png")));
-  ASSERT_TRUE(url);
-  for (int i = 0; i < 2; ++i) EXPECT_EQ(push(url->absoluteString()).attachments.size(), 1U);
+  DefaultMediaDownloader downloader;
+  std::optional<platform::URL> earlier;
+  for (int i = 0; i < 2; ++i) {
+    std::promise<std::optional<platform::URL>> downloaded;
+    downloader.download(*platform::URL::parse(server_.url("/good/same.png")),
+                        [&](const auto& file) { downloaded.set_value(file); });
+    const auto file = downloaded.get_future().get();
+    ASSERT_TRUE(file);
+    EXPECT_TRUE(!earlier || *file == *earlier);
+    EXPECT_EQ(std::filesystem::file_size(file->filePath()), backend::panels().front().bytes.size());
+    // Were the file kept, this would show.
+    std::filesystem::resize_file(file->filePath(), 1);
+    earlier = file;
+  }
+}
+
+TEST_F(ThumbnailTest, TheThumbnailReplacesTheAttachmentsThatThereWere) {
+  const std::string old = temporary_.write("old.png", "x");
+  platform::NotificationProperties properties;
+  properties.userInfo = {{"_sid", "VTQX"}, {"_rf", carousel(server_.url("/good/new.png"))}};
+  properties.attachments.push_back(
+      *platform::UNNotificationAttachment::make("old", platform::URL::file(old)));
+  const auto request =
+      std::make_shared<const platform::UNNotificationRequest>(platform::UNNotificationRequest{
+          "i", std::make_shared<const platform::UNNotificationContent>(std::move(properties))});
+  Deliveries deliveries;
+  const auto service = std::make_shared<TestService>();
+  service->didReceiveNotificationRequest(request, deliveries.handler());
+  ASSERT_TRUE(deliveries.waitFor(1));
+  ASSERT_EQ(deliveries.at(0).attachments.size(), 1U);
+  EXPECT_EQ(deliveries.at(0).attachments[0].identifier(), "SomeAttachmentId");
 }
 
 TEST(CarouselMediaURLExtractorTest, OnlyAWellFormedFirstPanelHasAURL) {

@@ -189,7 +189,7 @@ TEST(JSONTest, WritesBothStyles) {
 
 TEST(JSONTest, RefusesToWriteWhatJSONCannotHoldAndSaysWhere) {
   Value deep;
-  for (int i = 0; i < 513; ++i) deep = Value(std::vector<Value>{deep});
+  for (int i = 0; i <= kJSONWritingDepthLimit; ++i) deep = Value(std::vector<Value>{deep});
   const Value misfits[] = {Date{0}, Data("ab"), std::numeric_limits<double>::infinity(), "\xC3", deep};
   for (const Value& misfit : misfits) {
     const Value tree(Dictionary{{"a/b", std::vector<Value>{1, misfit}}});

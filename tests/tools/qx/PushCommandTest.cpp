@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <string>
@@ -154,11 +155,59 @@ TEST(PushCommandTest, AHostsOwnProgramIsDriven) {
   ASSERT_EQ(lines.size(), 3U);
   EXPECT_NE(lines[0].find("content")->find("userInfo")->find("greeting"), nullptr);
   EXPECT_EQ(lines[1].find("line")->integer(), 2);
+}
 
-  const auto dying = push({"-", "--extension", "/bin/true"}, "{\"aps\":{}}\n{\"aps\":{}}\n");
-  EXPECT_EQ(dying.exitCode, 1);
-  ASSERT_EQ(dying.lines().size(), 2U);
-  EXPECT_NE(dying.lines()[0].find("error"), nullptr);
+TEST(PushCommandTest, AProgramThatMisbehavesIsAnErrorAndNeverAHang) {
+  const support::TemporaryDirectory directory;
+  const auto program = [&](const char* name, const std::string& script) {
+    const std::string path = directory.write(name, "#!/bin/sh\n" + script);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
+  };
+  const std::string answer = R"({"identifier":"b","outcome":"delivered","content":{}})";
+  const std::string dies = program("dies", "exit 0");
+  const std::string crashes = program("crashes", "read x; echo '" + answer + "'; kill -ABRT $$");
+  const std::string ignores = program("ignores", "exec sleep 60");
+  const std::string chatters =
+      program("chatters", "echo starting up; while read x; do echo '" + answer + "'; done");
+  const struct {
+    std::string program;
+    std::size_t errors;
+    const char* said;  // on standard error
+  } table[] = {{dies, 1, "refused"},
+               {crashes, 0, "signal 6"},
+               {ignores, 1, "not answered within its time"},
+               {chatters, 0, "extension: starting up"}};
+  for (const auto& row : table) {
+    const auto result =
+        push({"-", "--extension", row.program, "--time-limit", "0.2"},
+             R"({"identifier":"b","content":{"body":")" + std::string(100'000, 'x') + R"("}})");
+    EXPECT_EQ(result.exitCode, row.program == chatters ? 0 : 1) << row.program;
+    EXPECT_NE(result.errors.find(row.said), std::string::npos) << row.program << ": " << result.errors;
+    ASSERT_EQ(result.lines().size(), 1U) << row.program;
+    EXPECT_EQ(result.lines()[0].contains("error"), row.errors == 1) << row.program;
+  }
+}
+
+TEST(PushCommandTest, InputThatCannotBeReadAndOutputThatCannotBeWrittenAreExitCodeOne) {
+  const support::TemporaryDirectory directory;
+  const auto unreadable = push({directory.path(), "/proc/self/mem"});
+  EXPECT_EQ(unreadable.exitCode, 1);
+  ASSERT_EQ(unreadable.lines().size(), 2U);
+  EXPECT_NE(unreadable.lines()[0].find("error"), nullptr);
+  const std::string command = support::programPath("qx") + " push - > /dev/full";
+  const auto full = runProgram("/bin/sh", {"-c", command}, "{\"aps\":{}}\n");
+  EXPECT_EQ(full.exitCode, 1);
+  EXPECT_NE(full.errors.find("cannot be written"), std::string::npos);
+}
+
+TEST(PushCommandTest, MoreHangingHooksThanThreadsHoldUpNeitherTheOthersNorTheEnd) {
+  std::string input;
+  for (int i = 0; i < 100; ++i) input += "{\"aps\":{},\"_sid\":\"VTQX\",\"$_rf\":\"\"}\n";
+  const auto start = std::chrono::steady_clock::now();
+  const auto result = push({"-", "--jobs", "64", "--hook-hang", "--time-limit", "0.1"}, input);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_EQ(result.lines().size(), 100U);
 }
 
 TEST(PushCommandTest, WrongUsageIsExitCodeTwo) {

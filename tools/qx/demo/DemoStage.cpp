@@ -111,7 +111,7 @@ DemoStage::DemoStage(const SimulatorOptions& simulator)
       extension_(
           [level = simulator.logLevel] {
             return std::make_shared<SimulatedHostService>(
-                HostBehaviour{.logLevel = level, .changes = {}, .raiseReason = {}, .hang = {}});
+                HostBehaviour{.logLevel = level, .changes = {}, .raiseReason = {}, .hang = false});
           },
           kTimeLimit) {}
 

@@ -26,8 +26,7 @@ const platform::DispatchQueue& decodingQueue() {
 std::shared_ptr<ImageDownload> ImageDownload::start(platform::URLSession& session, const platform::URL& url,
                                                     std::chrono::duration<double> requestTimeOut,
                                                     PixelSize pixelSize, Completion completion) {
-  std::shared_ptr<ImageDownload> download(
-      new ImageDownload(std::move(pixelSize), std::move(completion)));
+  std::shared_ptr<ImageDownload> download(new ImageDownload(std::move(pixelSize), std::move(completion)));
   platform::URLRequest request(url, platform::CachePolicy::useProtocolCachePolicy, requestTimeOut);
   download->task_ = session.dataTask(
       std::move(request), [weak = std::weak_ptr(download)](std::optional<platform::Data> data,

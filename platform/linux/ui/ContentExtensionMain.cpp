@@ -2,11 +2,13 @@
 
 #include <QApplication>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <iostream>
 #include <optional>
 #include <string_view>
 
+#include "platform/dispatch/Activity.h"
 #include "platform/notifications/PushLines.h"
 #include "platform/ui/Application.h"
 
@@ -15,6 +17,8 @@ namespace platform {
 namespace {
 
 constexpr int kWidest = 10'000;
+// What was cancelled ends at once; a process must not go down around a thread at work.
+constexpr std::chrono::seconds kLongestWaitForWork(5);
 
 struct Arguments {
   int width = 360;
@@ -75,6 +79,8 @@ int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactor
                                               return answer(*host, *request);
                                             },
                                             .progress = nullptr});
+  host.reset();
+  Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
   return answers.errors == 0 && !answers.outputFailed ? 0 : 1;
 }
 

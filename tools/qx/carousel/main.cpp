@@ -1,9 +1,12 @@
 // The part of the simulator that draws; `qx carousel` becomes this program.
 
 #include <QApplication>
+#include <chrono>
 #include <csignal>
 #include <iostream>
+#include <optional>
 
+#include "platform/dispatch/Activity.h"
 #include "platform/ui/Appearance.h"
 #include "platform/ui/Application.h"
 #include "tools/qx/CarouselOptions.h"
@@ -14,11 +17,20 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 constexpr double kDrawingScale = 2;
+// What was cancelled ends at once; a process must not go down around a thread at work.
+constexpr std::chrono::seconds kLongestWaitForWork(5);
+
+// The session ends in here, and with it what it was still fetching.
+std::optional<platform::Error> runSession(const qx::CarouselInvocation& invocation, bool usesWindow) {
+  qx::CarouselSession session(invocation);
+  const qx::CarouselOptions& options = invocation.carousel;
+  if (options.png || options.steps) return session.runScript();
+  return usesWindow ? session.runWindow() : session.runWithoutScreen();
+}
 
 int run(const qx::CarouselInvocation& invocation) {
   const qx::CarouselOptions& options = invocation.carousel;
-  const bool isScripted = options.png || options.steps;
-  const bool usesWindow = !isScripted && platform::hasScreen();
+  const bool usesWindow = !options.png && !options.steps && platform::hasScreen();
   if (options.scale || !usesWindow) {
     qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale.value_or(kDrawingScale)));
   }
@@ -29,10 +41,8 @@ int run(const qx::CarouselInvocation& invocation) {
 
   qx::StreamLogSink sink(std::cerr, invocation.simulator.logFormat);
   const platform::ScopedLogSink logging(sink);
-  qx::CarouselSession session(invocation);
-  const auto refused = isScripted   ? session.runScript()
-                       : usesWindow ? session.runWindow()
-                                    : session.runWithoutScreen();
+  const auto refused = runSession(invocation, usesWindow);
+  platform::Activity::waitUntilNone(platform::Clock::current().now() + kLongestWaitForWork);
   if (!refused) return 0;
   std::cerr << "qx carousel: " << refused->message << '\n';
   return 1;

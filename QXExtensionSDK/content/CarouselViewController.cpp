@@ -70,6 +70,7 @@ void CarouselViewController::viewDidLoad() {
 
 void CarouselViewController::apply(const CarouselViewModel& viewModel) {
   view();
+  const bool wasCollapsed = isCollapsed_;
   const bool hasNewPanels = viewModel.panels != viewModel_.panels;
   viewModel_ = viewModel;
   isCollapsed_ = panelCount() == 0;
@@ -77,8 +78,7 @@ void CarouselViewController::apply(const CarouselViewModel& viewModel) {
   applyNavigationState(viewModel.navigationState);
   applyPageIndicator();
   if (hasNewPanels) layoutSubviews();
-  // Also when it is what it was: the parent may have taken the room away meanwhile.
-  setPreferredContentSize(neededSize());
+  if (hasNewPanels || isCollapsed_ != wasCollapsed) setPreferredContentSize(neededSize());
   showPanel();
   runTimerRules();
 }
@@ -215,12 +215,16 @@ platform::Size CarouselViewController::neededSize() {
   return {static_cast<double>(view().width()), isCollapsed_ ? kCollapsedHeight : static_cast<double>(height)};
 }
 
+std::shared_ptr<CarouselViewControllerDelegate> CarouselViewController::listeningDelegate() const {
+  return isCollapsed_ ? nullptr : delegate_.lock();
+}
+
 void CarouselViewController::backButtonTapped() {
-  if (const auto delegate = delegate_.lock()) delegate->backButtonTapped();
+  if (const auto delegate = listeningDelegate()) delegate->backButtonTapped();
 }
 
 void CarouselViewController::nextButtonTapped() {
-  if (const auto delegate = delegate_.lock()) delegate->nextButtonTapped();
+  if (const auto delegate = listeningDelegate()) delegate->nextButtonTapped();
 }
 
 void CarouselViewController::timerFired() {
@@ -228,7 +232,7 @@ void CarouselViewController::timerFired() {
 }
 
 void CarouselViewController::tapGesturePerformed() {
-  if (const auto delegate = delegate_.lock()) delegate->panelTapped();
+  if (const auto delegate = listeningDelegate()) delegate->panelTapped();
 }
 
 void CarouselViewController::imageDownloadCompleted(std::int64_t panelIndex) {

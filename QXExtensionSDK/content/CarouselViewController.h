@@ -59,6 +59,8 @@ class CarouselViewController final : public platform::UIViewController,
  private:
   void imageDownloadCompleted(std::int64_t panelIndex) override;
 
+  // Null while the screen is collapsed, when nothing is reported.
+  std::shared_ptr<CarouselViewControllerDelegate> listeningDelegate() const;
   void backButtonTapped();
   void nextButtonTapped();
   void takePanels(const std::shared_ptr<const PanelItemComponents>& panels);

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "platform/dispatch/DispatchQueue.h"
 #include "platform/ui/ImageDecoding.h"
 #include "platform/ui/MainQueue.h"
 
@@ -11,13 +10,6 @@ namespace QXExtensionSDK {
 namespace {
 
 using Kind = ImageDownloadResult::Kind;
-
-// One image at a time: decoding takes memory.
-const platform::DispatchQueue& decodingQueue() {
-  static const platform::DispatchQueue queue("com.vtqx.image.decoding",
-                                             platform::DispatchQueue::Attribute::serial);
-  return queue;
-}
 
 }  // namespace
 
@@ -51,14 +43,13 @@ void ImageDownload::received(const std::shared_ptr<const platform::Data>& data,
                              const std::optional<platform::URLError>& error) {
   if (error) return completion_({Kind::error, {}, error});
   if (data->empty()) return completion_({Kind::noData});
-  decodingQueue().async([weak = weak_from_this(), data, size = pixelSize_()] {
-    QImage image = platform::decodeImageFilling(data->view(), size);
-    platform::dispatchMainAsync([weak, image = std::move(image)] {
-      const auto self = weak.lock();
-      if (self == nullptr) return;
-      self->completion_({image.isNull() ? Kind::notAnImage : Kind::image, image});
-    });
-  });
+  platform::decodeImageFillingAsync(
+      data, pixelSize_(), [weak = weak_from_this()] { return !weak.expired(); },
+      [weak = weak_from_this()](const QImage& image) {
+        const auto self = weak.lock();
+        if (self == nullptr) return;
+        self->completion_({image.isNull() ? Kind::notAnImage : Kind::image, image});
+      });
 }
 
 }  // namespace QXExtensionSDK

@@ -86,6 +86,8 @@ void VTQXNotificationViewController::didReceiveNotificationResponse(
 
 void VTQXNotificationViewController::handleViewShouldNotDisplay() {
   constexpr double kCollapsedHeight = 1;
+  // What is no longer seen must neither go on by itself nor be tapped.
+  if (auto* screen = dynamic_cast<CarouselScreen*>(coordinatorVC_.get())) screen->collapse();
   setPreferredContentSize({static_cast<double>(view().width()), kCollapsedHeight});
 }
 

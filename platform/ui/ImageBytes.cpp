@@ -1,5 +1,6 @@
 #include "platform/ui/ImageBytes.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 
@@ -50,6 +51,7 @@ class Reader {
 constexpr std::string_view kPNGSignature = "\x89PNG\r\n\x1a\n";
 constexpr std::string_view kJPEGSignature = "\xff\xd8\xff";
 constexpr unsigned kMarkerPrefix = 0xFF;
+constexpr unsigned kStartOfScan = 0xDA;
 
 // Chunks up to the one that ends the image.
 bool isCompletePNG(std::string_view bytes) {
@@ -85,18 +87,79 @@ std::optional<unsigned> nextMarker(Reader& reader) {
   return next;
 }
 
-// Segments and scans up to the end-of-image marker; one inside a segment (a thumbnail's) does not count.
-bool isCompleteJPEG(std::string_view bytes) {
+// What the decoder's work on a JPEG depends on.
+struct JPEGLayout {
+  bool isProgressive = false;
+  std::size_t components = 0;
+  std::size_t coefficientBytes = 0;  // of all components, unpacked
+  std::size_t scans = 0;
+  bool hasPartialScan = false;  // one without all the components
+};
+
+constexpr bool isStartOfFrame(unsigned marker) {
+  constexpr unsigned kHuffmanTables = 0xC4;
+  constexpr unsigned kExtension = 0xC8;
+  constexpr unsigned kArithmeticConditioning = 0xCC;
+  return marker >= 0xC0 && marker <= 0xCF && marker != kHuffmanTables && marker != kExtension &&
+         marker != kArithmeticConditioning;
+}
+
+// Each component has its own share of the picture's resolution.
+bool readFrame(Reader segment, JPEGLayout& layout) {
+  constexpr std::size_t kBytesACoefficient = 2;
+  const auto precision = segment.byte();
+  const auto height = segment.bigEndian(2);
+  const auto width = segment.bigEndian(2);
+  const auto components = segment.byte();
+  if (!precision || !height || !width || !components) return false;
+  std::size_t mostHorizontal = 1;
+  std::size_t mostVertical = 1;
+  std::size_t samples = 0;
+  for (unsigned i = 0; i < *components; ++i) {
+    const auto identifier = segment.byte();
+    const auto sampling = segment.byte();
+    const auto table = segment.byte();
+    if (!identifier || !sampling || !table) return false;
+    const std::size_t horizontal = *sampling >> 4;
+    const std::size_t vertical = *sampling & 0x0F;
+    mostHorizontal = std::max(mostHorizontal, horizontal);
+    mostVertical = std::max(mostVertical, vertical);
+    samples += horizontal * vertical;
+  }
+  layout.components = *components;
+  layout.coefficientBytes +=
+      *width * *height * samples / (mostHorizontal * mostVertical) * kBytesACoefficient;
+  return true;
+}
+
+bool readSegment(unsigned marker, Reader segment, JPEGLayout& layout) {
+  constexpr unsigned kProgressive = 2;  // of the four kinds that each coding has
+  if (isStartOfFrame(marker)) {
+    layout.isProgressive = layout.isProgressive || (marker & 0x03U) == kProgressive;
+    return readFrame(segment, layout);
+  }
+  if (marker != kStartOfScan) return true;
+  const auto components = segment.byte();
+  ++layout.scans;
+  layout.hasPartialScan = layout.hasPartialScan || !components || *components < layout.components;
+  return true;
+}
+
+// Reads segments and scans up to the end-of-image marker; one inside a segment (a thumbnail's) does not
+// count. Nothing when the image ends before.
+std::optional<JPEGLayout> readJPEG(std::string_view bytes) {
   constexpr unsigned kEndOfImage = 0xD9;
-  constexpr unsigned kStartOfScan = 0xDA;
+  JPEGLayout layout;
   Reader reader(bytes.substr(2));
   auto marker = nextMarker(reader);
   while (marker && *marker != kEndOfImage) {
     const auto length = reader.bigEndian(2);
-    if (!length || *length < 2 || !reader.skip(*length - 2)) return false;
+    const Reader segment = reader;
+    if (!length || *length < 2 || !reader.skip(*length - 2)) return std::nullopt;
+    if (!readSegment(*marker, segment, layout)) return std::nullopt;
     marker = *marker == kStartOfScan ? markerAfterScan(reader) : nextMarker(reader);
   }
-  return marker.has_value();
+  return marker ? std::optional(layout) : std::nullopt;
 }
 
 bool skipColorTable(Reader& reader, unsigned flags) {
@@ -156,13 +219,23 @@ bool isImageComplete(std::string_view bytes, ImageFormat format) {
     case ImageFormat::png:
       return isCompletePNG(bytes);
     case ImageFormat::jpeg:
-      return isCompleteJPEG(bytes);
+      return readJPEG(bytes).has_value();
     case ImageFormat::gif:
       return isCompleteGIF(bytes);
     case ImageFormat::webp:
       return isCompleteWebP(bytes);
   }
   return false;
+}
+
+bool isImageAffordable(std::string_view bytes, ImageFormat format) {
+  constexpr std::size_t kMostCoefficientBytes = 48'000'000;
+  constexpr std::size_t kMostScans = 64;
+  if (format != ImageFormat::jpeg) return true;
+  const auto layout = readJPEG(bytes);
+  if (!layout) return false;
+  const bool isKeptWhole = layout->isProgressive || layout->hasPartialScan;
+  return layout->scans <= kMostScans && (!isKeptWhole || layout->coefficientBytes <= kMostCoefficientBytes);
 }
 
 }  // namespace platform

@@ -2,15 +2,29 @@
 
 #include <QImage>
 #include <QSize>
+#include <functional>
+#include <memory>
 #include <string_view>
+
+#include "platform/foundation/Data.h"
 
 namespace platform {
 
 // Decodes a png, jpeg, gif (its first frame) or webp so that it fills `size`, in pixels: scaled to cover it,
 // what stands over is cut off evenly. The image is never larger than that, and the work to get there is
-// bounded: what declares more than 100 million pixels is not opened.
+// bounded: what declares more than 100 million pixels is not opened, nor what would keep too much beside the
+// picture while it is read.
 //
 // Null when the bytes are no such image, or a damaged one. Any thread.
 QImage decodeImageFilling(std::string_view bytes, QSize size);
+
+// The same away from the main thread, one image at a time: decoding takes memory. `isWanted` is asked on the
+// decoding thread when the image's turn has come; the completion follows on the main thread. An image that
+// nobody wants any more is skipped, without a completion. The end of the application waits for the image
+// under way and skips the others.
+//
+// REQUIRES: an application object. Main thread.
+void decodeImageFillingAsync(std::shared_ptr<const Data> bytes, QSize size, std::function<bool()> isWanted,
+                             std::function<void(QImage)> completion);
 
 }  // namespace platform

@@ -17,6 +17,7 @@ using namespace std::string_literals;
 using support::encoded;
 using support::encodedGIF;
 using support::encodedImage;
+using support::encodedProgressiveJPEG;
 
 constexpr QSize kSize(64, 36);
 
@@ -39,6 +40,7 @@ bool isNear(const QColor& left, const QColor& right) {
 std::vector<std::pair<std::string, std::string>> goodImages() {
   return {{"png", encodedImage("PNG", {200, 150}, Qt::red)},
           {"jpeg", encodedImage("JPEG", {200, 150}, Qt::red)},
+          {"progressive jpeg", encodedProgressiveJPEG({200, 150})},
           {"webp", encodedImage("WEBP", {200, 150}, Qt::red)},
           {"gif", encodedGIF()},
           {"gif that ends in its second frame", encodedGIF(false)},
@@ -119,6 +121,29 @@ TEST(ImageDecoding, RefusesWhatIsNoImage) {
       {"text before the image", "x" + good}};
   for (const auto& [name, bytes] : bad) EXPECT_TRUE(decodeImageFilling(bytes, kSize).isNull()) << name;
   EXPECT_TRUE(decodeImageFilling(good, {0, 10}).isNull());
+}
+
+// The JPEG with its last scan so many times over.
+std::string withScansRepeated(const std::string& jpeg, int times) {
+  const auto lastScan = jpeg.rfind("\xFF\xDA");
+  std::string repeated = jpeg.substr(0, jpeg.size() - 2);
+  for (int i = 0; i < times; ++i) repeated += jpeg.substr(lastScan, jpeg.size() - 2 - lastScan);
+  return repeated + jpeg.substr(jpeg.size() - 2);
+}
+
+TEST(ImageDecoding, RefusesPhotographsThatAreKeptWholeInTooMuchMemoryOrTime) {
+  const auto decodes = [](const std::string& bytes) { return !decodeImageFilling(bytes, kSize).isNull(); };
+  EXPECT_TRUE(decodes(encodedProgressiveJPEG({4000, 3000})));
+  EXPECT_FALSE(decodes(encodedProgressiveJPEG({8000, 6000})));
+  EXPECT_TRUE(decodes(encodedImage("JPEG", {8000, 6000}, Qt::red)));
+  const std::string small = encodedProgressiveJPEG({200, 150});
+  EXPECT_FALSE(isImageAffordable(withScansRepeated(small, 64), ImageFormat::jpeg));
+  EXPECT_TRUE(isImageAffordable(withScansRepeated(small, 20), ImageFormat::jpeg));
+
+  // The same when a photograph that is not progressive brings its colours one after another.
+  std::string apart = encodedImage("JPEG", {8000, 6000}, Qt::red);
+  apart[apart.rfind("\xFF\xDA") + 4] = 1;
+  EXPECT_FALSE(isImageAffordable(apart, ImageFormat::jpeg));
 }
 
 TEST(ImageDecoding, ShowsWhatTheCameraTurned) {

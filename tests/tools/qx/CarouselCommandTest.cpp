@@ -52,7 +52,9 @@ class CarouselCommand : public testing::Test {
     return write(name, R"({"aps":{"alert":"Hi"},"_sid":"VTQX","_m":"m","_rf":)" +
                            support::carousel(items, more) + "}");
   }
-  std::string path(const std::string& name) const { return (std::filesystem::path(directory_.path()) / name).string(); }
+  std::string path(const std::string& name) const {
+    return (std::filesystem::path(directory_.path()) / name).string();
+  }
 
   support::TemporaryDirectory directory_;
   backend::LoopbackServer server_;
@@ -172,8 +174,11 @@ TEST_F(CarouselCommand, SaysWhatItRefuses) {
 // A photograph of twelve megapixels is 48 MB when it is decoded as it is.
 TEST_F(CarouselCommand, KeepsTwentyPhotographsInLittleMemory) {
   const std::string photograph = support::encodedImage("JPEG", {4000, 3000}, Qt::darkGreen);
+  const std::string progressive = support::encodedProgressiveJPEG({4000, 3000});
   backend::LoopbackServerOptions options;
-  options.handler = [&](const backend::Request&) { return backend::Response{.body = photograph}; };
+  options.handler = [&](const backend::Request& request) {
+    return backend::Response{.body = request.path.ends_with("5") ? photograph : progressive};
+  };
   const backend::LoopbackServer server(std::move(options));
   std::string items;
   std::string steps = "wait:0";

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QColor>
 #include <QImage>
+#include <QImageWriter>
 #include <string>
 
 namespace support {
@@ -21,6 +22,19 @@ inline std::string encodedImage(const char* format, QSize size, const QColor& co
   QImage image(size, QImage::Format_RGB32);
   image.fill(color);
   return encoded(image, format);
+}
+
+// A photograph that sharpens while it loads.
+inline std::string encodedProgressiveJPEG(QSize size) {
+  QImage image(size, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  buffer.open(QIODevice::WriteOnly);
+  QImageWriter writer(&buffer, "jpeg");
+  writer.setProgressiveScanWrite(true);
+  writer.write(image);
+  return bytes.toStdString();
 }
 
 // Two by two pixels in red, as an animation of two frames of which the second is cut off when asked for.

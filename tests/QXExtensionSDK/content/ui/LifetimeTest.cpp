@@ -1,6 +1,9 @@
 #include <QTest>
+#include <cstdlib>
+#include <future>
 #include <random>
 
+#include "platform/ui/ImageDecoding.h"
 #include "tests/QXExtensionSDK/content/ui/UITestKit.h"
 
 namespace QXExtensionSDK {
@@ -73,6 +76,29 @@ TEST(CarouselLifetime, TheExtensionMayBeClosedFromWithinItsOwnCallbacks) {
   EXPECT_EQ(closing->expanded, nullptr);
   closing = open();
   EXPECT_TRUE(support::pumpUntil([&] { return closing->expanded == nullptr; }));
+}
+
+// Ends the application while an image is being decoded and another waits; exits with what went wrong, or 0.
+[[noreturn]] void endWhileDecoding() {
+  const std::string photograph = support::encodedImage("JPEG", {6000, 4000}, Qt::red);
+  const auto bytes = std::make_shared<const platform::Data>(photograph);
+  std::promise<void> begun;
+  auto inUse = std::make_shared<int>();
+  const std::weak_ptr decoding = inUse;
+  bool isNextBegun = false;
+  const auto ignore = [](const QImage&) {};
+  platform::decodeImageFillingAsync(
+      bytes, {1200, 800}, [&begun, inUse = std::move(inUse)] { return begun.set_value(), true; }, ignore);
+  platform::decodeImageFillingAsync(
+      bytes, {1200, 800}, [&] { return isNextBegun = true; }, ignore);
+  begun.get_future().wait();
+  delete qApp;
+  std::exit(!decoding.expired() ? 2 : isNextBegun ? 3 : 0);
+}
+
+TEST(CarouselLifetimeDeathTest, TheApplicationsEndWaitsForTheImageBeingDecodedAndNoOther) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(endWhileDecoding(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

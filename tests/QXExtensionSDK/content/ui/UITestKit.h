@@ -25,8 +25,8 @@ namespace support {
 
 // Runs the application's events until `condition()` holds; returns whether it came to hold in time.
 template <typename Condition>
-bool pumpUntil(Condition condition) {
-  const auto deadline = soon();
+bool pumpUntil(Condition condition, std::chrono::milliseconds patience = kPatience) {
+  const auto deadline = std::chrono::steady_clock::now() + patience;
   while (!condition()) {
     if (std::chrono::steady_clock::now() >= deadline) return false;
     QCoreApplication::processEvents(QEventLoop::AllEvents, 2);

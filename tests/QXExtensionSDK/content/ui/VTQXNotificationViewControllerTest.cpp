@@ -58,6 +58,24 @@ TEST(ContentExtension, ShowsLaterNotificationsOnTheSameScreen) {
   EXPECT_EQ(screen->viewModel().currentPanelIndex, 1);
 }
 
+TEST(ContentExtension, StaysCollapsedForAnotherSendersNotification) {
+  Expanded expanded;
+  expanded.deliver({{"u", "One"}, {"u", "Two"}, {"u", "Three"}}, R"("tms":10,)");
+  expanded.host->view().show();
+  expanded.host->deliver(support::makeRequest(support::dictionary(R"({"_sid":"OTHER"})")));
+  EXPECT_FALSE(
+      support::pumpUntil([&] { return !expanded.host->isCollapsed(); }, std::chrono::milliseconds(80)));
+  expanded.screen().nextButton().click();
+  expanded.screen().tapGesturePerformed();
+  QCoreApplication::sendPostedEvents();
+  EXPECT_EQ(expanded.host->contentSize(), (platform::Size{360, 1}));
+  EXPECT_EQ(expanded.screen().viewModel().currentPanelIndex, 0);
+  EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
+  expanded.deliver({{"u", "Four"}, {"u", "Five"}}, R"("tms":10,)");
+  EXPECT_FALSE(expanded.host->isCollapsed());
+  EXPECT_TRUE(support::pumpUntil([&] { return expanded.screen().timerState() == TimerState::stopped; }));
+}
+
 TEST(ContentExtension, ForwardsEveryResponseOnceThereIsACarousel) {
   const ScopedLogRecorder log;
   Expanded expanded;

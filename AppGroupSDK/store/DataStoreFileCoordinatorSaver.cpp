@@ -11,6 +11,8 @@ DataStoreFileCoordinatorSaver::DataStoreFileCoordinatorSaver(
     : fileCoordinator_(std::move(fileCoordinator)) {}
 
 bool DataStoreFileCoordinatorSaver::write(std::string_view bytes, const platform::URL& destination) const {
+  // What no read would take must not replace what one does.
+  if (bytes.size() > platform::kMaxFileContents) return false;
   const auto outcome = fileCoordinator_->coordinateWritingForReplacing(
       destination, [&](const platform::URL& file) { return platform::writeContents(bytes, file); });
   return outcome != platform::FileCoordinator::Outcome::failed;

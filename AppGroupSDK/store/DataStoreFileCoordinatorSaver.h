@@ -8,7 +8,7 @@
 namespace AppGroupSDK {
 
 // Reads and replaces files under file coordination. A write whose coordination is called off before it
-// reaches the file counts as written.
+// reaches the file counts as written; one of more bytes than a read takes (platform::kMaxFileContents) fails.
 class DataStoreFileCoordinatorSaver final : public DataStoreSaving {
  public:
   explicit DataStoreFileCoordinatorSaver(std::unique_ptr<const platform::FileCoordinator> fileCoordinator =

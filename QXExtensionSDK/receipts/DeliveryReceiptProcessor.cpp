@@ -20,16 +20,62 @@ using AppGroupSDK::FeatureFlagStatus;
 
 constexpr std::array kModules{ExtensionModuleName::mobileAppMessaging, ExtensionModuleName::quorixEngagement};
 
-// The modules of one push at work. Shared with what is still on its way when the processor has stopped
-// waiting.
+std::string flagText(const std::optional<AppGroupSDK::DeliveryReceiptConfig>& config) {
+  return config ? std::to_string(static_cast<std::int64_t>(config->featureFlag())) : "nil";
+}
+
+bool featureIsEnabled(const DeliveryReceiptConfigProviding& configuration) {
+  const auto config = configuration.deliveryReceiptConfig();
+  Logger::service().debug(LogCategory::deliveryReceipt,
+                          "Delivery Receipt feature flag is: ", flagText(config),
+                          " for configuration: ", configuration);
+  return config && config->featureFlag() == FeatureFlagStatus::enabled;
+}
+
+std::shared_ptr<DeliveryReceiptManaging> makeManager(ExtensionModuleName module,
+                                                     AppGroupSDK::AppIdProvider& appIdProvider) {
+  auto appId = appIdProvider.appIdForModule(module);
+  if (!featureIsEnabled(DeliveryReceiptConfigStore(module, appId))) return nullptr;
+  if (!appId) {
+    Logger::service().error(
+        LogCategory::deliveryReceipt,
+        "Unable to initialize DeliveryReceiptManagerProvider: No app ID found for module ",
+        stringValue(module));
+    return nullptr;
+  }
+  return DeliveryReceiptManagerProvider(module, *std::move(appId)).makeManager();
+}
+
+// The modules of one push at work. All that reads or writes the shared container runs on the queue, since
+// another process may hold the container for any time. Shared with what is still on its way when the
+// processor has stopped waiting.
 class StatusRun {
  public:
-  explicit StatusRun(DeliveryReceiptData data) : data_(std::move(data)) {}
+  StatusRun(DeliveryReceiptData data, AppGroupSDK::PNContextInfo context,
+            std::shared_ptr<const AppGroupSDK::ContextModuleChecking> contextModuleChecker,
+            std::shared_ptr<AppGroupSDK::AppIdProvider> appIdProvider)
+      : data_(std::move(data)),
+        context_(std::move(context)),
+        contextModuleChecker_(std::move(contextModuleChecker)),
+        appIdProvider_(std::move(appIdProvider)) {}
 
-  static void start(const std::shared_ptr<StatusRun>& run,
-                    const std::shared_ptr<DeliveryReceiptManaging>& manager) {
-    run->group_.enter();
-    run->queue_.async([run, manager] { storeAndSend(run, manager); });
+  static void start(const std::shared_ptr<StatusRun>& run) {
+    run->queue_.async(run->group_, [run] {
+      auto managers = run->makeManagers();
+      if (managers.empty()) {
+        Logger::service().debug(LogCategory::deliveryReceipt, "No delivery receipt managers available");
+        return;
+      }
+      // The last one needs no thread of its own.
+      const auto last = std::move(managers.back());
+      managers.pop_back();
+      for (const auto& manager : managers) {
+        run->group_.enter();
+        run->queue_.async([run, manager] { storeAndSend(run, *manager); });
+      }
+      run->group_.enter();
+      storeAndSend(run, *last);
+    });
   }
 
   bool wait(platform::Clock::TimePoint deadline) const { return group_.wait(deadline); }
@@ -41,14 +87,23 @@ class StatusRun {
   }
 
  private:
-  static void storeAndSend(const std::shared_ptr<StatusRun>& run,
-                           const std::shared_ptr<DeliveryReceiptManaging>& manager) {
-    const bool stored = manager->storeReceipt(run->data_);
+  std::vector<std::shared_ptr<DeliveryReceiptManaging>> makeManagers() {
+    std::vector<std::shared_ptr<DeliveryReceiptManaging>> managers;
+    for (const auto module : kModules) {
+      if (!contextModuleChecker_->shouldProceed(module, context_)) continue;
+      if (auto manager = makeManager(module, *appIdProvider_)) managers.push_back(std::move(manager));
+    }
+    return managers;
+  }
+
+  // In the group, which is left when the outcome is known.
+  static void storeAndSend(const std::shared_ptr<StatusRun>& run, DeliveryReceiptManaging& manager) {
+    const bool stored = manager.storeReceipt(run->data_);
     if (!stored) {
-      Logger::service().error(LogCategory::deliveryReceipt, "Failed to store receipt for manager: ", *manager,
+      Logger::service().error(LogCategory::deliveryReceipt, "Failed to store receipt for manager: ", manager,
                               " with result: ", stored);
     }
-    manager->sendReceipts([run, name = manager->description()](bool succeeded) {
+    manager.sendReceipts([run, name = manager.description()](bool succeeded) {
       if (succeeded) return run->group_.leave();
       Logger::service().error(LogCategory::deliveryReceipt,
                               "Failed to send delivery receipts using manager: ", name);
@@ -60,22 +115,21 @@ class StatusRun {
   }
 
   const DeliveryReceiptData data_;
+  const AppGroupSDK::PNContextInfo context_;
+  const std::shared_ptr<const AppGroupSDK::ContextModuleChecking> contextModuleChecker_;
+  const std::shared_ptr<AppGroupSDK::AppIdProvider> appIdProvider_;
   const platform::DispatchGroup group_;
   const platform::DispatchQueue queue_{"com.vtqx.status.queue",
                                        platform::DispatchQueue::Attribute::concurrent};
   bool someFailed_ = false;  // written in a barrier of queue_
 };
 
-std::string flagText(const std::optional<AppGroupSDK::DeliveryReceiptConfig>& config) {
-  return config ? std::to_string(static_cast<std::int64_t>(config->featureFlag())) : "nil";
-}
-
 }  // namespace
 
 DeliveryReceiptProcessor::DeliveryReceiptProcessor(
     std::unique_ptr<const AppGroupSDK::ContextModuleChecking> contextModuleChecker,
     AppGroupSDK::AppIdProvider appIdProvider, std::unique_ptr<const DeliveryReceiptDataParsing> dataParser)
-    : appIdProvider_(std::move(appIdProvider)),
+    : appIdProvider_(std::make_shared<AppGroupSDK::AppIdProvider>(std::move(appIdProvider))),
       contextModuleChecker_(std::move(contextModuleChecker)),
       dataParser_(std::move(dataParser)) {}
 
@@ -83,10 +137,11 @@ void DeliveryReceiptProcessor::process(
     const std::shared_ptr<const platform::UNNotificationRequest>& request,
     const std::shared_ptr<platform::UNMutableNotificationContent>& /*content*/,
     ProcessingCompletion completion) {
+  const auto deadline = platform::Clock::current().now() + timeoutIntervalForProcessing_;
   const platform::Dictionary userInfo =
       request->content != nullptr ? request->content->userInfo() : platform::Dictionary();
   if (isVtqxPush(userInfo)) {
-    run(userInfo);
+    run(userInfo, deadline);
   } else {
     logBackingOut(description());
   }
@@ -101,55 +156,25 @@ bool DeliveryReceiptProcessor::isVtqxPush(const platform::Dictionary& userInfo) 
 }
 
 bool DeliveryReceiptProcessor::isFeatureEnabled(const DeliveryReceiptConfigProviding& configuration) const {
-  const auto config = configuration.deliveryReceiptConfig();
-  Logger::service().debug(LogCategory::deliveryReceipt,
-                          "Delivery Receipt feature flag is: ", flagText(config),
-                          " for configuration: ", configuration);
-  return config && config->featureFlag() == FeatureFlagStatus::enabled;
+  return featureIsEnabled(configuration);
 }
 
-void DeliveryReceiptProcessor::run(const platform::Dictionary& userInfo) {
+void DeliveryReceiptProcessor::run(const platform::Dictionary& userInfo,
+                                   platform::Clock::TimePoint deadline) const {
   const Logger& logger = Logger::service();
-  const auto data = dataParser_->parse(userInfo);
+  auto data = dataParser_->parse(userInfo);
   if (!data) {
     logger.error(LogCategory::deliveryReceipt, "Missing required values to generate delivery receipt event");
     return;
   }
-  addManagers(userInfo);
-  if (managers_.empty()) {
-    logger.debug(LogCategory::deliveryReceipt, "No delivery receipt managers available");
-    return;
-  }
-  storeAndSend(*data);
-}
-
-void DeliveryReceiptProcessor::addManagers(const platform::Dictionary& userInfo) {
-  const auto context = AppGroupSDK::PNContextUtils::parseContextInfoFromUserInfo(userInfo);
-  for (const auto module : kModules) {
-    if (contextModuleChecker_->shouldProceed(module, context)) addManager(module);
-  }
-}
-
-void DeliveryReceiptProcessor::addManager(ExtensionModuleName module) {
-  auto appId = appIdProvider_.appIdForModule(module);
-  if (!isFeatureEnabled(DeliveryReceiptConfigStore(module, appId))) return;
-  if (!appId) {
-    Logger::service().error(
-        LogCategory::deliveryReceipt,
-        "Unable to initialize DeliveryReceiptManagerProvider: No app ID found for module ",
-        stringValue(module));
-    return;
-  }
-  managers_.push_back(DeliveryReceiptManagerProvider(module, *std::move(appId)).makeManager());
-}
-
-void DeliveryReceiptProcessor::storeAndSend(const DeliveryReceiptData& data) const {
-  const auto run = std::make_shared<StatusRun>(data);
-  for (const auto& manager : managers_) StatusRun::start(run, manager);
-  if (!run->wait(platform::Clock::current().now() + timeoutIntervalForProcessing_)) {
-    Logger::service().error(LogCategory::deliveryReceipt, "Delivery receipt processing timed out");
+  const auto run = std::make_shared<StatusRun>(
+      *std::move(data), AppGroupSDK::PNContextUtils::parseContextInfoFromUserInfo(userInfo),
+      contextModuleChecker_, appIdProvider_);
+  StatusRun::start(run);
+  if (!run->wait(deadline)) {
+    logger.error(LogCategory::deliveryReceipt, "Delivery receipt processing timed out");
   } else if (run->someFailed()) {
-    Logger::service().warn(LogCategory::deliveryReceipt, "Some delivery receipts failed");
+    logger.warn(LogCategory::deliveryReceipt, "Some delivery receipts failed");
   }
 }
 

@@ -4,14 +4,13 @@
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 #include "AppGroupSDK/context/AppIdProvider.h"
 #include "AppGroupSDK/context/ContextModuleChecker.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptConfigStore.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptDataParser.h"
-#include "QXExtensionSDK/receipts/DeliveryReceiptManaging.h"
 #include "QXExtensionSDK/runtime/AsyncProcessing.h"
+#include "platform/dispatch/Clock.h"
 
 namespace QXExtensionSDK {
 
@@ -32,8 +31,8 @@ class DeliveryReceiptProcessor final : public AsyncProcessing, public DeliveryRe
                            AppGroupSDK::AppIdProvider appIdProvider,
                            std::unique_ptr<const DeliveryReceiptDataParsing> dataParser);
 
-  // Blocks until every module is through, 22 seconds at most, and completes in any case. What is still on its
-  // way by then goes on without this object.
+  // Blocks until every module is through, 22 seconds at most from its call on, and completes in any case.
+  // What is still on its way by then goes on without this object.
   void process(const std::shared_ptr<const platform::UNNotificationRequest>& request,
                const std::shared_ptr<platform::UNMutableNotificationContent>& content,
                ProcessingCompletion completion) override;
@@ -43,17 +42,13 @@ class DeliveryReceiptProcessor final : public AsyncProcessing, public DeliveryRe
   bool isFeatureEnabled(const DeliveryReceiptConfigProviding& configuration) const override;
 
  private:
-  void run(const platform::Dictionary& userInfo);
-  void addManagers(const platform::Dictionary& userInfo);
-  void addManager(AppGroupSDK::ExtensionModuleName module);
-  void storeAndSend(const DeliveryReceiptData& data) const;
+  void run(const platform::Dictionary& userInfo, platform::Clock::TimePoint deadline) const;
 
   const std::chrono::seconds timeoutIntervalForProcessing_{22};
-  AppGroupSDK::AppIdProvider appIdProvider_;
-  const std::unique_ptr<const AppGroupSDK::ContextModuleChecking> contextModuleChecker_;
+  const std::shared_ptr<AppGroupSDK::AppIdProvider> appIdProvider_;
+  const std::shared_ptr<const AppGroupSDK::ContextModuleChecking> contextModuleChecker_;
   const std::unique_ptr<const DeliveryReceiptDataParsing> dataParser_;
   const UserInfoChanges userInfoChanges_;
-  std::vector<std::shared_ptr<DeliveryReceiptManaging>> managers_;
 };
 
 }  // namespace QXExtensionSDK

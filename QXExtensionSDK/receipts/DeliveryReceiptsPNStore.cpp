@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <span>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
@@ -14,8 +15,12 @@ namespace QXExtensionSDK {
 namespace {
 
 using AppGroupSDK::DataStoreStatus;
+using AppGroupSDK::DeliveryReceiptPNModel;
 using AppGroupSDK::DeliveryReceiptsModel;
 using AppGroupSDK::PNStatus;
+
+// Without what surrounds the receipts.
+constexpr std::size_t kRoomForReceipts = kMaxReceiptBytes - 64;
 
 std::int64_t rawValue(PNStatus status) {
   return static_cast<std::int64_t>(status);
@@ -35,6 +40,48 @@ std::unordered_set<std::string_view> uniqueIds(const Receipts& receipts) {
   return ids;
 }
 
+std::size_t sizeOf(const std::optional<std::string>& text) {
+  return text ? text->size() : 0;
+}
+
+// No receipt is longer in the file than this, every character being escaped.
+std::size_t largestSize(std::span<const DeliveryReceiptPNModel> receipts) {
+  constexpr std::size_t kNamesAndNumbers = 256;
+  constexpr std::size_t kLongestEscape = 6;
+  std::size_t size = kNamesAndNumbers;
+  for (const auto& receipt : receipts) {
+    const std::size_t texts = receipt.uuid().size() + receipt.messageId().size() +
+                              sizeOf(receipt.requestId()) + receipt.messageType().size() +
+                              sizeOf(receipt.propertyBag());
+    size += kNamesAndNumbers + kLongestEscape * texts;
+  }
+  return size;
+}
+
+// What the receipt takes in the file. One that cannot be encoded takes nothing: saving will tell.
+std::size_t encodedSize(const DeliveryReceiptPNModel& receipt) {
+  const auto encoded = platform::encodeJSON(receipt);
+  return encoded ? encoded->size() + 1 : 0;
+}
+
+bool fitsAlone(const DeliveryReceiptPNModel& receipt) {
+  return encodedSize(receipt) <= kRoomForReceipts;
+}
+
+Receipts newestThatFit(std::span<const DeliveryReceiptPNModel> receipts) {
+  Receipts fitting;
+  std::size_t room = kRoomForReceipts;
+  for (; !receipts.empty(); receipts = receipts.first(receipts.size() - 1)) {
+    const std::size_t size = encodedSize(receipts.back());
+    if (size > kRoomForReceipts) continue;
+    if (size > room) break;
+    room -= size;
+    fitting.push_back(receipts.back());
+  }
+  std::ranges::reverse(fitting);
+  return fitting;
+}
+
 }  // namespace
 
 DeliveryReceiptsPNStore::DeliveryReceiptsPNStore(
@@ -43,31 +90,50 @@ DeliveryReceiptsPNStore::DeliveryReceiptsPNStore(
     : store_(std::move(store)), file_(std::move(file)) {}
 
 const Receipts& DeliveryReceiptsPNStore::load() {
-  if (writesSeen_ != file_->writes) storedReceipts_.clear();
-  writesSeen_ = file_->writes;
-  if (!storedReceipts_.empty()) return storedReceipts_;
-  if (auto model = store_->fetchModuleScopedModelData().value()) storedReceipts_ = std::move(*model).pnData();
+  if (writesSeen_ != file_->writes || storedReceipts_.empty()) reload();
   if (storedReceipts_.empty()) log("No DeliveryReceipts in store");
   return storedReceipts_;
 }
 
+void DeliveryReceiptsPNStore::reload() {
+  writesSeen_ = file_->writes;
+  Receipts before = std::exchange(storedReceipts_, {});
+  if (auto model = store_->fetchModuleScopedModelData().value()) storedReceipts_ = std::move(*model).pnData();
+  std::erase_if(storedReceipts_,
+                [this](const auto& receipt) { return file_->acknowledged.contains(receipt.uuid()); });
+  for (auto& receipt : before) {
+    const std::string& id = receipt.uuid();
+    const bool isMissing =
+        ownIds_.contains(id) && !file_->acknowledged.contains(id) &&
+        std::ranges::find(storedReceipts_, id, &DeliveryReceiptPNModel::uuid) == storedReceipts_.end();
+    if (isMissing) storedReceipts_.push_back(std::move(receipt));
+  }
+}
+
 DataStoreStatus DeliveryReceiptsPNStore::save(const DeliveryReceiptsModel& model) {
-  const auto result = store_->saveModuleScopedModelData(model);
-  if (result == DataStoreStatus::success) writesSeen_ = ++file_->writes;
-  return result;
+  writesSeen_ = ++file_->writes;
+  return store_->saveModuleScopedModelData(model);
 }
 
 DataStoreStatus DeliveryReceiptsPNStore::saveAll() {
-  DeliveryReceiptsModel model(std::move(storedReceipts_));
-  const auto result = save(model);
-  storedReceipts_ = std::move(model).pnData();
-  return result;
+  return saveNewest(storedReceipts_.size());
 }
 
 DataStoreStatus DeliveryReceiptsPNStore::saveNewest(std::size_t count) {
-  if (count >= storedReceipts_.size()) return saveAll();
-  return save(DeliveryReceiptsModel(
-      Receipts(std::prev(storedReceipts_.end(), static_cast<std::ptrdiff_t>(count)), storedReceipts_.end())));
+  const std::span newest = std::span(storedReceipts_).last(std::min(count, storedReceipts_.size()));
+  if (newest.size() == storedReceipts_.size() && largestSize(newest) <= kMaxReceiptBytes) {
+    DeliveryReceiptsModel model(std::move(storedReceipts_));
+    const auto result = save(model);
+    storedReceipts_ = std::move(model).pnData();
+    return result;
+  }
+  Receipts fitting = newestThatFit(newest);
+  const std::size_t dropped = newest.size() - fitting.size();
+  if (dropped > 0) {
+    Logger::service().error(LogCategory::deliveryReceipt,
+                            "DeliveryReceipts dropped for want of room: ", dropped);
+  }
+  return save(DeliveryReceiptsModel(std::move(fitting)));
 }
 
 std::optional<Receipts> DeliveryReceiptsPNStore::fetchAllReceipts() {
@@ -83,7 +149,10 @@ DataStoreStatus DeliveryReceiptsPNStore::storeReceipts(const Receipts& receipts,
   const std::size_t carriedOver = receipts.empty() ? 0 : storedCount;
   log("All receipts count before storing any new receipt is ", carriedOver);
   storedReceipts_.insert(storedReceipts_.end(), receipts.begin(), receipts.end());
-  const auto result = saveNewest(std::min(carriedOver + receipts.size(), maxCount));
+  for (const auto& receipt : receipts) ownIds_.insert(receipt.uuid());
+  const auto saved = saveNewest(std::min(carriedOver + receipts.size(), maxCount));
+  const bool isWhole = largestSize(receipts) <= kMaxReceiptBytes || std::ranges::all_of(receipts, fitsAlone);
+  const auto result = isWhole ? saved : DataStoreStatus::writeFailed;
   log("DeliveryReceipts ", ReceiptListText{receipts}, " saved with result: ", result);
   return result;
 }
@@ -121,6 +190,7 @@ void DeliveryReceiptsPNStore::removeReceipts(const Receipts& receipts) {
   if (load().empty()) return log("No DeliveryReceipts to remove");
   const auto ids = uniqueIds(receipts);
   std::erase_if(storedReceipts_, [&ids](const auto& stored) { return ids.contains(stored.uuid()); });
+  for (const auto& receipt : receipts) file_->acknowledged.insert(receipt.uuid());
   const auto result = saveAll();
   log("DeliveryReceipts ", ReceiptListText{receipts}, " saved with result: ", result);
 }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <unordered_set>
 
 #include "AppGroupSDK/records/DeliveryReceiptsModelStore.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptStoring.h"
@@ -9,9 +12,16 @@
 
 namespace QXExtensionSDK {
 
+// The room of one module's list on disk. Read, parsed and taken apart it needs several times as much.
+inline constexpr std::size_t kMaxReceiptBytes = std::size_t{2} << 20;
+
 // The receipt list of one module, in the module-scoped record of the shared container. What has been read or
 // stored is kept in memory, untrimmed, and is what later calls go by; the file is read again only while the
-// list is empty, and after another run of this process has written it.
+// list is empty, and after another run of this process has written it. What this run itself has stored
+// outlives such a reading even if the file does not have it, its save having failed.
+//
+// No more than kMaxReceiptBytes are written: beyond, the oldest receipts are left out, as beyond the count.
+// A receipt that is larger by itself is never written, and pushes no other out.
 class DeliveryReceiptsPNStore final : public DeliveryReceiptStoring {
  public:
   // `file`: that of the record behind `store`.
@@ -31,10 +41,12 @@ class DeliveryReceiptsPNStore final : public DeliveryReceiptStoring {
   AppGroupSDK::DataStoreStatus save(const AppGroupSDK::DeliveryReceiptsModel& model);
   AppGroupSDK::DataStoreStatus saveAll();
   AppGroupSDK::DataStoreStatus saveNewest(std::size_t count);
+  void reload();
 
   const std::unique_ptr<const AppGroupSDK::DeliveryReceiptsModelStoreProtocol> store_;
   const std::shared_ptr<ReceiptFile> file_;
   Receipts storedReceipts_;
+  std::unordered_set<std::string> ownIds_;  // of the receipts that this run has stored
   std::uint64_t writesSeen_ = 0;
 };
 

@@ -11,7 +11,7 @@ std::vector<ResponseNode> MAMEventResponse::nodes() const {
 std::string MAMEventResponse::description() const {
   std::string text = DeliveryReceiptResponse::description();
   for (const ResponseNode& node : nodes()) {
-    text += ", node " + node.name.value_or("nil") + ": ";
+    text += ", node: ";
     text += node.response && node.response->status ? std::to_string(*node.response->status) : "nil";
   }
   return text;

@@ -80,8 +80,9 @@ std::optional<Dictionary> QXEDeliveryReceiptPayloadCreator::createPayload(const 
   const Sender sender = makeSender(appDeviceInfoProvider_->appDeviceInfo());
   ReceiptItems items(receipts.size());
   for (const auto& receipt : receipts) addItem(items, receipt, sender);
-  return Dictionary{{"applicationId", sender.applicationId.value_or("")},
-                    {"deviceId", sender.deviceId.value_or("")},
+  if (items.empty()) return std::nullopt;
+  return Dictionary{{"applicationId", *sender.applicationId},
+                    {"deviceId", *sender.deviceId},
                     {"nodes", std::move(items).nodes()}};
 }
 

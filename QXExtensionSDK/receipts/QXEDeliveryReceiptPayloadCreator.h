@@ -31,7 +31,7 @@ class QXEDeliveryReceiptPayloadCreator {
  public:
   explicit QXEDeliveryReceiptPayloadCreator(std::shared_ptr<AppDeviceInfoProviding> appDeviceInfoProvider);
 
-  // Nothing for no receipts. A receipt for which a value is not stored is skipped with an error line.
+  // A receipt for which a value is not stored is skipped with an error line. Nothing without any receipt.
   std::optional<platform::Dictionary> createPayload(const Receipts& receipts) const;
 
  private:

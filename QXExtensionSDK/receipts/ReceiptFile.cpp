@@ -2,6 +2,8 @@
 
 #include <map>
 
+#include "AppGroupSDK/store/Trimming.h"
+
 namespace QXExtensionSDK {
 
 std::shared_ptr<ReceiptFile> ReceiptFile::shared(AppGroupSDK::ExtensionModuleName module,
@@ -14,7 +16,9 @@ std::shared_ptr<ReceiptFile> ReceiptFile::shared(AppGroupSDK::ExtensionModuleNam
   static Registry& registry = *new Registry;
 
   const std::lock_guard lock(registry.mutex);
-  auto& known = registry.files[std::string(stringValue(module)).append("/").append(appId)];
+  // The file's name does without the blanks as well.
+  const auto name = AppGroupSDK::trimmingWhitespaceAndNewlines(appId);
+  auto& known = registry.files[std::string(stringValue(module)).append("/").append(name)];
   auto file = known.lock();
   if (file == nullptr) known = file = std::make_shared<ReceiptFile>();
   return file;

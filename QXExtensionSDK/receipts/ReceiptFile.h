@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "AppGroupSDK/context/ExtensionModuleName.h"
 
@@ -23,8 +24,11 @@ class ReceiptFile {
   // claiming them, removing receipts and giving them back. Guards everything below.
   std::recursive_mutex mutex;
 
-  // How often a run has written the file.
+  // How often a run has tried to write the file: a write that failed may have replaced it all the same.
   std::uint64_t writes = 0;
+
+  // The receipts that the back end has. They stay away even if the file, whose write failed, still has them.
+  std::unordered_set<std::string> acknowledged;
 
   // Marks a receipt as being sent by `sender`; false when it is being sent already.
   bool claim(const std::string& uuid, const void* sender);

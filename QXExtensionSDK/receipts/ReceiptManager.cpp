@@ -6,6 +6,14 @@
 
 namespace QXExtensionSDK {
 
+namespace {
+
+bool isWebAddress(const platform::URL& url) {
+  return (url.scheme() == "http" || url.scheme() == "https") && !url.host().empty();
+}
+
+}  // namespace
+
 ReceiptManager::ReceiptManager(std::string_view shortName,
                                std::shared_ptr<DeliveryReceiptRepository> repositoryManager,
                                std::unique_ptr<const DeliveryReceiptHandling> receiptHandler)
@@ -50,6 +58,7 @@ void ReceiptManager::sendReceipts(Receipts receipts, ReceiptCompletion completio
 std::optional<platform::URL> ReceiptManager::makeBaseURL(
     const std::optional<AppGroupSDK::AppDeviceInfo>& info) {
   auto baseURL = info ? platform::URL::parse(info->baseUrl()) : std::nullopt;
+  if (baseURL && !isWebAddress(*baseURL)) baseURL.reset();
   if (!baseURL) Logger::service().error(LogCategory::deliveryReceipt, "Base URL not available");
   return baseURL;
 }

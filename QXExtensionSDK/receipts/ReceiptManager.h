@@ -25,7 +25,7 @@ class ReceiptManager : public DeliveryReceiptManaging {
   ReceiptManager(std::string_view shortName, std::shared_ptr<DeliveryReceiptRepository> repositoryManager,
                  std::unique_ptr<const DeliveryReceiptHandling> receiptHandler);
 
-  // Nothing, after an error line, when none is stored or what is stored is no URL.
+  // Nothing, after an error line, when none is stored or what is stored is no web address.
   static std::optional<platform::URL> makeBaseURL(const std::optional<AppGroupSDK::AppDeviceInfo>& info);
 
  private:

@@ -2,11 +2,19 @@
 
 namespace QXExtensionSDK {
 
+namespace {
+
+std::string sizeText(const std::optional<std::string>& text) {
+  return text ? std::to_string(text->size()) + " bytes" : "nil";
+}
+
+}  // namespace
+
 std::string DeliveryReceiptResponse::description() const {
   std::string text = "code: ";
   text += code_ ? std::to_string(*code_) : "nil";
-  text += ", message: " + message_.value_or("nil");
-  text += ", requestId: " + requestId_.value_or("nil");
+  text += ", message: " + sizeText(message_);
+  text += ", requestId: " + sizeText(requestId_);
   text += body_ ? ", with a body" : ", without a body";
   return text;
 }

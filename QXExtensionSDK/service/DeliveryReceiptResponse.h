@@ -22,7 +22,8 @@ class DeliveryReceiptResponse {
   const std::optional<std::string>& requestId() const { return requestId_; }
   const std::optional<platform::Value>& body() const { return body_; }
 
-  // Code, message and request id; of the body only whether there is one.
+  // The code, the sizes of message and request id, and whether there is a body: a back end may echo what it
+  // was sent, and no token belongs in the log.
   virtual std::string description() const;
 
  protected:

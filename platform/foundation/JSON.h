@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -18,9 +19,13 @@ inline constexpr int kJSONDepthLimit = 512;
 // The writer goes a little deeper, so that what has been read can be shown inside something else.
 inline constexpr int kJSONWritingDepthLimit = kJSONDepthLimit + 8;
 
+// How much memory the tree of one text may take, the reader's own included; what an extension can spare. The
+// tree of an ordinary text is three times its size, that of the most wasteful one thirty times.
+inline constexpr std::size_t kJSONTreeLimit = std::size_t{16} << 20;
+
 // Reads one JSON text, strictly by RFC 8259: invalid UTF-8, byte order marks, lone surrogates, text after the
-// end, numbers beyond a double and too deep a nesting are errors. An integer beyond 64 bits becomes a
-// double; of equal keys the last counts. Any thread.
+// end, numbers beyond a double, too deep a nesting and a tree beyond kJSONTreeLimit are errors. An integer
+// beyond 64 bits becomes a double; of equal keys the last counts. Any thread.
 Result<Value> parseJSON(std::string_view text);
 
 // Writes a value whose every leaf JSON can hold; a Date, Data, a number that is not finite, text that is not

@@ -65,6 +65,7 @@ struct ValueArena::Storage : detail::Block {
   char* next = nullptr;
   char* end = nullptr;
   Chunk* further = nullptr;
+  std::size_t size = 0;
 };
 
 ValueArena::ValueArena(std::size_t expectedBytes) {
@@ -72,6 +73,7 @@ ValueArena::ValueArena(std::size_t expectedBytes) {
   storage_ = new (::operator new(sizeof(Storage) + room)) Storage;
   storage_->next = reinterpret_cast<char*>(storage_ + 1);
   storage_->end = storage_->next + room;
+  storage_->size = room;
 }
 
 ValueArena::~ValueArena() {
@@ -87,6 +89,7 @@ void* ValueArena::allocate(std::size_t size, std::size_t alignment) {
     storage_->further = chunk;
     storage_->next = reinterpret_cast<char*>(chunk + 1);
     storage_->end = storage_->next + room;
+    storage_->size += room;
     return allocate(size, alignment);
   }
   char* place = storage_->next + padding;
@@ -145,6 +148,10 @@ detail::RawValue ValueArena::dictionary(std::span<RawEntry> entries) {
     if (!replacedLater) new (place + count++) detail::Entry{entries[i].key, Value(entries[i].value)};
   }
   return {storage_, {.children = place}, checkedSize(count), tag(Value::Kind::dictionary)};
+}
+
+std::size_t ValueArena::size() const {
+  return storage_->size;
 }
 
 Value ValueArena::finish(const RawValue& root) && {

@@ -42,6 +42,9 @@ class ValueArena {
   // Sorts `entries` in place; of equal keys the last counts. Keys: from store() of this arena.
   RawValue dictionary(std::span<RawEntry> entries);
 
+  // The memory taken so far.
+  std::size_t size() const;
+
   // The finished tree. The arena must not be used afterwards.
   Value finish(const RawValue& root) &&;
 

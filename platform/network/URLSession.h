@@ -55,6 +55,10 @@ class URLSessionTask {
 // HTTP and HTTPS transfers that share connections. Making one is cheap; threads and files start with the
 // first transfer. Completions are called exactly once, on the session's own serial queue, also after the
 // session object is gone. Any thread may call.
+//
+// Up to 20 redirects are followed; to another origin, without the request's own headers. 307 and 308 keep
+// method and body. 301 and 302 make a POST a GET, and so does 303 with any method: when the request has a
+// body, which would be lost on the way, that redirect is not followed but is itself the answer.
 class URLSession {
  public:
   // The body is present whenever there is no error, empty when the answer had none.

@@ -1,9 +1,15 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
 
+#include "platform/dispatch/Activity.h"
 #include "platform/dispatch/Clock.h"
+#include "tests/support/Deadline.h"
 
 namespace support {
 
@@ -25,6 +31,47 @@ class ManualClock final : public platform::Clock {
  private:
   mutable std::mutex mutex_;
   TimePoint now_ = std::chrono::steady_clock::now();
+};
+
+// Installs a clock for a test. Before it goes, all that waits by it has ended.
+class InstalledManualClock {
+ public:
+  InstalledManualClock() = default;
+  ~InstalledManualClock() {
+    scope_.reset();
+    clock_.advance(std::chrono::hours(24));
+    platform::Activity::waitUntilNone(soon());
+  }
+  InstalledManualClock(const InstalledManualClock&) = delete;
+  InstalledManualClock& operator=(const InstalledManualClock&) = delete;
+
+  void advance(ManualClock::Duration duration) { clock_.advance(duration); }
+
+  // Moves it second by second until the condition holds, and tells how many that took. From the `expected`
+  // second on each is given time for what it sets off. Nothing when the condition does not come to hold.
+  template <typename Condition>
+  std::optional<int> secondsUntil(const Condition& condition, int expected) {
+    for (int second = 1; second <= expected + 10; ++second) {
+      clock_.advance(std::chrono::seconds(1));
+      const auto patience = std::chrono::milliseconds(second < expected ? 40 : 2000);
+      const auto end = std::chrono::steady_clock::now() + patience;
+      while (std::chrono::steady_clock::now() < end) {
+        if (condition()) return second;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+      }
+    }
+    return std::nullopt;
+  }
+
+ private:
+  // Never destroyed, so that a thread that still looks at it finds it.
+  ManualClock& clock_ = *clocks().emplace_back(std::make_unique<ManualClock>());
+  std::optional<platform::ScopedClock> scope_{std::in_place, clock_};
+
+  static std::vector<std::unique_ptr<ManualClock>>& clocks() {
+    static auto& all = *new std::vector<std::unique_ptr<ManualClock>>;
+    return all;
+  }
 };
 
 }  // namespace support

@@ -15,12 +15,13 @@ namespace {
 
 using linux_::FileDescriptor;
 using linux_::retryInterrupted;
+using linux_::retryScarce;
 
 // Without O_NONBLOCK, opening a pipe would wait for its other end.
 constexpr int kOpenFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
 
 FileDescriptor open(const std::string& path, int flags) {
-  return FileDescriptor(retryInterrupted([&] { return ::open(path.c_str(), flags | kOpenFlags, 0600); }));
+  return FileDescriptor(retryScarce([&] { return ::open(path.c_str(), flags | kOpenFlags, 0600); }));
 }
 
 // The file's size when it is a regular one.

@@ -23,6 +23,7 @@ namespace {
 
 using linux_::FileDescriptor;
 using linux_::retryInterrupted;
+using linux_::retryScarce;
 
 // One name serves a whole directory, since writers in it exclude each other. What bears it when a writer
 // starts was left by one that was killed.
@@ -45,7 +46,7 @@ std::optional<Target> makeTarget(const URL& url) {
 
 FileDescriptor openDirectory(const std::string& path) {
   return FileDescriptor(
-      retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+      retryScarce([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
 }
 
 // Holds the lock of a directory.
@@ -53,7 +54,7 @@ class DirectoryLock {
  public:
   DirectoryLock(const FileDescriptor& directory, int operation)
       : directory_(directory),
-        held_(retryInterrupted([&] { return ::flock(directory_.get(), operation); }) == 0) {}
+        held_(retryScarce([&] { return ::flock(directory_.get(), operation); }) == 0) {}
   // Unlocks in so many words: closing would not do while a forked child has a copy of the descriptor.
   ~DirectoryLock() {
     if (held_) ::flock(directory_.get(), LOCK_UN);
@@ -104,14 +105,18 @@ class StagingFile {
   FileDescriptor open(int flags) const {
     constexpr int kFlags = O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     return FileDescriptor(
-        retryInterrupted([&] { return ::openat(directory_.get(), kStagingName, flags | kFlags, 0600); }));
+        retryScarce([&] { return ::openat(directory_.get(), kStagingName, flags | kFlags, 0600); }));
   }
   // Opened again by name, since the accessor may have put another file there.
   bool synced() const {
     const FileDescriptor file = open(0);
     return file.valid() && retryInterrupted([&] { return ::fsync(file.get()); }) == 0;
   }
-  void remove() const { ::unlinkat(directory_.get(), kStagingName, 0); }
+  // An empty directory of that name goes too.
+  void remove() const {
+    if (::unlinkat(directory_.get(), kStagingName, 0) == 0 || errno != EISDIR) return;
+    ::unlinkat(directory_.get(), kStagingName, AT_REMOVEDIR);
+  }
 
   const FileDescriptor& directory_;
   bool made_ = false;

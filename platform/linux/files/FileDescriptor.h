@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 namespace platform::linux_ {
@@ -32,6 +34,22 @@ auto retryInterrupted(const Call& call) {
   while (true) {
     const auto result = call();
     if (result != -1 || errno != EINTR) return result;
+  }
+}
+
+inline bool isScarcity(int error) {
+  return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOLCK;
+}
+
+// Repeats a system call that fails for want of descriptors, memory or locks for up to half a second: a file
+// that cannot be opened for the moment must not pass for one that is not there.
+template <typename Call>
+auto retryScarce(const Call& call) {
+  constexpr int kAttempts = 50;
+  for (int attempt = 1;; ++attempt) {
+    const auto result = retryInterrupted(call);
+    if (result != -1 || !isScarcity(errno) || attempt == kAttempts) return result;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
 }
 

@@ -30,41 +30,48 @@ class TreeBuilder {
     members_.reserve(kUsualBreadth);
   }
 
+  // Whether it was stopped because the tree would be too large.
+  bool overLimit() const { return overLimit_; }
+
   Value finish() && { return std::move(arena_).finish(values_.front()); }
 
   bool on_document_begin(error_code&) { return true; }
   bool on_document_end(error_code&) { return true; }
 
   bool on_array_begin(error_code&) { return open(false); }
-  bool on_array_end(std::size_t count, error_code&) {
+  bool on_array_end(std::size_t count, error_code& failure) {
+    if (!hasRoom(count * sizeof(ValueArena::RawValue))) return stop(failure);
     const auto first = values_.end() - static_cast<std::ptrdiff_t>(count);
     const auto array = arena_.array({first, values_.end()});
     values_.erase(first, values_.end());
-    return close(array);
+    return close(array, failure);
   }
 
   bool on_object_begin(error_code&) { return open(true); }
-  bool on_object_end(std::size_t count, error_code&) {
+  bool on_object_end(std::size_t count, error_code& failure) {
+    if (!hasRoom(count * sizeof(ValueArena::RawEntry))) return stop(failure);
     const auto first = members_.end() - static_cast<std::ptrdiff_t>(count);
     const auto dictionary = arena_.dictionary({first, members_.end()});
     members_.erase(first, members_.end());
-    return close(dictionary);
+    return close(dictionary, failure);
   }
 
   bool on_key_part(std::string_view part, std::size_t, error_code&) { return keep(part); }
-  bool on_key(std::string_view rest, std::size_t, error_code&) {
+  bool on_key(std::string_view rest, std::size_t size, error_code& failure) {
+    if (!hasRoom(size) || !canGrow(members_)) return stop(failure);
     members_.push_back({joined(rest), ValueArena::null()});
     return true;
   }
   bool on_string_part(std::string_view part, std::size_t, error_code&) { return keep(part); }
-  bool on_string(std::string_view rest, std::size_t, error_code&) {
-    return place(arena_.string(joined(rest)));
+  bool on_string(std::string_view rest, std::size_t size, error_code& failure) {
+    if (!hasRoom(size)) return stop(failure);
+    return place(arena_.string(joined(rest)), failure);
   }
 
   // Only a text that comes in several pieces has numbers in parts.
   static bool on_number_part(std::string_view, error_code&) { return true; }
-  bool on_int64(std::int64_t value, std::string_view, error_code&) {
-    return place(ValueArena::integer(value));
+  bool on_int64(std::int64_t value, std::string_view, error_code& failure) {
+    return place(ValueArena::integer(value), failure);
   }
   bool on_uint64(std::uint64_t, std::string_view digits, error_code& failure) {
     return on_double(0, digits, failure);
@@ -80,11 +87,11 @@ class TreeBuilder {
       failure = error::exponent_overflow;
       return false;
     }
-    return place(ValueArena::number(exact));
+    return place(ValueArena::number(exact), failure);
   }
 
-  bool on_bool(bool value, error_code&) { return place(ValueArena::boolean(value)); }
-  bool on_null(error_code&) { return place(ValueArena::null()); }
+  bool on_bool(bool value, error_code& failure) { return place(ValueArena::boolean(value), failure); }
+  bool on_null(error_code& failure) { return place(ValueArena::null(), failure); }
 
   static bool on_comment_part(std::string_view, error_code&) { return true; }
   static bool on_comment(std::string_view, error_code&) { return true; }
@@ -96,17 +103,34 @@ class TreeBuilder {
     insideObject_[++depth_] = object;
     return true;
   }
-  bool close(const ValueArena::RawValue& container) {
+  bool close(const ValueArena::RawValue& container, error_code& failure) {
     --depth_;
-    return place(container);
+    return place(container, failure);
   }
-  bool place(const ValueArena::RawValue& value) {
+  bool place(const ValueArena::RawValue& value, error_code& failure) {
     if (insideObject_[depth_]) {
       members_.back().value = value;
-    } else {
-      values_.push_back(value);
+      return true;
     }
+    if (!canGrow(values_)) return stop(failure);
+    values_.push_back(value);
     return true;
+  }
+
+  std::size_t used() const {
+    return arena_.size() + values_.capacity() * sizeof(values_[0]) +
+           members_.capacity() * sizeof(members_[0]);
+  }
+  bool hasRoom(std::size_t size) const { return used() + size <= kJSONTreeLimit; }
+  // A full stack moves to one of twice its size.
+  template <typename Element>
+  bool canGrow(const std::vector<Element>& stack) const {
+    return stack.size() < stack.capacity() || hasRoom(2 * stack.capacity() * sizeof(Element));
+  }
+  bool stop(error_code& failure) {
+    overLimit_ = true;
+    failure = error::array_too_large;
+    return false;
   }
 
   bool keep(std::string_view part) {
@@ -125,6 +149,7 @@ class TreeBuilder {
   std::string pending_;
   std::array<bool, kJSONDepthLimit + 1> insideObject_{};
   std::size_t depth_ = 0;
+  bool overLimit_ = false;
 };
 
 boost::json::parse_options strictOptions() {
@@ -140,6 +165,7 @@ Result<Value> parseJSON(std::string_view text) {
   error_code failure;
   const std::size_t used = parser.write_some(false, text.data(), text.size(), failure);
   if (!failure && used < text.size()) failure = error::extra_data;
+  if (parser.handler().overLimit()) return Error{"the JSON text needs more than 16 MB"};
   if (failure) return Error{failure.message()};
   return std::move(parser.handler()).finish();
 }

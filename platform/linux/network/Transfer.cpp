@@ -253,7 +253,10 @@ int Transfer::statusCode() const {
 }
 
 std::optional<std::string> Transfer::redirectTarget() const {
-  if (!isRedirect(statusCode())) return std::nullopt;
+  const int status = statusCode();
+  if (!isRedirect(status)) return std::nullopt;
+  // The body would be lost: that is for the caller to know.
+  if (request_.httpBody && becomesGet(status, request_.httpMethod)) return std::nullopt;
   const auto location = std::find_if(headers_.begin(), headers_.end(), [](const auto& header) {
     return sameHeaderName(header.first, "Location");
   });
@@ -293,10 +296,7 @@ std::optional<URLError> Transfer::follow(const std::string& target, int status) 
     request_.removeHeadersExcept({"Content-Type", "User-Agent"});
   }
   request_.url = *std::move(next);
-  if (becomesGet(status, request_.httpMethod)) {
-    request_.httpMethod = "GET";
-    request_.httpBody.reset();
-  }
+  if (becomesGet(status, request_.httpMethod)) request_.httpMethod = "GET";
   return prepareHop();
 }
 

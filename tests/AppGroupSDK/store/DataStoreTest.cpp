@@ -9,6 +9,7 @@
 #include "AppGroupSDK/records/FeatureConfigDetailStore.h"
 #include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
 #include "AppGroupSDK/store/DataStoreFileCoordinatorSaver.h"
+#include "platform/files/FileContents.h"
 #include "tests/AppGroupSDK/HostBundle.h"
 
 namespace AppGroupSDK {
@@ -117,6 +118,15 @@ class RefusingCoordinator final : public platform::FileCoordinator {
   }
   void coordinateReading(const URL&, const ReadingAccessor&) const override {}
 };
+
+TEST(FileCoordinatorSaver, WritesNothingThatItCouldNotRead) {
+  const support::HostBundle host;
+  const auto file = URL::file(host.file("record"));
+  const std::string largest(platform::kMaxFileContents, 'x');
+  EXPECT_TRUE(DataStoreFileCoordinatorSaver().write(largest, file));
+  EXPECT_FALSE(DataStoreFileCoordinatorSaver().write(largest + "y", file));
+  EXPECT_EQ(DataStoreFileCoordinatorSaver().read(file)->size(), largest.size());
+}
 
 TEST(FileCoordinatorSaver, CountsAWriteThatIsCalledOffAsWritten) {
   const support::HostBundle host;

@@ -43,8 +43,8 @@ class ReceiptRequestTest : public testing::Test {
   std::vector<Request> requests_;
 };
 
-const auto kTimestamp = testing::MatchesRegex(
-    "[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z");
+const auto kTimestamp =
+    testing::MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z");
 
 TEST_F(ReceiptRequestTest, TheEngagementModulePostsAnalyticEvents) {
   ReceiptHost::put(kQXE, {receipt(1), {"uuid-2", "m2", "", "t", 1e300, std::nullopt, PNStatus::failed}});
@@ -114,7 +114,7 @@ TEST_F(ReceiptRequestTest, TheAppMessagingModulePostsEngagementEvents) {
   const Value& event = *items[0].find("event");
   EXPECT_EQ(event.dictionary()->size(), 7U);
   EXPECT_EQ(text(event, "eventId").size(), 36U);
-  EXPECT_EQ(text(event, "sessionId"), "session-1");
+  EXPECT_EQ(text(event, "sessionId"), "session-secret");
   EXPECT_EQ(text(event, "category"), "engagement");
   EXPECT_EQ(text(event, "messageId"), "m1");
   EXPECT_THAT(text(event, "receiptDateUtc"), kTimestamp);
@@ -242,6 +242,9 @@ TEST_F(ReceiptRequestTest, AMissingValueAbandonsTheSendAndKeepsTheReceipts) {
         "Failed to send delivery receipts using manager: QXEDeliveryReceiptManager"}},
       {"engagement with an empty token", device(base, "", "t", "s"), 1, {"AccessToken not available"}},
       {"no URL", device("", "s", "t", "s"), 3, {"Base URL not available", abandoned}},
+      {"no absolute URL", device("foo", "s", "t", "s"), 3, {"Base URL not available", abandoned}},
+      {"no host", device("http:///x", "s", "t", "s"), 3, {"Base URL not available", abandoned}},
+      {"no web address", device("ftp://127.0.0.1/", "s", "t", "s"), 3, {"Base URL not available", abandoned}},
       {"messaging without a tenant",
        device(base, "s", nullptr, "s"),
        2,
@@ -254,8 +257,8 @@ TEST_F(ReceiptRequestTest, AMissingValueAbandonsTheSendAndKeepsTheReceipts) {
       {"no record",
        std::nullopt,
        3,
-       {"DeliveryReceiptEvent creation failure: applicationId is missing", "AccessToken not available",
-        "Base URL not available", "MAMDeliveryReceiptEvent creation failure: deviceId is missing"}}};
+       {"DeliveryReceiptEvent creation failure: applicationId is missing",
+        "MAMDeliveryReceiptEvent creation failure: deviceId is missing"}}};
   for (const Case& one : cases) {
     SCOPED_TRACE(one.name);
     std::filesystem::remove(host_.bundle().file("com.veltro.qx.extensionsdk.appDeviceInfo.data"));

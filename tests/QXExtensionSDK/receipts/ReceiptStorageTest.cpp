@@ -12,6 +12,8 @@ namespace {
 
 using AppGroupSDK::DataStoreStatus;
 
+constexpr auto kFile = "com.veltro.qx.extensionsdk.deliveryReceipt.quorixEngagement.qxe-app.data";
+
 class ReceiptStorageTest : public testing::Test {
  protected:
   ReceiptStorageTest() { Logger::setGlobalLoglevel(0); }
@@ -39,7 +41,7 @@ TEST_F(ReceiptStorageTest, TheThreeHundredAndFirstPushesTheOldestOutOfTheFileOnl
 }
 
 TEST_F(ReceiptStorageTest, WhatASendChangesIsTheWholeListInMemory) {
-  for (const bool succeeded : {true, false}) {
+  for (const bool succeeded : {false, true}) {
     put(receipts(1, 300));
     auto repository = makeRepository();
     ASSERT_EQ(repository.storeReceipt("m", std::nullopt, "t", std::nullopt), DataStoreStatus::success);
@@ -125,8 +127,7 @@ TEST_F(ReceiptStorageTest, AReceiptCarriesThePushsIdentity) {
 }
 
 TEST_F(ReceiptStorageTest, AFileThatCannotBeReadCountsAsNoReceipts) {
-  host_.bundle().write("com.veltro.qx.extensionsdk.deliveryReceipt.quorixEngagement.qxe-app.data",
-                       R"({"pnData":[{"uuid":"u"}]})");
+  host_.bundle().write(kFile, R"({"pnData":[{"uuid":"u"}]})");
   auto repository = makeRepository();
   EXPECT_EQ(repository.fetchPendingReceipts(), std::nullopt);
   EXPECT_EQ(repository.storeReceipt("m", std::nullopt, "t", std::nullopt), DataStoreStatus::success);
@@ -150,6 +151,74 @@ TEST_F(ReceiptStorageTest, RunsOfOneProcessNeitherOverwriteNorRepeatEachOther) {
   // What was given back, and what a run that is gone had taken, is offered again.
   { EXPECT_TRUE(makeRepository().fetchPendingReceipts()); }
   EXPECT_TRUE(first.fetchPendingReceipts());
+}
+
+DeliveryReceiptPNModel largeReceipt(int number, std::size_t size) {
+  auto large = receipt(number);
+  large.setPropertyBag(std::string(size, 'x'));
+  return large;
+}
+
+TEST_F(ReceiptStorageTest, TheListNeverOutgrowsWhatCanBeReadAgain) {
+  for (int number = 1; number <= 100; ++number) {
+    EXPECT_EQ(makeStore()->storeReceipts({largeReceipt(number, 200'000)}, maxStoredReceipts),
+              DataStoreStatus::success);
+  }
+  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(91, 100)));
+  EXPECT_TRUE(log_->has("DeliveryReceipts dropped for want of room: 1"));
+  // A status change writes the untrimmed memory.
+  const auto store = makeStore();
+  store->storeReceipts({largeReceipt(101, 200'000)}, maxStoredReceipts);
+  EXPECT_EQ(store->updateStatus(receipts(91, 101), PNStatus::failed), DataStoreStatus::success);
+  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(92, 101)));
+}
+
+TEST_F(ReceiptStorageTest, AReceiptBeyondAllBoundsIsSentButPushesNoOtherOut) {
+  put(receipts(1, 3));
+  const auto store = makeStore();
+  EXPECT_EQ(store->storeReceipts({largeReceipt(4, kMaxReceiptBytes)}, maxStoredReceipts),
+            DataStoreStatus::writeFailed);
+  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(1, 3)));
+  EXPECT_EQ(messageIds(*store->fetchReceipts(PNStatus::pending)), messageIds(receipts(1, 4)));
+}
+
+TEST_F(ReceiptStorageTest, AReceiptWhoseSaveFailedOutlivesTheSavesOfOtherRuns) {
+  // The file cannot be written while its name is a link.
+  const auto file = host_.bundle().file(kFile);
+  std::filesystem::create_symlink("elsewhere", file);
+  auto first = makeRepository();
+  ASSERT_EQ(first.storeReceipt("a", std::nullopt, "t", std::nullopt), DataStoreStatus::writeFailed);
+  std::filesystem::remove(file);
+
+  auto second = makeRepository();
+  ASSERT_EQ(second.storeReceipt("b", std::nullopt, "t", std::nullopt), DataStoreStatus::success);
+  const auto ofSecond = second.fetchPendingReceipts();
+  EXPECT_EQ(messageIds(*ofSecond), std::vector<std::string>{"b"});
+  const auto ofFirst = first.fetchPendingReceipts();
+  ASSERT_TRUE(ofFirst);
+  EXPECT_EQ(messageIds(*ofFirst), std::vector<std::string>{"a"});
+  second.handleSendResult(true, *ofSecond, [](bool) {});
+  first.handleSendResult(false, *ofFirst, [](bool) {});
+  ASSERT_EQ(messageIds(onDisk()), std::vector<std::string>{"a"});
+  EXPECT_EQ(onDisk()[0].status(), PNStatus::failed);
+}
+
+TEST_F(ReceiptStorageTest, WhatIsAcknowledgedIsNotSentAgainWhenItsRemovalCouldNotBeSaved) {
+  put(receipts(1, 2));
+  const auto file = host_.bundle().file(kFile);
+  auto first = makeRepository();
+  const auto batch = first.fetchPendingReceipts();
+  std::filesystem::rename(file, file + ".away");
+  std::filesystem::create_symlink("elsewhere", file);
+  first.handleSendResult(true, *batch, [](bool) {});
+  std::filesystem::rename(file + ".away", file);
+  EXPECT_EQ(onDisk().size(), 2U);
+  EXPECT_EQ(makeRepository().fetchPendingReceipts(), std::nullopt);
+}
+
+TEST_F(ReceiptStorageTest, OneFileIsOneWhateverBlanksSurroundTheApplicationId) {
+  EXPECT_EQ(ReceiptFile::shared(kQXE, " " + appIdOf(kQXE) + "\n"), file_);
+  EXPECT_NE(ReceiptFile::shared(kMAM, appIdOf(kQXE)), file_);
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ inline constexpr auto kMAM = ExtensionModuleName::mobileAppMessaging;
 
 // The values that must not be seen by anybody but the back end.
 inline const std::vector<std::string> kSecrets{"access-secret", "subscriber-secret", "tenant-secret",
-                                               "mam-app-secret"};
+                                               "mam-app-secret", "session-secret"};
 
 inline std::string appIdOf(ExtensionModuleName module) {
   return module == kMAM ? "mam-app-secret" : "qxe-app";
@@ -46,8 +46,8 @@ class ReceiptHost {
   }
 
   static AppGroupSDK::AppDeviceInfo device(const std::string& baseUrl) {
-    return {baseUrl,         "app-1",    "device-1", "access-secret", "5.2.0", "subscriber-secret",
-            "tenant-secret", "session-1"};
+    return {baseUrl,         "app-1",         "device-1", "access-secret", "5.2.0", "subscriber-secret",
+            "tenant-secret", "session-secret"};
   }
   static void setDevice(const std::string& baseUrl) {
     AppGroupSDK::AppDeviceInfoStore().saveModelData(device(baseUrl));

@@ -128,10 +128,10 @@ std::vector<std::string> send(const TestRequest& request, std::string answer) {
 
 TEST(ServiceManagerTest, CompletesFirstAndLogsAfterwards) {
   TestRequest request;
-  EXPECT_EQ(
-      send(request, R"({"code":3000.0,"message":"m","requestId":null,"body":[1],"other":1})"),
-      (std::vector<std::string>{
-          "success", "debug ServiceManager success code: 3000, message: m, requestId: nil, with a body"}));
+  EXPECT_EQ(send(request, R"({"code":3000.0,"message":"m","requestId":null,"body":[1],"other":1})"),
+            (std::vector<std::string>{
+                "success",
+                "debug ServiceManager success code: 3000, message: 1 bytes, requestId: nil, with a body"}));
   EXPECT_EQ(send(request, R"({"code":1.5})"),
             (std::vector<std::string>{
                 "Error decoding data /code: expected an integer, found a fraction.",

@@ -1,11 +1,15 @@
 #include "platform/files/FileContents.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
 
+#include "platform/files/FileCoordinator.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace platform {
@@ -59,6 +63,23 @@ TEST_F(FileContents, RefusesFilesTooLargeForARecord) {
   directory_.write("record", "x");
   std::filesystem::resize_file(directory_.path("record"), kMaxFileContents + 1);
   EXPECT_FALSE(readContents(file("record")));
+}
+
+TEST_F(FileContents, WaitsOutAPassingWantOfDescriptors) {
+  directory_.write("record", "x");
+  rlimit usual{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+  rlimit none = usual;
+  none.rlim_cur = 0;
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  std::thread relief([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    ::setrlimit(RLIMIT_NOFILE, &usual);
+  });
+  std::optional<Data> read;
+  FileCoordinator().coordinateReading(file("record"), [&](const URL& url) { read = readContents(url); });
+  relief.join();
+  EXPECT_EQ(read, Data("x"));
 }
 
 TEST_F(FileContents, IsNotFooledByANulInAName) {

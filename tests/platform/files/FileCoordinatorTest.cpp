@@ -113,6 +113,12 @@ TEST_F(FileCoordinatorTest, RemovesWhatAKilledWriterLeft) {
   EXPECT_EQ(names().size(), 2U);
 }
 
+TEST_F(FileCoordinatorTest, ADirectoryInTheWayOfTheStagingFileGoes) {
+  std::filesystem::create_directory(path(".coordinated-write"));
+  EXPECT_EQ(replace("record", "new"), Outcome::replaced);
+  EXPECT_EQ(names(), std::vector<std::string>{"record"});
+}
+
 TEST_F(FileCoordinatorTest, FailsWhereNothingCanBeWritten) {
   std::filesystem::create_directory(path("directory"));
   EXPECT_EQ(replace("directory", "x"), Outcome::failed);

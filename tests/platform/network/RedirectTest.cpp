@@ -35,9 +35,8 @@ URLRequest secretPost(const std::string& url) {
   return request;
 }
 
-TEST(RedirectTest, MethodAndBodyFollowTheStatus) {
-  const std::pair<int, bool> table[] = {{301, false}, {302, false}, {303, false}, {307, true}, {308, true}};
-  for (const auto& [status, kept] : table) {
+TEST(RedirectTest, NoneLosesTheBodyOnItsWay) {
+  for (const int status : {307, 308}) {
     LoopbackServer server = redirecting(status);
     URLSession session({});
     const auto outcome = load(session, secretPost(server.url("/to?/final")));
@@ -45,9 +44,33 @@ TEST(RedirectTest, MethodAndBodyFollowTheStatus) {
     EXPECT_EQ(outcome.response->url().absoluteString(), server.url("/final"));
     const Request last = server.requests().at(1);
     EXPECT_EQ(last.path, "/final");
-    EXPECT_EQ(last.method, kept ? "POST" : "GET") << status;
-    EXPECT_EQ(last.body, kept ? "body" : "") << status;
+    EXPECT_EQ(last.method, "POST") << status;
+    EXPECT_EQ(last.body, "body") << status;
     EXPECT_EQ(last.header("Authorization"), "token");
+  }
+  for (const int status : {301, 302, 303}) {
+    LoopbackServer server = redirecting(status);
+    URLSession session({});
+    const auto outcome = load(session, secretPost(server.url("/to?/final")));
+    EXPECT_EQ(outcome.status(), status);
+    EXPECT_EQ(outcome.data, Data("moved"));
+    EXPECT_EQ(server.requests().size(), 1U);
+  }
+}
+
+TEST(RedirectTest, WithoutABodyEveryStatusIsFollowed) {
+  const std::pair<int, const char*> table[] = {
+      {301, "GET"}, {302, "GET"}, {303, "GET"}, {307, "POST"}, {308, "POST"}};
+  for (const auto& [status, method] : table) {
+    LoopbackServer server = redirecting(status);
+    URLSession session({});
+    URLRequest request = secretPost(server.url("/to?/final"));
+    request.httpBody.reset();
+    EXPECT_EQ(load(session, request).status(), 200);
+    EXPECT_EQ(server.requests().at(1).method, method) << status;
+    request = requestTo(server.url("/to?/final"));
+    EXPECT_EQ(load(session, request).status(), 200);
+    EXPECT_EQ(server.requests().at(3).method, "GET") << status;
   }
 }
 

@@ -34,8 +34,7 @@ class TimeoutTest : public testing::Test {
     return exchange;
   }
 
-  support::ManualClock clock_;
-  ScopedClock installed_{clock_};
+  support::InstalledManualClock clock_;
 };
 
 TEST_F(TimeoutTest, SilenceEndsInTheShorterOfTheTwoLimits) {

@@ -12,8 +12,8 @@ struct PropertyListLimits {
 };
 
 // True when every container of a binary property list refers to objects that exist, every key is text without
-// a NUL, and the tree that the references unfold to keeps to the limits. A few hundred bytes of shared references can unfold to billions
-// of nodes, and no reader should find out by building them.
+// a NUL, and the tree that the references unfold to keeps to the limits. A few hundred bytes of shared
+// references can unfold to billions of nodes, and no reader should find out by building them.
 bool unfoldsWithin(std::string_view binaryPropertyList, const PropertyListLimits& limits);
 
 }  // namespace platform

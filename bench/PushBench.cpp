@@ -27,17 +27,16 @@ constexpr std::size_t kBufferSize = 65536;
 std::string makeRichFeatures(std::size_t size) {
   std::string text = R"({"vt":{"t":"0","tms":3000,"s":{"bgc":"E5E5E5"},"it":[)";
   for (int panel = 0; text.size() < size - 250; ++panel) {
-    if (panel > 0) text += ',';
     const std::string number = std::to_string(panel);
-    text += R"({"id":"panel-)" + number + R"(","md":{"at":{"tx":"A view of place )" + number +
-            R"("}},"ti":{"tx":"Title number )" + number +
-            R"( of many","s":{"fc":"2E2E2E","fz":"L","an":"C"}},"sti":{"tx":"Caf\u00e9 and more"},)"
-            R"("ac":[{"t":"2","ul":"https://example.com/offer?id=)" +
-            number + R"("}]})";
+    text.append(panel > 0 ? "," : "").append(R"({"id":"panel-)").append(number);
+    text.append(R"(","md":{"at":{"tx":"A view of place )").append(number);
+    text.append(R"("}},"ti":{"tx":"Title number )").append(number);
+    text.append(R"( of many","s":{"fc":"2E2E2E","fz":"L","an":"C"}},"sti":{"tx":"Caf\u00e9 and more"},)");
+    text.append(R"("ac":[{"t":"2","ul":"https://example.com/offer?id=)").append(number).append(R"("}]})");
   }
-  text += R"(],"pad":")";
+  text.append(R"(],"pad":")");
   text.append(size - text.size() - 3, 'x');
-  return text + R"("}})";
+  return text.append(R"("}})");
 }
 
 std::string deflateBase64(const std::string& text) {

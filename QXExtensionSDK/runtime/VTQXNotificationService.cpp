@@ -32,6 +32,7 @@ VTNotificationServiceConfig VTQXNotificationService::vtqxProvideConfig() {
 void VTQXNotificationService::vtqxDidReceiveRequest(
     const std::shared_ptr<const platform::UNNotificationRequest>& /*request*/,
     const std::shared_ptr<platform::UNMutableNotificationContent>& /*mutableContent*/,
+    // By value, since most overriding hooks keep it.  NOLINTNEXTLINE(performance-unnecessary-value-param)
     ClientContentHandler contentHandler) {
   Logger::service().debug(LogCategory::serviceGeneral, "VTQXNotificationService vtqxDidReceiveRequest start");
   contentHandler(std::nullopt);

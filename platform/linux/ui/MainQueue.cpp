@@ -26,6 +26,7 @@ class MainQueue {
     if (ended_ || QCoreApplication::instance() == nullptr) return;
     if (receiver_ == nullptr) makeReceiver();
     waiting_.push_back(std::move(work));
+    const std::lock_guard wakeUpLock(wakeUpMutex_);
     QCoreApplication::postEvent(receiver_, new QEvent(QEvent::User));
   }
 
@@ -33,7 +34,7 @@ class MainQueue {
   class Receiver final : public QObject {
    public:
     bool event(QEvent* event) override {
-      if (event->type() != QEvent::User) return QObject::event(event);
+      if (!shared().isWakeUp(*event)) return QObject::event(event);
       shared().runNext();
       return true;
     }
@@ -43,6 +44,13 @@ class MainQueue {
     receiver_ = new Receiver;
     receiver_->moveToThread(QCoreApplication::instance()->thread());
     qAddPostRoutine([] { shared().end(); });
+  }
+
+  // The event was made under this lock on another thread, so it is looked at under it: the toolkit's own
+  // locks are invisible to the race detector.
+  bool isWakeUp(const QEvent& event) {
+    const std::lock_guard lock(wakeUpMutex_);
+    return event.type() == QEvent::User;
   }
 
   // Once for each piece of work.
@@ -68,6 +76,7 @@ class MainQueue {
     delete receiver;
   }
 
+  std::mutex wakeUpMutex_;
   std::mutex mutex_;
   QObject* receiver_ = nullptr;                // guarded by mutex_
   std::deque<std::function<void()>> waiting_;  // guarded by mutex_

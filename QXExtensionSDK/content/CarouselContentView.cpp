@@ -98,6 +98,9 @@ void CarouselContentView::mouseReleaseEvent(QMouseEvent* event) {
   tapped();
 }
 
+// The second press of what was one tap already.
+void CarouselContentView::mouseDoubleClickEvent(QMouseEvent* /*event*/) {}
+
 void CarouselContentView::keyPressEvent(QKeyEvent* event) {
   showsFocus_ = true;
   update();

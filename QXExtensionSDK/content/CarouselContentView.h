@@ -29,12 +29,15 @@ class CarouselContentView final : public QWidget {
   // Puts the panel in place of the one before; on a visible screen it slides in from where it comes. The
   // panel stands at its place at once for anyone who asks or draws it without a screen.
   void showPanel(std::shared_ptr<CarouselPanelView> panel, PanelChange change);
+  // Null before the first.
+  const std::shared_ptr<CarouselPanelView>& currentPanelView() const { return panel_; }
   bool isSliding() const { return slide_.state() == QAbstractAnimation::Running; }
 
  protected:
   void paintEvent(QPaintEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;

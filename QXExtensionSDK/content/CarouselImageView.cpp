@@ -80,6 +80,8 @@ CarouselImageView::CarouselImageView(std::shared_ptr<platform::URLSession> sessi
       altTextLabel_(new platform::UILabel(kAltTextLines, this)) {
   setAttribute(Qt::WA_TransparentForMouseEvents);
   platform::setAccessibility(*this, {QAccessible::Graphic, {}});
+  // It is the image's name.
+  platform::setAccessibility(*altTextLabel_, {.role = QAccessible::StaticText, .isElement = false});
   altTextLabel_->hide();
   updateAppearance();
 }
@@ -210,6 +212,8 @@ void CarouselImageView::paintEvent(QPaintEvent* /*event*/) {
   painter.fillPath(frame, backgroundColor_);
   if (image_.style() == Qt::TexturePattern) {
     const QSizeF pixels = image_.texture().size();
+    const bool isAsDecoded = pixels == QSizeF(size()) * devicePixelRatioF();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, !isAsDecoded);
     image_.setTransform(QTransform::fromScale(width() / pixels.width(), height() / pixels.height()));
     painter.fillPath(frame, image_);
   }

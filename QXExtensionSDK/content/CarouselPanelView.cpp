@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "QXExtensionSDK/content/ViewConversions.h"
+#include "platform/ui/Accessibility.h"
 #include "platform/ui/Appearance.h"
 
 namespace QXExtensionSDK {
@@ -32,10 +33,14 @@ int textHeight(const std::optional<TextComponent>& text, int width, int numberOf
                                           numberOfLines);
 }
 
-int textHeight(const PanelItemComponent& panel, int width) {
-  const int title = textHeight(panel.title, width, kTitleLines);
-  const int subTitle = textHeight(panel.subTitle, width, kSubTitleLines);
-  return title + subTitle + (title > 0 && subTitle > 0 ? kTextSpacing : 0);
+int textWidth(int panelWidth) {
+  return std::max(0, panelWidth - 2 * kTextMargin);
+}
+
+// Below the top of the texts.
+int subTitleTop(const PanelTextLayout& layout) {
+  const bool hasBoth = layout.titleHeight > 0 && layout.subTitleHeight > 0;
+  return layout.titleHeight + (hasBoth ? kTextSpacing : 0);
 }
 
 void configureOrHide(platform::UILabel& label, const std::optional<TextComponent>& component) {
@@ -53,23 +58,38 @@ CarouselPanelView::CarouselPanelView(std::shared_ptr<platform::URLSession> sessi
       titleLabel_(new platform::UILabel(kTitleLines, this)),
       subTitleLabel_(new platform::UILabel(kSubTitleLines, this)) {
   setAttribute(Qt::WA_TransparentForMouseEvents);
+  // The texts are the name of the button that the panel stands in.
+  for (QWidget* label : {titleLabel_, subTitleLabel_}) {
+    platform::setAccessibility(*label, {.role = QAccessible::StaticText, .isElement = false});
+  }
 }
 
-int CarouselPanelView::heightForPanels(const PanelItemComponents& panels, int width) {
-  const int imageBottom = imageRect(width).bottom() + 1;
-  if (panels.empty() || panels.front().textState == ViewTextState::none) return imageBottom + kPadding;
-  int text = 0;
+PanelTextLayout CarouselPanelView::textLayoutForPanels(const PanelItemComponents& panels, int width) {
+  PanelTextLayout layout;
   for (const PanelItemComponent& panel : panels) {
-    text = std::max(text, textHeight(panel, width - 2 * kTextMargin));
+    layout.titleHeight = std::max(layout.titleHeight, textHeight(panel.title, textWidth(width), kTitleLines));
+    layout.subTitleHeight =
+        std::max(layout.subTitleHeight, textHeight(panel.subTitle, textWidth(width), kSubTitleLines));
   }
-  return imageBottom + kTextTop + text + kTextBottom;
+  return layout;
+}
+
+int CarouselPanelView::heightForPanels(const PanelTextLayout& layout, int width) {
+  const int imageBottom = imageRect(width).bottom() + 1;
+  if (layout == PanelTextLayout()) return imageBottom + kPadding;
+  return imageBottom + kTextTop + subTitleTop(layout) + layout.subTitleHeight + kTextBottom;
+}
+
+void CarouselPanelView::setTextLayout(const PanelTextLayout& layout) {
+  if (layout == textLayout_) return;
+  textLayout_ = layout;
+  layoutSubviews();
 }
 
 void CarouselPanelView::configure(const PanelItemComponent& viewModel, std::int64_t panelIndex) {
   panelColor_ = toQColor(viewModel.panelColor);
   configureOrHide(*titleLabel_, viewModel.title);
   configureOrHide(*subTitleLabel_, viewModel.subTitle);
-  layoutSubviews();
   imageView_->configure(viewModel.media, panelIndex);
   update();
 }
@@ -83,14 +103,10 @@ void CarouselPanelView::setFrame(const QRect& frame) {
 void CarouselPanelView::layoutSubviews() {
   const QRect image = imageRect(width());
   imageView_->setFrame(image);
-  const int textWidth = std::max(0, width() - 2 * kTextMargin);
-  int y = image.bottom() + 1 + kTextTop;
-  for (platform::UILabel* label : {titleLabel_, subTitleLabel_}) {
-    if (label->isHidden()) continue;
-    const int height = label->heightForWidth(textWidth);
-    label->setGeometry(kTextMargin, y, textWidth, height);
-    y += height + (height > 0 ? kTextSpacing : 0);
-  }
+  const int top = image.bottom() + 1 + kTextTop;
+  titleLabel_->setGeometry(kTextMargin, top, textWidth(width()), textLayout_.titleHeight);
+  subTitleLabel_->setGeometry(kTextMargin, top + subTitleTop(textLayout_), textWidth(width()),
+                              textLayout_.subTitleHeight);
 }
 
 void CarouselPanelView::paintEvent(QPaintEvent* /*event*/) {

@@ -10,6 +10,14 @@
 
 namespace QXExtensionSDK {
 
+// The heights of the places for the texts; 0 for a text that no panel has.
+struct PanelTextLayout {
+  int titleHeight = 0;
+  int subTitleHeight = 0;
+
+  friend bool operator==(const PanelTextLayout&, const PanelTextLayout&) = default;
+};
+
 // One panel of the carousel: a card with the image and, under it, title and subtitle. Main thread.
 class CarouselPanelView final : public QWidget {
  public:
@@ -24,8 +32,10 @@ class CarouselPanelView final : public QWidget {
   CarouselImageView& imageView() { return *imageView_; }
   const CarouselImageView& imageView() const { return *imageView_; }
 
-  // What the panels of a carousel need so that each of them fits.
-  static int heightForPanels(const PanelItemComponents& panels, int width);
+  // What the panels of a carousel share so that each of them fits.
+  static PanelTextLayout textLayoutForPanels(const PanelItemComponents& panels, int width);
+  static int heightForPanels(const PanelTextLayout& layout, int width);
+  void setTextLayout(const PanelTextLayout& layout);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -34,6 +44,7 @@ class CarouselPanelView final : public QWidget {
   void layoutSubviews();
 
   QColor panelColor_;
+  PanelTextLayout textLayout_;
   CarouselImageView* imageView_;
   platform::UILabel* titleLabel_;
   platform::UILabel* subTitleLabel_;

@@ -28,12 +28,20 @@ PanelChange panelChange(const ViewTemplateNavigationState& state) {
                                                                      : PanelChange::backward;
 }
 
+void addText(QStringList& parts, const std::optional<TextComponent>& component) {
+  if (component && !component->text.empty()) parts << QString::fromStdString(component->text);
+}
+
+QString spokenPosition(std::int64_t index, std::size_t count) {
+  return text("panel %1 of %2").arg(index + 1).arg(count);
+}
+
+// Empty for a panel without any text.
 QString spoken(const PanelItemComponent& panel) {
   QStringList parts;
-  for (const auto& component : {panel.title, panel.subTitle}) {
-    if (component) parts << QString::fromStdString(component->text);
-  }
-  if (parts.empty() && panel.media.altText) parts << QString::fromStdString(panel.media.altText->text);
+  addText(parts, panel.title);
+  addText(parts, panel.subTitle);
+  if (parts.empty()) addText(parts, panel.media.altText);
   return parts.join(", ");
 }
 
@@ -77,8 +85,13 @@ void CarouselViewController::apply(const CarouselViewModel& viewModel) {
   if (hasNewPanels) takePanels(viewModel.panels);
   applyNavigationState(viewModel.navigationState);
   applyPageIndicator();
-  if (hasNewPanels) layoutSubviews();
-  if (hasNewPanels || isCollapsed_ != wasCollapsed) setPreferredContentSize(neededSize());
+  const bool isLaidOutAnew = laidOutPanels_ != viewModel_.panels && isCurrentPanelThere();
+  if (isLaidOutAnew) {
+    laidOutPanels_ = viewModel_.panels;
+    panelsWidth_ = -1;
+    layoutSubviews();
+  }
+  if (isLaidOutAnew || isCollapsed_ != wasCollapsed) setPreferredContentSize(neededSize());
   showPanel();
   runTimerRules();
 }
@@ -91,7 +104,10 @@ void CarouselViewController::takePanels(const std::shared_ptr<const PanelItemCom
     if (existing != nullptr && existing->imageView().url() == (*panels)[i].media.url) views[i] = existing;
   }
   panelViews_ = std::move(views);
-  panelsWidth_ = -1;
+}
+
+bool CarouselViewController::isCurrentPanelThere() const {
+  return static_cast<std::size_t>(viewModel_.currentPanelIndex) < panelCount();
 }
 
 std::size_t CarouselViewController::panelCount() const {
@@ -103,9 +119,10 @@ const CarouselPanelView* CarouselViewController::panelView(std::size_t index) co
 }
 
 bool CarouselViewController::isAnyImageDownloading() const {
-  return std::ranges::any_of(panelViews_, [](const auto& panel) {
+  const auto isDownloading = [](const auto& panel) {
     return panel != nullptr && panel->imageView().imageLoadingState() == ImageLoadingState::downloading;
-  });
+  };
+  return isDownloading(contentView_->currentPanelView()) || std::ranges::any_of(panelViews_, isDownloading);
 }
 
 void CarouselViewController::applyNavigationState(const ViewTemplateNavigationState& state) {
@@ -117,19 +134,20 @@ void CarouselViewController::applyNavigationState(const ViewTemplateNavigationSt
 
 void CarouselViewController::applyPageIndicator() {
   const auto pages = static_cast<int>(panelCount());
-  const auto page = static_cast<int>(std::clamp<std::int64_t>(viewModel_.currentPanelIndex, 0, pages));
+  const int last = std::max(0, pages - 1);
+  const auto page = static_cast<int>(std::clamp<std::int64_t>(viewModel_.currentPanelIndex, 0, last));
   pageControl_->setNumberOfPages(pages);
   pageControl_->setCurrentPage(page);
-  pageControl_->setAccessibleName(text("panel %1 of %2").arg(page + 1).arg(pages));
+  pageControl_->setAccessibleName(spokenPosition(page, panelCount()));
   pageControl_->setVisible(pages >= 2);
   buttonContentView_->setVisible(pages >= 2);
 }
 
 void CarouselViewController::showPanel() {
-  const auto index = static_cast<std::size_t>(viewModel_.currentPanelIndex);
-  if (index >= panelCount()) {
+  if (!isCurrentPanelThere()) {
     return logger_.error(LogCategory::ui, "Inavlid index in panel state setting");
   }
+  const auto index = static_cast<std::size_t>(viewModel_.currentPanelIndex);
   const PanelItemComponent& panel = (*viewModel_.panels)[index];
   auto& panelView = panelViews_[index];
   if (panelView == nullptr) {
@@ -137,9 +155,12 @@ void CarouselViewController::showPanel() {
                                                     logger_, contentView_);
   }
   panelView->setFrame(contentView_->panelFrame());
+  panelView->setTextLayout(textLayout_);
   panelView->configure(panel, viewModel_.currentPanelIndex);
   contentView_->showPanel(panelView, panelChange(viewModel_.navigationState));
-  contentView_->setAccessibleName(spoken(panel));
+  const QString name = spoken(panel);
+  contentView_->setAccessibleName(name.isEmpty() ? spokenPosition(viewModel_.currentPanelIndex, panelCount())
+                                                 : name);
 }
 
 void CarouselViewController::runTimerRules() {
@@ -187,11 +208,7 @@ bool CarouselViewController::pressesBegan(platform::UIKey key) {
 
 void CarouselViewController::layoutSubviews() {
   const int width = view().width();
-  if (panelsWidth_ != width && panelCount() > 0) {
-    panelsWidth_ = width;
-    panelsHeight_ =
-        CarouselPanelView::heightForPanels(*viewModel_.panels, width - 2 * CarouselContentView::kMargin);
-  }
+  if (panelsWidth_ != width && laidOutPanels_ != nullptr) measurePanels(width);
   const int contentHeight = panelsHeight_ + 2 * CarouselContentView::kMargin;
   contentView_->setFrame({0, 0, width, contentHeight});
 
@@ -207,9 +224,17 @@ void CarouselViewController::layoutSubviews() {
   if (neededSize() != preferredContentSize()) setPreferredContentSize(neededSize());
 }
 
+void CarouselViewController::measurePanels(int width) {
+  const int panelWidth = width - 2 * CarouselContentView::kMargin;
+  panelsWidth_ = width;
+  textLayout_ = CarouselPanelView::textLayoutForPanels(*laidOutPanels_, panelWidth);
+  panelsHeight_ = CarouselPanelView::heightForPanels(textLayout_, panelWidth);
+  if (const auto& shown = contentView_->currentPanelView()) shown->setTextLayout(textLayout_);
+}
+
 platform::Size CarouselViewController::neededSize() {
   constexpr double kCollapsedHeight = 1;
-  const bool hasBar = panelCount() >= 2;
+  const bool hasBar = laidOutPanels_ != nullptr && laidOutPanels_->size() >= 2;
   const int height =
       panelsHeight_ + CarouselContentView::kMargin + (hasBar ? kBarHeight : CarouselContentView::kMargin);
   return {static_cast<double>(view().width()), isCollapsed_ ? kCollapsedHeight : static_cast<double>(height)};

@@ -64,13 +64,14 @@ class CarouselViewController final : public platform::UIViewController,
   void backButtonTapped();
   void nextButtonTapped();
   void takePanels(const std::shared_ptr<const PanelItemComponents>& panels);
+  bool isCurrentPanelThere() const;
   std::size_t panelCount() const;
   void applyNavigationState(const ViewTemplateNavigationState& state);
   void applyPageIndicator();
   void showPanel();
-  void describePanel(const PanelItemComponent& panel);
   void runTimerRules();
   void layoutSubviews();
+  void measurePanels(int width);
   platform::Size neededSize();
 
   const Logger& logger_;
@@ -82,8 +83,12 @@ class CarouselViewController final : public platform::UIViewController,
   const std::shared_ptr<platform::URLSession> session_;
   // One a panel, made when the panel is first shown.
   std::vector<std::shared_ptr<CarouselPanelView>> panelViews_;
+  // The panels that the screen is laid out for: the view model's, except while its index leads to none of
+  // them and one of the panels before is still shown.
+  std::shared_ptr<const PanelItemComponents> laidOutPanels_;
+  PanelTextLayout textLayout_;
   int panelsHeight_ = 0;
-  int panelsWidth_ = -1;  // that the height was measured for
+  int panelsWidth_ = -1;  // that these were measured for
 
   // Owned by the view.
   CarouselContentView* contentView_ = nullptr;

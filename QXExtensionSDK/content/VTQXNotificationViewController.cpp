@@ -21,6 +21,11 @@ std::shared_ptr<CarouselScreen> makeCarouselScreen() {
 
 }  // namespace
 
+void VTQXNotificationViewController::viewDidLoad() {
+  UIViewController::viewDidLoad();
+  view().setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
 void VTQXNotificationViewController::didReceiveNotification(const platform::UNNotification& notification) {
   handleNotificationReceived(notification.request);
 }

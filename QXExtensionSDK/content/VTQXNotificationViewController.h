@@ -19,6 +19,13 @@ class VTQXNotificationViewController : public platform::UIViewController,
                                       const ResponseCompletion& completionHandler) override;
   void handleNotificationReceived(const std::shared_ptr<const platform::UNNotificationRequest>& request);
 
+  // Takes all the room that there is.
+  void viewDidLoad() override;
+  // Takes no room, and stops what stands in it.
+  void handleViewShouldNotDisplay();
+  // Sets the logger's level to the configuration's.
+  void setLogLevel();
+
   // To be overridden by the host; asked once for each notification. Without a configuration the level stays.
   virtual std::optional<VTContentExtensionConfig> vtqxProvideConfig();
 
@@ -34,8 +41,6 @@ class VTQXNotificationViewController : public platform::UIViewController,
   void preferredContentSizeDidChangeForChildContentContainer(platform::UIViewController& child) override;
 
  private:
-  void setLogLevel();
-  void handleViewShouldNotDisplay();
   void start(const std::shared_ptr<const platform::UNNotificationRequest>& request);
   void embed(std::shared_ptr<platform::UIViewController> controller);
 

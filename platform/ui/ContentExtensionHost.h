@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -32,6 +33,10 @@ class ContentExtensionHost final : private UIViewController {
   // A view of one point or less is not seen.
   bool isCollapsed() const;
   bool isDefaultActionPerformed() const;
+  // What the extension itself asked for last.
+  Size preferredContentSize() const { return controller_->preferredContentSize(); }
+  // Called when the extension performs the default action, which ends the expanded notification.
+  void setDefaultActionHandler(std::function<void()> handler);
 
  private:
   class Context;

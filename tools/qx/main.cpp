@@ -108,8 +108,9 @@ std::string checkSteps(const std::string& text) {
 }
 
 CLI::App& addCarousel(CLI::App& app, qx::CarouselOptions& options) {
+  constexpr int kNarrowest = 112;  // the arrows side by side
   constexpr int kWidest = 10'000;
-  constexpr double kSmallestScale = 0.5;
+  constexpr double kSmallestScale = 1;
   constexpr double kLargestScale = 8;
   CLI::App& carousel =
       *app.add_subcommand("carousel", "Show a push's carousel as the content extension draws it");
@@ -132,7 +133,7 @@ CLI::App& addCarousel(CLI::App& app, qx::CarouselOptions& options) {
       ->excludes(panel);
   carousel.add_option("--width", options.width, "Room there is from left to right")
       ->type_name("POINTS")
-      ->check(CLI::Range(1, kWidest))
+      ->check(CLI::Range(kNarrowest, kWidest))
       ->capture_default_str();
   carousel.add_option("--scale", options.scale, "Pixels a point [2 for a drawing]")
       ->type_name("F")

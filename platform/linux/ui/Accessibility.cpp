@@ -18,6 +18,12 @@ class AccessibleView final : public QAccessibleWidget {
   AccessibleView(QWidget* view, Shared accessibility)
       : QAccessibleWidget(view, accessibility->role), accessibility_(std::move(accessibility)) {}
 
+  QAccessible::State state() const override {
+    QAccessible::State state = QAccessibleWidget::state();
+    if (!accessibility_->isElement) state.invisible = true;
+    return state;
+  }
+
   QStringList actionNames() const override {
     QStringList names = QAccessibleWidget::actionNames();
     if (accessibility_->press) names.prepend(pressAction());

@@ -11,9 +11,13 @@ namespace platform {
 
 class ContentExtensionHost::Context final : public NSExtensionContext {
  public:
-  void performNotificationDefaultAction() override { isDefaultActionPerformed = true; }
+  void performNotificationDefaultAction() override {
+    isDefaultActionPerformed = true;
+    if (handler) handler();
+  }
 
   bool isDefaultActionPerformed = false;
+  std::function<void()> handler;
 };
 
 ContentExtensionHost::ContentExtensionHost(std::shared_ptr<UIViewController> controller,
@@ -63,6 +67,10 @@ bool ContentExtensionHost::isCollapsed() const {
 
 bool ContentExtensionHost::isDefaultActionPerformed() const {
   return context_->isDefaultActionPerformed;
+}
+
+void ContentExtensionHost::setDefaultActionHandler(std::function<void()> handler) {
+  context_->handler = std::move(handler);
 }
 
 const char* responseOptionName(UNNotificationContentExtensionResponseOption option) {

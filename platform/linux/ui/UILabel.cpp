@@ -15,6 +15,7 @@ namespace {
 
 // No label shows more than this; shaping a long text would take its time for nothing.
 constexpr int kMostLetters = 1000;
+constexpr QChar kEllipsis(0x2026);
 
 // As seen on the screen: a text in the other direction than the view's keeps its own inside the lines.
 Qt::Alignment visualAlignment(UILabel::Alignment alignment, Qt::LayoutDirection direction) {
@@ -48,9 +49,15 @@ int heightOf(const QTextLayout& layout, int numberOfLines) {
   return static_cast<int>(height);
 }
 
+QString shortened(const QString& text) {
+  if (text.size() <= kMostLetters) return text;
+  const bool isInsideLetter = text.at(kMostLetters).isLowSurrogate();
+  return text.left(isInsideLetter ? kMostLetters - 1 : kMostLetters) + kEllipsis;
+}
+
 // Line breaks of the payload break the line; other white space does not add up.
 QString prepared(QString text) {
-  text = text.left(kMostLetters + 1).trimmed();
+  text = shortened(std::move(text).trimmed());
   text.replace("\r\n", "\n");
   for (QChar& letter : text) {
     if (letter == '\n' || letter == '\r') letter = QChar::LineSeparator;
@@ -68,8 +75,7 @@ QTextOption optionsFor(Qt::Alignment alignment) {
 
 // The text, cut so that it ends on that line.
 QString withElidedEnd(const QString& text, int lastLineStart, const QFont& font, double width) {
-  QString tail = text.mid(lastLineStart).replace(QChar::LineSeparator, ' ');
-  if (text.size() > kMostLetters) tail += QChar(0x2026);
+  const QString tail = text.mid(lastLineStart).replace(QChar::LineSeparator, ' ');
   // A hair less, so that rounding breaks no further line.
   return text.left(lastLineStart) + QFontMetricsF(font).elidedText(tail, Qt::ElideRight, width - 1);
 }

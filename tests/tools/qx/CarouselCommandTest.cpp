@@ -98,6 +98,7 @@ TEST_F(CarouselCommand, ReportsTheViewModelAfterLoadingAndAfterEachStep) {
 
 TEST_F(CarouselCommand, ReportsACollapsedViewForWhatCannotBeShown) {
   const std::string good = writeCarousel("good.json", panels(1));
+  const std::string ticking = writeCarousel("ticking.json", panels(3), R"("tms":10,)");
   const std::string other = write("other.json", R"({"aps":{"alert":"Hi"},"_sid":"OTHER"})");
   const auto check = [](const Dictionary& line) {
     EXPECT_EQ(text(line, "outcome"), "collapsed");
@@ -109,12 +110,12 @@ TEST_F(CarouselCommand, ReportsACollapsedViewForWhatCannotBeShown) {
   ASSERT_EQ(alone.lines().size(), 1U);
   check(alone.lines()[0]);
 
-  const auto refreshed = carousel({good, "--do", "refresh:" + other + ",next,refresh:" + good});
+  const auto refreshed = carousel({ticking, "--do", "refresh:" + other + ",wait:50,tap,refresh:" + good});
   EXPECT_EQ(refreshed.exitCode, 0);
-  ASSERT_EQ(refreshed.lines().size(), 4U);
-  check(refreshed.lines()[1]);
-  check(refreshed.lines()[2]);
-  EXPECT_EQ(text(refreshed.lines()[3], "outcome"), "carousel");
+  ASSERT_EQ(refreshed.lines().size(), 5U);
+  for (const std::size_t line : {1U, 2U, 3U}) check(refreshed.lines()[line]);
+  EXPECT_EQ(refreshed.lines()[3].find("defaultActionPerformed")->boolean(), false);
+  EXPECT_EQ(text(refreshed.lines()[4], "outcome"), "carousel");
 
   const auto drawn = carousel({other, "--png", path("none.png")});
   EXPECT_EQ(drawn.exitCode, 0);
@@ -127,6 +128,15 @@ TEST_F(CarouselCommand, InflatesWhatTheServiceExtensionWouldHave) {
   EXPECT_EQ(result.exitCode, 0) << result.errors;
   ASSERT_EQ(result.lines().size(), 1U);
   EXPECT_EQ(result.lines()[0].find("panels")->elements().size(), 2U);
+}
+
+TEST_F(CarouselCommand, AsksForNoResponseWhenItReports) {
+  const auto result = support::runProgram(
+      "qx", {"--log-level", "debug", "carousel", writeCarousel("push.json", panels(2)), "--do", "next,back"});
+  ASSERT_EQ(result.exitCode, 0) << result.errors;
+  ASSERT_EQ(result.lines().size(), 3U);
+  EXPECT_EQ(text(result.lines()[2], "responseOption"), "dismissAndForwardAction");
+  EXPECT_EQ(result.errors.find("dismissAndForwardAction"), std::string::npos) << result.errors;
 }
 
 TEST_F(CarouselCommand, DrawsThePanelsThatAreAskedFor) {
@@ -157,7 +167,8 @@ TEST_F(CarouselCommand, SaysWhatItRefuses) {
       {{file, "--do", "wait:-1"}, 2},
       {{file, "--panel", "0"}, 2},
       {{file, "--png", path("a.png"), "--all", "--panel", "0"}, 2},
-      {{file, "--width", "0"}, 2},
+      {{file, "--width", "111"}, 2},
+      {{file, "--png", path("a.png"), "--scale", "0.9"}, 2},
       {{path("missing.json")}, 1},
       {{write("broken.json", "{")}, 1},
       {{write("none.json", "{}")}, 1},

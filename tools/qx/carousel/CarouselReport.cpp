@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/log/Log.h"
+
 namespace qx {
 
 namespace {
@@ -133,6 +135,17 @@ Value reportNavigation(const QXExtensionSDK::ViewTemplateNavigationState& state)
   return navigation.setting("buttonClickState", isNext ? "next" : "back");
 }
 
+struct NoLog final : platform::LogSink {
+  void write(const platform::LogRecord& /*record*/) override {}
+};
+
+// Asks without leaving a trace: nobody has answered the notification.
+platform::UNNotificationContentExtensionResponseOption responseOption(platform::ContentExtensionHost& host) {
+  NoLog sink;
+  const platform::ScopedLogSink quiet(sink);
+  return host.respond();
+}
+
 }  // namespace
 
 Dictionary reportCarousel(std::string_view step, platform::ContentExtensionHost& host,
@@ -144,7 +157,7 @@ Dictionary reportCarousel(std::string_view step, platform::ContentExtensionHost&
   for (std::size_t i = 0; viewModel.panels != nullptr && i < viewModel.panels->size(); ++i) {
     panels.push_back(reportPanel((*viewModel.panels)[i], screen->panelView(i)));
   }
-  const platform::Size size = host.contentSize();
+  const platform::Size size = host.preferredContentSize();
   return {
       {"step", step},
       {"outcome", isShown ? "carousel" : "collapsed"},
@@ -156,7 +169,7 @@ Dictionary reportCarousel(std::string_view step, platform::ContentExtensionHost&
       {"navigationState", reportNavigation(viewModel.navigationState)},
       {"panels", panels},
       {"defaultActionPerformed", host.isDefaultActionPerformed()},
-      {"responseOption", platform::responseOptionName(host.respond())}};
+      {"responseOption", platform::responseOptionName(responseOption(host))}};
 }
 
 }  // namespace qx

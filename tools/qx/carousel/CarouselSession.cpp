@@ -31,6 +31,7 @@ using Request = std::shared_ptr<const platform::UNNotificationRequest>;
 
 // An image has 15 seconds without progress, and some seconds of progress.
 constexpr std::chrono::seconds kLongestWaitForImages(20);
+constexpr int kMostTries = 3;
 
 class SimulatedContentExtension final : public QXExtensionSDK::VTQXNotificationViewController {
  public:
@@ -162,8 +163,13 @@ std::optional<Error> CarouselSession::runWindow() {
   layout.setSizeConstraint(QLayout::SetFixedSize);
   layout.addWidget(&host_.view());
   const QShortcut close(QKeySequence(Qt::Key_Escape), &window, &window, &QWidget::close);
+  host_.setDefaultActionHandler([&] {
+    report("tap");
+    window.close();
+  });
   window.show();
   QApplication::exec();
+  host_.setDefaultActionHandler({});
   layout.removeWidget(&host_.view());
   host_.view().setParent(nullptr);
   return std::nullopt;
@@ -223,25 +229,36 @@ std::optional<Error> CarouselSession::draw() {
     return Error{"--panel " + std::to_string(*options.panel) + ": the carousel has " + std::to_string(count) +
                  (count == 1 ? " panel" : " panels") + ", counted from 0"};
   }
-  const auto current = static_cast<std::size_t>(screen()->viewModel().currentPanelIndex);
-  return drawPanel(options.panel ? static_cast<std::size_t>(*options.panel) : current, *options.png);
+  return drawPanel(options.panel ? static_cast<std::size_t>(*options.panel) : position(), *options.png);
 }
 
-// The carousel's own timer may move it on while images arrive.
 std::optional<Error> CarouselSession::drawPanel(std::size_t index, const std::filesystem::path& file) {
-  goTo(index);
-  waitForImages();
-  goTo(index);
+  if (!settleAt(index)) return Error{"panel " + std::to_string(index) + " cannot be reached"};
   if (!host_.view().grab().save(QString::fromStdString(file.string()), "PNG")) {
     return Error{"cannot write " + file.string()};
   }
   return std::nullopt;
 }
 
-void CarouselSession::goTo(std::size_t index) {
-  const auto position = [&] { return static_cast<std::size_t>(screen()->viewModel().currentPanelIndex); };
-  while (position() < index) screen()->nextButton().click();
-  while (position() > index) screen()->backButton().click();
+// While images arrive the carousel's own timer may move it on; a failed image is tried again when the
+// carousel comes back to it.
+bool CarouselSession::settleAt(std::size_t index) {
+  const QDeadlineTimer deadline(kLongestWaitForImages * kMostTries);
+  do {
+    if (!goTo(index)) return false;
+    waitForImages();
+  } while ((position() != index || screen()->isAnyImageDownloading()) && !deadline.hasExpired());
+  return goTo(index);
+}
+
+std::size_t CarouselSession::position() const {
+  return static_cast<std::size_t>(screen()->viewModel().currentPanelIndex);
+}
+
+bool CarouselSession::goTo(std::size_t index) {
+  while (position() < index && screen()->nextButton().isEnabled()) screen()->nextButton().click();
+  while (position() > index && screen()->backButton().isEnabled()) screen()->backButton().click();
+  return position() == index;
 }
 
 }  // namespace qx

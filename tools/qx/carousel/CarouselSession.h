@@ -35,7 +35,9 @@ class CarouselSession {
   void waitForImages();
   std::optional<platform::Error> draw();
   std::optional<platform::Error> drawPanel(std::size_t index, const std::filesystem::path& file);
-  void goTo(std::size_t index);
+  bool settleAt(std::size_t index);
+  bool goTo(std::size_t index);
+  std::size_t position() const;
   void report(std::string_view step);
   // Null while nothing is shown.
   QXExtensionSDK::CarouselViewController* screen() const;

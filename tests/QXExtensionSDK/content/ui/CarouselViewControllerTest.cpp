@@ -136,6 +136,67 @@ TEST(CarouselScreen, LeavesTheScreenWhenARefreshHasNoSuchPanel) {
   EXPECT_GT(expanded.host->contentSize().height, 1);
 }
 
+TEST(CarouselScreen, KeepsTheShownPanelsRoomUntilAnotherIsShown) {
+  ImageServer server;
+  std::promise<void> release;
+  const std::string slow = server.serve("/slow", {.body = ""}, release.get_future());
+  Expanded expanded;
+  expanded.deliver({{"u", "One"}, {"u", "Two"}, {slow, std::string(200, 'W'), "Below"}});
+  for (int i = 0; i < 2; ++i) expanded.screen().nextButton().click();
+  const auto height = [&] { return expanded.host->contentSize().height; };
+  const double before = height();
+  const QImage drawn = expanded.drawn().copy(0, 0, 720, 500);
+  expanded.deliver({{"u"}, {"u"}});
+  EXPECT_EQ(height(), before);
+  EXPECT_EQ(expanded.drawn().copy(0, 0, 720, 500), drawn);
+  EXPECT_EQ(expanded.screen().contentView().accessibleName().size(), 200 + 7);
+  EXPECT_TRUE(expanded.screen().isAnyImageDownloading());
+  release.set_value();
+  EXPECT_TRUE(pumpUntil([&] { return !expanded.screen().isAnyImageDownloading(); }));
+  expanded.screen().backButton().click();
+  EXPECT_LT(height(), before);
+  EXPECT_EQ(expanded.screen().contentView().accessibleName(), "panel 2 of 2");
+}
+
+// The top of each text of the panel that is shown; the alternative text is not among them.
+std::vector<int> textTops(const Expanded& expanded) {
+  std::vector<int> tops;
+  const auto& panel = *expanded.screen().contentView().currentPanelView();
+  for (const QObject* child : panel.children()) {
+    const auto* label = dynamic_cast<const platform::UILabel*>(child);
+    if (label != nullptr && !label->isHidden()) tops.push_back(label->y());
+  }
+  return tops;
+}
+
+TEST(CarouselScreen, KeepsTheTextsInTheSamePlacesOnAllPanels) {
+  const std::string longTitle(200, 'W');
+  const auto items = [](const std::vector<std::string>& texts) {
+    std::string list;
+    for (const std::string& text : texts) {
+      list += (list.empty() ? "" : ",") + (R"({"id":"p","md":{"ul":"u"})" + text + "}");
+    }
+    return "[" + list + "]";
+  };
+  const std::string title = R"(,"ti":{"tx":")" + longTitle + R"("})";
+  const std::string subTitle = R"(,"sti":{"tx":"Below"})";
+  Expanded expanded;
+  expanded.deliverItems(items({title + subTitle, subTitle, R"(,"ti":{"tx":""})" + subTitle}));
+  const std::vector<int> both = textTops(expanded);
+  ASSERT_EQ(both.size(), 2U);
+  expanded.screen().nextButton().click();
+  EXPECT_THAT(textTops(expanded), ElementsAre(both[1]));
+  expanded.screen().nextButton().click();
+  EXPECT_EQ(textTops(expanded), both);
+
+  Expanded apart;
+  apart.deliverItems(items({title, subTitle}));
+  EXPECT_EQ(apart.host->contentSize(), expanded.host->contentSize());
+  Expanded onlySubTitles;
+  onlySubTitles.deliverItems(items({subTitle, subTitle}));
+  EXPECT_THAT(textTops(onlySubTitles), ElementsAre(both[0]));
+}
+
 TEST(CarouselScreen, AdvancesByItselfOnceAndRestsOnTheLastPanel) {
   Expanded expanded;
   expanded.deliver({{"u"}, {"u"}, {"u"}}, R"("tms":20,)");
@@ -303,8 +364,7 @@ TEST(CarouselScreen, TellsAssistiveTechnologyWhatItShows) {
   EXPECT_THAT(lines,
               testing::UnorderedElementsAre(
                   node(QAccessible::Grouping, "Carousel"), node(QAccessible::Button, "Two"),
-                  node(QAccessible::Graphic, "A forest"), node(QAccessible::StaticText, "A forest"),
-                  node(QAccessible::StaticText, "Two"), node(QAccessible::Indicator, "panel 2 of 2"),
+                  node(QAccessible::Graphic, "A forest"), node(QAccessible::Indicator, "panel 2 of 2"),
                   node(QAccessible::Button, "Previous panel"), node(QAccessible::Button, "Next panel")));
 
   auto* panel = accessible(&expanded.screen().contentView())->actionInterface();
@@ -316,6 +376,15 @@ TEST(CarouselScreen, TellsAssistiveTechnologyWhatItShows) {
       ->actionInterface()
       ->doAction(QAccessibleActionInterface::pressAction());
   EXPECT_TRUE(pumpUntil([&] { return currentPanel(expanded) == 0; }));
+}
+
+TEST(CarouselScreen, NamesAPanelWithoutTextsByItsPosition) {
+  Expanded expanded;
+  expanded.deliverItems(R"([{"id":"p","md":{"ul":"u"}},{"id":"p","md":{"ul":"u"},"ti":{"tx":""}}])");
+  const auto name = [&] { return expanded.screen().contentView().accessibleName(); };
+  EXPECT_EQ(name(), "panel 1 of 2");
+  expanded.screen().nextButton().click();
+  EXPECT_EQ(name(), "panel 2 of 2");
 }
 
 TEST(CarouselScreen, KeepsTheAlternativeTextAsTheImagesNameInEveryState) {

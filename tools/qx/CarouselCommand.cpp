@@ -1,5 +1,8 @@
 #include "tools/qx/CarouselCommand.h"
 
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -20,16 +23,49 @@ std::filesystem::path drawingProgram() {
   return directory.parent_path() / QX_LIBEXEC_DIR / "qx-carousel";
 }
 
+// What the drawing program is started with.
+struct Arguments {
+  Arguments(const SimulatorOptions& simulator, const CarouselOptions& options)
+      : invocation(encodeInvocation({simulator, options})) {}
+
+  std::string name = "qx-carousel";
+  std::string invocation;
+  std::array<char*, 3> pointers{name.data(), invocation.data(), nullptr};
+};
+
+std::string cannotStart(const std::string& program, int error) {
+  return "cannot start " + program + ": " + std::strerror(error);
+}
+
 }  // namespace
 
 int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& options) {
   const std::string program = drawingProgram();
-  std::string name = "qx-carousel";
-  std::string argument = encodeInvocation({simulator, options});
-  std::array<char*, 3> arguments{name.data(), argument.data(), nullptr};
-  execv(program.c_str(), arguments.data());
-  std::cerr << "qx carousel: cannot start " << program << ": " << std::strerror(errno) << '\n';
+  Arguments arguments(simulator, options);
+  execv(program.c_str(), arguments.pointers.data());
+  std::cerr << "qx carousel: " << cannotStart(program, errno) << '\n';
   return 1;
+}
+
+std::optional<platform::Error> drawCarousel(const SimulatorOptions& simulator,
+                                            const CarouselOptions& options) {
+  const std::string program = drawingProgram();
+  Arguments arguments(simulator, options);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  pid_t process = 0;
+  const int error =
+      posix_spawn(&process, program.c_str(), &actions, nullptr, arguments.pointers.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) return platform::Error{cannotStart(program, error)};
+
+  int status = 0;
+  while (waitpid(process, &status, 0) < 0) {
+    if (errno != EINTR) return platform::Error{program + ": " + std::strerror(errno)};
+  }
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return std::nullopt;
+  return platform::Error{program + " failed"};
 }
 
 }  // namespace qx

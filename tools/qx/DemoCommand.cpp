@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <stdexcept>
 #include <string>
@@ -66,6 +67,10 @@ Dictionary carousel(const DemoStage& stage) {
   return {{"vt", Dictionary{{"t", "0"}, {"tms", 3000}, {"it", panels}}}};
 }
 
+std::filesystem::path drawing(const DemoStage& stage, std::size_t panel) {
+  return stage.directory() / ("carousel-" + std::to_string(panel) + ".png");
+}
+
 DemoFinding setUpHost(DemoStage& stage) {
   const auto container = stage.setUpHost();
   if (!container) return failed(container.error().message);
@@ -105,6 +110,19 @@ DemoFinding pushCarousel(DemoStage& stage) {
   return finding;
 }
 
+DemoFinding drawCarousel(DemoStage& stage) {
+  const std::size_t count = backend::panels().size();
+  DemoFinding finding;
+  finding.notes = {std::to_string(count) + " panels, carousel-0.png to carousel-" +
+                   std::to_string(count - 1) + ".png"};
+  for (std::size_t i = 0; i < count; ++i) std::filesystem::remove(drawing(stage, i));
+  if (const auto refused = stage.drawPanels("carousel")) return failed(refused->message);
+  for (std::size_t i = 0; i < count; ++i) {
+    expect(finding, std::filesystem::exists(drawing(stage, i)), drawing(stage, i).string());
+  }
+  return finding;
+}
+
 DemoFinding pushPlain(DemoStage& stage) {
   const auto push = stage.push(
       "plain",
@@ -138,6 +156,7 @@ DemoFinding pushOfAnotherSender(DemoStage& stage) {
 constexpr std::array kSteps{
     DemoStep{"A host application sets itself up", setUpHost},
     DemoStep{"A compressed carousel for both modules", pushCarousel},
+    DemoStep{"Its panels, as the content extension draws them", drawCarousel},
     DemoStep{"A plain push", pushPlain},
     DemoStep{"Another sender's push", pushOfAnotherSender},
 };

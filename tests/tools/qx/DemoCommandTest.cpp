@@ -26,8 +26,9 @@ TEST_F(DemoCommandTest, EveryStepHoldsAndLeavesItsFiles) {
   for (const auto& line : result.lines()) {
     EXPECT_EQ(line.find("held")->boolean(), true) << line.find("step")->description();
   }
-  for (const auto* name : {"carousel.push.json", "carousel.shown.json", "plain.shown.json",
-                           "other-sender.shown.json", "requests.ndjson"}) {
+  for (const auto* name :
+       {"carousel.push.json", "carousel.shown.json", "plain.shown.json", "other-sender.shown.json",
+        "requests.ndjson", "carousel-0.png", "carousel-3.png"}) {
     EXPECT_GT(std::filesystem::file_size(directory_.path("qx-demo/") + name), 0U) << name;
   }
   EXPECT_EQ(result.errors.find('\033'), std::string::npos);  // no colours outside a terminal

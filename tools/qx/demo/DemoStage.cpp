@@ -16,6 +16,7 @@
 #include "platform/foundation/UUID.h"
 #include "platform/notifications/NotificationJSON.h"
 #include "tools/backend/RequestLine.h"
+#include "tools/qx/CarouselCommand.h"
 #include "tools/qx/SimulatedHostService.h"
 
 namespace qx {
@@ -105,7 +106,8 @@ bool saveHostRecords(const std::string& baseUrl) {
 }  // namespace
 
 DemoStage::DemoStage(const SimulatorOptions& simulator)
-    : directory_(makeOutputDirectory()),
+    : simulator_(simulator),
+      directory_(makeOutputDirectory()),
       groupsRoot_(makeTemporaryDirectory()),
       server_({.body = R"({"code": 200, "message": "accepted"})"}),
       extension_(
@@ -154,6 +156,14 @@ Result<DemoPush> DemoStage::push(const std::string& name, const Dictionary& payl
     trail.storedAfter = storedMessages(module);
   }
   return push;
+}
+
+std::optional<Error> DemoStage::drawPanels(const std::string& name) const {
+  CarouselOptions options;
+  options.file = (directory_ / (name + ".push.json")).string();
+  options.png = directory_ / (name + ".png");
+  options.all = true;
+  return drawCarousel(simulator_, options);
 }
 
 void DemoStage::writeRequests() const {

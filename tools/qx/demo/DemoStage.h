@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,12 +51,16 @@ class DemoStage {
   // Sends a push over the air through the service extension. Leaves <name>.push.json and <name>.shown.json.
   platform::Result<DemoPush> push(const std::string& name, const platform::Dictionary& payload);
 
+  // Draws each panel of the carousel that was pushed under that name, as <name>-0.png and so on.
+  std::optional<platform::Error> drawPanels(const std::string& name) const;
+
   // Leaves every request that the back end has received in requests.ndjson.
   void writeRequests() const;
 
  private:
   void write(const std::string& name, const platform::Value& value) const;
 
+  const SimulatorOptions simulator_;
   const std::filesystem::path directory_;
   const std::filesystem::path groupsRoot_;
   const backend::LoopbackServer server_;

@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QImage>
+#include <QMouseEvent>
 #include <QString>
+#include <QTimer>
 #include <array>
 #include <filesystem>
 #include <fstream>
@@ -12,12 +15,14 @@
 #include <vector>
 
 #include "platform/foundation/Base64.h"
+#include "platform/ui/Application.h"
 #include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/backend/LoopbackServer.h"
+#include "tools/qx/carousel/CarouselSession.h"
 
 namespace {
 
@@ -209,6 +214,33 @@ TEST_F(CarouselCommand, KeepsTwentyPhotographsInLittleMemory) {
   constexpr std::int64_t kMostKilobytes = 100'000;
   EXPECT_LT(support::largestChildMemory(), kMostKilobytes);
 #endif
+}
+
+// In the window that a person would see.
+TEST_F(CarouselCommand, ClosesTheWindowAtATapAsADeviceWould) {
+  const auto application = platform::makeApplication(platform::ScreenUse::none);
+  qx::CarouselInvocation invocation;
+  invocation.carousel.file =
+      write("tapped.json", R"({"aps":{},"_sid":"VTQX","_m":"m","_rf":)" + support::carousel(panels(2)) + "}");
+  qx::CarouselSession session(invocation);
+  QTimer::singleShot(0, application.get(), [] {
+    for (QWidget* widget : QApplication::allWidgets()) {
+      auto* panel = dynamic_cast<QXExtensionSDK::CarouselContentView*>(widget);
+      if (panel == nullptr) continue;
+      const QPointF middle = panel->rect().center();
+      for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease,
+                              QEvent::MouseButtonDblClick, QEvent::MouseButtonRelease}) {
+        QMouseEvent event(type, middle, panel->mapToGlobal(middle), Qt::LeftButton, Qt::LeftButton, {});
+        QApplication::sendEvent(panel, &event);
+      }
+    }
+  });
+  testing::internal::CaptureStdout();
+  EXPECT_FALSE(session.runWindow());
+  const ProgramResult shown{.exitCode = 0, .output = testing::internal::GetCapturedStdout(), .errors = {}};
+  ASSERT_EQ(shown.lines().size(), 2U) << shown.output;
+  EXPECT_EQ(text(shown.lines()[1], "step"), "tap");
+  EXPECT_EQ(shown.lines()[1].find("defaultActionPerformed")->boolean(), true);
 }
 
 TEST(ContentExtensionMain, AnswersOneLineANotification) {

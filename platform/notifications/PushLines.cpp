@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <iostream>
 #include <istream>
 #include <map>
 #include <mutex>
@@ -93,6 +94,12 @@ Dictionary errorAnswer(const PushText& push, const Error& error) {
 }
 
 }  // namespace
+
+void separateStandardStreams() {
+  std::ios::sync_with_stdio(false);
+  std::cin.tie(nullptr);
+  std::cerr.tie(nullptr);
+}
 
 PushLineSource::PushLineSource(std::istream& input, std::string name)
     : input_(input), name_(std::move(name)) {}

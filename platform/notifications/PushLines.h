@@ -56,6 +56,10 @@ class PushLineSource final : public PushSource {
 // this would wait for each other.
 inline constexpr std::size_t kMostPushesAtOnce = 16;
 
+// Prepares the standard streams for use by several threads: they are fast, and no longer flush one another,
+// which would race with the thread that writes. To be called first thing in main().
+void separateStandardStreams();
+
 // How a batch of pushes is answered.
 struct PushAnswering {
   // Answers one push; called on up to `jobs` threads at once, at most kMostPushesAtOnce. An error takes the

@@ -57,7 +57,7 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
   }
   // A reader that goes away ends the answers, not the work in flight.
   std::signal(SIGPIPE, SIG_IGN);
-  std::ios::sync_with_stdio(false);
+  separateStandardStreams();
   ServiceExtensionHost host(makeExtension, std::chrono::duration<double>(arguments->timeLimitSeconds));
   PushLineSource source(std::cin);
   const PushAnswers answers = answerPushes(

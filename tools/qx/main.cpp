@@ -15,6 +15,7 @@
 #include "AppGroupSDK/context/ExtensionModuleName.h"
 #include "QXExtensionSDK/runtime/Version.h"
 #include "platform/notifications/ServiceExtensionHost.h"
+#include "platform/notifications/PushLines.h"
 #include "tools/qx/BackendCommand.h"
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/CarouselSteps.h"
@@ -338,7 +339,7 @@ int main(int argc, char** argv) {
   }
   // A reader of our output, or an extension, that goes away is an error to report, not the end.
   std::signal(SIGPIPE, SIG_IGN);
-  std::ios::sync_with_stdio(false);
+  platform::separateStandardStreams();
   if (!simulator.bundle) simulator.bundle = qx::bundleFromEnvironment();
   qx::applyEnvironment(simulator);
   return chosen();

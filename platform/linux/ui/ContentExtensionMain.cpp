@@ -66,7 +66,7 @@ int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactor
               << " [--width POINTS] [--reuse]  (notifications on standard input, one JSON object a line)\n";
     return 2;
   }
-  std::ios::sync_with_stdio(false);
+  separateStandardStreams();
   const auto application = makeApplication(ScreenUse::none);
   std::unique_ptr<ContentExtensionHost> host;
   PushLineSource source(std::cin);

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "platform/dispatch/Activity.h"
+#include "platform/notifications/PushLines.h"
 #include "platform/ui/Appearance.h"
 #include "platform/ui/Application.h"
 #include "tools/qx/CarouselOptions.h"
@@ -52,7 +53,7 @@ int run(const qx::CarouselInvocation& invocation) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  std::ios::sync_with_stdio(false);
+  platform::separateStandardStreams();
   const auto invocation = qx::decodeInvocation(argc == 2 ? argv[1] : "");
   if (!invocation) {
     std::cerr << "qx-carousel: " << invocation.error().message << '\n';

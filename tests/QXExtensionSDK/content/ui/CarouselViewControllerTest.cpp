@@ -14,7 +14,6 @@ namespace {
 
 using support::Expanded;
 using support::ImageServer;
-using support::PanelText;
 using support::pumpUntil;
 using support::ScopedLogRecorder;
 using testing::ElementsAre;

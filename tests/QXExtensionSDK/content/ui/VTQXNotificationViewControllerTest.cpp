@@ -10,7 +10,6 @@ namespace {
 
 using support::Expanded;
 using support::ScopedLogRecorder;
-using testing::ElementsAre;
 
 using Option = platform::UNNotificationContentExtensionResponseOption;
 

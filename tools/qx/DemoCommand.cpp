@@ -47,6 +47,14 @@ std::string inQuotes(std::string_view text) {
   return std::string("\"").append(text).append("\"");
 }
 
+// The beginning of a value's JSON: enough to see what became of a push.
+std::string inBrief(const Value* value) {
+  constexpr std::size_t kShown = 72;
+  if (value == nullptr) return "-";
+  const std::string text = value->string() ? inQuotes(*value->string()) : value->description();
+  return text.size() <= kShown ? text : text.substr(0, kShown) + "...";
+}
+
 Dictionary alert(std::string_view title, std::string_view body) {
   return {{"alert", Dictionary{{"title", title}, {"body", body}}}};
 }
@@ -94,7 +102,10 @@ DemoFinding pushCarousel(DemoStage& stage) {
   if (!push) return failed(push.error().message);
   DemoFinding finding;
   finding.receipts = push->receipts;
+  const Value sent(packed);
   finding.notes = {
+      "before  $_rf = " + inBrief(&sent), "after   $_rf = " + inBrief(push->shown.userInfo.find("$_rf")),
+      "        _rf  = " + inBrief(push->shown.userInfo.find("_rf")),
       std::to_string(packed.size()) + " bytes of rich features became " + std::to_string(plain.size()),
       "shown as " + inQuotes(push->shown.title) + " with " + std::to_string(push->shown.attachments.size()) +
           " attachment"};

@@ -11,6 +11,8 @@
 namespace QXExtensionSDK {
 namespace {
 
+constexpr std::size_t kTenMegabytes = 10'000'000;
+
 using backend::Fault;
 using backend::LoopbackServer;
 using backend::Request;
@@ -47,7 +49,7 @@ struct WireCase {
   Response response;
   Left left;
   std::string line;  // how the line of either module begins
-  std::string ending = "";
+  std::string ending;
 };
 
 Response json(int status, std::string body = "{}") {
@@ -133,10 +135,10 @@ INSTANTIATE_TEST_SUITE_P(
         WireCase{"WrongType", json(200, R"({"code":"200"})"), Left::failed, kDecoder, "."},
         WireCase{"UnknownKeys", json(200, R"({"x":1,"code":null})"), Left::nothing, kSuccess},
         WireCase{"NodesOfAnotherShape", json(200, R"({"nodes":7})"), Left::nothing, kSuccess},
-        WireCase{"TenMegabytes", json(200, R"({"body":")" + std::string(10'000'000, 'x') + "\"}"),
+        WireCase{"TenMegabytes", json(200, R"({"body":")" + std::string(kTenMegabytes, 'x') + "\"}"),
                  Left::nothing, kSuccess},
-        WireCase{"TenMegabytesOfLists", json(200, R"({"body":[)" + lists(10'000'000) + "[]]}"), Left::failed,
-                 kDecoder, "the JSON text needs more than 16 MB."},
+        WireCase{"TenMegabytesOfLists", json(200, R"({"body":[)" + lists(kTenMegabytes) + "[]]}"),
+                 Left::failed, kDecoder, "the JSON text needs more than 16 MB."},
         WireCase{"Echo",
                  json(200, R"({"code":1,"message":")" + allSecrets() + R"(","requestId":")" + allSecrets() +
                                R"(","body":")" + allSecrets() + R"(","nodes":[{"name":")" + allSecrets() +
@@ -144,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
                  Left::nothing, kSuccess},
         WireCase{"EchoOfAnotherShape", json(200, R"({"code":")" + allSecrets() + R"("})"), Left::failed,
                  kDecoder, "."},
-        WireCase{"TenMegabytesOfNonsense", json(200, std::string(10'000'000, 'x')), Left::failed, kDecoder,
+        WireCase{"TenMegabytesOfNonsense", json(200, std::string(kTenMegabytes, 'x')), Left::failed, kDecoder,
                  "."}),
     [](const auto& testCase) { return testCase.param.name; });
 

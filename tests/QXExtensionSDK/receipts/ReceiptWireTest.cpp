@@ -49,7 +49,7 @@ struct WireCase {
   Response response;
   Left left;
   std::string line;  // how the line of either module begins
-  std::string ending;
+  std::string ending = {};
 };
 
 Response json(int status, std::string body = "{}") {

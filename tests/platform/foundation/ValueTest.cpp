@@ -44,6 +44,7 @@ TEST(ValueTest, MergingLetsChangesWinAndLeavesTheOriginalAlone) {
 
 TEST(ValueTest, FindsEveryKeyOfALargeDictionary) {
   std::vector<std::pair<std::string, Value>> entries;
+  entries.reserve(5000);
   for (int i = 0; i < 5000; ++i) entries.emplace_back("key" + std::to_string(i * 7919 % 5000), i);
   const Dictionary dictionary = Dictionary::fromEntries(entries);
   ASSERT_EQ(dictionary.size(), 5000U);
@@ -53,10 +54,12 @@ TEST(ValueTest, FindsEveryKeyOfALargeDictionary) {
 TEST(ValueTest, PartsOutliveTheTreeTheyCameFrom) {
   ValueArena arena(16);
   std::vector<ValueArena::RawValue> elements;
+  elements.reserve(100);
   for (int i = 0; i < 100; ++i) elements.push_back(arena.string(arena.store("text ", std::to_string(i))));
   std::vector<ValueArena::RawEntry> entries{{arena.store("it"), arena.array(elements)},
                                             {arena.store("t"), ValueArena::number(0.5)}};
-  auto tree = std::make_unique<Value>(std::move(arena).finish(arena.dictionary(entries)));
+  const ValueArena::RawValue root = arena.dictionary(entries);
+  auto tree = std::make_unique<Value>(std::move(arena).finish(root));
   const Value part = tree->find("it")->elements()[42];
   const Dictionary other{{"kept", *tree->find("it")}};
   tree.reset();
@@ -74,6 +77,7 @@ TEST(ValueTest, AnUnfinishedArenaAndAScalarRootAreFreed) {
 TEST(ValueTest, CopiesAreReadAndDroppedOnManyThreads) {
   const Value shared(Dictionary{{"list", std::vector<Value>{"a", "b", Dictionary{{"deep", "text"}}}}});
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([copy = shared] {
       for (int round = 0; round < 1000; ++round) {

@@ -14,8 +14,8 @@
 
 #include "AppGroupSDK/context/ExtensionModuleName.h"
 #include "QXExtensionSDK/runtime/Version.h"
-#include "platform/notifications/ServiceExtensionHost.h"
 #include "platform/notifications/PushLines.h"
+#include "platform/notifications/ServiceExtensionHost.h"
 #include "tools/qx/BackendCommand.h"
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/CarouselSteps.h"

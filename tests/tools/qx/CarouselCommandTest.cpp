@@ -48,7 +48,7 @@ class CarouselCommand : public testing::Test {
   }
 
   std::string write(const std::string& name, const std::string& push) const {
-    const std::string file = path(name);
+    std::string file = path(name);
     std::ofstream(file) << push;
     return file;
   }

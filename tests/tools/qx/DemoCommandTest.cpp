@@ -13,8 +13,8 @@ using support::runProgram;
 
 class DemoCommandTest : public testing::Test {
  protected:
-  DemoCommandTest() { std::filesystem::current_path(directory_.path()); }
-  ~DemoCommandTest() override { std::filesystem::current_path("/"); }
+  void SetUp() override { std::filesystem::current_path(directory_.path()); }
+  void TearDown() override { std::filesystem::current_path("/"); }
 
   support::TemporaryDirectory directory_;
 };

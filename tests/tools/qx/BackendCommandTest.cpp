@@ -61,16 +61,17 @@ Answer post(const std::string& url, const std::string& body) {
   std::promise<Answer> promise;
   URLSession session({});
   session
-      .dataTask(request,
-                [&](std::optional<platform::Data> data, std::shared_ptr<const platform::URLResponse> response,
-                    std::optional<URLError> error) {
-                  Answer answer;
-                  if (error) answer.error = error->code;
-                  if (const auto* http = dynamic_cast<const platform::HTTPURLResponse*>(response.get())) {
-                    answer = {http->statusCode(), std::string(data->view()), std::nullopt};
-                  }
-                  promise.set_value(answer);
-                })
+      .dataTask(
+          request,
+          [&](std::optional<platform::Data> data,
+              const std::shared_ptr<const platform::URLResponse>& response, std::optional<URLError> error) {
+            Answer answer;
+            if (error) answer.error = error->code;
+            if (const auto* http = dynamic_cast<const platform::HTTPURLResponse*>(response.get())) {
+              answer = {http->statusCode(), std::string(data->view()), std::nullopt};
+            }
+            promise.set_value(answer);
+          })
       ->resume();
   return promise.get_future().get();
 }

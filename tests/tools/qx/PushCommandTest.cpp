@@ -160,7 +160,7 @@ TEST(PushCommandTest, AHostsOwnProgramIsDriven) {
 TEST(PushCommandTest, AProgramThatMisbehavesIsAnErrorAndNeverAHang) {
   const support::TemporaryDirectory directory;
   const auto program = [&](const char* name, const std::string& script) {
-    const std::string path = directory.write(name, "#!/bin/sh\n" + script);
+    std::string path = directory.write(name, "#!/bin/sh\n" + script);
     std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     return path;
   };

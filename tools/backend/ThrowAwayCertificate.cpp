@@ -8,26 +8,22 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <memory>
 #include <stdexcept>
 #include <string_view>
+
+#include "platform/linux/Handle.h"
 
 namespace backend {
 namespace {
 
 namespace fs = std::filesystem;
 
-template <auto release>
-struct Deleter {
-  template <typename T>
-  void operator()(T* handle) const {
-    release(handle);
-  }
-};
-using Key = std::unique_ptr<EVP_PKEY, Deleter<&EVP_PKEY_free>>;
-using Certificate = std::unique_ptr<X509, Deleter<&X509_free>>;
-using Extension = std::unique_ptr<X509_EXTENSION, Deleter<&X509_EXTENSION_free>>;
-using Memory = std::unique_ptr<BIO, Deleter<&BIO_free_all>>;
+using platform::linux_::Handle;
+
+using Key = Handle<EVP_PKEY, &EVP_PKEY_free>;
+using Certificate = Handle<X509, &X509_free>;
+using Extension = Handle<X509_EXTENSION, &X509_EXTENSION_free>;
+using Memory = Handle<BIO, &BIO_free_all>;
 
 constexpr long kDay = 24L * 60 * 60;
 

@@ -2,8 +2,9 @@
 
 #include <libdeflate.h>
 
-#include <memory>
 #include <new>
+
+#include "platform/linux/Handle.h"
 
 namespace qx {
 
@@ -11,15 +12,12 @@ namespace {
 
 constexpr int kBestCompression = 12;
 
-struct FreeCompressor {
-  void operator()(libdeflate_compressor* compressor) const { libdeflate_free_compressor(compressor); }
-};
+using Compressor = platform::linux_::Handle<libdeflate_compressor, &libdeflate_free_compressor>;
 
 }  // namespace
 
 std::string deflateRaw(std::string_view text) {
-  const std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor(
-      libdeflate_alloc_compressor(kBestCompression));
+  const Compressor compressor(libdeflate_alloc_compressor(kBestCompression));
   if (compressor == nullptr) throw std::bad_alloc();
   std::string compressed(libdeflate_deflate_compress_bound(compressor.get(), text.size()), '\0');
   compressed.resize(libdeflate_deflate_compress(compressor.get(), text.data(), text.size(), compressed.data(),

@@ -2,18 +2,15 @@
 
 #include <libdeflate.h>
 
-#include <memory>
+#include "platform/linux/Handle.h"
 
 namespace platform {
 namespace {
 
-struct FreeDecompressor {
-  void operator()(libdeflate_decompressor* decompressor) const { libdeflate_free_decompressor(decompressor); }
-};
+using Decompressor = linux_::Handle<libdeflate_decompressor, &libdeflate_free_decompressor>;
 
 std::size_t inflate(std::span<std::byte> destination, std::span<const std::byte> source) {
-  const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(
-      libdeflate_alloc_decompressor());
+  const Decompressor decompressor(libdeflate_alloc_decompressor());
   if (decompressor == nullptr) return 0;
   std::size_t written = 0;
   const libdeflate_result result = libdeflate_deflate_decompress(

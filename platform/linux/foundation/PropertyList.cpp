@@ -3,12 +3,12 @@
 #include <plist/plist.h>
 
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "platform/foundation/BinaryPropertyList.h"
+#include "platform/linux/Handle.h"
 
 namespace platform {
 
@@ -18,14 +18,9 @@ constexpr std::size_t kMaxSize = 1'000'000;
 constexpr PropertyListLimits kLimits{512, 20'000, kMaxSize};
 constexpr double kSecondsFrom1970To2001 = 978'307'200;
 
-struct Release {
-  void operator()(void* memory) const { std::free(memory); }
-  void operator()(char* text) const { std::free(text); }
-};
-struct ReleaseNode {
-  void operator()(void* node) const { plist_free(node); }
-};
-using NodeHandle = std::unique_ptr<std::remove_pointer_t<plist_t>, ReleaseNode>;
+using NodeHandle = linux_::Handle<std::remove_pointer_t<plist_t>, &plist_free>;
+using PositionHandle = linux_::Handle<void, &std::free>;
+using TextHandle = linux_::Handle<char, &std::free>;
 
 // The library takes nodes apart recursively. How deep they nest shows only to a parser, but not deeper than
 // there are opening tags.
@@ -56,7 +51,7 @@ std::optional<Value> convertArray(plist_t node, int depthLeft) {
   const std::uint32_t size = plist_array_get_size(node);
   plist_array_iter position = nullptr;
   plist_array_new_iter(node, &position);
-  const std::unique_ptr<void, Release> positionOwner(position);
+  const PositionHandle positionOwner(position);
   for (std::uint32_t i = 0; i < size; ++i) {
     plist_t element = nullptr;
     plist_array_next_item(node, position, &element);
@@ -71,12 +66,12 @@ std::optional<Value> convertDictionary(plist_t node, int depthLeft) {
   std::vector<std::pair<std::string, Value>> entries;
   plist_dict_iter position = nullptr;
   plist_dict_new_iter(node, &position);
-  const std::unique_ptr<void, Release> positionOwner(position);
+  const PositionHandle positionOwner(position);
   while (true) {
     char* key = nullptr;
     plist_t item = nullptr;
     plist_dict_next_item(node, position, &key, &item);
-    const std::unique_ptr<char, Release> keyOwner(key);
+    const TextHandle keyOwner(key);
     if (key == nullptr || item == nullptr) return Value(Dictionary::fromEntries(entries));
     auto value = convert(item, depthLeft);
     if (!value) return std::nullopt;

@@ -2,22 +2,14 @@
 
 #include <curl/curl.h>
 
-#include <memory>
+#include "platform/linux/Handle.h"
 
 namespace platform::network {
 
-template <auto release>
-struct CurlDeleter {
-  template <typename T>
-  void operator()(T* handle) const {
-    release(handle);
-  }
-};
-
-using EasyHandle = std::unique_ptr<CURL, CurlDeleter<&curl_easy_cleanup>>;
-using MultiHandle = std::unique_ptr<CURLM, CurlDeleter<&curl_multi_cleanup>>;
-using HeaderList = std::unique_ptr<curl_slist, CurlDeleter<&curl_slist_free_all>>;
-using URLHandle = std::unique_ptr<CURLU, CurlDeleter<&curl_url_cleanup>>;
-using CurlText = std::unique_ptr<char, CurlDeleter<&curl_free>>;
+using EasyHandle = linux_::Handle<CURL, &curl_easy_cleanup>;
+using MultiHandle = linux_::Handle<CURLM, &curl_multi_cleanup>;
+using HeaderList = linux_::Handle<curl_slist, &curl_slist_free_all>;
+using URLHandle = linux_::Handle<CURLU, &curl_url_cleanup>;
+using CurlText = linux_::Handle<char, &curl_free>;
 
 }  // namespace platform::network

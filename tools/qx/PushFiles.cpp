@@ -8,6 +8,24 @@
 
 namespace qx {
 
+namespace {
+
+// The whole file, or more than the limit of one that is larger. Grows as it reads: the buffer lives as long as
+// the push, whose memory counts.
+std::string readUpTo(std::size_t limit, std::istream& file) {
+  constexpr std::size_t kPiece = 16'384;
+  std::string text;
+  while (file && text.size() <= limit) {
+    const std::size_t size = text.size();
+    text.resize(size + kPiece);
+    file.read(text.data() + size, kPiece);
+    text.resize(size + static_cast<std::size_t>(file.gcount()));
+  }
+  return text;
+}
+
+}  // namespace
+
 PushFiles::PushFiles(std::vector<std::string> names)
     : names_(names.empty() ? std::vector<std::string>{"-"} : std::move(names)) {}
 
@@ -38,10 +56,8 @@ std::optional<platform::PushText> PushFiles::open(const std::string& name) {
     lines_ = std::make_unique<platform::PushLineSource>(file_, shownName);
     return std::nullopt;
   }
-  std::string text(platform::kLongestPush + 1, '\0');
-  file_.read(text.data(), static_cast<std::streamsize>(text.size()));
+  std::string text = readUpTo(platform::kLongestPush, file_);
   if (file_.bad()) return unreadable("cannot be read");
-  text.resize(static_cast<std::size_t>(file_.gcount()));
   if (text.size() > platform::kLongestPush) return unreadable("a push of more than 4 MiB");
   return platform::PushText{std::move(text), 1, shownName, std::nullopt};
 }

@@ -8,6 +8,7 @@
 #include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
 #include "tools/qx/HostCommands.h"
 #include "tools/qx/HostRecords.h"
+#include "tools/qx/HostSecrets.h"
 
 namespace qx {
 
@@ -21,18 +22,6 @@ struct Scope {
   std::string appId;
 };
 
-// Enough of a token to tell two apart.
-Dictionary shorteningTokens(Dictionary record) {
-  for (const auto* key : {"accessToken", "subscriberToken"}) {
-    const auto* token = record.find(key);
-    const auto text = token == nullptr ? std::nullopt : token->string();
-    if (!text) continue;
-    const std::size_t shown = text->size() > 8 ? 4 : 0;
-    record = record.setting(key, std::string(text->substr(0, shown)) + "…");
-  }
-  return record;
-}
-
 template <typename Model>
 void showRecord(const SimulatorOptions& simulator, std::string_view name, const DataStore& store,
                 const std::optional<Scope>& scope) {
@@ -40,18 +29,21 @@ void showRecord(const SimulatorOptions& simulator, std::string_view name, const 
   Dictionary line{{"record", name}, {"status", description(fetched.status())}};
   if (scope) line = line.merging({{"module", stringValue(scope->module)}, {"appId", scope->appId}});
   line = line.setting("file", recordPath<Model>(store).value_or(std::string(Model::dataStoreFileName())));
-  if (fetched.value()) line = line.setting("value", shorteningTokens(encodeRecord(*fetched.value())));
+  if (fetched.value()) line = line.setting("value", hidingSecrets(encodeRecord(*fetched.value())));
   printResult(simulator, line);
 }
 
-std::vector<std::string> filesInContainer() {
+// Nothing is in a container that is not there.
+platform::Result<std::vector<std::string>> filesInContainer() {
   std::vector<std::string> names;
   const auto container = AppGroupDirectoryProvider().containerURL();
   if (!container) return names;
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(container->filePath(), error)) {
-    names.push_back(entry.path().filename());
+  std::filesystem::directory_iterator entry(container->filePath(), error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    names.push_back(entry->path().filename());
   }
+  if (error) return platform::Error{container->filePath() + " cannot be listed: " + error.message()};
   std::ranges::sort(names);
   return names;
 }
@@ -92,10 +84,11 @@ int runHostShow(const SimulatorOptions& simulator) {
   showRecord<FeatureConfigDetail>(simulator, "FeatureConfigDetail", base, std::nullopt);
   showRecord<ModuleAppMappings>(simulator, "ModuleAppMappings", base, std::nullopt);
   const auto files = filesInContainer();
-  showModuleScoped<AppDeviceInfo>(simulator, "AppDeviceInfo", files);
-  showModuleScoped<FeatureConfigDetail>(simulator, "FeatureConfigDetail", files);
-  showModuleScoped<DeliveryReceiptsModel>(simulator, "DeliveryReceiptsModel", files);
-  showModuleScoped<CarouselClickModel>(simulator, "CarouselClickModel", files);
+  if (!files) return fail("host show", files.error().message);
+  showModuleScoped<AppDeviceInfo>(simulator, "AppDeviceInfo", *files);
+  showModuleScoped<FeatureConfigDetail>(simulator, "FeatureConfigDetail", *files);
+  showModuleScoped<DeliveryReceiptsModel>(simulator, "DeliveryReceiptsModel", *files);
+  showModuleScoped<CarouselClickModel>(simulator, "CarouselClickModel", *files);
   return 0;
 }
 

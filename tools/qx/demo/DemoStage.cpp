@@ -9,14 +9,13 @@
 #include <system_error>
 
 #include "AppGroupSDK/AppGroupSDK.h"
-#include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
-#include "platform/files/Container.h"
 #include "platform/foundation/Date.h"
 #include "platform/foundation/JSON.h"
 #include "platform/foundation/UUID.h"
 #include "platform/notifications/NotificationJSON.h"
 #include "tools/backend/RequestLine.h"
 #include "tools/qx/CarouselCommand.h"
+#include "tools/qx/HostContainer.h"
 #include "tools/qx/SimulatedHostService.h"
 
 namespace qx {
@@ -123,14 +122,9 @@ DemoStage::~DemoStage() {
 }
 
 Result<fs::path> DemoStage::setUpHost() const {
-  const auto group = AppGroupSDK::AppGroupDirectoryProvider::groupIdentifier();
-  const auto container = group ? platform::containerPathForGroup(*group) : std::nullopt;
-  if (!container) return Error{"the bundle names no app group under VT_QUORIX_APP_GROUP_KEY"};
-  std::error_code error;
-  fs::create_directories(*container, error);
-  if (error) return Error{container->string() + " cannot be made: " + error.message()};
-  if (!saveHostRecords(server_.url())) return Error{"the host's records cannot be saved"};
-  return *container;
+  auto container = makeContainer();
+  if (container && !saveHostRecords(server_.url())) return Error{"the host's records cannot be saved"};
+  return container;
 }
 
 Result<DemoPush> DemoStage::push(const std::string& name, const Dictionary& payload) {

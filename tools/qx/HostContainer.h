@@ -1,0 +1,13 @@
+#pragma once
+
+#include <filesystem>
+
+#include "platform/foundation/Result.h"
+
+namespace qx {
+
+// Makes the app group's container, the owner's alone from its first instant, if it is not there. Gives its
+// path, or why there is none.
+platform::Result<std::filesystem::path> makeContainer();
+
+}  // namespace qx

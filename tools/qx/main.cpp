@@ -31,12 +31,47 @@ using AppGroupSDK::ExtensionModuleName;
 
 constexpr int kWrongUsage = 2;
 
-// Runs a subcommand and gives the exit code.
-using Command = std::function<int()>;
+// What the arguments say.
+struct Invocation {
+  qx::SimulatorOptions simulator;
+  std::function<int()> command;  // gives the exit code
+};
 
-// Says what to run when the arguments name the subcommand.
-void choose(CLI::App& subcommand, Command& chosen, Command command) {
-  subcommand.callback([&chosen, command = std::move(command)] { chosen = command; });
+template <typename Options>
+struct Subcommand {
+  CLI::App& app;
+  Options& options;  // lives as long as the app
+};
+
+// A subcommand that runs with options of its own.
+template <typename Options, typename Run>
+Subcommand<Options> addSubcommand(CLI::App& parent, const std::string& name, const std::string& description,
+                                  const std::string& footer, Invocation& invocation, Run run) {
+  CLI::App& app = *parent.add_subcommand(name, description);
+  app.footer(footer);
+  const auto options = std::make_shared<Options>();
+  app.callback([=, &invocation] {
+    invocation.command = [=, &invocation] { return run(invocation.simulator, *options); };
+  });
+  return {app, *options};
+}
+
+// One that has none.
+void addSubcommand(CLI::App& parent, const std::string& name, const std::string& description,
+                   const std::string& footer, Invocation& invocation,
+                   int (*run)(const qx::SimulatorOptions&)) {
+  struct None {};
+  addSubcommand<None>(parent, name, description, footer, invocation,
+                      [run](const qx::SimulatorOptions& simulator, None) { return run(simulator); });
+}
+
+// One that only gathers others.
+CLI::App& addGroup(CLI::App& parent, const std::string& name, const std::string& description,
+                   const std::string& footer) {
+  CLI::App& app = *parent.add_subcommand(name, description);
+  app.footer(footer);
+  app.require_subcommand(1);
+  return app;
 }
 
 void addSimulatorOptions(CLI::App& app, qx::SimulatorOptions& options) {
@@ -73,11 +108,12 @@ CLI::Validator timeLimit() {
           ""};
 }
 
-CLI::App& addPush(CLI::App& app, qx::PushOptions& options) {
-  CLI::App& push = *app.add_subcommand("push", "Send pushes through the service extension");
-  push.footer(
+void addPush(CLI::App& app, Invocation& invocation) {
+  const auto [push, options] = addSubcommand<qx::PushOptions>(
+      app, "push", "Send pushes through the service extension",
       "Example:\n  echo '{\"aps\": {\"alert\": \"Hello\"}, \"_sid\": \"VTQX\"}' | qx push -\n\n"
-      "A file is one push; a .ndjson file and standard input hold one a line.");
+      "A file is one push; a .ndjson file and standard input hold one a line.",
+      invocation, qx::runPush);
   push.add_option("FILE", options.files, "Files with pushes; - or none for standard input")->type_name("");
   push.add_option("--time-limit", options.timeLimitSeconds, "Time limit of the extension, a day at most")
       ->type_name("SECONDS")
@@ -100,7 +136,6 @@ CLI::App& addPush(CLI::App& app, qx::PushOptions& options) {
   for (auto* hook : {changes, raise, hang, noThumbnail}) program->excludes(hook);
   changes->excludes(raise)->excludes(hang);
   raise->excludes(hang);
-  return push;
 }
 
 std::string checkSteps(const std::string& text) {
@@ -108,18 +143,18 @@ std::string checkSteps(const std::string& text) {
   return steps ? std::string() : steps.error().message;
 }
 
-CLI::App& addCarousel(CLI::App& app, qx::CarouselOptions& options) {
+void addCarousel(CLI::App& app, Invocation& invocation) {
   constexpr int kNarrowest = 112;  // the arrows side by side
   constexpr int kWidest = 10'000;
   constexpr double kSmallestScale = 1;
   constexpr double kLargestScale = 8;
-  CLI::App& carousel =
-      *app.add_subcommand("carousel", "Show a push's carousel as the content extension draws it");
-  carousel.footer(
+  const auto [carousel, options] = addSubcommand<qx::CarouselOptions>(
+      app, "carousel", "Show a push's carousel as the content extension draws it",
       "Examples:\n  qx carousel push.json\n  qx carousel push.json --png out.png --all --dark\n"
       "  qx carousel push.json --do next,wait:500,tap\n\n"
       "Without --png and --do a window opens. Arrow keys move, Return opens, Escape closes.\n"
-      "How the carousel stands is reported after loading and after each step.");
+      "How the carousel stands is reported after loading and after each step.",
+      invocation, qx::runCarousel);
   carousel.add_option("FILE", options.file, "File with one push; - for standard input")
       ->type_name("")
       ->required();
@@ -144,7 +179,6 @@ CLI::App& addCarousel(CLI::App& app, qx::CarouselOptions& options) {
   carousel.add_option("--do", options.steps, "Steps in order: next, back, tick, tap, refresh:FILE, wait:MS")
       ->type_name("STEPS")
       ->check(CLI::Validator(checkSteps, ""));
-  return carousel;
 }
 
 // The parser reads an enumeration by its number.
@@ -179,135 +213,120 @@ void addModuleOption(CLI::App& command, std::optional<ExtensionModuleName>& modu
       ->transform(moduleNames());
 }
 
-void addHostSetDevice(CLI::App& host, const qx::SimulatorOptions& simulator, Command& chosen) {
-  const auto options = std::make_shared<qx::HostDeviceOptions>();
-  CLI::App& device = *host.add_subcommand("set-device", "Store where receipts go and in whose name");
-  device.footer(
+void addHostSetDevice(CLI::App& host, Invocation& invocation) {
+  const auto [device, options] = addSubcommand<qx::HostDeviceOptions>(
+      host, "set-device", "Store where receipts go and in whose name",
       "Example:\n  qx host set-device --base-url http://127.0.0.1:8080 --application-id A1 \\\n"
-      "    --device-id D1 --access-token secret --sdk-version 9.1");
-  addText(device, "--base-url", options->baseUrl, "Base URL of the back end")->required();
-  addText(device, "--application-id", options->applicationId, "Application id")->required();
-  addText(device, "--device-id", options->deviceId, "Device id")->required();
-  addText(device, "--access-token", options->accessToken, "Access token")->required();
-  addText(device, "--sdk-version", options->sdkVersion, "Version of the host's SDK")->required();
-  addText(device, "--subscriber-token", options->subscriberToken, "Subscriber token");
-  addText(device, "--tenant-id", options->tenantId, "Tenant id");
-  addText(device, "--session-id", options->sessionId, "Session id");
-  addModuleOption(device, options->module);
-  choose(device, chosen, [=, &simulator] { return qx::runHostSetDevice(simulator, *options); });
+      "    --device-id D1 --access-token secret --sdk-version 9.1",
+      invocation, qx::runHostSetDevice);
+  addText(device, "--base-url", options.baseUrl, "Base URL of the back end")->required();
+  addText(device, "--application-id", options.applicationId, "Application id")->required();
+  addText(device, "--device-id", options.deviceId, "Device id")->required();
+  addText(device, "--access-token", options.accessToken, "Access token")->required();
+  addText(device, "--sdk-version", options.sdkVersion, "Version of the host's SDK")->required();
+  addText(device, "--subscriber-token", options.subscriberToken, "Subscriber token");
+  addText(device, "--tenant-id", options.tenantId, "Tenant id");
+  addText(device, "--session-id", options.sessionId, "Session id");
+  addModuleOption(device, options.module);
 }
 
-void addHostReceipts(CLI::App& host, const qx::SimulatorOptions& simulator, Command& chosen) {
-  const auto options = std::make_shared<qx::HostReceiptsOptions>();
-  CLI::App& receipts = *host.add_subcommand("receipts", "Switch delivery receipts on or off");
-  receipts.footer("Example:\n  qx host receipts on");
-  addArgument(receipts, "STATE", options->on, "on or off")
+void addHostReceipts(CLI::App& host, Invocation& invocation) {
+  const auto [receipts, options] = addSubcommand<qx::HostReceiptsOptions>(
+      host, "receipts", "Switch delivery receipts on or off", "Example:\n  qx host receipts on", invocation,
+      qx::runHostReceipts);
+  addArgument(receipts, "STATE", options.on, "on or off")
       ->transform(CLI::CheckedTransformer(std::map<std::string, bool>{{"on", true}, {"off", false}})
                       .description("{on,off}"));
-  addModuleOption(receipts, options->module);
-  choose(receipts, chosen, [=, &simulator] { return qx::runHostReceipts(simulator, *options); });
+  addModuleOption(receipts, options.module);
 }
 
-void addHostMapApp(CLI::App& host, const qx::SimulatorOptions& simulator, Command& chosen) {
-  const auto options = std::make_shared<qx::HostMapAppOptions>();
-  CLI::App& map = *host.add_subcommand("map-app", "Store the application id of a module");
-  map.footer("Example:\n  qx host map-app quorixEngagement A1");
-  addArgument(map, "MODULE", options->module, "Module")->transform(moduleNames());
-  addArgument(map, "APPID", options->appId, "Application id");
-  choose(map, chosen, [=, &simulator] { return qx::runHostMapApp(simulator, *options); });
+void addHostMapApp(CLI::App& host, Invocation& invocation) {
+  const auto [map, options] = addSubcommand<qx::HostMapAppOptions>(
+      host, "map-app", "Store the application id of a module",
+      "Example:\n  qx host map-app quorixEngagement A1", invocation, qx::runHostMapApp);
+  addArgument(map, "MODULE", options.module, "Module")->transform(moduleNames());
+  addArgument(map, "APPID", options.appId, "Application id");
 }
 
 // A command whose only argument is a module.
 void addHostQuestion(CLI::App& host, const std::string& name, const std::string& description,
-                     const qx::SimulatorOptions& simulator, Command& chosen,
-                     int (*run)(const qx::SimulatorOptions&, ExtensionModuleName)) {
-  const auto module = std::make_shared<ExtensionModuleName>();
-  CLI::App& question = *host.add_subcommand(name, description);
-  question.footer("Example:\n  qx host " + name + " quorixEngagement");
-  addArgument(question, "MODULE", *module, "Module")->transform(moduleNames());
-  choose(question, chosen, [=, &simulator] { return run(simulator, *module); });
+                     Invocation& invocation, int (*run)(const qx::SimulatorOptions&, ExtensionModuleName)) {
+  const auto [question, module] = addSubcommand<ExtensionModuleName>(
+      host, name, description, "Example:\n  qx host " + name + " quorixEngagement", invocation, run);
+  addArgument(question, "MODULE", module, "Module")->transform(moduleNames());
 }
 
-void addHost(CLI::App& app, const qx::SimulatorOptions& simulator, Command& chosen) {
-  CLI::App& host =
-      *app.add_subcommand("host", "Play the host application: write and read the shared records");
-  host.require_subcommand(1);
-  host.footer("Example:\n  qx host init && qx host receipts on && qx host show");
-  CLI::App& init = *host.add_subcommand("init", "Make the app group's container if it is not there");
-  init.footer("Example:\n  qx host init --groups-root /tmp/groups");
-  choose(init, chosen, [&] { return qx::runHostInit(simulator); });
-  addHostSetDevice(host, simulator, chosen);
-  addHostReceipts(host, simulator, chosen);
-  addHostMapApp(host, simulator, chosen);
-  CLI::App& show = *host.add_subcommand("show", "List every record: its file, its status, its value");
-  show.footer("Example:\n  qx host show --pretty");
-  choose(show, chosen, [&] { return qx::runHostShow(simulator); });
-  addHostQuestion(host, "pending", "List a module's receipts that have not been delivered", simulator, chosen,
+void addHost(CLI::App& app, Invocation& invocation) {
+  CLI::App& host = addGroup(app, "host", "Play the host application: write and read the shared records",
+                            "Example:\n  qx host init && qx host receipts on && qx host show");
+  addSubcommand(host, "init", "Make the app group's container if it is not there",
+                "Example:\n  qx host init --groups-root /tmp/groups", invocation, qx::runHostInit);
+  addHostSetDevice(host, invocation);
+  addHostReceipts(host, invocation);
+  addHostMapApp(host, invocation);
+  addSubcommand(host, "show", "List every record: its file, its status, its value",
+                "Example:\n  qx host show --pretty", invocation, qx::runHostShow);
+  addHostQuestion(host, "pending", "List a module's receipts that have not been delivered", invocation,
                   qx::runHostPending);
-  addHostQuestion(host, "last-click", "Print a module's last carousel click", simulator, chosen,
+  addHostQuestion(host, "last-click", "Print a module's last carousel click", invocation,
                   qx::runHostLastClick);
 }
 
-void addContextEncode(CLI::App& context, const qx::SimulatorOptions& simulator, Command& chosen) {
-  const auto options = std::make_shared<qx::ContextEncodeOptions>();
-  CLI::App& encode = *context.add_subcommand("encode", "Make the text of a push context");
-  encode.footer("Example:\n  qx context encode --source 3 --destinations 6 --business-unit BU-7");
-  encode.add_option("--source", options->source, "Sum of the sources, 1 and 2")
+void addBitSet(CLI::App& command, const std::string& name, std::int64_t& value,
+               const std::string& description) {
+  command.add_option(name, value, description)
       ->required()
       ->type_name("N")
       ->check(CLI::Range(std::int64_t{0}, std::numeric_limits<std::int64_t>::max(), ""));
-  encode.add_option("--destinations", options->destinations, "Sum of 1 (engagement) and 2 (app messaging)")
-      ->required()
-      ->type_name("N")
-      ->check(CLI::Range(std::int64_t{0}, std::numeric_limits<std::int64_t>::max(), ""));
-  encode.add_option("--business-unit", options->businessUnit, "Business unit id, without a colon")
+}
+
+void addContext(CLI::App& app, Invocation& invocation) {
+  CLI::App& context = addGroup(app, "context", "Write and read the push context, \"_co\"",
+                               "Example:\n  qx context decode Mzo2OkJVLTc=");
+  const auto [encode, options] = addSubcommand<qx::ContextEncodeOptions>(
+      context, "encode", "Make the text of a push context",
+      "Example:\n  qx context encode --source 3 --destinations 6 --business-unit BU-7", invocation,
+      qx::runContextEncode);
+  addBitSet(encode, "--source", options.source, "Sum of the sources, 1 and 2");
+  addBitSet(encode, "--destinations", options.destinations, "Sum of 1 (engagement) and 2 (app messaging)");
+  encode.add_option("--business-unit", options.businessUnit, "Business unit id, without a colon")
       ->type_name("ID");
-  choose(encode, chosen, [=, &simulator] { return qx::runContextEncode(simulator, *options); });
+
+  const auto [decode, text] = addSubcommand<std::string>(
+      context, "decode", "Say what a device reads from a push context",
+      "Example:\n  qx context decode Mzo2OkJVLTc=", invocation, qx::runContextDecode);
+  addArgument(decode, "TEXT", text, "Text of \"_co\"");
 }
 
-void addContext(CLI::App& app, const qx::SimulatorOptions& simulator, Command& chosen) {
-  CLI::App& context = *app.add_subcommand("context", "Write and read the push context, \"_co\"");
-  context.require_subcommand(1);
-  context.footer("Example:\n  qx context decode Mzo2OkJVLTc=");
-  addContextEncode(context, simulator, chosen);
-
-  const auto text = std::make_shared<std::string>();
-  CLI::App& decode = *context.add_subcommand("decode", "Say what a device reads from a push context");
-  decode.footer("Example:\n  qx context decode Mzo2OkJVLTc=");
-  addArgument(decode, "TEXT", *text, "Text of \"_co\"");
-  choose(decode, chosen, [=, &simulator] { return qx::runContextDecode(simulator, *text); });
-}
-
-void addBackend(CLI::App& app, const qx::SimulatorOptions& simulator, Command& chosen) {
-  const auto options = std::make_shared<qx::BackendOptions>();
-  CLI::App& backend = *app.add_subcommand("backend", "Play the back end on the loopback and print requests");
-  backend.footer(
+void addBackend(CLI::App& app, Invocation& invocation) {
+  const auto [backend, options] = addSubcommand<qx::BackendOptions>(
+      app, "backend", "Play the back end on the loopback and print requests",
       "Example:\n  qx backend --port 8080 --status 503\n\n"
-      "Prints where it listens, then every request; ends on SIGINT or SIGTERM.");
-  backend.add_option("--port", options->port, "Port to listen on; 0: a free one")->type_name("P");
-  backend.add_option("--status", options->status, "Status of every answer")
+      "Prints where it listens, then every request; ends on SIGINT or SIGTERM.",
+      invocation, qx::runBackend);
+  backend.add_option("--port", options.port, "Port to listen on; 0: a free one")->type_name("P");
+  backend.add_option("--status", options.status, "Status of every answer")
       ->type_name("N")
       ->check(CLI::Range(100, 599))
       ->capture_default_str();
-  backend.add_option("--delay", options->delaySeconds, "Time before every answer")
+  backend.add_option("--delay", options.delaySeconds, "Time before every answer")
       ->type_name("SECONDS")
       ->check(CLI::Range(0.0, 86400.0));
-  backend.add_option("--body", options->body, "Body of every answer")
+  backend.add_option("--body", options.body, "Body of every answer")
       ->type_name("TEXT")
       ->capture_default_str();
-  auto* hang = backend.add_flag("--hang", options->hang, "Never answer");
-  backend.add_flag("--close", options->close, "Drop every connection without an answer")->excludes(hang);
-  backend.add_option("--files", options->files, "Serve DIR under /files/ instead of the built-in panels")
+  auto* hang = backend.add_flag("--hang", options.hang, "Never answer");
+  backend.add_flag("--close", options.close, "Drop every connection without an answer")->excludes(hang);
+  backend.add_option("--files", options.files, "Serve DIR under /files/ instead of the built-in panels")
       ->type_name("DIR")
       ->check(CLI::ExistingDirectory);
-  backend.add_flag("--tls", options->tls, "Talk TLS, with a throw-away certificate");
-  choose(backend, chosen, [=, &simulator] { return qx::runBackend(simulator, *options); });
+  backend.add_flag("--tls", options.tls, "Talk TLS, with a throw-away certificate");
 }
 
-void addDemo(CLI::App& app, const qx::SimulatorOptions& simulator, Command& chosen) {
-  CLI::App& demo = *app.add_subcommand("demo", "Show everything at once, on data of its own");
-  demo.footer("Example:\n  qx demo\n\nLeaves what was sent, shown and received in ./qx-demo/.");
-  choose(demo, chosen, [&] { return qx::runDemo(simulator); });
+void addDemo(CLI::App& app, Invocation& invocation) {
+  addSubcommand(app, "demo", "Show everything at once, on data of its own",
+                "Example:\n  qx demo\n\nLeaves what was sent, shown and received in ./qx-demo/.", invocation,
+                qx::runDemo);
 }
 
 }  // namespace
@@ -320,17 +339,14 @@ int main(int argc, char** argv) {
   app.require_subcommand(1);
   app.fallthrough();
 
-  qx::SimulatorOptions simulator;
-  addSimulatorOptions(app, simulator);
-  Command chosen;
-  qx::PushOptions push;
-  choose(addPush(app, push), chosen, [&] { return qx::runPush(simulator, push); });
-  qx::CarouselOptions carousel;
-  choose(addCarousel(app, carousel), chosen, [&] { return qx::runCarousel(simulator, carousel); });
-  addHost(app, simulator, chosen);
-  addBackend(app, simulator, chosen);
-  addContext(app, simulator, chosen);
-  addDemo(app, simulator, chosen);
+  Invocation invocation;
+  addSimulatorOptions(app, invocation.simulator);
+  addPush(app, invocation);
+  addCarousel(app, invocation);
+  addHost(app, invocation);
+  addBackend(app, invocation);
+  addContext(app, invocation);
+  addDemo(app, invocation);
 
   try {
     app.parse(argc, argv);
@@ -340,7 +356,8 @@ int main(int argc, char** argv) {
   // A reader of our output, or an extension, that goes away is an error to report, not the end.
   std::signal(SIGPIPE, SIG_IGN);
   platform::separateStandardStreams();
+  auto& simulator = invocation.simulator;
   if (!simulator.bundle) simulator.bundle = qx::bundleFromEnvironment();
   qx::applyEnvironment(simulator);
-  return chosen();
+  return invocation.command();
 }

@@ -40,6 +40,15 @@ class RecordingLogSink final : public platform::LogSink {
     for (const LogEntry& entry : entries()) messages.push_back(entry.message);
     return messages;
   }
+  // Each as "<type> <category>: <message>".
+  std::vector<std::string> lines() const {
+    std::vector<std::string> lines;
+    for (const LogEntry& entry : entries()) {
+      lines.push_back(std::string(platform::logTypeName(entry.type)) + " " + entry.category + ": " +
+                      entry.message);
+    }
+    return lines;
+  }
   // Whether a message was logged; compares whole messages.
   bool has(std::string_view message) const {
     const std::lock_guard lock(mutex_);

@@ -93,36 +93,34 @@ TEST(PNDestinationModuleMapping, MapsDestinationsToModules) {
   }
 }
 
-TEST(ContextModuleChecker, LetsTheNamedModulesProceed) {
+TEST(ContextModuleChecker, LetsTheNamedModulesProceedAndLogsWhatTheContextSaid) {
+  const std::string in = "debug Module: PN destination contains module: ";
+  const std::string notIn = "error Module: PN destination doesn't contain module: ";
+  const std::string engagement = "quorixEngagement";
+  const std::string messaging = "mobileAppMessaging";
+  using Lines = std::vector<std::string>;
   struct Case {
     PNContextInfo context;
     bool engagementProceeds;
     bool messagingProceeds;
+    Lines lines;
   };
   const ContextModuleChecker checker(QXExtensionSDK::Logger::content());
-  for (const auto& [info, engagementProceeds, messagingProceeds] :
-       {Case{kDefault, true, false}, Case{parse("0:2:"), false, true}, Case{parse("1:0:"), false, false},
-        Case{parse("0:7:"), true, true}, Case{context(0, {3}), false, false}}) {
-    const support::ScopedLogRecorder silent;
-    EXPECT_EQ(checker.shouldProceed(quorixEngagement, info), engagementProceeds) << info.description();
-    EXPECT_EQ(checker.shouldProceed(mobileAppMessaging, info), messagingProceeds) << info.description();
-  }
-}
-
-TEST(ContextModuleChecker, LogsWhatTheContextSaid) {
   const auto level = QXExtensionSDK::Logger::globalLoglevel();
   QXExtensionSDK::Logger::setGlobalLoglevel(0);
-  const support::ScopedLogRecorder log;
-  const ContextModuleChecker checker(QXExtensionSDK::Logger::content());
-  checker.shouldProceed(quorixEngagement, kDefault);
-  checker.shouldProceed(mobileAppMessaging, kDefault);
-  checker.shouldProceed(mobileAppMessaging, parse("0:2:"));
+  for (const auto& [info, engagementProceeds, messagingProceeds, lines] :
+       {Case{kDefault, true, false, {notIn + messaging}},
+        Case{parse("0:2:"), false, true, {notIn + engagement, in + messaging}},
+        Case{parse("1:0:"), false, false, {notIn + engagement, notIn + messaging}},
+        Case{parse("0:7:"), true, true, {in + engagement, in + messaging}},
+        Case{context(0, {3}), false, false, {notIn + engagement, notIn + messaging}}}) {
+    const support::ScopedLogRecorder log;
+    EXPECT_EQ(checker.shouldProceed(quorixEngagement, info), engagementProceeds) << info.description();
+    EXPECT_EQ(checker.shouldProceed(mobileAppMessaging, info), messagingProceeds) << info.description();
+    EXPECT_EQ(log->lines(), lines);
+    for (const auto& entry : log->entries()) EXPECT_EQ(entry.subsystem, "ContentExtension");
+  }
   QXExtensionSDK::Logger::setGlobalLoglevel(level);
-  EXPECT_EQ(log->entries(),
-            (std::vector<support::LogEntry>{{"ContentExtension", "Module", platform::LogType::error,
-                                             "PN destination doesn't contain module: mobileAppMessaging"},
-                                            {"ContentExtension", "Module", platform::LogType::debug,
-                                             "PN destination contains module: mobileAppMessaging"}}));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The receipt list and the repository over real files.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -83,10 +84,14 @@ TEST_F(ReceiptStorageTest, WithNothingStoredTheOtherCallsSaySoAndWriteNothing) {
   EXPECT_EQ(store->fetchReceipts(PNStatus::failed), std::nullopt);
   EXPECT_EQ(store->updateStatus(receipts(1, 1), PNStatus::failed), std::nullopt);
   store->removeReceipts(receipts(1, 1));
-  for (const auto* line : {"No DeliveryReceipts in store", "No DeliveryReceipts to update status: 1",
-                           "No DeliveryReceipts to remove"}) {
-    EXPECT_TRUE(log_->has(line)) << line;
-  }
+  for (const bool succeeded : {false, true}) makeRepository().handleSendResult(succeeded, {}, [](bool) {});
+  const std::string none = "debug DeliveryReceipt: No DeliveryReceipts ";
+  EXPECT_EQ(log_->lines(),
+            (std::vector<std::string>{
+                none + "in store", none + "in store", none + "in store", none + "to update status: 1",
+                none + "in store", none + "to remove", none + "in store", none + "to update status: 1",
+                "debug DeliveryReceipt: DeliveryReceipts [] marked failed with result: noData",
+                none + "in store", none + "to remove", "debug DeliveryReceipt: DeliveryReceipts [] sent"}));
   EXPECT_EQ(host_.bundle().files().size(), 3U);  // the host's own records
 }
 
@@ -165,7 +170,8 @@ TEST_F(ReceiptStorageTest, TheListNeverOutgrowsWhatCanBeReadAgain) {
               DataStoreStatus::success);
   }
   EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(91, 100)));
-  EXPECT_TRUE(log_->has("DeliveryReceipts dropped for want of room: 1"));
+  EXPECT_THAT(log_->lines(),
+              testing::Contains("error DeliveryReceipt: DeliveryReceipts dropped for want of room: 1"));
   // A status change writes the untrimmed memory.
   const auto store = makeStore();
   store->storeReceipts({largeReceipt(101, 200'000)}, maxStoredReceipts);

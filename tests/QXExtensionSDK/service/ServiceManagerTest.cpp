@@ -118,30 +118,27 @@ std::vector<std::string> send(const TestRequest& request, std::string answer) {
     EXPECT_TRUE(log->entries().empty());
     story.push_back(outcome ? "success" : description(outcome.error()));
   });
-  for (const auto& entry : log->entries()) {
-    EXPECT_EQ(entry.category, "Network");
-    EXPECT_EQ(entry.subsystem, "ServiceExtension");
-    story.push_back(std::string(logTypeName(entry.type)) + " " + entry.message);
-  }
+  for (const auto& entry : log->entries()) EXPECT_EQ(entry.subsystem, "ServiceExtension");
+  std::ranges::copy(log->lines(), std::back_inserter(story));
   return story;
 }
 
 TEST(ServiceManagerTest, CompletesFirstAndLogsAfterwards) {
   TestRequest request;
   EXPECT_EQ(send(request, R"({"code":3000.0,"message":"m","requestId":null,"body":[1],"other":1})"),
-            (std::vector<std::string>{
-                "success",
-                "debug ServiceManager success code: 3000, message: 1 bytes, requestId: nil, with a body"}));
+            (std::vector<std::string>{"success",
+                                      "debug Network: ServiceManager success code: 3000, message: 1 bytes, "
+                                      "requestId: nil, with a body"}));
   EXPECT_EQ(send(request, R"({"code":1.5})"),
             (std::vector<std::string>{
                 "Error decoding data /code: expected an integer, found a fraction.",
-                "error ServiceManager ResponseDecoder error Error decoding data /code: expected an "
+                "error Network: ServiceManager ResponseDecoder error Error decoding data /code: expected an "
                 "integer, found a fraction."}));
   request.requestBody = Dictionary{{"when", platform::Date{0}}};
   const auto story = send(request, "{}");
   ASSERT_EQ(story.size(), 2U);
   EXPECT_TRUE(story[0].starts_with("Error encoding data "));
-  EXPECT_EQ(story[1], "error ServiceManager RequestBuilder error " + story[0]);
+  EXPECT_EQ(story[1], "error Network: ServiceManager RequestBuilder error " + story[0]);
 }
 
 TEST(DefaultRequestBuilderTest, ABodyIsCompactJSONAndNoBodyIsNone) {

@@ -13,27 +13,8 @@
 
 namespace support {
 
-// A clock that stands still until the test moves it. Install it with platform::ScopedClock; threads that wait
-// by it notice a move within a few milliseconds.
-class ManualClock final : public platform::Clock {
- public:
-  TimePoint now() const override {
-    const std::lock_guard lock(mutex_);
-    return now_;
-  }
-  Duration realTimeUntil(TimePoint) const override { return std::chrono::milliseconds(2); }
-
-  void advance(Duration duration) {
-    const std::lock_guard lock(mutex_);
-    now_ += duration;
-  }
-
- private:
-  mutable std::mutex mutex_;
-  TimePoint now_ = std::chrono::steady_clock::now();
-};
-
-// Installs a clock for a test. Before it goes, all that waits by it has ended.
+// Installs a clock that stands still until the test moves it; threads that wait by it notice a move within a
+// few milliseconds. Before it goes, all that waits by it has ended.
 class InstalledManualClock {
  public:
   InstalledManualClock() = default;
@@ -45,14 +26,15 @@ class InstalledManualClock {
   InstalledManualClock(const InstalledManualClock&) = delete;
   InstalledManualClock& operator=(const InstalledManualClock&) = delete;
 
-  void advance(ManualClock::Duration duration) { clock_.advance(duration); }
+  platform::Clock::TimePoint now() const { return clock_.now(); }
+  void advance(platform::Clock::Duration duration) { clock_.advance(duration); }
 
   // Moves it second by second until the condition holds, and tells how many that took. From the `expected`
   // second on each is given time for what it sets off. Nothing when the condition does not come to hold.
   template <typename Condition>
   std::optional<int> secondsUntil(const Condition& condition, int expected) {
     for (int second = 1; second <= expected + 10; ++second) {
-      clock_.advance(std::chrono::seconds(1));
+      advance(std::chrono::seconds(1));
       const auto patience = std::chrono::milliseconds(second < expected ? 40 : 2000);
       const auto end = std::chrono::steady_clock::now() + patience;
       while (std::chrono::steady_clock::now() < end) {
@@ -64,14 +46,31 @@ class InstalledManualClock {
   }
 
  private:
-  // Never destroyed, so that a thread that still looks at it finds it.
-  ManualClock& clock_ = *clocks().emplace_back(std::make_unique<ManualClock>());
-  std::optional<platform::ScopedClock> scope_{std::in_place, clock_};
+  class Clock final : public platform::Clock {
+   public:
+    TimePoint now() const override {
+      const std::lock_guard lock(mutex_);
+      return now_;
+    }
+    Duration realTimeUntil(TimePoint) const override { return std::chrono::milliseconds(2); }
+    void advance(Duration duration) {
+      const std::lock_guard lock(mutex_);
+      now_ += duration;
+    }
 
-  static std::vector<std::unique_ptr<ManualClock>>& clocks() {
-    static auto& all = *new std::vector<std::unique_ptr<ManualClock>>;
+   private:
+    mutable std::mutex mutex_;
+    TimePoint now_ = std::chrono::steady_clock::now();
+  };
+
+  static std::vector<std::unique_ptr<Clock>>& clocks() {
+    static auto& all = *new std::vector<std::unique_ptr<Clock>>;
     return all;
   }
+
+  // Never destroyed, so that a thread that still looks at it finds it.
+  Clock& clock_ = *clocks().emplace_back(std::make_unique<Clock>());
+  std::optional<platform::ScopedClock> scope_{std::in_place, clock_};
 };
 
 }  // namespace support

@@ -48,8 +48,7 @@ TEST(ActivityTest, SeesNoGapBetweenTheLastMemberAndTheNotification) {
 }
 
 TEST(ActivityTest, GivesUpAtTheDeadlineOfTheInstalledClock) {
-  support::ManualClock clock;
-  const ScopedClock installed(clock);
+  support::InstalledManualClock clock;
   Activity networkTask;
   std::thread waiter([&, deadline = clock.now() + 30s] { EXPECT_FALSE(Activity::waitUntilNone(deadline)); });
   clock.advance(30s);

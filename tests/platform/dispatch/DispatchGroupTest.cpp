@@ -43,8 +43,7 @@ TEST(DispatchGroupTest, NotifiesOnceEmptyAndAtOnceWhenEmptyAlready) {
 }
 
 TEST(DispatchGroupTest, WaitGivesUpAtTheDeadlineOfTheInstalledClock) {
-  support::ManualClock clock;
-  const ScopedClock installed(clock);
+  support::InstalledManualClock clock;
   const DispatchGroup group;
   group.enter();
   EXPECT_FALSE(group.wait(clock.now()));

@@ -36,15 +36,15 @@ void ReceiptItems::add(std::string_view eventType, std::initializer_list<EventFi
 void ReceiptItems::add(const RawValue& eventType, std::initializer_list<EventField> event) {
   fields_.clear();
   for (const EventField& field : event) {
-    if (field.text) fields_.push_back(entry(field.key, text(*field.text)));
+    if (field.text) fields_.push_back({field.key, text(*field.text)});
   }
-  std::array item{entry("eventType", eventType), entry("event", arena_.dictionary(fields_))};
+  std::array item{RawEntry{"eventType", eventType}, RawEntry{"event", arena_.dictionary(fields_)}};
   items_.push_back(arena_.dictionary(item));
 }
 
 platform::Value ReceiptItems::nodes() && {
-  std::array node{entry("version", platform::ValueArena::integer(1)), entry("name", text("event")),
-                  entry("items", arena_.array(items_))};
+  std::array node{RawEntry{"version", platform::ValueArena::integer(1)}, RawEntry{"name", text("event")},
+                  RawEntry{"items", arena_.array(items_)}};
   const std::array nodes{arena_.dictionary(node)};
   const RawValue list = arena_.array(nodes);
   return std::move(arena_).finish(list);

@@ -16,7 +16,7 @@ namespace QXExtensionSDK {
 
 // One entry of an event; without a text it is left out.
 struct EventField {
-  std::string_view key;
+  std::string_view key;  // a literal
   std::optional<std::string_view> text;
 };
 
@@ -44,7 +44,6 @@ class ReceiptItems {
   using RawValue = platform::ValueArena::RawValue;
   using RawEntry = platform::ValueArena::RawEntry;
 
-  RawEntry entry(std::string_view key, const RawValue& value) { return {arena_.store(key), value}; }
   RawValue text(std::string_view text) { return arena_.string(arena_.store(text)); }
   void add(const RawValue& eventType, std::initializer_list<EventField> event);
 

@@ -1,10 +1,9 @@
 #include "platform/foundation/Date.h"
 
-#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
+#include <string>
 
 namespace platform {
 
@@ -30,6 +29,13 @@ std::int64_t millisecondsSince1970(double secondsSince1970) {
   return whole;
 }
 
+// By hand: a batch has hundreds of dates, and printf takes ten times as long for one.
+void writeDigits(std::string& text, std::size_t start, std::size_t count, std::int64_t number) {
+  for (std::size_t place = start + count; place > start; number /= 10) {
+    text[--place] = static_cast<char>('0' + number % 10);
+  }
+}
+
 }  // namespace
 
 Date Date::now() {
@@ -46,13 +52,15 @@ std::optional<std::string> formatUTCMilliseconds(Date date) {
   const auto day = std::chrono::floor<days>(instant);
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss<milliseconds> time(instant - day);
-  std::array<char, 32> text;
-  const int length = std::snprintf(
-      text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", static_cast<int>(calendar.year()),
-      static_cast<unsigned>(calendar.month()), static_cast<unsigned>(calendar.day()),
-      static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-      static_cast<int>(time.seconds().count()), static_cast<int>(time.subseconds().count()));
-  return std::string(text.data(), static_cast<std::size_t>(length));
+  std::string text = "0000-00-00T00:00:00.000Z";
+  writeDigits(text, 0, 4, static_cast<int>(calendar.year()));
+  writeDigits(text, 5, 2, static_cast<unsigned>(calendar.month()));
+  writeDigits(text, 8, 2, static_cast<unsigned>(calendar.day()));
+  writeDigits(text, 11, 2, time.hours().count());
+  writeDigits(text, 14, 2, time.minutes().count());
+  writeDigits(text, 17, 2, time.seconds().count());
+  writeDigits(text, 20, 3, time.subseconds().count());
+  return text;
 }
 
 }  // namespace platform

@@ -32,16 +32,25 @@ constexpr bool isSpecial(char character) {
   return byte < 0x20 || byte >= 0x80 || byte == '"' || byte == '\\';
 }
 
+// The place of the first special byte among the eight at `bytes`; eight when there is none.
+std::size_t plainAmongEight(const char* bytes) {
+  std::uint64_t eight;
+  std::memcpy(&eight, bytes, sizeof eight);
+  return static_cast<std::size_t>(std::countr_zero(specialBytes(eight))) / 8;
+}
+
 // How many characters at the front of `text` can be taken over as they are.
 std::size_t plainPrefix(std::string_view text) {
+  constexpr std::size_t kStep = sizeof(std::uint64_t);
   std::size_t length = 0;
-  if constexpr (std::endian::native == std::endian::little) {
-    for (; text.size() - length >= sizeof(std::uint64_t); length += sizeof(std::uint64_t)) {
-      std::uint64_t bytes;
-      std::memcpy(&bytes, text.data() + length, sizeof bytes);
-      const std::uint64_t special = specialBytes(bytes);
-      if (special != 0) return length + static_cast<std::size_t>(std::countr_zero(special)) / 8;
+  if (std::endian::native == std::endian::little && text.size() >= kStep) {
+    for (; text.size() - length >= kStep; length += kStep) {
+      const std::size_t plain = plainAmongEight(text.data() + length);
+      if (plain < kStep) return length + plain;
     }
+    // The rest together with some that are known to be plain.
+    const std::size_t last = text.size() - kStep;
+    return last + plainAmongEight(text.data() + last);
   }
   while (length < text.size() && !isSpecial(text[length])) ++length;
   return length;
@@ -79,6 +88,13 @@ void appendEscaped(std::string& out, char character) {
   }
 }
 
+// In one piece, as most texts are plain and short.
+void appendQuoted(std::string& out, std::string_view text) {
+  const std::size_t start = out.size();
+  out.append(text.size() + 2, '"');
+  if (!text.empty()) std::memcpy(out.data() + start + 1, text.data(), text.size());
+}
+
 }  // namespace
 
 std::string JSONFault::description() const {
@@ -86,9 +102,13 @@ std::string JSONFault::description() const {
 }
 
 bool appendJSONText(std::string& out, std::string_view text, JSONFault& fault) {
+  std::size_t plain = plainPrefix(text);
+  if (plain == text.size()) {
+    appendQuoted(out, text);
+    return true;
+  }
   out += '"';
-  while (true) {
-    const std::size_t plain = plainPrefix(text);
+  for (;; plain = plainPrefix(text)) {
     out.append(text.substr(0, plain));
     text.remove_prefix(plain);
     if (text.empty()) break;

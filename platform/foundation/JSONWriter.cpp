@@ -67,7 +67,7 @@ class Writer {
       case Kind::array:
         return writeArray(value);
       case Kind::dictionary:
-        return writeDictionary(*value.dictionary());
+        return writeDictionary(value);
     }
     return true;
   }
@@ -112,15 +112,16 @@ class Writer {
     return true;
   }
 
-  bool writeDictionary(const Dictionary& dictionary) {
+  bool writeDictionary(const Value& dictionary) {
+    const auto entries = dictionary.entries();
     if (depth_ == kJSONWritingDepthLimit) return tooDeep();
-    if (dictionary.empty()) {
+    if (entries.empty()) {
       out_ += "{}";
       return true;
     }
     open('{');
     bool first = true;
-    for (const auto& [key, value] : dictionary) {
+    for (const auto& [key, value] : entries) {
       startItem(std::exchange(first, false));
       if (!writeMember(key, value)) {
         fault_.where.prependKey(key);

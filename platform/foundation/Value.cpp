@@ -159,11 +159,11 @@ std::span<const Value> Value::elements() const {
 }
 
 std::span<const detail::Entry> Value::entries() const {
+  if (!isDictionary()) return {};
   return {static_cast<const Entry*>(raw_.payload.children), raw_.size};
 }
 
 const Value* Value::find(std::string_view key) const {
-  if (!isDictionary()) return nullptr;
   const auto all = entries();
   if (all.size() <= kLinearSearchLimit) {
     for (const Entry& entry : all) {

@@ -110,6 +110,8 @@ class Value {
 
   // The elements of an array, in order; empty for any other kind.
   std::span<const Value> elements() const;
+  // The entries of a dictionary, in key order; empty for any other kind.
+  std::span<const detail::Entry> entries() const;
 
   // The value under a key; null when this is no dictionary or has no such key. O(log n).
   const Value* find(std::string_view key) const;
@@ -126,7 +128,6 @@ class Value {
   explicit Value(const detail::RawValue& adopted) noexcept : raw_(adopted) {}
   static constexpr std::uint8_t tag(Kind kind) { return static_cast<std::uint8_t>(kind); }
   static detail::RawValue nothing() { return {nullptr, {.integer = 0}, 0, 0}; }
-  std::span<const detail::Entry> entries() const;
 
   detail::RawValue raw_;
 };

@@ -81,8 +81,8 @@ ValueArena::~ValueArena() {
 }
 
 void* ValueArena::allocate(std::size_t size, std::size_t alignment) {
-  const auto misfit = reinterpret_cast<std::uintptr_t>(storage_->next) % alignment;
-  const std::size_t padding = misfit == 0 ? 0 : alignment - misfit;
+  // A mask, since every alignment is a power of two and dividing would cost more than all the rest.
+  const std::size_t padding = -reinterpret_cast<std::uintptr_t>(storage_->next) & (alignment - 1);
   if (static_cast<std::size_t>(storage_->end - storage_->next) < size + padding) {
     const std::size_t room = std::max(size + alignment, kLargestChunk);
     auto* chunk = new (::operator new(sizeof(Storage::Chunk) + room)) Storage::Chunk{storage_->further};
@@ -152,6 +152,10 @@ detail::RawValue ValueArena::dictionary(std::span<RawEntry> entries) {
 
 std::size_t ValueArena::size() const {
   return storage_->size;
+}
+
+bool ValueArena::fits(std::size_t size) const {
+  return static_cast<std::size_t>(storage_->end - storage_->next) >= size;
 }
 
 Value ValueArena::finish(const RawValue& root) && {

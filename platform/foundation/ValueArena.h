@@ -39,11 +39,13 @@ class ValueArena {
   RawValue string(std::string_view stored);
   RawValue data(std::string_view stored);
   RawValue array(std::span<const RawValue> elements);
-  // Sorts `entries` in place; of equal keys the last counts. Keys: from store() of this arena.
+  // Sorts `entries` in place; of equal keys the last counts. Keys: from store() of this arena, or literals.
   RawValue dictionary(std::span<RawEntry> entries);
 
   // The memory taken so far.
   std::size_t size() const;
+  // Whether that many bytes of text can be stored without taking more.
+  bool fits(std::size_t size) const;
 
   // The finished tree. The arena must not be used afterwards.
   Value finish(const RawValue& root) &&;

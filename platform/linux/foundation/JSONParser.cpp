@@ -121,7 +121,7 @@ class TreeBuilder {
     return arena_.size() + values_.capacity() * sizeof(values_[0]) +
            members_.capacity() * sizeof(members_[0]);
   }
-  bool hasRoom(std::size_t size) const { return used() + size <= kJSONTreeLimit; }
+  bool hasRoom(std::size_t size) const { return arena_.fits(size) || used() + size <= kJSONTreeLimit; }
   // A full stack moves to one of twice its size.
   template <typename Element>
   bool canGrow(const std::vector<Element>& stack) const {

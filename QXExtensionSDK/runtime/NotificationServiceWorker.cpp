@@ -1,5 +1,6 @@
 #include "QXExtensionSDK/runtime/NotificationServiceWorker.h"
 
+#include <atomic>
 #include <string>
 #include <utility>
 
@@ -41,6 +42,37 @@ std::shared_ptr<NotificationServiceWorker> NotificationServiceWorker::make(
   return worker;
 }
 
+// One processor's right to complete, shared by all copies of its completion. When the last of them goes
+// without a call the merge can never come, and nothing need wait for it.
+class NotificationServiceWorker::Turn {
+ public:
+  Turn(std::weak_ptr<NotificationServiceWorker> worker, AsyncProcessing& processor)
+      : worker_(std::move(worker)), processor_(processor) {}
+  ~Turn() {
+    if (taken_) return;
+    if (const auto worker = worker_.lock()) worker->keepAlive(nullptr);
+  }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+
+  void complete(UserInfoChanges changes) {
+    taken_ = true;
+    const auto worker = worker_.lock();
+    if (worker == nullptr) {
+      Logger::service().error(LogCategory::serviceWorker, "self reference is nil in processDidReceive");
+      return;
+    }
+    worker->serialQueue_.async([worker, &processor = processor_, changes = std::move(changes)]() mutable {
+      worker->accept(processor, std::move(changes));
+    });
+  }
+
+ private:
+  const std::weak_ptr<NotificationServiceWorker> worker_;
+  AsyncProcessing& processor_;  // the worker's: good for as long as the worker can be reached
+  std::atomic<bool> taken_ = false;
+};
+
 NotificationServiceWorker::NotificationServiceWorker(Token,
                                                      std::weak_ptr<ClientCalling> clientCallingDelegate,
                                                      std::unique_ptr<const ModuleProvider> moduleProvider)
@@ -76,8 +108,11 @@ void NotificationServiceWorker::workerDidReceive(const std::shared_ptr<const UNN
     logger_.error(LogCategory::serviceWorker, "Mutable content is nil in processDidReceive");
     return;
   }
+  keepAlive(shared_from_this());
   for (const auto& processor : processors_) start(*processor, request, content);
-  dispatchGroup_.notify(serialQueue_, [self = shared_from_this()] { self->mergeAndDeliver(); });
+  dispatchGroup_.notify(serialQueue_, [weakSelf = weak_from_this()] {
+    if (const auto self = weakSelf.lock()) self->mergeAndDeliver();
+  });
 }
 
 void NotificationServiceWorker::start(AsyncProcessing& processor,
@@ -85,22 +120,10 @@ void NotificationServiceWorker::start(AsyncProcessing& processor,
                                       const std::shared_ptr<UNMutableNotificationContent>& content) {
   dispatchGroup_.enter();
   concurrentQueue_.async(dispatchGroup_, [self = shared_from_this(), &processor, request, content] {
-    processor.process(request, content, self->makeCompletion(processor));
+    const auto turn = std::make_shared<Turn>(self, processor);
+    processor.process(request, content,
+                      [turn](UserInfoChanges changes) { turn->complete(std::move(changes)); });
   });
-}
-
-ProcessingCompletion NotificationServiceWorker::makeCompletion(AsyncProcessing& processor) {
-  // The worker owns the processor, so the reference is good for as long as the worker can be reached.
-  return [weakSelf = weak_from_this(), &processor](UserInfoChanges changes) {
-    const auto self = weakSelf.lock();
-    if (self == nullptr) {
-      Logger::service().error(LogCategory::serviceWorker, "self reference is nil in processDidReceive");
-      return;
-    }
-    self->serialQueue_.async([self, &processor, changes = std::move(changes)]() mutable {
-      self->accept(processor, std::move(changes));
-    });
-  };
 }
 
 void NotificationServiceWorker::accept(AsyncProcessing& processor, UserInfoChanges changes) {
@@ -113,10 +136,15 @@ void NotificationServiceWorker::accept(AsyncProcessing& processor, UserInfoChang
   dispatchGroup_.leave();
 }
 
-void NotificationServiceWorker::mergeAndDeliver() const {
+void NotificationServiceWorker::mergeAndDeliver() {
+  keepAlive(nullptr);
   const Delivery delivery = this->delivery();
   if (delivery.contentHandler == nullptr) {
     logger_.error(LogCategory::serviceWorker, "Content handler block is nil in processDidReceive");
+    return;
+  }
+  if (delivery.bestAttemptContent == nullptr) {
+    logger_.error(LogCategory::serviceWorker, "Mutable content is nil in processDidReceive");
     return;
   }
   platform::Dictionary userInfo = delivery.bestAttemptContent->userInfo();
@@ -144,6 +172,12 @@ void NotificationServiceWorker::deliverOnExpiry() const {
   }
   logger_.debug(LogCategory::serviceWorker, "Service extension time expired - returning control to iOS");
   delivery.contentHandler(delivery.bestAttemptContent);
+}
+
+// What was kept until now is let go outside the lock, since it may be the worker's last owner.
+void NotificationServiceWorker::keepAlive(std::shared_ptr<NotificationServiceWorker> self) {
+  const std::lock_guard lock(deliveryMutex_);
+  untilMerged_.swap(self);
 }
 
 NotificationServiceWorker::Delivery NotificationServiceWorker::delivery() const {

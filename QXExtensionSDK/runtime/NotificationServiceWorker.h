@@ -31,12 +31,15 @@ class NotificationServiceWorking {
 // content back. When the time limit comes first it hands over the content as it stands, and again when the
 // processors are through after all.
 //
-// Made by make(); every operation may be called on any thread. Work that is queued keeps the worker alive.
+// Made by make(); every operation may be called on any thread. Work that is queued keeps the worker alive,
+// and so does a merge that is still to come: until it is done, or until a processor has dropped its
+// completion without a call, after which it can never be.
 class NotificationServiceWorker final : public NotificationServiceWorking,
                                         public ServiceExtensionConfigProviding,
                                         public ServiceExtensionClientExecutionDelegate,
                                         public std::enable_shared_from_this<NotificationServiceWorker> {
   struct Token {};
+  class Turn;
 
  public:
   // Reads the host's configuration, sets the process's log level and makes the processors.
@@ -71,16 +74,18 @@ class NotificationServiceWorker final : public NotificationServiceWorking,
   void start(AsyncProcessing& processor,
              const std::shared_ptr<const platform::UNNotificationRequest>& request,
              const std::shared_ptr<platform::UNMutableNotificationContent>& content);
-  ProcessingCompletion makeCompletion(AsyncProcessing& processor);
   Delivery delivery() const;
+  void keepAlive(std::shared_ptr<NotificationServiceWorker> self);
 
   // On the serial queue only.
   void accept(AsyncProcessing& processor, UserInfoChanges changes);
-  void mergeAndDeliver() const;
+  void mergeAndDeliver();
   void deliverOnExpiry() const;
 
   mutable std::mutex deliveryMutex_;
-  Delivery delivery_;  // guarded by deliveryMutex_
+  // Guarded by deliveryMutex_.
+  Delivery delivery_;
+  std::shared_ptr<NotificationServiceWorker> untilMerged_;
 
   std::vector<std::unique_ptr<AsyncProcessing>> processors_;  // fixed after construction
   std::vector<platform::Dictionary> userInfoChanges_;         // serial queue only

@@ -161,6 +161,18 @@ TEST_F(NotificationServiceWorkerTest, ACompletionThatOutlivesTheWorkerOnlyLogs) 
   EXPECT_TRUE(log_->waitFor("self reference is nil in processDidReceive"));
 }
 
+TEST_F(NotificationServiceWorkerTest, ACompletionThatIsDroppedWithoutACallKeepsNothingAlive) {
+  auto worker = makeWorker({[](Content&, const ProcessingCompletion&) {},
+                            [](Content&, const ProcessingCompletion& complete) { complete(std::nullopt); }});
+  const std::weak_ptr<NotificationServiceWorker> watched = worker;
+  worker->workerDidReceive(makeRequest({}), deliveries_.handler());
+  worker->workerServiceExtensionTimeWillExpire();
+  ASSERT_TRUE(deliveries_.waitFor(1));
+  worker.reset();
+  EXPECT_TRUE(support::eventually([&] { return watched.expired(); }));
+  EXPECT_EQ(deliveries_.count(), 1U);
+}
+
 TEST_F(NotificationServiceWorkerTest, ADelegateThatIsGoneIsLogged) {
   auto gone = std::make_shared<TestService>();
   const auto worker = NotificationServiceWorker::make(std::shared_ptr<ClientCalling>(gone, gone.get()));

@@ -9,6 +9,7 @@
 #include "QXExtensionSDK/runtime/VTNotificationServiceConfig.h"
 #include "QXExtensionSDK/runtime/VTQXNotificationService.h"
 #include "QXExtensionSDK/runtime/Version.h"
+#include "QXExtensionSDK/service/DefaultRequestTimeout.h"
 #include "platform/foundation/Exception.h"
 #include "platform/notifications/ServiceExtensionMain.h"
 

@@ -7,6 +7,7 @@
 #include "QXExtensionSDK/content/VTContentExtensionConfig.h"
 #include "QXExtensionSDK/content/VTQXNotificationViewController.h"
 #include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/service/DefaultRequestTimeout.h"
 #include "platform/ui/ContentExtensionMain.h"
 
 namespace QXExtensionSDK {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QXExtensionSDK/runtime/LogLevel.h"
+#include "QXExtensionSDK/service/DefaultRequestTimeout.h"
 
 namespace QXExtensionSDK {
 
@@ -13,7 +14,7 @@ class VTContentExtensionConfig {
       : logLevel_(logLevel), timeoutIntervalForRequest_(timeoutIntervalForRequest) {}
 
   // Used wherever the host says nothing: no log, 15 seconds.
-  static VTContentExtensionConfig defaultConfig() { return {LogLevel::none, 15.0}; }
+  static VTContentExtensionConfig defaultConfig() { return {LogLevel::none, defaultRequestTimeout}; }
 
   LogLevel logLevel() const { return logLevel_; }
   // In seconds. The carousel's images have a time-out of their own, which this does not change.

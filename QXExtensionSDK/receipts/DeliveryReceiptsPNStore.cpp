@@ -20,7 +20,7 @@ using AppGroupSDK::DeliveryReceiptsModel;
 using AppGroupSDK::PNStatus;
 
 // Without what surrounds the receipts.
-constexpr std::size_t kRoomForReceipts = kMaxReceiptBytes - 64;
+constexpr std::size_t kRoomForReceipts = kMaxReceiptListBytes - 64;
 
 std::int64_t rawValue(PNStatus status) {
   return static_cast<std::int64_t>(status);
@@ -45,17 +45,23 @@ std::size_t sizeOf(const std::optional<std::string>& text) {
 }
 
 // No receipt is longer in the file than this, every character being escaped.
-std::size_t largestSize(std::span<const DeliveryReceiptPNModel> receipts) {
+std::size_t largestSize(const DeliveryReceiptPNModel& receipt) {
   constexpr std::size_t kNamesAndNumbers = 256;
   constexpr std::size_t kLongestEscape = 6;
-  std::size_t size = kNamesAndNumbers;
+  const std::size_t texts = receipt.uuid().size() + receipt.messageId().size() + sizeOf(receipt.requestId()) +
+                            receipt.messageType().size() + sizeOf(receipt.propertyBag());
+  return kNamesAndNumbers + kLongestEscape * texts;
+}
+
+// Whether the receipts fit without any need to encode them for an answer.
+bool surelyFit(std::span<const DeliveryReceiptPNModel> receipts) {
+  std::size_t room = kRoomForReceipts;
   for (const auto& receipt : receipts) {
-    const std::size_t texts = receipt.uuid().size() + receipt.messageId().size() +
-                              sizeOf(receipt.requestId()) + receipt.messageType().size() +
-                              sizeOf(receipt.propertyBag());
-    size += kNamesAndNumbers + kLongestEscape * texts;
+    const std::size_t size = largestSize(receipt);
+    if (size > kMaxReceiptBytes || size > room) return false;
+    room -= size;
   }
-  return size;
+  return true;
 }
 
 // What the receipt takes in the file. One that cannot be encoded takes nothing: saving will tell.
@@ -65,7 +71,7 @@ std::size_t encodedSize(const DeliveryReceiptPNModel& receipt) {
 }
 
 bool fitsAlone(const DeliveryReceiptPNModel& receipt) {
-  return encodedSize(receipt) <= kRoomForReceipts;
+  return encodedSize(receipt) <= kMaxReceiptBytes;
 }
 
 Receipts newestThatFit(std::span<const DeliveryReceiptPNModel> receipts) {
@@ -73,7 +79,7 @@ Receipts newestThatFit(std::span<const DeliveryReceiptPNModel> receipts) {
   std::size_t room = kRoomForReceipts;
   for (; !receipts.empty(); receipts = receipts.first(receipts.size() - 1)) {
     const std::size_t size = encodedSize(receipts.back());
-    if (size > kRoomForReceipts) continue;
+    if (size > kMaxReceiptBytes) continue;
     if (size > room) break;
     room -= size;
     fitting.push_back(receipts.back());
@@ -97,14 +103,21 @@ const Receipts& DeliveryReceiptsPNStore::load() {
 
 void DeliveryReceiptsPNStore::reload() {
   writesSeen_ = file_->writes;
-  Receipts before = std::exchange(storedReceipts_, {});
-  if (auto model = store_->fetchModuleScopedModelData().value()) storedReceipts_ = std::move(*model).pnData();
-  std::erase_if(storedReceipts_,
-                [this](const auto& receipt) { return file_->acknowledged.contains(receipt.uuid()); });
+  const auto isAcknowledged = [this](const auto& receipt) {
+    return file_->acknowledged.contains(receipt.uuid());
+  };
+  auto fetched = store_->fetchModuleScopedModelData();
+  if (!fetched.value()) {
+    // What was read before is all there is to go by.
+    std::erase_if(storedReceipts_, isAcknowledged);
+    return;
+  }
+  Receipts before = std::exchange(storedReceipts_, std::move(fetched).value()->pnData());
+  std::erase_if(storedReceipts_, isAcknowledged);
   for (auto& receipt : before) {
     const std::string& id = receipt.uuid();
     const bool isMissing =
-        ownIds_.contains(id) && !file_->acknowledged.contains(id) &&
+        ownIds_.contains(id) && !isAcknowledged(receipt) &&
         std::ranges::find(storedReceipts_, id, &DeliveryReceiptPNModel::uuid) == storedReceipts_.end();
     if (isMissing) storedReceipts_.push_back(std::move(receipt));
   }
@@ -121,7 +134,7 @@ DataStoreStatus DeliveryReceiptsPNStore::saveAll() {
 
 DataStoreStatus DeliveryReceiptsPNStore::saveNewest(std::size_t count) {
   const std::span newest = std::span(storedReceipts_).last(std::min(count, storedReceipts_.size()));
-  if (newest.size() == storedReceipts_.size() && largestSize(newest) <= kMaxReceiptBytes) {
+  if (newest.size() == storedReceipts_.size() && surelyFit(newest)) {
     DeliveryReceiptsModel model(std::move(storedReceipts_));
     const auto result = save(model);
     storedReceipts_ = std::move(model).pnData();
@@ -151,7 +164,7 @@ DataStoreStatus DeliveryReceiptsPNStore::storeReceipts(const Receipts& receipts,
   storedReceipts_.insert(storedReceipts_.end(), receipts.begin(), receipts.end());
   for (const auto& receipt : receipts) ownIds_.insert(receipt.uuid());
   const auto saved = saveNewest(std::min(carriedOver + receipts.size(), maxCount));
-  const bool isWhole = largestSize(receipts) <= kMaxReceiptBytes || std::ranges::all_of(receipts, fitsAlone);
+  const bool isWhole = surelyFit(receipts) || std::ranges::all_of(receipts, fitsAlone);
   const auto result = isWhole ? saved : DataStoreStatus::writeFailed;
   log("DeliveryReceipts ", ReceiptListText{receipts}, " saved with result: ", result);
   return result;

@@ -13,15 +13,17 @@
 namespace QXExtensionSDK {
 
 // The room of one module's list on disk. Read, parsed and taken apart it needs several times as much.
-inline constexpr std::size_t kMaxReceiptBytes = std::size_t{2} << 20;
+inline constexpr std::size_t kMaxReceiptListBytes = std::size_t{2} << 20;
+// The room of one receipt in it. A push has 4 KB; one that is made to swell must not push out all others.
+inline constexpr std::size_t kMaxReceiptBytes = std::size_t{64} << 10;
 
 // The receipt list of one module, in the module-scoped record of the shared container. What has been read or
 // stored is kept in memory, untrimmed, and is what later calls go by; the file is read again only while the
 // list is empty, and after another run of this process has written it. What this run itself has stored
 // outlives such a reading even if the file does not have it, its save having failed.
 //
-// No more than kMaxReceiptBytes are written: beyond, the oldest receipts are left out, as beyond the count.
-// A receipt that is larger by itself is never written, and pushes no other out.
+// No more than kMaxReceiptListBytes are written: beyond, the oldest receipts are left out, as beyond the
+// count. A receipt over kMaxReceiptBytes is never written, and pushes no other out.
 class DeliveryReceiptsPNStore final : public DeliveryReceiptStoring {
  public:
   // `file`: that of the record behind `store`.

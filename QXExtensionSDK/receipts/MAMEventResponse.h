@@ -38,8 +38,7 @@ struct ResponseNode {
 // The mobile-app-messaging module's answer. Immutable once decoded.
 class MAMEventResponse final : public DeliveryReceiptResponse {
  public:
-  // Empty when the answer has none, or has them in another shape: the events are acknowledged all the same.
-  std::vector<ResponseNode> nodes() const;
+  const std::optional<std::vector<ResponseNode>>& nodes() const { return nodes_; }
 
   // With the status of every node.
   std::string description() const override;
@@ -51,7 +50,7 @@ class MAMEventResponse final : public DeliveryReceiptResponse {
                           platform::jsonFields(platform::jsonField("nodes", &MAMEventResponse::nodes_)));
   }
 
-  std::optional<platform::Value> nodes_;
+  std::optional<std::vector<ResponseNode>> nodes_;
 };
 
 }  // namespace QXExtensionSDK

@@ -25,11 +25,16 @@ std::shared_ptr<ReceiptFile> ReceiptFile::shared(AppGroupSDK::ExtensionModuleNam
 }
 
 bool ReceiptFile::claim(const std::string& uuid, const void* sender) {
-  return claims_.emplace(uuid, sender).second;
+  const auto now = platform::Clock::current().now();
+  const auto [claim, isNew] = claims_.try_emplace(uuid, Claim{sender, now + kClaimLifetime});
+  if (isNew) return true;
+  if (now < claim->second.end) return false;
+  claim->second = {sender, now + kClaimLifetime};
+  return true;
 }
 
 void ReceiptFile::releaseAll(const void* sender) {
-  std::erase_if(claims_, [sender](const auto& claim) { return claim.second == sender; });
+  std::erase_if(claims_, [sender](const auto& claim) { return claim.second.sender == sender; });
 }
 
 }  // namespace QXExtensionSDK

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -9,8 +10,11 @@
 #include <unordered_set>
 
 #include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "platform/dispatch/Clock.h"
 
 namespace QXExtensionSDK {
+
+inline constexpr std::chrono::seconds kClaimLifetime{22};
 
 // What the runs of this process that work on one receipt file know of each other, so that none overwrites
 // what another has stored and none sends what another is sending. A run that is alone finds nothing here.
@@ -30,12 +34,18 @@ class ReceiptFile {
   // The receipts that the back end has. They stay away even if the file, whose write failed, still has them.
   std::unordered_set<std::string> acknowledged;
 
-  // Marks a receipt as being sent by `sender`; false when it is being sent already.
+  // Marks a receipt as being sent by `sender`; false when another has been sending it for less than
+  // kClaimLifetime. By then that run has given its push back, whatever its back end still does.
   bool claim(const std::string& uuid, const void* sender);
   void releaseAll(const void* sender);
 
  private:
-  std::unordered_map<std::string, const void*> claims_;
+  struct Claim {
+    const void* sender;
+    platform::Clock::TimePoint end;
+  };
+
+  std::unordered_map<std::string, Claim> claims_;
 };
 
 }  // namespace QXExtensionSDK

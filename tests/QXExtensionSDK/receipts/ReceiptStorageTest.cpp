@@ -7,6 +7,7 @@
 
 #include "QXExtensionSDK/receipts/DeliveryReceiptRepositoryManager.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
+#include "tests/support/ManualClock.h"
 
 namespace QXExtensionSDK {
 namespace {
@@ -166,26 +167,54 @@ DeliveryReceiptPNModel largeReceipt(int number, std::size_t size) {
 
 TEST_F(ReceiptStorageTest, TheListNeverOutgrowsWhatCanBeReadAgain) {
   for (int number = 1; number <= 100; ++number) {
-    EXPECT_EQ(makeStore()->storeReceipts({largeReceipt(number, 200'000)}, maxStoredReceipts),
+    EXPECT_EQ(makeStore()->storeReceipts({largeReceipt(number, 60'000)}, maxStoredReceipts),
               DataStoreStatus::success);
   }
-  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(91, 100)));
+  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(67, 100)));
   EXPECT_THAT(log_->lines(),
               testing::Contains("error DeliveryReceipt: DeliveryReceipts dropped for want of room: 1"));
   // A status change writes the untrimmed memory.
   const auto store = makeStore();
-  store->storeReceipts({largeReceipt(101, 200'000)}, maxStoredReceipts);
-  EXPECT_EQ(store->updateStatus(receipts(91, 101), PNStatus::failed), DataStoreStatus::success);
-  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(92, 101)));
+  store->storeReceipts({largeReceipt(101, 60'000)}, maxStoredReceipts);
+  EXPECT_EQ(store->updateStatus(receipts(67, 101), PNStatus::failed), DataStoreStatus::success);
+  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(68, 101)));
 }
 
-TEST_F(ReceiptStorageTest, AReceiptBeyondAllBoundsIsSentButPushesNoOtherOut) {
+TEST_F(ReceiptStorageTest, AReceiptBeyondBoundsIsSentButPushesNoOtherOut) {
+  // The texts of 4 KB of brackets, set out in lines, swell to hundreds of times that.
+  platform::Value nested(1);
+  for (int depth = 0; depth < 500; ++depth) nested = platform::Value(std::vector{nested});
   put(receipts(1, 3));
-  const auto store = makeStore();
-  EXPECT_EQ(store->storeReceipts({largeReceipt(4, kMaxReceiptBytes)}, maxStoredReceipts),
+  auto repository = makeRepository();
+  EXPECT_EQ(repository.storeReceipt("m", std::nullopt, "t", platform::Dictionary{{"k", nested}}),
             DataStoreStatus::writeFailed);
   EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(1, 3)));
-  EXPECT_EQ(messageIds(*store->fetchReceipts(PNStatus::pending)), messageIds(receipts(1, 4)));
+  EXPECT_EQ(repository.fetchPendingReceipts()->back().messageId(), "m");
+  EXPECT_EQ(makeStore()->storeReceipts({largeReceipt(4, kMaxReceiptListBytes)}, maxStoredReceipts),
+            DataStoreStatus::writeFailed);
+  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(1, 3)));
+}
+
+TEST_F(ReceiptStorageTest, WhatCannotBeReadAgainStaysInMemory) {
+  put(receipts(1, 3));
+  const auto store = makeStore();
+  ASSERT_EQ(store->fetchAllReceipts()->size(), 3U);
+  makeStore()->storeReceipts(receipts(4, 4), maxStoredReceipts);
+  const auto file = host_.bundle().file(kFile);
+  std::filesystem::rename(file, file + ".away");
+  EXPECT_EQ(messageIds(*store->fetchAllReceipts()), messageIds(receipts(1, 3)));
+}
+
+TEST_F(ReceiptStorageTest, ARunThatIsStuckInItsAnswerGivesItsReceiptsBackInTime) {
+  support::InstalledManualClock clock;
+  put(receipts(1, 2));
+  auto stuck = makeRepository();
+  auto next = makeRepository();
+  ASSERT_TRUE(stuck.fetchPendingReceipts());
+  clock.advance(kClaimLifetime - std::chrono::seconds(1));
+  EXPECT_EQ(next.fetchPendingReceipts(), std::nullopt);
+  clock.advance(std::chrono::seconds(1));
+  EXPECT_EQ(next.fetchPendingReceipts()->size(), 2U);
 }
 
 TEST_F(ReceiptStorageTest, AReceiptWhoseSaveFailedOutlivesTheSavesOfOtherRuns) {

@@ -145,26 +145,20 @@ INSTANTIATE_TEST_SUITE_P(
                  "."}),
     [](const auto& testCase) { return testCase.param.name; });
 
-TEST(ReceiptConnectionTest, ARefusedConnectionMarksTheReceiptsFailed) {
-  const std::string url = LoopbackServer().url();  // closed again
-  const ReceiptHost host(url);
-  const support::ScopedLogRecorder log;
-  Extension extension;
-  ASSERT_TRUE(extension.push(receiptPush("m1")));
-  expectLeft(Left::failed);
-  EXPECT_TRUE(
-      support::eventually([&] { return count(log->lines(), std::string(kExecutor) + "127.0.0.1: ") == 2; }));
-}
-
-TEST(ReceiptConnectionTest, AnUnknownCertificateMarksTheReceiptsFailedAndSeesNothing) {
-  const LoopbackServer server({.tls = true});
-  const ReceiptHost host(server.url());
-  const support::ScopedLogRecorder log;
-  Extension extension;
-  ASSERT_TRUE(extension.push(receiptPush("m1")));
-  expectLeft(Left::failed);
-  EXPECT_TRUE(server.requests().empty());
-  expectNoSecret(log);
+TEST(ReceiptConnectionTest, WithoutAConnectionTheReceiptsAreMarkedFailedAndNothingIsSent) {
+  const LoopbackServer untrusted({.tls = true});
+  const std::string closed = LoopbackServer().url();
+  for (const std::string& url : {closed, untrusted.url()}) {
+    const ReceiptHost host(url);
+    const support::ScopedLogRecorder log;
+    Extension extension;
+    ASSERT_TRUE(extension.push(receiptPush("m1")));
+    expectLeft(Left::failed);
+    EXPECT_TRUE(support::eventually(
+        [&] { return count(log->lines(), std::string(kExecutor) + "127.0.0.1: ") == 2; }));
+    expectNoSecret(log);
+  }
+  EXPECT_TRUE(untrusted.requests().empty());
 }
 
 TEST(ReceiptConnectionTest, AServerThatNeverAnswersEndsAtTheSessionsTwentySeconds) {
@@ -239,21 +233,10 @@ TEST(ReceiptConnectionTest, AContainerThatAnotherProcessHoldsKeepsNobodyBeyondTw
   expectLeft(Left::nothing);
 }
 
-struct RedirectCase {
-  std::string name;
-  int status;
-  bool otherOrigin;
-};
-
-class ReceiptRedirectTest : public testing::TestWithParam<RedirectCase> {};
-
-TEST_P(ReceiptRedirectTest, IsFollowedAndTakesNoCredentialAbroad) {
-  const RedirectCase& redirect = GetParam();
+TEST(ReceiptConnectionTest, ARedirectTakesTheReceiptsButNoSecretAbroad) {
   const LoopbackServer elsewhere;
   const LoopbackServer server({.handler = [&](const Request& request) -> std::optional<Response> {
-    if (request.path.starts_with("/moved/")) return std::nullopt;
-    const std::string target = "/moved" + request.path;
-    return Response::redirect(redirect.status, redirect.otherOrigin ? elsewhere.url(target) : target);
+    return Response::redirect(308, elsewhere.url(request.path));
   }});
   const ReceiptHost host(server.url());
   const support::ScopedLogRecorder log;
@@ -261,39 +244,14 @@ TEST_P(ReceiptRedirectTest, IsFollowedAndTakesNoCredentialAbroad) {
   ASSERT_TRUE(extension.push(receiptPush("m1")));
   expectLeft(Left::nothing);
   expectNoSecret(log);
-
-  std::vector<Request> followed = redirect.otherOrigin ? elsewhere.requests() : server.requests();
-  std::erase_if(followed, [](const Request& request) { return !request.path.starts_with("/moved/"); });
-  ASSERT_EQ(followed.size(), 2U);
-  for (const Request& request : followed) {
+  ASSERT_EQ(elsewhere.requests().size(), 2U);
+  for (const Request& request : elsewhere.requests()) {
     EXPECT_EQ(request.method, "POST");
-    EXPECT_EQ(request.header("Authorization").has_value(), !redirect.otherOrigin);
-    for (const auto& [name, value] : request.headers) {
-      for (const std::string& secret : kSecrets) {
-        EXPECT_FALSE(redirect.otherOrigin && value.find(secret) != std::string::npos) << name;
-      }
-    }
     EXPECT_EQ(itemsOf(request).size(), 1U);
+    for (const auto& [name, value] : request.headers) {
+      for (const std::string& secret : kSecrets) EXPECT_EQ(value.find(secret), std::string::npos) << name;
+    }
   }
-}
-
-INSTANTIATE_TEST_SUITE_P(Statuses, ReceiptRedirectTest,
-                         testing::Values(RedirectCase{"SameOrigin", 307, false},
-                                         RedirectCase{"OtherOrigin", 308, true}),
-                         [](const auto& testCase) { return testCase.param.name; });
-
-TEST(ReceiptConnectionTest, ARedirectLoopMarksTheReceiptsFailed) {
-  const LoopbackServer server(
-      {.handler = [](const Request& request) { return Response::redirect(307, request.path); }});
-  const ReceiptHost host(server.url());
-  const support::ScopedLogRecorder log;
-  Extension extension;
-  ASSERT_TRUE(extension.push(receiptPush("m1")));
-  expectLeft(Left::failed);
-  EXPECT_TRUE(support::eventually([&] {
-    return count(log->lines(), std::string(kExecutor) + "127.0.0.1: more than 20 redirects") == 2;
-  }));
-  expectNoSecret(log);
 }
 
 }  // namespace

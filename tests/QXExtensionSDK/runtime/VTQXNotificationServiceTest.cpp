@@ -48,10 +48,9 @@ TEST_F(VTQXNotificationServiceTest, TheHooksChangesReachUserInfoForEverySender) 
   const auto delivered = deliver(service, {{"_sid", "someone else"}});
   EXPECT_EQ(delivered.body, "from the host");
   EXPECT_EQ(delivered.userInfo, (Dictionary{{"_sid", "someone else"}, {"host", true}}));
-  const support::LogEntry backingOut{
-      "ServiceExtension", "ServiceWorker", platform::LogType::debug,
-      "Backing out as shouldProceed() returned false, class=AdvancedPushProcessor"};
-  EXPECT_THAT(log_->entries(), testing::Contains(backingOut));
+  EXPECT_THAT(log_->lines(),
+              testing::Contains("debug ServiceWorker: Backing out as shouldProceed() returned false, "
+                                "class=AdvancedPushProcessor"));
 }
 
 // Every line of an ordinary push with its level and category, in the order in which the caller's thread and
@@ -61,26 +60,23 @@ TEST_F(VTQXNotificationServiceTest, AnOrdinaryPushLogsItsSteps) {
   const auto service = std::make_shared<TestService>(VTNotificationServiceConfig(LogLevel::debug, true));
   Logger::setGlobalLoglevel(static_cast<std::int64_t>(LogLevel::debug));
   deliver(service, {{"_sid", "VTQX"}, {"$_rf", packed}});
-  const auto debug = [](const char* category, const char* message) {
-    return support::LogEntry{"ServiceExtension", category, platform::LogType::debug, message};
-  };
-  std::vector<support::LogEntry> entries = log_->entries();
-  std::erase_if(entries, [](const support::LogEntry& entry) {
-    return entry.category == "DeliveryReceipt" || entry.category == "Module" ||
-           entry.message == "VTQXNotificationService vtqxDidReceiveRequest start";
+  std::vector<std::string> lines = log_->lines();
+  std::erase_if(lines, [](const std::string& line) {
+    return line.find(" DeliveryReceipt: ") != std::string::npos ||
+           line.find(" Module: ") != std::string::npos ||
+           line.ends_with("VTQXNotificationService vtqxDidReceiveRequest start");
   });
-  EXPECT_EQ(entries,
-            (std::vector<support::LogEntry>{
-                debug("ServiceGeneral", "VTQXNotificationService didReceiveNotificationRequest start"),
-                debug("ServiceWorker", "workerDidReceive(_:withContentHandler:) start"),
-                debug("ServiceGeneral", "Decorating decompressed field"),
-                debug("Decompression", "Deflate decompression strategy selected"),
-                debug("Decompression", "Deflate: Decompression start"),
-                debug("Decompression", "Deflate: Decoded char count=9"),
-                debug("Decompression", "Deflate: Decompression success"),
-                debug("Decompression", "Deflate: Deallocating destination buffer"),
-                debug("Decompression", "Adding decompressed field"),
-                debug("CarouselAttachment", "Carousel Media URL Extraction Failure")}));
+  EXPECT_THAT(lines, testing::ElementsAre(
+                         "debug ServiceGeneral: VTQXNotificationService didReceiveNotificationRequest start",
+                         "debug ServiceWorker: workerDidReceive(_:withContentHandler:) start",
+                         "debug ServiceGeneral: Decorating decompressed field",
+                         "debug Decompression: Deflate decompression strategy selected",
+                         "debug Decompression: Deflate: Decompression start",
+                         "debug Decompression: Deflate: Decoded char count=9",
+                         "debug Decompression: Deflate: Decompression success",
+                         "debug Decompression: Deflate: Deallocating destination buffer",
+                         "debug Decompression: Adding decompressed field",
+                         "debug CarouselAttachment: Carousel Media URL Extraction Failure"));
 }
 
 TEST_F(VTQXNotificationServiceTest, ARaisingHookIsAnEmptyChangeSet) {

@@ -220,28 +220,21 @@ TEST(URLSessionTest, ManyTransfersRunAtTheSameTime) {
 TEST(URLSessionTest, CancellingEndsATransferOnce) {
   const LoopbackServer server({.hang = true});
   URLSession session({});
-  Exchange exchange;
-  const auto task = session.dataTask(requestTo(server.url()), exchange.dataCompletion());
-  task->resume();
-  ASSERT_TRUE(server.waitForRequests(1, support::soon()));
-  task->cancel();
-  task->cancel();
-  EXPECT_EQ(exchange.wait().code(), Code::cancelled);
-  EXPECT_TRUE(Activity::waitUntilNone(support::soon()));
-  EXPECT_EQ(exchange.calls(), 1);
-}
-
-TEST(URLSessionTest, ATaskCancelledBeforeItIsResumedNeverConnects) {
-  const LoopbackServer server;
-  URLSession session({});
-  Exchange exchange;
-  const auto task = session.dataTask(requestTo(server.url()), exchange.dataCompletion());
-  task->cancel();
-  task->resume();
-  EXPECT_EQ(exchange.wait().code(), Code::cancelled);
-  EXPECT_TRUE(Activity::waitUntilNone(support::soon()));
-  EXPECT_EQ(exchange.calls(), 1);
-  EXPECT_EQ(server.connectionCount(), 0);
+  for (const bool resumed : {false, true}) {
+    Exchange exchange;
+    const auto task = session.dataTask(requestTo(server.url()), exchange.dataCompletion());
+    if (resumed) {
+      task->resume();
+      ASSERT_TRUE(server.waitForRequests(1, support::soon()));
+    }
+    task->cancel();
+    task->cancel();
+    task->resume();
+    EXPECT_EQ(exchange.wait().code(), Code::cancelled);
+    EXPECT_TRUE(Activity::waitUntilNone(support::soon()));
+    EXPECT_EQ(exchange.calls(), 1);
+    EXPECT_EQ(server.connectionCount(), resumed ? 1 : 0);
+  }
 }
 
 TEST(URLSessionTest, CancellingRacesWithTheEnd) {

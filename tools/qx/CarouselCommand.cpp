@@ -10,6 +10,7 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <system_error>
 
 namespace qx {
 
@@ -17,9 +18,10 @@ namespace {
 
 // Beside this program in the build tree; installed, among the programs that nobody calls by hand.
 std::filesystem::path drawingProgram() {
-  const auto directory = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  std::error_code ignored;
+  const auto directory = std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
   auto beside = directory / "qx-carousel";
-  if (std::filesystem::exists(beside)) return beside;
+  if (std::filesystem::exists(beside, ignored)) return beside;
   return directory.parent_path() / QX_LIBEXEC_DIR / "qx-carousel";
 }
 

@@ -10,13 +10,18 @@
 
 namespace qx {
 
+// Pixels a point, where neither an option nor a screen says so.
+constexpr double kDrawingScale = 2;
+// Of a picture, from left to right.
+constexpr int kMostPixelsAcross = 16'384;
+
 struct CarouselOptions {
   std::string file;                          // "-" is standard input
   std::optional<std::filesystem::path> png;  // draws instead of opening a window
   std::optional<int> panel;                  // from 0; with png
   bool all = false;                          // every panel; with png
   int width = 360;                           // points
-  std::optional<double> scale;               // absent: 2 for a drawing, the screen's for a window
+  std::optional<double> scale;               // absent: kDrawingScale for a drawing, the screen's for a window
   bool dark = false;
   bool rtl = false;
   std::optional<std::string> steps;  // "next,back,wait:500"

@@ -1,6 +1,7 @@
 #include "tools/qx/SimulatorOptions.h"
 
 #include <cstdlib>
+#include <system_error>
 
 namespace qx {
 
@@ -8,19 +9,23 @@ namespace {
 
 // Beside the program's bin directory, in the build tree as well as installed.
 std::filesystem::path installedBundle() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() /
+  std::error_code ignored;
+  return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path().parent_path() /
          "share/qx/Simulator.bundle";
 }
 
 void setEnvironment(const char* name, const std::filesystem::path& value) {
-  setenv(name, std::filesystem::absolute(value).c_str(), 1);
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(value, error);
+  setenv(name, error ? value.c_str() : absolute.c_str(), 1);
 }
 
 }  // namespace
 
 std::optional<std::filesystem::path> bundleFromEnvironment() {
   const char* bundle = std::getenv("QX_BUNDLE");
-  return bundle != nullptr ? std::optional<std::filesystem::path>(bundle) : std::nullopt;
+  if (bundle == nullptr || *bundle == '\0') return std::nullopt;
+  return bundle;
 }
 
 void applyEnvironment(const SimulatorOptions& options) {

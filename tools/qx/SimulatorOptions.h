@@ -18,7 +18,7 @@ struct SimulatorOptions {
   bool pretty = false;
 };
 
-// The bundle that $QX_BUNDLE names, if any.
+// The bundle that $QX_BUNDLE names; none when it is not set, or empty.
 std::optional<std::filesystem::path> bundleFromEnvironment();
 
 // Makes this process, and those it starts, see the containers and the bundle that the options name; without a

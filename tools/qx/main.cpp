@@ -143,11 +143,22 @@ std::string checkSteps(const std::string& text) {
   return steps ? std::string() : steps.error().message;
 }
 
+// What is no number is in no range.
+CLI::Validator pixelsAPoint() {
+  return {[](const std::string& text) {
+            constexpr double kSmallest = 1;
+            constexpr double kLargest = 8;
+            double scale = 0;
+            const bool good =
+                CLI::detail::lexical_cast(text, scale) && scale >= kSmallest && scale <= kLargest;
+            return good ? std::string() : std::string("must be from 1 to 8");
+          },
+          "FLOAT in [1 - 8]"};
+}
+
 void addCarousel(CLI::App& app, Invocation& invocation) {
   constexpr int kNarrowest = 112;  // the arrows side by side
   constexpr int kWidest = 10'000;
-  constexpr double kSmallestScale = 1;
-  constexpr double kLargestScale = 8;
   const auto [carousel, options] = addSubcommand<qx::CarouselOptions>(
       app, "carousel", "Show a push's carousel as the content extension draws it",
       "Examples:\n  qx carousel push.json\n  qx carousel push.json --png out.png --all --dark\n"
@@ -162,7 +173,7 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
                   ->type_name("OUT.png");
   auto* panel = carousel.add_option("--panel", options.panel, "Draw this panel, counted from 0")
                     ->type_name("N")
-                    ->check(CLI::NonNegativeNumber)
+                    ->check(CLI::Range(0, std::numeric_limits<int>::max(), ""))
                     ->needs(png);
   carousel.add_flag("--all", options.all, "Draw every panel: OUT-0.png, OUT-1.png, ...")
       ->needs(png)
@@ -173,12 +184,18 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
       ->capture_default_str();
   carousel.add_option("--scale", options.scale, "Pixels a point [2 for a drawing]")
       ->type_name("F")
-      ->check(CLI::Range(kSmallestScale, kLargestScale));
+      ->check(pixelsAPoint());
   carousel.add_flag("--dark", options.dark, "Dark appearance");
   carousel.add_flag("--rtl", options.rtl, "Read from right to left");
   carousel.add_option("--do", options.steps, "Steps in order: next, back, tick, tap, refresh:FILE, wait:MS")
       ->type_name("STEPS")
       ->check(CLI::Validator(checkSteps, ""));
+  carousel.parse_complete_callback([&options = options] {
+    const double pixels = options.width * options.scale.value_or(qx::kDrawingScale);
+    if (pixels <= qx::kMostPixelsAcross) return;
+    throw CLI::ValidationError("--width times --scale",
+                               "must be at most " + std::to_string(qx::kMostPixelsAcross) + " pixels");
+  });
 }
 
 // The parser reads an enumeration by its number.

@@ -20,6 +20,7 @@
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/Program.h"
+#include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/qx/carousel/CarouselSession.h"
@@ -174,6 +175,9 @@ TEST_F(CarouselCommand, SaysWhatItRefuses) {
       {{file, "--png", path("a.png"), "--all", "--panel", "0"}, 2},
       {{file, "--width", "111"}, 2},
       {{file, "--png", path("a.png"), "--scale", "0.9"}, 2},
+      {{file, "--png", path("a.png"), "--scale", "nan"}, 2},
+      {{file, "--png", path("a.png"), "--width", "10000", "--scale", "8"}, 2},
+      {{file, "--png", path("a.png"), "--panel", "-1"}, 2},
       {{path("missing.json")}, 1},
       {{write("broken.json", "{")}, 1},
       {{write("none.json", "{}")}, 1},
@@ -185,6 +189,12 @@ TEST_F(CarouselCommand, SaysWhatItRefuses) {
     EXPECT_EQ(result.exitCode, exitCode) << testing::PrintToString(arguments);
     EXPECT_FALSE(result.errors.empty()) << testing::PrintToString(arguments);
   }
+}
+
+TEST_F(CarouselCommand, TakesAnEmptyBundleInTheEnvironmentForNone) {
+  const support::ScopedEnvironment bundle("QX_BUNDLE", "");
+  const auto result = carousel({writeCarousel("push.json", panels(1)), "--do", "tap"});
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
 }
 
 // A photograph of twelve megapixels is 48 MB when it is decoded as it is.

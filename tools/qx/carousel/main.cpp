@@ -17,7 +17,6 @@
 namespace {
 
 constexpr int kWrongUsage = 2;
-constexpr double kDrawingScale = 2;
 // What was cancelled ends at once; a process must not go down around a thread at work.
 constexpr std::chrono::seconds kLongestWaitForWork(5);
 
@@ -33,7 +32,7 @@ int run(const qx::CarouselInvocation& invocation) {
   const qx::CarouselOptions& options = invocation.carousel;
   const bool usesWindow = !options.png && !options.steps && platform::hasScreen();
   if (options.scale || !usesWindow) {
-    qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale.value_or(kDrawingScale)));
+    qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale.value_or(qx::kDrawingScale)));
   }
   const auto application =
       platform::makeApplication(usesWindow ? platform::ScreenUse::windows : platform::ScreenUse::none);

@@ -52,7 +52,7 @@ PanelItemComponent CarouselPresenter::panel(const PanelItem& item, const ViewTem
           .title = text(item.title, defaults.title),
           .subTitle = text(item.subTitle, defaults.subTitle),
           .action = resolveUserAction(item.actions, logger_),
-          .panelColor = background(item.style, defaults.panelColor),
+          .panelColor = background(item.style, {defaults.panelColor}),
           .textState = textState};
 }
 
@@ -61,13 +61,14 @@ MediaComponent CarouselPresenter::media(const Media& media, const ViewTemplate& 
   // A colour of the medium's own that is none does not fall back to the template's.
   const auto& style = hasBackground(media.style) ? media.style : viewTemplate.style;
   return {.url = media.url,
-          .backgroundColor = background(style, defaults.background),
+          .backgroundColor = background(style, {defaults.background}),
           .altText = text(media.altText, defaults.altText)};
 }
 
-Color CarouselPresenter::background(const std::optional<GenericStyle>& style, Color fallback) const {
-  if (!hasBackground(style)) return fallback;
-  return parseColor(*style->backgroundColor, logger_).value_or(fallback);
+Color CarouselPresenter::background(const std::optional<GenericStyle>& style,
+                                    const BackgroundDefaultValue& slot) const {
+  if (!hasBackground(style)) return slot.backgroundColor;
+  return parseColor(*style->backgroundColor, logger_).value_or(slot.backgroundColor);
 }
 
 std::optional<TextComponent> CarouselPresenter::text(const std::optional<TextBlock>& block,

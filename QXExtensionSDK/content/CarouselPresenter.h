@@ -36,7 +36,7 @@ class CarouselPresenter final : public CarouselPresenting {
   PanelItemComponent panel(const PanelItem& item, const ViewTemplate& viewTemplate,
                            ViewTextState textState) const;
   MediaComponent media(const Media& media, const ViewTemplate& viewTemplate) const;
-  Color background(const std::optional<GenericStyle>& style, Color fallback) const;
+  Color background(const std::optional<GenericStyle>& style, const BackgroundDefaultValue& slot) const;
   std::optional<TextComponent> text(const std::optional<TextBlock>& block,
                                     const TextBlockDefaultValue& slot) const;
 

@@ -13,6 +13,10 @@ struct TextBlockDefaultValue {
   FontStyle fontStyle;
 };
 
+struct BackgroundDefaultValue {
+  Color backgroundColor;
+};
+
 struct MediaDefaultValue {
   Color background;
   TextBlockDefaultValue altText;

@@ -65,18 +65,19 @@ bool CarouselButton::event(QEvent* event) {
 void CarouselButton::keyPressEvent(QKeyEvent* event) {
   const bool isArrow = event->key() == Qt::Key_Left || event->key() == Qt::Key_Right;
   const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (isReturn && event->isAutoRepeat()) return;
   if (isReturn) return click();
   if (isArrow) return event->ignore();  // the carousel's, not a way through the buttons
   QAbstractButton::keyPressEvent(event);
 }
 
 void CarouselButton::focusInEvent(QFocusEvent* event) {
-  showsFocus_ = isFocusToBeShown(event->reason());
+  showsFocus_ = isFocusToBeShown(*event, showsFocus_);
   QAbstractButton::focusInEvent(event);
 }
 
 void CarouselButton::focusOutEvent(QFocusEvent* event) {
-  showsFocus_ = false;
+  showsFocus_ = isFocusToBeShown(*event, showsFocus_);
   QAbstractButton::focusOutEvent(event);
 }
 
@@ -87,7 +88,7 @@ void CarouselButton::paintEvent(QPaintEvent* /*event*/) {
   platform::drawTemplateImage(painter, isEnabled() ? enabledImage_ : disabledImage_, bounds(),
                               palette().color(QPalette::Active, QPalette::WindowText), isMirrored);
   painter.setOpacity(1);
-  if (showsFocus_) {
+  if (showsFocus_ && hasFocus()) {
     const QRectF ring = QRectF(bounds()).adjusted(-kFocusGap, -kFocusGap, kFocusGap, kFocusGap);
     QPainterPath path;
     path.addEllipse(ring);

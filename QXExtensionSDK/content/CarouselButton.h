@@ -33,7 +33,7 @@ class CarouselButton final : public QAbstractButton {
 
   const QString enabledImage_;
   const QString disabledImage_;
-  bool showsFocus_ = false;
+  bool showsFocus_ = false;  // whenever it has the focus
 };
 
 }  // namespace QXExtensionSDK

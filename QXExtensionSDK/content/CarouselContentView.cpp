@@ -68,6 +68,7 @@ void CarouselContentView::startSlide(PanelChange change) {
   slideDistance_ = comesFromRight ? width() : -width();
   moveSlide(0);
   slide_.start();
+  update();
 }
 
 void CarouselContentView::moveSlide(double progress) {
@@ -83,6 +84,7 @@ void CarouselContentView::endSlide() {
   if (leaving_ != nullptr) leaving_->setParent(nullptr);
   leaving_.reset();
   if (panel_ != nullptr) panel_->setFrame(panelFrame());
+  update();
 }
 
 void CarouselContentView::mousePressEvent(QMouseEvent* event) {
@@ -108,6 +110,7 @@ void CarouselContentView::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
     case Qt::Key_Space: {
+      if (event->isAutoRepeat()) return;
       const auto tapped = tapped_;
       return tapped();
     }
@@ -117,17 +120,18 @@ void CarouselContentView::keyPressEvent(QKeyEvent* event) {
 }
 
 void CarouselContentView::focusInEvent(QFocusEvent* event) {
-  showsFocus_ = isFocusToBeShown(event->reason());
+  showsFocus_ = isFocusToBeShown(*event, showsFocus_);
   update();
 }
 
-void CarouselContentView::focusOutEvent(QFocusEvent* /*event*/) {
-  showsFocus_ = false;
+void CarouselContentView::focusOutEvent(QFocusEvent* event) {
+  showsFocus_ = isFocusToBeShown(*event, showsFocus_);
   update();
 }
 
 void CarouselContentView::paintEvent(QPaintEvent* /*event*/) {
-  if (!showsFocus_) return;
+  // While panels pass over it the ring would stand there in pieces.
+  if (!showsFocus_ || !hasFocus() || isSliding()) return;
   QPainter painter(this);
   const QRectF ring = QRectF(panelFrame()).adjusted(-kFocusGap, -kFocusGap, kFocusGap, kFocusGap);
   drawFocusRing(painter, platform::continuousRoundedRect(ring, kFocusRadius), palette());

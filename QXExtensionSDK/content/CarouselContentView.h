@@ -52,7 +52,7 @@ class CarouselContentView final : public QWidget {
   std::shared_ptr<CarouselPanelView> leaving_;  // while sliding
   int slideDistance_ = 0;
   std::optional<QPoint> pressed_;
-  bool showsFocus_ = false;
+  bool showsFocus_ = false;  // whenever it has the focus
   QVariantAnimation slide_;
 };
 

@@ -48,6 +48,7 @@ class FailureImageView final : public QWidget {
  public:
   explicit FailureImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
+    platform::setAccessibility(*this, {.role = QAccessible::Graphic, .isElement = false});
     hide();
   }
 

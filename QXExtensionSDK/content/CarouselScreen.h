@@ -21,7 +21,8 @@ class CarouselScreen {
   // Held weakly.
   virtual void setDelegate(std::weak_ptr<CarouselViewControllerDelegate> delegate) = 0;
 
-  // Shows the view model, then follows the timer rules. Undoes a collapse.
+  // Shows the view model, then follows the timer rules. One with panels undoes a collapse; one without leaves
+  // what is shown as it is.
   virtual void apply(const CarouselViewModel& viewModel) = 0;
   // What was applied last; without panels before the first time.
   virtual const CarouselViewModel& viewModel() const = 0;

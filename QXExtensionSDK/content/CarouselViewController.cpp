@@ -36,6 +36,13 @@ QString spokenPosition(std::int64_t index, std::size_t count) {
   return text("panel %1 of %2").arg(index + 1).arg(count);
 }
 
+// From an arrow that is about to be disabled to the other, before the toolkit takes the focus elsewhere.
+void handFocusOn(CarouselButton& from, bool fromEnabled, CarouselButton& to, bool toEnabled) {
+  if (fromEnabled || !toEnabled || from.window()->focusWidget() != &from) return;
+  to.setEnabled(true);
+  to.setFocus(Qt::TabFocusReason);
+}
+
 // Empty for a panel without any text.
 QString spoken(const PanelItemComponent& panel) {
   QStringList parts;
@@ -66,6 +73,7 @@ void CarouselViewController::viewDidLoad() {
   root.setAccessibleName(text("Carousel"));
   contentView_ = new CarouselContentView([this] { tapGesturePerformed(); }, &root);
   buttonContentView_ = new QWidget(&root);
+  platform::setAccessibility(*buttonContentView_, {.role = QAccessible::Whitespace});
   pageControl_ = new platform::UIPageControl(buttonContentView_);
   // Over the bar, since their touch areas reach beyond it.
   backButton_ = new CarouselButton("left_arrow_enabled", "left_arrow_disabled", &root);
@@ -81,8 +89,13 @@ void CarouselViewController::apply(const CarouselViewModel& viewModel) {
   const bool wasCollapsed = isCollapsed_;
   const bool hasNewPanels = viewModel.panels != viewModel_.panels;
   viewModel_ = viewModel;
-  isCollapsed_ = panelCount() == 0;
-  if (hasNewPanels) takePanels(viewModel.panels);
+  // Without panels the screen stays as it is, and takes no room when it has never shown any.
+  if (panelCount() > 0) {
+    isCollapsed_ = false;
+    if (hasNewPanels) takePanels(viewModel.panels);
+  } else if (laidOutPanels_ == nullptr) {
+    isCollapsed_ = true;
+  }
   applyNavigationState(viewModel.navigationState);
   applyPageIndicator();
   const bool isLaidOutAnew = laidOutPanels_ != viewModel_.panels && isCurrentPanelThere();
@@ -128,6 +141,9 @@ bool CarouselViewController::isAnyImageDownloading() const {
 void CarouselViewController::applyNavigationState(const ViewTemplateNavigationState& state) {
   backButton_->setVisible(state.showNavigationButtons);
   nextButton_->setVisible(state.showNavigationButtons);
+  // A key that moved the carousel to its end must not open the panel when it is pressed once more.
+  handFocusOn(*backButton_, state.backButtonEnabled, *nextButton_, state.nextButtonEnabled);
+  handFocusOn(*nextButton_, state.nextButtonEnabled, *backButton_, state.backButtonEnabled);
   backButton_->setEnabled(state.backButtonEnabled);
   nextButton_->setEnabled(state.nextButtonEnabled);
 }
@@ -165,11 +181,14 @@ void CarouselViewController::showPanel() {
 
 void CarouselViewController::runTimerRules() {
   const auto order = timerRules_.viewModelApplied(viewModel_);
-  if (order == CarouselTimerRules::Order::stop) timer_.stop();
-  const bool isToRun = timerRules_.state() == TimerState::running && !isCollapsed_;
-  if (!isToRun || timer_.isActive()) return;
   constexpr std::int64_t kLongest = std::numeric_limits<int>::max();
-  timer_.start(static_cast<int>(std::min(viewModel_.timerInMilliSec, kLongest)));
+  if (order == CarouselTimerRules::Order::stop) timer_.stop();
+  if (order == CarouselTimerRules::Order::start) {
+    timer_.setInterval(static_cast<int>(std::min(viewModel_.timerInMilliSec, kLongest)));
+  }
+  // After a collapse it goes on at its own pace, whatever the view model of now says.
+  const bool isToRun = timerRules_.state() == TimerState::running && !isCollapsed_;
+  if (isToRun && !timer_.isActive()) timer_.start();
 }
 
 void CarouselViewController::collapse() {

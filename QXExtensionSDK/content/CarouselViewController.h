@@ -81,7 +81,7 @@ class CarouselViewController final : public platform::UIViewController,
   CarouselTimerRules timerRules_;
   QTimer timer_;
   const std::shared_ptr<platform::URLSession> session_;
-  // One a panel, made when the panel is first shown.
+  // One a panel that there was last, made when the panel is first shown.
   std::vector<std::shared_ptr<CarouselPanelView>> panelViews_;
   // The panels that the screen is laid out for: the view model's, except while its index leads to none of
   // them and one of the panels before is still shown.

@@ -49,7 +49,8 @@ class UIViewController {
   virtual void viewDidLayoutSubviews() {}
   // Light or dark appearance, or the direction of reading, may have changed.
   virtual void traitCollectionDidChange() {}
-  // A key was pressed and no subview wanted it; returns whether it had an effect.
+  // A key was pressed and no subview wanted it; returns whether it had an effect. An arrow key that is held
+  // down is pressed again and again, any other once.
   virtual bool pressesBegan(UIKey /*key*/) { return false; }
   virtual void preferredContentSizeDidChangeForChildContentContainer(UIViewController& /*child*/) {}
 

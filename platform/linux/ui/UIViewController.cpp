@@ -18,7 +18,7 @@ UIKey keyOf(const QKeyEvent& event) {
       return UIKey::right;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-      return UIKey::returnOrEnter;
+      return event.isAutoRepeat() ? UIKey::other : UIKey::returnOrEnter;
     default:
       return UIKey::other;
   }

@@ -124,6 +124,32 @@ TEST(CarouselScreen, KeepsTheSameImageWhenItIsRefreshed) {
   EXPECT_THAT(server.paths(), ElementsAre("/same", "/new"));
 }
 
+// Columns in black and white by turns, as fine as the screen, are grey when they are drawn at another size.
+TEST(CarouselScreen, DrawsAnImageSmoothlyAtAnotherSizeThanItWasDecodedFor) {
+  ImageServer server;
+  Expanded expanded;
+  expanded.deliver({{"u"}});
+  QImage columns(expanded.image(0).size() * 2, QImage::Format_RGB32);
+  for (int x = 0; x < columns.width(); ++x) {
+    for (int y = 0; y < columns.height(); ++y)
+      columns.setPixelColor(x, y, x % 2 == 0 ? Qt::black : Qt::white);
+  }
+  expanded.deliver({{server.serve("/columns", {.body = support::encoded(columns, "PNG")})}});
+  ASSERT_TRUE(expanded.waitForImage(0));
+  auto& image = const_cast<CarouselImageView&>(expanded.image(0));
+  const auto isGreySeen = [&] {
+    const QImage drawn = image.grab().toImage();
+    for (int x = 100; x < 200; ++x) {
+      const int gray = qGray(drawn.pixel(x, 100));
+      if (gray > 60 && gray < 200) return true;
+    }
+    return false;
+  };
+  EXPECT_FALSE(isGreySeen());
+  image.setFrame({0, 0, image.width() * 2 / 3, image.height() * 2 / 3});
+  EXPECT_TRUE(isGreySeen());
+}
+
 TEST(CarouselScreen, LeavesTheScreenWhenARefreshHasNoSuchPanel) {
   const ScopedLogRecorder log;
   Expanded expanded;
@@ -133,6 +159,24 @@ TEST(CarouselScreen, LeavesTheScreenWhenARefreshHasNoSuchPanel) {
   EXPECT_TRUE(log->has("Inavlid index in panel state setting"));
   EXPECT_EQ(currentPanel(expanded), 1);
   EXPECT_GT(expanded.host->contentSize().height, 1);
+}
+
+TEST(CarouselScreen, LeavesThePanelWhenARefreshHasNone) {
+  const ScopedLogRecorder log;
+  ImageServer server;
+  const std::vector<support::PanelText> panels{{server.serveColor("/a", Qt::red), "One"}};
+  Expanded expanded;
+  expanded.deliver(panels);
+  ASSERT_TRUE(expanded.waitForImage(0));
+  const QImage drawn = expanded.drawn();
+  expanded.deliverItems("[]");
+  EXPECT_TRUE(log->has("Inavlid index in panel state setting"));
+  EXPECT_EQ(expanded.drawn(), drawn);
+  expanded.deliver(panels);
+  EXPECT_THAT(server.paths(), ElementsAre("/a"));
+  expanded.deliverItems("[{}]");
+  expanded.deliverItems("[]");
+  EXPECT_TRUE(expanded.host->isCollapsed());
 }
 
 TEST(CarouselScreen, KeepsTheShownPanelsRoomUntilAnotherIsShown) {
@@ -219,6 +263,23 @@ TEST(CarouselScreen, StandsStillWhileItIsCollapsed) {
   EXPECT_TRUE(pumpUntil([&] { return currentPanel(expanded) == 2; }));
 }
 
+TEST(CarouselScreen, GoesOnAtThePaceItBeganWith) {
+  for (const char* pace : {"", R"("tms":-5,)", R"("tms":600000,)"}) {
+    SCOPED_TRACE(pace);
+    Expanded quick;
+    quick.deliver({{"u"}, {"u"}}, R"("tms":20,)");
+    quick.deliverItems("[{}]");
+    quick.deliver({{"u"}, {"u"}}, pace);
+    EXPECT_TRUE(pumpUntil([&] { return currentPanel(quick) == 1; }, std::chrono::seconds(2)));
+  }
+  Expanded slow;
+  slow.deliver({{"u"}, {"u"}}, R"("tms":600000,)");
+  slow.deliverItems("[{}]");
+  slow.deliver({{"u"}, {"u"}});
+  QTest::qWait(50);
+  EXPECT_EQ(currentPanel(slow), 0);
+}
+
 // Presses and releases where a finger would, on whatever stands there.
 void tapAt(const Expanded& expanded, const QPoint& point) {
   QWidget& view = expanded.host->view();
@@ -257,22 +318,43 @@ TEST(CarouselScreen, OpensAtATapOnThePanelButNotNearADisabledArrow) {
   EXPECT_EQ(currentPanel(expanded), 1);
 }
 
+// On the screen and with the keyboard's attention.
+void showActive(QWidget& window) {
+  window.show();
+  window.activateWindow();
+  ASSERT_TRUE(pumpUntil([&] { return window.isActiveWindow(); }));
+}
+
+void tabToPanel(const Expanded& expanded) {
+  expanded.screen().backButton().setFocus(Qt::OtherFocusReason);
+  expanded.screen().nextButton().setFocus(Qt::OtherFocusReason);
+  expanded.screen().contentView().setFocus(Qt::TabFocusReason);
+}
+
+// The key once more without having been let go.
+void repeatKey(int key) {
+  QKeyEvent again(QEvent::KeyPress, key, {}, {}, true);
+  QApplication::sendEvent(QApplication::focusWidget(), &again);
+  QCoreApplication::sendPostedEvents();
+}
+
+bool isRingSeen(const Expanded& expanded) {
+  return expanded.colorAt({4, 100}) == expanded.host->view().palette().color(QPalette::Highlight);
+}
+
 TEST(CarouselScreen, IsUsedFromTheKeyboard) {
   for (const bool isMirrored : {false, true}) {
     SCOPED_TRACE(isMirrored ? "right to left" : "left to right");
     QApplication::setLayoutDirection(isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
     Expanded expanded;
     expanded.deliver({{"u", "One"}, {"u", "Two"}, {"u", "Three"}});
-    QWidget& view = expanded.host->view();
-    view.show();
-    view.activateWindow();
-    ASSERT_TRUE(pumpUntil([&] { return view.isActiveWindow(); }));
+    showActive(expanded.host->view());
     QWidget& panel = expanded.screen().contentView();
     panel.setFocus();
     const auto forward = isMirrored ? Qt::Key_Left : Qt::Key_Right;
     const auto backward = isMirrored ? Qt::Key_Right : Qt::Key_Left;
     QTest::keyClick(QApplication::focusWidget(), forward);
-    EXPECT_EQ(expanded.colorAt({4, 100}), view.palette().color(QPalette::Highlight)) << "focus is not seen";
+    EXPECT_TRUE(isRingSeen(expanded));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     EXPECT_EQ(QApplication::focusWidget(), &expanded.screen().backButton());
     QTest::keyClick(QApplication::focusWidget(), forward);
@@ -280,14 +362,42 @@ TEST(CarouselScreen, IsUsedFromTheKeyboard) {
     QTest::keyClick(QApplication::focusWidget(), backward);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_EQ(currentPanel(expanded), 0);
-    EXPECT_NE(QApplication::focusWidget(), &expanded.screen().backButton()) << "left on a disabled button";
+    EXPECT_EQ(QApplication::focusWidget(), &expanded.screen().nextButton())
+        << "not on the arrow that is left";
+    repeatKey(Qt::Key_Return);
+    EXPECT_EQ(currentPanel(expanded), 0);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(currentPanel(expanded), 2);
+    EXPECT_EQ(QApplication::focusWidget(), &expanded.screen().backButton());
+    EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
 
     panel.setFocus();
+    for (const auto key : {Qt::Key_Return, Qt::Key_Space}) repeatKey(key);
+    EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
     QTest::keyClick(&panel, Qt::Key_Return);
     QCoreApplication::sendPostedEvents();
     EXPECT_TRUE(expanded.host->isDefaultActionPerformed());
   }
   QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+TEST(CarouselScreen, KeepsTheFocusInSightWhenItsWindowBecomesActiveAgain) {
+  Expanded expanded;
+  expanded.deliver({{"u", "One"}, {"u", "Two"}});
+  showActive(expanded.host->view());
+  tabToPanel(expanded);
+  EXPECT_TRUE(isRingSeen(expanded));
+  {
+    QWidget other;
+    showActive(other);
+    EXPECT_FALSE(isRingSeen(expanded));
+  }
+  showActive(expanded.host->view());
+  EXPECT_TRUE(isRingSeen(expanded));
+  expanded.screen().nextButton().setFocus(Qt::TabFocusReason);
+  expanded.screen().contentView().setFocus(Qt::MouseFocusReason);
+  EXPECT_FALSE(isRingSeen(expanded));
 }
 
 TEST(CarouselScreen, IsMirroredFromRightToLeft) {
@@ -324,11 +434,14 @@ TEST(CarouselScreen, SlidesOnlyWhereItIsSeenAndMotionIsWanted) {
   expanded.deliver({{"u", "One"}, {"u", "Two"}});
   expanded.screen().nextButton().click();
   EXPECT_FALSE(expanded.screen().contentView().isSliding());
-  expanded.host->view().show();
+  showActive(expanded.host->view());
+  tabToPanel(expanded);
   expanded.screen().backButton().click();
   EXPECT_TRUE(expanded.screen().contentView().isSliding());
+  EXPECT_FALSE(isRingSeen(expanded));
   expanded.screen().nextButton().click();
   ASSERT_TRUE(pumpUntil([&] { return !expanded.screen().contentView().isSliding(); }));
+  EXPECT_TRUE(isRingSeen(expanded));
   EXPECT_EQ(expanded.screen().panelView(1)->pos(), expanded.screen().contentView().panelFrame().topLeft());
   EXPECT_EQ(expanded.screen().panelView(0)->parent(), nullptr);
 
@@ -341,11 +454,12 @@ std::unique_ptr<QAccessibleInterface, void (*)(QAccessibleInterface*)> accessibl
   return {QAccessible::queryAccessibleInterface(widget), [](QAccessibleInterface*) {}};
 }
 
-// Every node below, "role: name", in order.
+// Every node below, "role: name", in order; without a name only those that hold others are left out.
 void describe(QAccessibleInterface* node, std::vector<std::string>& lines) {
   if (node->state().invisible) return;
   const QString name = node->text(QAccessible::Name);
-  if (!name.isEmpty()) lines.push_back(std::to_string(node->role()) + ": " + name.toStdString());
+  const bool isTold = !name.isEmpty() || node->childCount() == 0;
+  if (isTold) lines.push_back(std::to_string(node->role()) + ": " + name.toStdString());
   for (int i = 0; i < node->childCount(); ++i) describe(node->child(i), lines);
 }
 

@@ -12,8 +12,9 @@ namespace platform {
 
 // Decodes a png, jpeg, gif (its first frame) or webp so that it fills `size`, in pixels: scaled to cover it,
 // what stands over is cut off evenly. The image is never larger than that, and the work to get there is
-// bounded: what declares more than 100 million pixels is not opened, nor what would keep too much beside the
-// picture while it is read.
+// bounded. Refused are more than 100 million pixels; a picture beyond 64 MB on its way, which is 16
+// megapixels of the formats that cannot scale while they are read, that is all but jpeg; and a jpeg for whose
+// passes isImageAffordable() says no.
 //
 // Null when the bytes are no such image, or a damaged one. Any thread.
 QImage decodeImageFilling(std::string_view bytes, QSize size);

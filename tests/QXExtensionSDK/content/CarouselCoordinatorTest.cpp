@@ -242,11 +242,5 @@ TEST_F(CarouselCoordinatorTest, LeavesNothingBehindWhenItIsClosedBetweenTapAndDe
   EXPECT_EQ(context_.defaultActionCount, 0);
 }
 
-TEST_F(CarouselCoordinatorTest, ForwardsEveryResponse) {
-  start(carousel("[]"));
-  EXPECT_EQ(coordinator_->responseOptionFor({{}, "any"}),
-            platform::UNNotificationContentExtensionResponseOption::dismissAndForwardAction);
-}
-
 }  // namespace
 }  // namespace QXExtensionSDK

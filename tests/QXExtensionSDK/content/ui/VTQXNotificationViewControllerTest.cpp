@@ -80,6 +80,7 @@ TEST(ContentExtension, ForwardsEveryResponseOnceThereIsACarousel) {
   Expanded expanded;
   EXPECT_EQ(expanded.host->respond(), Option::doNotDismiss);
   expanded.deliver({{"u", "One"}});
+  EXPECT_TRUE(log->has("ViewTemplate type is carousel"));
   EXPECT_EQ(expanded.host->respond(), Option::dismissAndForwardAction);
   EXPECT_TRUE(log->has("VTQXNotificationViewController notification response option is=2"));
 }

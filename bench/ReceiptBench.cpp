@@ -1,19 +1,22 @@
-// A module's receipts from push to acknowledgement, and the bare client that posts the same bytes to the same
-// server in another thread.
+// A module's receipts from push to acknowledgement, the bare client that posts the same bytes to the same
+// server in another thread, and the bare libraries and system calls that do the whole of it.
 
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
 #include <stdlib.h>
 
+#include <boost/json.hpp>
 #include <condition_variable>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 
 #include "AppGroupSDK/AppGroupSDK.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptManagerProvider.h"
+#include "bench/BareFile.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tools/backend/LoopbackServer.h"
 
@@ -52,6 +55,10 @@ class Host {
   Host& operator=(const Host&) = delete;
 
   const backend::LoopbackServer& server() const { return server_; }
+  std::string container() const { return directory_ + "/group.bench"; }
+  std::string receiptFile() const {
+    return container() + "/com.veltro.qx.extensionsdk.deliveryReceipt.quorixEngagement.bench.data";
+  }
 
  private:
   const backend::LoopbackServer server_{{.body = R"({"code":200,"message":"accepted","requestId":"r"})"}};
@@ -106,36 +113,73 @@ std::size_t append(char* bytes, std::size_t size, std::size_t count, void* text)
   return size * count;
 }
 
+// The library alone, posting what one run has posted.
+class BarePost {
+ public:
+  explicit BarePost(const backend::Request& request, const std::string& url) : body_(request.body) {
+    for (const auto& [name, value] : request.headers) {
+      if (name == "Host" || name == "Content-Length") continue;
+      headers_ = curl_slist_append(headers_, (name + ": " + value).c_str());
+    }
+    curl_easy_setopt(curl_, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(curl_, CURLOPT_HTTPHEADER, headers_);
+    curl_easy_setopt(curl_, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body_.size()));
+    curl_easy_setopt(curl_, CURLOPT_POSTFIELDS, body_.data());
+    curl_easy_setopt(curl_, CURLOPT_WRITEFUNCTION, &append);
+    curl_easy_setopt(curl_, CURLOPT_WRITEDATA, &answer_);
+  }
+  ~BarePost() {
+    curl_slist_free_all(headers_);
+    curl_easy_cleanup(curl_);
+  }
+  BarePost(const BarePost&) = delete;
+  BarePost& operator=(const BarePost&) = delete;
+
+  bool perform() {
+    answer_.clear();
+    return curl_easy_perform(curl_) == CURLE_OK && !answer_.empty();
+  }
+
+ private:
+  const std::string body_;
+  std::string answer_;
+  CURL* const curl_ = curl_easy_init();
+  curl_slist* headers_ = curl_slist_append(nullptr, "Expect:");
+};
+
+std::unique_ptr<BarePost> makeBarePost(const Host& host, std::int64_t count) {
+  putPending(count - 1);
+  if (!runCycle(kPush)) throw std::runtime_error("not acknowledged");
+  const backend::Request request = host.server().requests().front();
+  return std::make_unique<BarePost>(request, host.server().url(request.path));
+}
+
 void BM_FloorPost(benchmark::State& state) {
   const Host host;
-  putPending(state.range(0) - 1);
-  if (!runCycle(kPush)) return state.SkipWithError("not acknowledged");
-  const backend::Request request = host.server().requests().front();
-  const std::string url = host.server().url(request.path);
-
-  CURL* const curl = curl_easy_init();
-  curl_slist* headers = curl_slist_append(nullptr, "Expect:");
-  for (const auto& [name, value] : request.headers) {
-    if (name != "Host" && name != "Content-Length") {
-      headers = curl_slist_append(headers, (name + ": " + value).c_str());
-    }
-  }
-  std::string answer;
-  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
-  curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers);
-  curl_easy_setopt(curl, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
-  curl_easy_setopt(curl, CURLOPT_POSTFIELDS, request.body.data());
-  curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &append);
-  curl_easy_setopt(curl, CURLOPT_WRITEDATA, &answer);
+  const auto post = makeBarePost(host, state.range(0));
   for (auto _ : state) {
-    answer.clear();
-    if (curl_easy_perform(curl) != CURLE_OK || answer.empty()) state.SkipWithError("post failed");
+    if (!post->perform()) state.SkipWithError("post failed");
   }
-  curl_slist_free_all(headers);
-  curl_easy_cleanup(curl);
+}
+
+// Beside the post also the bare reading, parsing and writing that no cycle can do without.
+void BM_FloorCycle(benchmark::State& state) {
+  const Host host;
+  const auto post = makeBarePost(host, state.range(0));
+  putPending(state.range(0));
+  const std::string file = host.receiptFile();
+  const std::string stored = bench::bareRead(file);
+  for (auto _ : state) {
+    const auto receipts = boost::json::parse(bench::bareRead(file));
+    benchmark::DoNotOptimize(receipts);
+    const bool held = bench::bareSave(host.container(), file, stored) && post->perform() &&
+                      bench::bareSave(host.container(), host.container() + "/floor", R"({"pnData":[]})");
+    if (!held) state.SkipWithError("cycle failed");
+  }
 }
 
 }  // namespace
 
 BENCHMARK(BM_ReceiptCycle)->Arg(1)->Arg(150)->UseRealTime();
 BENCHMARK(BM_FloorPost)->Arg(1)->Arg(150)->UseRealTime();
+BENCHMARK(BM_FloorCycle)->Arg(1)->Arg(150)->UseRealTime();

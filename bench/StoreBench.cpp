@@ -1,10 +1,7 @@
 // What a store costs above the bare system calls and the bare parser, for the same bytes in the same place.
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
 #include <stdlib.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <boost/json.hpp>
 #include <filesystem>
@@ -13,6 +10,7 @@
 #include <vector>
 
 #include "AppGroupSDK/records/DeliveryReceiptsModelStore.h"
+#include "bench/BareFile.h"
 
 namespace {
 
@@ -81,18 +79,11 @@ void BM_SaveReceipts(benchmark::State& state) {
 
 void BM_FloorSave(benchmark::State& state) {
   const std::string bytes = storedBytes(state.range(0));
-  const std::string staging = Host::shared().file("floor-staging");
-  const std::string target = Host::shared().file("floor");
-  const int directory = ::open(Host::shared().file("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   for (auto _ : state) {
-    const int file = ::open(staging.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    const bool written = ::write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) &&
-                         ::fsync(file) == 0 && ::close(file) == 0;
-    if (!written || ::rename(staging.c_str(), target.c_str()) != 0 || ::fsync(directory) != 0) {
+    if (!bench::bareSave(Host::shared().file(""), Host::shared().file("floor"), bytes)) {
       state.SkipWithError("save failed");
     }
   }
-  ::close(directory);
 }
 
 void BM_FetchReceipts(benchmark::State& state) {
@@ -107,15 +98,8 @@ void BM_FetchReceipts(benchmark::State& state) {
 
 void BM_FloorFetch(benchmark::State& state) {
   storedBytes(state.range(0));
-  const std::string path = Host::shared().recordFile();
   for (auto _ : state) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    struct stat status {};
-    ::fstat(file, &status);
-    std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
-    if (::read(file, bytes.data(), bytes.size()) != status.st_size) state.SkipWithError("fetch failed");
-    ::close(file);
-    const auto value = boost::json::parse(bytes);
+    const auto value = boost::json::parse(bench::bareRead(Host::shared().recordFile()));
     benchmark::DoNotOptimize(value);
   }
 }

@@ -1,25 +1,22 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 
-#include "QXExtensionSDK/receipts/AppDeviceInfoProvider.h"
-#include "QXExtensionSDK/receipts/ReceiptListText.h"
-#include "platform/foundation/Value.h"
+#include "QXExtensionSDK/receipts/ReceiptPayloadCreator.h"
 
 namespace QXExtensionSDK {
 
-// Turns receipts into the mobile-app-messaging module's engagement events. Used from one thread at a time.
-class MAMDeliveryReceiptPayloadCreator {
+// The mobile-app-messaging module's engagement events.
+class MAMDeliveryReceiptPayloadCreator final : public ReceiptPayloadCreator {
  public:
   explicit MAMDeliveryReceiptPayloadCreator(std::shared_ptr<AppDeviceInfoProviding> appDeviceInfoProvider);
 
-  // Nothing for no receipts. Nothing either, after an error line for each, when device or session are not
-  // stored: a body without events would be acknowledged, and the receipts would be gone.
-  std::optional<platform::Dictionary> createPayload(const Receipts& receipts) const;
-
  private:
-  const std::shared_ptr<AppDeviceInfoProviding> appDeviceInfoProvider_;
+  std::optional<std::string_view> missingField(const std::optional<Info>& info) const override;
+  std::string_view eventName() const override { return "MAMDeliveryReceiptEvent"; }
+  void addEvent(ReceiptItems& items, const AppGroupSDK::DeliveryReceiptPNModel& receipt, const Info& info,
+                std::string_view receiptDateUtc) const override;
+  platform::Dictionary makeBody(const Info& info, platform::Value nodes) const override;
 };
 
 }  // namespace QXExtensionSDK

@@ -1,7 +1,5 @@
 #include "QXExtensionSDK/receipts/MAMDeliveryReceiptRequest.h"
 
-#include <utility>
-
 namespace QXExtensionSDK {
 
 ServiceProtocol::Headers MAMDeliveryReceiptRequestHeader::toDictionary() const {
@@ -10,10 +8,5 @@ ServiceProtocol::Headers MAMDeliveryReceiptRequestHeader::toDictionary() const {
           {"Authorization", "Bearer " + accessToken},
           {"Content-Type", "application/json"}};
 }
-
-MAMDeliveryReceiptRequest::MAMDeliveryReceiptRequest(platform::URL baseURL,
-                                                     MAMDeliveryReceiptRequestHeader header,
-                                                     platform::Dictionary body)
-    : baseURL_(std::move(baseURL)), header_(std::move(header)), body_(std::move(body)) {}
 
 }  // namespace QXExtensionSDK

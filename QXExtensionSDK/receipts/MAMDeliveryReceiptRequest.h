@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "QXExtensionSDK/receipts/ReceiptRequest.h"
 #include "QXExtensionSDK/service/ServiceProtocol.h"
 
 namespace QXExtensionSDK {
@@ -20,21 +21,7 @@ struct MAMDeliveryReceiptRequestHeader {
   ServiceProtocol::Headers toDictionary() const;
 };
 
-// The mobile-app-messaging module's request. Immutable.
-class MAMDeliveryReceiptRequest final : public ServiceProtocol {
- public:
-  MAMDeliveryReceiptRequest(platform::URL baseURL, MAMDeliveryReceiptRequestHeader header,
-                            platform::Dictionary body);
-
-  platform::URL url() const override { return baseURL_.appendingPathComponent(header_.path); }
-  HTTPMethod method() const override { return HTTPMethod::post; }
-  Headers headers() const override { return header_.toDictionary(); }
-  std::optional<platform::Dictionary> body() const override { return body_; }
-
- private:
-  const platform::URL baseURL_;
-  const MAMDeliveryReceiptRequestHeader header_;
-  const platform::Dictionary body_;
-};
+// The mobile-app-messaging module's request.
+using MAMDeliveryReceiptRequest = ReceiptRequest<MAMDeliveryReceiptRequestHeader>;
 
 }  // namespace QXExtensionSDK

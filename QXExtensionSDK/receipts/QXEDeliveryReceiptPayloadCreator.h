@@ -1,12 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <optional>
+#include <string_view>
 
-#include "QXExtensionSDK/receipts/AppDeviceInfoProvider.h"
-#include "QXExtensionSDK/receipts/ReceiptListText.h"
-#include "QXExtensionSDK/receipts/ReceiptPayload.h"
-#include "platform/foundation/Value.h"
+#include "QXExtensionSDK/receipts/ReceiptPayloadCreator.h"
 
 namespace QXExtensionSDK {
 
@@ -26,16 +23,17 @@ struct DeliveryReceiptEvent {
   void addTo(ReceiptItems& items) const;
 };
 
-// Turns receipts into the engagement module's analytic events. Used from one thread at a time.
-class QXEDeliveryReceiptPayloadCreator {
+// The engagement module's analytic events.
+class QXEDeliveryReceiptPayloadCreator final : public ReceiptPayloadCreator {
  public:
   explicit QXEDeliveryReceiptPayloadCreator(std::shared_ptr<AppDeviceInfoProviding> appDeviceInfoProvider);
 
-  // A receipt for which a value is not stored is skipped with an error line. Nothing without any receipt.
-  std::optional<platform::Dictionary> createPayload(const Receipts& receipts) const;
-
  private:
-  const std::shared_ptr<AppDeviceInfoProviding> appDeviceInfoProvider_;
+  std::optional<std::string_view> missingField(const std::optional<Info>& info) const override;
+  std::string_view eventName() const override { return "DeliveryReceiptEvent"; }
+  void addEvent(ReceiptItems& items, const AppGroupSDK::DeliveryReceiptPNModel& receipt, const Info& info,
+                std::string_view receiptDateUtc) const override;
+  platform::Dictionary makeBody(const Info& info, platform::Value nodes) const override;
 };
 
 }  // namespace QXExtensionSDK

@@ -1,7 +1,5 @@
 #include "QXExtensionSDK/receipts/QXEDeliveryReceiptRequest.h"
 
-#include <utility>
-
 #include "QXExtensionSDK/receipts/UserAgentProvider.h"
 
 namespace QXExtensionSDK {
@@ -12,10 +10,5 @@ ServiceProtocol::Headers QXEDeliveryReceiptRequestHeader::toDictionary() const {
           {"Authorization", "Bearer " + accessToken},
           {"Content-Type", "application/json"}};
 }
-
-QXEDeliveryReceiptRequest::QXEDeliveryReceiptRequest(platform::URL baseURL,
-                                                     QXEDeliveryReceiptRequestHeader header,
-                                                     platform::Dictionary body)
-    : baseURL_(std::move(baseURL)), header_(std::move(header)), body_(std::move(body)) {}
 
 }  // namespace QXExtensionSDK

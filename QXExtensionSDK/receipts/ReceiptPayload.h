@@ -35,8 +35,6 @@ class ReceiptItems {
   void add(int eventType, std::initializer_list<EventField> event);
   void add(std::string_view eventType, std::initializer_list<EventField> event);
 
-  bool empty() const { return items_.empty(); }
-
   // The list that wraps the items. This object must not be used afterwards.
   platform::Value nodes() &&;
 

@@ -6,7 +6,6 @@
 namespace AppGroupSDK {
 
 using AppDeviceInfoFetchResult = DataStoreResult<AppDeviceInfo>;
-using AppDeviceInfoStoreProtocol = ModelStoreProtocol<AppDeviceInfo>;
 using AppDeviceInfoStore = ModelStore<AppDeviceInfo>;
 
 }  // namespace AppGroupSDK

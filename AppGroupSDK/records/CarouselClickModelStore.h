@@ -6,7 +6,6 @@
 namespace AppGroupSDK {
 
 using CarouselClickModelFetchResult = DataStoreResult<CarouselClickModel>;
-using CarouselClickModelStoreProtocol = ModelStoreProtocol<CarouselClickModel>;
 using CarouselClickModelStore = ModelStore<CarouselClickModel>;
 
 }  // namespace AppGroupSDK

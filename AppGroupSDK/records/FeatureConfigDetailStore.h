@@ -6,7 +6,6 @@
 namespace AppGroupSDK {
 
 using FeatureConfigDetailFetchResult = DataStoreResult<FeatureConfigDetail>;
-using FeatureConfigDetailStoreProtocol = ModelStoreProtocol<FeatureConfigDetail>;
 using FeatureConfigDetailStore = ModelStore<FeatureConfigDetail>;
 
 }  // namespace AppGroupSDK

@@ -28,9 +28,10 @@ class FileCoordinator {
 
   // Writing for replacing: the accessor gets the URL of an empty staging file (mode 0600) beside the target
   // and returns whether it has written it. If so, the staging file takes the target's place in one step;
-  // otherwise it goes. A staging file left behind by a killed writer is removed. `failed` without running the
-  // accessor: the target is a symbolic link or no file URL, its directory is missing, or the staging file
-  // cannot be made (a read-only directory, a full disk).
+  // otherwise it goes. What else bears its name goes too: a staging file left behind by a killed writer, or a
+  // directory with all that is in it. `failed` without running the accessor: the target is a symbolic link or
+  // no file URL, its directory is missing, or the staging file cannot be made (a read-only directory, a full
+  // disk).
   virtual Outcome coordinateWritingForReplacing(const URL& target, const WritingAccessor& accessor) const;
 
   // The accessor gets the target's own URL, whether or not there is such a file. It is not called when the

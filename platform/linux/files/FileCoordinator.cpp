@@ -5,9 +5,10 @@
 #include <sys/stat.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/files/FileDescriptor.h"
@@ -26,7 +27,7 @@ using linux_::retryInterrupted;
 using linux_::retryScarce;
 
 // One name serves a whole directory, since writers in it exclude each other. What bears it when a writer
-// starts was left by one that was killed.
+// starts was left by one that was killed, or has no business there: it goes.
 constexpr const char* kStagingName = ".coordinated-write";
 
 struct Target {
@@ -78,7 +79,8 @@ bool isSymbolicLink(const FileDescriptor& directory, const std::string& name) {
 // The file that is about to take the target's place. REQUIRES: the directory's lock, for this object's life.
 class StagingFile {
  public:
-  explicit StagingFile(const FileDescriptor& directory) : directory_(directory) {
+  StagingFile(const FileDescriptor& directory, std::string path)
+      : directory_(directory), path_(std::move(path)) {
     remove();
     const FileDescriptor file = open(O_CREAT | O_EXCL);
     // The creation mask may have taken bits away.
@@ -91,6 +93,7 @@ class StagingFile {
   StagingFile& operator=(const StagingFile&) = delete;
 
   bool made() const { return made_; }
+  const std::string& path() const { return path_; }
 
   bool replace(const std::string& name) {
     // Its bytes must be on the disk before its name is, else a power failure could leave an empty record.
@@ -112,13 +115,14 @@ class StagingFile {
     const FileDescriptor file = open(0);
     return file.valid() && retryInterrupted([&] { return ::fsync(file.get()); }) == 0;
   }
-  // An empty directory of that name goes too.
   void remove() const {
     if (::unlinkat(directory_.get(), kStagingName, 0) == 0 || errno != EISDIR) return;
-    ::unlinkat(directory_.get(), kStagingName, AT_REMOVEDIR);
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
   }
 
   const FileDescriptor& directory_;
+  const std::string path_;
   bool made_ = false;
   bool moved_ = false;
 };
@@ -135,9 +139,9 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(
   if (!lock.held()) return Outcome::calledOff;
 
   if (isSymbolicLink(directory, file->name)) return Outcome::failed;
-  StagingFile staging(directory);
+  StagingFile staging(directory, file->directory + kStagingName);
   if (!staging.made()) return Outcome::failed;
-  if (!accessor(URL::file(file->directory + kStagingName))) return Outcome::failed;
+  if (!accessor(URL::file(staging.path()))) return Outcome::failed;
   return staging.replace(file->name) ? Outcome::replaced : Outcome::failed;
 }
 

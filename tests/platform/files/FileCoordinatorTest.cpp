@@ -114,9 +114,14 @@ TEST_F(FileCoordinatorTest, RemovesWhatAKilledWriterLeft) {
 }
 
 TEST_F(FileCoordinatorTest, ADirectoryInTheWayOfTheStagingFileGoes) {
-  std::filesystem::create_directory(path(".coordinated-write"));
+  const support::TemporaryDirectory elsewhere;
+  elsewhere.write("kept", "x");
+  std::filesystem::create_directories(path(".coordinated-write/inside"));
+  directory_.write(".coordinated-write/inside/file", "x");
+  std::filesystem::create_symlink(elsewhere.path(), path(".coordinated-write/link"));
   EXPECT_EQ(replace("record", "new"), Outcome::replaced);
   EXPECT_EQ(names(), std::vector<std::string>{"record"});
+  EXPECT_TRUE(std::filesystem::exists(elsewhere.path("kept")));
 }
 
 TEST_F(FileCoordinatorTest, FailsWhereNothingCanBeWritten) {

@@ -10,8 +10,8 @@ namespace qx {
 
 namespace {
 
-// The whole file, or more than the limit of one that is larger. Grows as it reads: the buffer lives as long as
-// the push, whose memory counts.
+// The whole file, or more than the limit of one that is larger. Grows as it reads: the buffer lives as long
+// as the push, whose memory counts.
 std::string readUpTo(std::size_t limit, std::istream& file) {
   constexpr std::size_t kPiece = 16'384;
   std::string text;

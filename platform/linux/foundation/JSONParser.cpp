@@ -166,7 +166,7 @@ Result<Value> parseJSON(std::string_view text) {
   const std::size_t used = parser.write_some(false, text.data(), text.size(), failure);
   if (!failure && used < text.size()) failure = error::extra_data;
   if (parser.handler().overLimit()) return Error{"the JSON text needs more than 16 MB"};
-  if (failure) return Error{failure.message()};
+  if (failure) return Error{failure.message() + " at byte " + std::to_string(used + 1)};
   return std::move(parser.handler()).finish();
 }
 

@@ -1,5 +1,5 @@
 # Installs the build to an empty prefix, builds the examples against it as a host would, and lets the installed
-# simulator drive one. Called with -DBUILD_DIR=... -DSOURCE_DIR=... -DWORK_DIR=...
+# simulator drive one. Called with -DBUILD_DIR=... -DSOURCE_DIR=... -DWORK_DIR=... -DWITH_CONTENT=ON|OFF
 
 file(REMOVE_RECURSE "${WORK_DIR}")
 
@@ -13,7 +13,7 @@ endfunction()
 
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/prefix")
 run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}/examples" -B "${WORK_DIR}/examples" -G Ninja
-  "-DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix")
+  "-DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix" "-DQX_BUILD_CONTENT=${WITH_CONTENT}")
 run("${CMAKE_COMMAND}" --build "${WORK_DIR}/examples")
 
 file(WRITE "${WORK_DIR}/push.json" [[{"aps": {"alert": {"title": "Hello"}}}]])

@@ -71,7 +71,8 @@ int runBackend(const SimulatorOptions& simulator, const BackendOptions& options)
     const backend::LoopbackServer server(serverOptions(options, style, output));
     printResult(simulator, whereItListens(server, options.tls));
     announcing.unlock();
-    end.wait();
+    // Where it listens is lost with an output that fails.
+    if (std::cout) end.wait();
   } catch (const std::runtime_error& error) {
     return fail("backend", error.what());
   }

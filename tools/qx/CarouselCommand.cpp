@@ -8,9 +8,10 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <iostream>
 #include <string>
 #include <system_error>
+
+#include "tools/qx/Results.h"
 
 namespace qx {
 
@@ -36,6 +37,7 @@ struct Arguments {
 };
 
 std::string cannotStart(const std::string& program, int error) {
+  if (error == ENOENT) return "the carousel is not in this build: there is no " + program;
   return "cannot start " + program + ": " + std::strerror(error);
 }
 
@@ -45,8 +47,7 @@ int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& option
   const std::string program = drawingProgram();
   Arguments arguments(simulator, options);
   execv(program.c_str(), arguments.pointers.data());
-  std::cerr << "qx carousel: " << cannotStart(program, errno) << '\n';
-  return 1;
+  return fail("carousel", cannotStart(program, errno));
 }
 
 std::optional<platform::Error> drawCarousel(const SimulatorOptions& simulator,

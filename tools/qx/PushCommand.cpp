@@ -13,6 +13,7 @@
 #include "tools/qx/ExtensionProcess.h"
 #include "tools/qx/Progress.h"
 #include "tools/qx/PushFiles.h"
+#include "tools/qx/Results.h"
 #include "tools/qx/SimulatedHostService.h"
 #include "tools/qx/StreamLogSink.h"
 
@@ -95,18 +96,12 @@ Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const
 }
 
 int finish(const Result<platform::PushAnswers>& answers) {
-  if (!answers) {
-    std::cerr << "qx push: " << answers.error().message << '\n';
-    return 1;
-  }
-  if (answers->outputFailed) {
-    std::cerr << "qx push: the results cannot be written\n";
-    return 1;
-  }
+  if (!answers) return fail("push", answers.error().message);
+  if (answers->outputFailed) return fail("push", "the results cannot be written");
   if (answers->errors == 0) return 0;
-  std::cerr << "qx push: " << answers->errors << (answers->errors == 1 ? " push was" : " pushes were")
-            << " refused; the answers say which and why\n";
-  return 1;
+  return fail("push", std::to_string(answers->errors) +
+                          (answers->errors == 1 ? " push was" : " pushes were") +
+                          " refused; the answers say which and why");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <system_error>
 #include <utility>
 
 namespace qx {
@@ -47,10 +48,12 @@ std::optional<platform::PushText> PushFiles::open(const std::string& name) {
     lines_ = std::make_unique<platform::PushLineSource>(std::cin, shownName);
     return std::nullopt;
   }
-  file_ = std::ifstream(name, std::ios::binary);
   const auto unreadable = [&](const std::string& reason) {
     return platform::PushText{{}, 1, shownName, platform::Error{name + ": " + reason}};
   };
+  std::error_code ignored;
+  if (std::filesystem::is_directory(name, ignored)) return unreadable(std::strerror(EISDIR));
+  file_ = std::ifstream(name, std::ios::binary);
   if (!file_) return unreadable(std::strerror(errno));
   if (std::filesystem::path(name).extension() == ".ndjson") {
     lines_ = std::make_unique<platform::PushLineSource>(file_, shownName);

@@ -17,4 +17,10 @@ int fail(std::string_view command, std::string_view reason) {
   return 1;
 }
 
+int finish(int exitCode) {
+  if (exitCode != 0 || std::cout.flush()) return exitCode;
+  std::cerr << "qx: the results cannot be written\n";
+  return 1;
+}
+
 }  // namespace qx

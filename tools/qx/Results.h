@@ -14,4 +14,8 @@ void printResult(const SimulatorOptions& simulator, const platform::Value& resul
 // check.
 int fail(std::string_view command, std::string_view reason);
 
+// The exit code of a program that ends with this one; says so, and gives another, when results were lost on
+// their way out.
+int finish(int exitCode);
+
 }  // namespace qx

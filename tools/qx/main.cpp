@@ -1,16 +1,19 @@
 // The simulator's command line: the only file that knows the argument parser.
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <csignal>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <iostream>
-#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 #include "AppGroupSDK/context/ExtensionModuleName.h"
 #include "QXExtensionSDK/runtime/Version.h"
@@ -23,6 +26,7 @@
 #include "tools/qx/DemoCommand.h"
 #include "tools/qx/HostCommands.h"
 #include "tools/qx/PushCommand.h"
+#include "tools/qx/Results.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace {
@@ -74,39 +78,57 @@ CLI::App& addGroup(CLI::App& parent, const std::string& name, const std::string&
   return app;
 }
 
+// One of a few words, each of which the parser then reads by the number behind it.
+template <typename Value>
+CLI::Validator oneOf(const std::vector<std::pair<std::string, Value>>& words) {
+  std::map<std::string, std::string> numbers;
+  std::string list;
+  for (const auto& [word, value] : words) {
+    numbers[word] = std::to_string(static_cast<std::int64_t>(value));
+    list += (list.empty() ? "" : ",") + word;
+  }
+  const auto toNumber = [=](std::string& text) {
+    const auto found = numbers.find(text);
+    if (found == numbers.end()) return text + " is not one of " + list;
+    text = found->second;
+    return std::string();
+  };
+  return {toNumber, "{" + list + "}"};
+}
+
+// A number that passes the test; what is no number does not.
+template <typename Number>
+CLI::Validator number(bool (*isGood)(Number), const std::string& demand) {
+  return {[=](const std::string& text) {
+            Number value{};
+            const char* end = text.data() + text.size();
+            const auto read = std::from_chars(text.data(), end, value);
+            return read.ec == std::errc() && read.ptr == end && isGood(value) ? std::string() : demand;
+          },
+          ""};
+}
+
 void addSimulatorOptions(CLI::App& app, qx::SimulatorOptions& options) {
   using QXExtensionSDK::LogLevel;
   app.add_option("--groups-root", options.groupsRoot, "Directory that holds the app groups' containers")
       ->type_name("DIR");
   app.add_option("--bundle", options.bundle, "Host bundle whose Info.plist is read")
       ->type_name("DIR")
-      ->check(CLI::ExistingDirectory);
+      ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
   app.add_option("--log-level", options.logLevel, "Level that the simulated host asks for")
       ->type_name("LEVEL")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, LogLevel>{{"debug", LogLevel::debug},
-                                                                          {"warn", LogLevel::warn},
-                                                                          {"error", LogLevel::error},
-                                                                          {"fault", LogLevel::fault},
-                                                                          {"none", LogLevel::none}})
-                      .description("{debug,warn,error,fault,none}"));
+      ->transform(oneOf<LogLevel>({{"debug", LogLevel::debug},
+                                   {"warn", LogLevel::warn},
+                                   {"error", LogLevel::error},
+                                   {"fault", LogLevel::fault},
+                                   {"none", LogLevel::none}}));
   app.add_option("--log-format", options.logFormat, "How log lines are written to standard error")
       ->type_name("FORMAT")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, qx::LogFormat>{{"text", qx::LogFormat::text},
-                                                                               {"json", qx::LogFormat::json}})
-                      .description("{text,json}"));
+      ->transform(oneOf<qx::LogFormat>({{"text", qx::LogFormat::text}, {"json", qx::LogFormat::json}}));
   app.add_flag("--pretty", options.pretty, "Indent the results");
 }
 
-// More than nothing and at most a day; what is no number is neither.
-CLI::Validator timeLimit() {
-  return {[](const std::string& text) {
-            double seconds = 0;
-            const double most = platform::ServiceExtensionHost::kLongestTimeLimit.count();
-            const bool good = CLI::detail::lexical_cast(text, seconds) && seconds > 0 && seconds <= most;
-            return good ? std::string() : std::string("must be above 0 and at most a day");
-          },
-          ""};
-}
+constexpr double kDay = platform::ServiceExtensionHost::kLongestTimeLimit.count();
 
 void addPush(CLI::App& app, Invocation& invocation) {
   const auto [push, options] = addSubcommand<qx::PushOptions>(
@@ -117,7 +139,8 @@ void addPush(CLI::App& app, Invocation& invocation) {
   push.add_option("FILE", options.files, "Files with pushes; - or none for standard input")->type_name("");
   push.add_option("--time-limit", options.timeLimitSeconds, "Time limit of the extension, a day at most")
       ->type_name("SECONDS")
-      ->check(timeLimit())
+      ->check(number<double>([](double seconds) { return seconds > 0 && seconds <= kDay; },
+                             "must be above 0 and at most a day"))
       ->capture_default_str();
   push.add_option("--jobs", options.jobs, "Pushes at the same time")
       ->type_name("N")
@@ -125,7 +148,7 @@ void addPush(CLI::App& app, Invocation& invocation) {
       ->capture_default_str();
   auto* program = push.add_option("--extension", options.extension, "A host's own service-extension program")
                       ->type_name("PROGRAM")
-                      ->check(CLI::ExistingFile);
+                      ->check(CLI::Validator(CLI::ExistingFile).description(""));
   auto* changes =
       push.add_option("--hook-changes", options.hookChanges, "userInfo changes that the host's hook reports")
           ->type_name("JSON");
@@ -143,19 +166,6 @@ std::string checkSteps(const std::string& text) {
   return steps ? std::string() : steps.error().message;
 }
 
-// What is no number is in no range.
-CLI::Validator pixelsAPoint() {
-  return {[](const std::string& text) {
-            constexpr double kSmallest = 1;
-            constexpr double kLargest = 8;
-            double scale = 0;
-            const bool good =
-                CLI::detail::lexical_cast(text, scale) && scale >= kSmallest && scale <= kLargest;
-            return good ? std::string() : std::string("must be from 1 to 8");
-          },
-          "FLOAT in [1 - 8]"};
-}
-
 void addCarousel(CLI::App& app, Invocation& invocation) {
   constexpr int kNarrowest = 112;  // the arrows side by side
   constexpr int kWidest = 10'000;
@@ -171,10 +181,11 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
       ->required();
   auto* png = carousel.add_option("--png", options.png, "Draw into this file instead of opening a window")
                   ->type_name("OUT.png");
-  auto* panel = carousel.add_option("--panel", options.panel, "Draw this panel, counted from 0")
-                    ->type_name("N")
-                    ->check(CLI::Range(0, std::numeric_limits<int>::max(), ""))
-                    ->needs(png);
+  auto* panel =
+      carousel.add_option("--panel", options.panel, "Draw this panel, counted from 0")
+          ->type_name("N")
+          ->check(number<int>([](int index) { return index >= 0; }, "must be a whole number of at least 0"))
+          ->needs(png);
   carousel.add_flag("--all", options.all, "Draw every panel: OUT-0.png, OUT-1.png, ...")
       ->needs(png)
       ->excludes(panel);
@@ -184,7 +195,7 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
       ->capture_default_str();
   carousel.add_option("--scale", options.scale, "Pixels a point [2 for a drawing]")
       ->type_name("F")
-      ->check(pixelsAPoint());
+      ->check(number<double>([](double scale) { return scale >= 1 && scale <= 8; }, "must be from 1 to 8"));
   carousel.add_flag("--dark", options.dark, "Dark appearance");
   carousel.add_flag("--rtl", options.rtl, "Read from right to left");
   carousel.add_option("--do", options.steps, "Steps in order: next, back, tick, tap, refresh:FILE, wait:MS")
@@ -198,18 +209,12 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
   });
 }
 
-// The parser reads an enumeration by its number.
 CLI::Validator moduleNames() {
-  const auto toNumber = [](std::string& text) -> std::string {
-    for (const auto module : rawValues(platform::RawValuesOf<ExtensionModuleName>())) {
-      const std::string number = std::to_string(platform::rawValue(module));
-      if (text != stringValue(module) && text != number) continue;
-      text = number;
-      return {};
-    }
-    return text + " is neither quorixEngagement nor mobileAppMessaging";
-  };
-  return {toNumber, "{quorixEngagement,mobileAppMessaging}"};
+  std::vector<std::pair<std::string, ExtensionModuleName>> names;
+  for (const auto module : rawValues(platform::RawValuesOf<ExtensionModuleName>())) {
+    names.emplace_back(stringValue(module), module);
+  }
+  return oneOf(names);
 }
 
 template <typename Value>
@@ -252,8 +257,7 @@ void addHostReceipts(CLI::App& host, Invocation& invocation) {
       host, "receipts", "Switch delivery receipts on or off", "Example:\n  qx host receipts on", invocation,
       qx::runHostReceipts);
   addArgument(receipts, "STATE", options.on, "on or off")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, bool>{{"on", true}, {"off", false}})
-                      .description("{on,off}"));
+      ->transform(oneOf<bool>({{"on", true}, {"off", false}}));
   addModuleOption(receipts, options.module);
 }
 
@@ -294,7 +298,8 @@ void addBitSet(CLI::App& command, const std::string& name, std::int64_t& value,
   command.add_option(name, value, description)
       ->required()
       ->type_name("N")
-      ->check(CLI::Range(std::int64_t{0}, std::numeric_limits<std::int64_t>::max(), ""));
+      ->check(number<std::int64_t>([](std::int64_t sum) { return sum >= 0; },
+                                   "must be a whole number of at least 0"));
 }
 
 void addContext(CLI::App& app, Invocation& invocation) {
@@ -321,14 +326,18 @@ void addBackend(CLI::App& app, Invocation& invocation) {
       "Example:\n  qx backend --port 8080 --status 503\n\n"
       "Prints where it listens, then every request; ends on SIGINT or SIGTERM.",
       invocation, qx::runBackend);
-  backend.add_option("--port", options.port, "Port to listen on; 0: a free one")->type_name("P");
+  backend.add_option("--port", options.port, "Port to listen on; 0: a free one")
+      ->type_name("P")
+      ->check(
+          number<int>([](int port) { return port >= 0 && port <= 65535; }, "must be between 0 and 65535"));
   backend.add_option("--status", options.status, "Status of every answer")
       ->type_name("N")
       ->check(CLI::Range(100, 599))
       ->capture_default_str();
   backend.add_option("--delay", options.delaySeconds, "Time before every answer")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.0, 86400.0));
+      ->check(number<double>([](double seconds) { return seconds >= 0 && seconds <= kDay; },
+                             "must be at least 0 and at most a day"));
   backend.add_option("--body", options.body, "Body of every answer")
       ->type_name("TEXT")
       ->capture_default_str();
@@ -336,7 +345,7 @@ void addBackend(CLI::App& app, Invocation& invocation) {
   backend.add_flag("--close", options.close, "Drop every connection without an answer")->excludes(hang);
   backend.add_option("--files", options.files, "Serve DIR under /files/ instead of the built-in panels")
       ->type_name("DIR")
-      ->check(CLI::ExistingDirectory);
+      ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
   backend.add_flag("--tls", options.tls, "Talk TLS, with a throw-away certificate");
 }
 
@@ -344,6 +353,22 @@ void addDemo(CLI::App& app, Invocation& invocation) {
   addSubcommand(app, "demo", "Show everything at once, on data of its own",
                 "Example:\n  qx demo\n\nLeaves what was sent, shown and received in ./qx-demo/.", invocation,
                 qx::runDemo);
+}
+
+// What was not understood is the reason for what is missing.
+std::string explainWrongUsage(const CLI::App* app, const CLI::Error& error) {
+  const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+  const auto unknown = app->remaining(true);
+  return isMissing && !unknown.empty()
+             ? CLI::FailureMessage::simple(app, CLI::ExtrasError(app->get_name(), unknown))
+             : CLI::FailureMessage::simple(app, error);
+}
+
+int run(Invocation& invocation) {
+  auto& simulator = invocation.simulator;
+  if (!simulator.bundle) simulator.bundle = qx::bundleFromEnvironment();
+  qx::applyEnvironment(simulator);
+  return qx::finish(invocation.command());
 }
 
 }  // namespace
@@ -355,6 +380,7 @@ int main(int argc, char** argv) {
                        reinterpret_cast<const char*>(QXExtensionSDK::QXExtensionSDKVersionString));
   app.require_subcommand(1);
   app.fallthrough();
+  app.failure_message(explainWrongUsage);
 
   Invocation invocation;
   addSimulatorOptions(app, invocation.simulator);
@@ -373,8 +399,10 @@ int main(int argc, char** argv) {
   // A reader of our output, or an extension, that goes away is an error to report, not the end.
   std::signal(SIGPIPE, SIG_IGN);
   platform::separateStandardStreams();
-  auto& simulator = invocation.simulator;
-  if (!simulator.bundle) simulator.bundle = qx::bundleFromEnvironment();
-  qx::applyEnvironment(simulator);
-  return invocation.command();
+  try {
+    return run(invocation);
+  } catch (const std::exception& error) {
+    std::cerr << "qx: " << error.what() << '\n';
+    return 1;
+  }
 }

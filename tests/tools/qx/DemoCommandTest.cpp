@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -20,6 +22,7 @@ class DemoCommandTest : public testing::Test {
 };
 
 TEST_F(DemoCommandTest, EveryStepHoldsAndLeavesItsFiles) {
+  if (!std::filesystem::exists(support::programPath("qx-carousel"))) GTEST_SKIP() << "nothing draws";
   const auto result = runProgram("qx", {"demo"});
   EXPECT_EQ(result.exitCode, 0) << result.errors;
   ASSERT_GE(result.lines().size(), 4U);
@@ -32,6 +35,26 @@ TEST_F(DemoCommandTest, EveryStepHoldsAndLeavesItsFiles) {
     EXPECT_GT(std::filesystem::file_size(directory_.path("qx-demo/") + name), 0U) << name;
   }
   EXPECT_EQ(result.errors.find('\033'), std::string::npos);  // no colours outside a terminal
+}
+
+// As in a build that leaves the view toolkit out.
+TEST_F(DemoCommandTest, SaysThatTheCarouselIsNotThereAndDoesTheRest) {
+  const std::string program = directory_.path("qx");
+  std::filesystem::copy_file(support::programPath("qx"), program);
+  directory_.write("Info.plist",
+                   "<plist version=\"1.0\"><dict><key>VT_QUORIX_APP_GROUP_KEY</key>"
+                   "<string>group.demo</string></dict></plist>");
+  const auto demo = runProgram(program, {"demo", "--bundle", directory_.path()});
+  EXPECT_EQ(demo.exitCode, 1);
+  std::vector<std::string> failures;
+  for (const auto& line : demo.lines()) {
+    if (const auto* error = line.find("error")) failures.emplace_back(*error->string());
+  }
+  ASSERT_EQ(failures.size(), 1U) << demo.errors;
+  EXPECT_TRUE(failures.front().starts_with("the carousel is not in this build")) << failures.front();
+  const auto carousel = runProgram(program, {"carousel", "qx-demo/carousel.push.json"});
+  EXPECT_EQ(carousel.exitCode, 1);
+  EXPECT_EQ(carousel.errors, "qx carousel: " + failures.front() + "\n");
 }
 
 TEST_F(DemoCommandTest, AStepThatDoesNotHoldIsAnError) {

@@ -180,9 +180,6 @@ TEST_F(HostCommandTest, FailsHonestly) {
 
   EXPECT_EQ(setDevice({"--module", "quorixEngagement"}).exitCode, 1) << "no application id";
   EXPECT_EQ(statuses(host({"show"}))[0], "AppDeviceInfo noData");
-  EXPECT_EQ(host({"receipts", "maybe"}).exitCode, 2);
-  EXPECT_EQ(host({"pending", "other"}).exitCode, 2);
-  EXPECT_EQ(host({}).exitCode, 2);
 }
 
 TEST(ContextCommandTest, EncodesAndDecodes) {
@@ -201,7 +198,6 @@ TEST(ContextCommandTest, EncodesAndDecodes) {
                 "qx", {"context", "encode", "--source", "1", "--destinations", "1", "--business-unit", "a:b"})
                 .exitCode,
             1);
-  EXPECT_EQ(runProgram("qx", {"context", "encode", "--source", "-1", "--destinations", "1"}).exitCode, 2);
 }
 
 }  // namespace

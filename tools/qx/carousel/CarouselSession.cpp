@@ -18,6 +18,7 @@
 #include "platform/foundation/JSON.h"
 #include "platform/notifications/NotificationJSON.h"
 #include "tools/qx/PushFiles.h"
+#include "tools/qx/Results.h"
 #include "tools/qx/carousel/CarouselReport.h"
 
 namespace qx {
@@ -117,11 +118,7 @@ std::size_t CarouselSession::panelCount() const {
 
 void CarouselSession::report(std::string_view step) {
   const auto* carousel = dynamic_cast<const CarouselViewController*>(extension_->coordinatorVC().get());
-  const auto line = reportCarousel(step, host_, carousel);
-  const auto style =
-      invocation_.simulator.pretty ? platform::JSONStyle::pretty : platform::JSONStyle::compact;
-  const auto text = platform::writeJSON(line, style);
-  std::cout << (text ? *text : line.description()) << std::endl;
+  printResult(invocation_.simulator, reportCarousel(step, host_, carousel));
 }
 
 std::optional<Error> CarouselSession::runScript() {

@@ -11,6 +11,7 @@
 #include "platform/ui/Appearance.h"
 #include "platform/ui/Application.h"
 #include "tools/qx/CarouselOptions.h"
+#include "tools/qx/Results.h"
 #include "tools/qx/StreamLogSink.h"
 #include "tools/qx/carousel/CarouselSession.h"
 
@@ -43,9 +44,7 @@ int run(const qx::CarouselInvocation& invocation) {
   const platform::ScopedLogSink logging(sink);
   const auto refused = runSession(invocation, usesWindow);
   platform::Activity::waitUntilNone(platform::Clock::current().now() + kLongestWaitForWork);
-  if (!refused) return 0;
-  std::cerr << "qx carousel: " << refused->message << '\n';
-  return 1;
+  return qx::finish(refused ? qx::fail("carousel", refused->message) : 0);
 }
 
 }  // namespace

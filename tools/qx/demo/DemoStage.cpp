@@ -6,6 +6,7 @@
 #include <fstream>
 #include <memory>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 #include "AppGroupSDK/AppGroupSDK.h"
@@ -46,6 +47,13 @@ fs::path makeOutputDirectory() {
   fs::create_directories(path, error);
   if (error) throw std::runtime_error("./qx-demo cannot be made: " + error.message());
   return path;
+}
+
+void writeFile(const fs::path& path, std::string_view text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text;
+  file.close();
+  if (!file) throw std::runtime_error(path.string() + " cannot be written");
 }
 
 std::string appIdOf(ExtensionModuleName module) {
@@ -161,13 +169,14 @@ std::optional<Error> DemoStage::drawPanels(const std::string& name) const {
 }
 
 void DemoStage::writeRequests() const {
-  std::ofstream file(directory_ / "requests.ndjson");
-  for (const auto& request : server_.requests()) file << backend::requestLine(request) << '\n';
+  std::string lines;
+  for (const auto& request : server_.requests()) lines += backend::requestLine(request) + "\n";
+  writeFile(directory_ / "requests.ndjson", lines);
 }
 
 void DemoStage::write(const std::string& name, const platform::Value& value) const {
   const auto text = platform::writeJSON(value, platform::JSONStyle::pretty);
-  std::ofstream(directory_ / name) << (text ? *text : value.description()) << '\n';
+  writeFile(directory_ / name, (text ? *text : value.description()) + "\n");
 }
 
 }  // namespace qx

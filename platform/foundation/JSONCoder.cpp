@@ -52,11 +52,6 @@ bool failOutOfRange(DecodingError& error) {
   return false;
 }
 
-bool failUnknownRawValue(DecodingError& error) {
-  error.message = "not a known value of its enumeration";
-  return false;
-}
-
 bool decodeInteger(const Value& value, std::int64_t& out, DecodingError& error) {
   if (const auto integer = value.integer()) {
     out = *integer;

@@ -73,7 +73,22 @@ bool failDecoding(std::string_view expected, const Value& found, DecodingError& 
 bool failMissing(DecodingError& error);
 bool decodeInteger(const Value& value, std::int64_t& out, DecodingError& error);
 bool failOutOfRange(DecodingError& error);
-bool failUnknownRawValue(DecodingError& error);
+
+// "not one of S, M, L"; always false.
+template <RawRepresentable T>
+[[gnu::noinline, gnu::cold]] bool failUnknownRawValue(DecodingError& error) {
+  error.message = "not one of";
+  std::string_view separator = " ";
+  for (const auto& known : rawValues(RawValuesOf<T>())) {
+    error.message += std::exchange(separator, ", ");
+    if constexpr (kHasTextRawValues<T>) {
+      error.message += known.second;
+    } else {
+      error.message += std::to_string(rawValue(known));
+    }
+  }
+  return false;
+}
 
 template <typename Member>
 inline constexpr bool kIsOptional = false;
@@ -142,7 +157,7 @@ struct JSONCoder<T> {
     Raw raw{};
     if (!JSONCoder<Raw>::decode(value, raw, error)) return false;
     const std::optional<T> known = fromRawValue<T>(raw);
-    if (!known) return detail::failUnknownRawValue(error);
+    if (!known) return detail::failUnknownRawValue<T>(error);
     out = *known;
     return true;
   }

@@ -63,4 +63,8 @@ Result<UNNotificationAttachment> UNNotificationAttachment::make(std::string iden
   return UNNotificationAttachment(std::move(identifier), file);
 }
 
+bool UNNotificationAttachment::showsTypeOf(std::string_view fileName) {
+  return mediaKindOf(fileName) != nullptr;
+}
+
 }  // namespace platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/foundation/Result.h"
 #include "platform/foundation/URL.h"
@@ -13,6 +14,9 @@ class UNNotificationAttachment {
   // Fails, saying why, unless `file` is a file URL of an existing, non-empty file of a type that the platform
   // shows, told by its extension, and within that type's size (image 10 MB, audio 5 MB, video 50 MB).
   static Result<UNNotificationAttachment> make(std::string identifier, const URL& file);
+
+  // Whether the file name's extension is that of a type that the platform shows, in either letter case.
+  static bool showsTypeOf(std::string_view fileName);
 
   const std::string& identifier() const { return identifier_; }
   const URL& url() const { return url_; }

@@ -19,6 +19,7 @@
 #include "QXExtensionSDK/runtime/Version.h"
 #include "platform/notifications/PushLines.h"
 #include "platform/notifications/ServiceExtensionHost.h"
+#include "tools/qx/AuthoringCommands.h"
 #include "tools/qx/BackendCommand.h"
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/CarouselSteps.h"
@@ -293,6 +294,25 @@ void addHost(CLI::App& app, Invocation& invocation) {
                   qx::runHostLastClick);
 }
 
+// Commands whose only argument is a file with pushes.
+void addAuthoring(CLI::App& app, Invocation& invocation) {
+  const auto add = [&](const std::string& name, const std::string& description, const std::string& footer,
+                       int (*run)(const qx::SimulatorOptions&, const std::string&)) {
+    const auto [command, file] = addSubcommand<std::string>(app, name, description, footer, invocation, run);
+    addArgument(command, "FILE", file, "File with one push; - and .ndjson files hold one a line");
+  };
+  add("check", "Say what a device would refuse, ignore or replace in a push",
+      "Example:\n  qx check push.json\n\n"
+      "An error loses the carousel, a warning something less. The places of a compressed carousel begin "
+      "with\n"
+      "/_rf too, where a device finds it. With several pushes each finding has its line.",
+      qx::runCheck);
+  add("pack", "Compress a push's carousel: \"_rf\" becomes \"$_rf\"",
+      "Example:\n  qx pack push.json > packed.json\n\nSays the push's size before and after.", qx::runPack);
+  add("unpack", "Inflate a push's carousel: \"$_rf\" becomes \"_rf\"",
+      "Examples:\n  qx unpack packed.json --pretty\n  qx pack push.json | qx unpack -", qx::runUnpack);
+}
+
 void addBitSet(CLI::App& command, const std::string& name, std::int64_t& value,
                const std::string& description) {
   command.add_option(name, value, description)
@@ -386,6 +406,7 @@ int main(int argc, char** argv) {
   addSimulatorOptions(app, invocation.simulator);
   addPush(app, invocation);
   addCarousel(app, invocation);
+  addAuthoring(app, invocation);
   addHost(app, invocation);
   addBackend(app, invocation);
   addContext(app, invocation);

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <boost/json/basic_parser_impl.hpp>
 #include <charconv>
@@ -158,6 +159,16 @@ boost::json::parse_options strictOptions() {
   return options;
 }
 
+// "line 3, column 14", counted in characters; the column alone in a text of one line.
+std::string describePosition(std::string_view text, std::size_t position) {
+  const std::string_view before = text.substr(0, position);
+  const std::string_view line = before.substr(before.rfind('\n') + 1);
+  const auto isLead = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
+  std::string column = "column " + std::to_string(std::ranges::count_if(line, isLead) + 1);
+  if (text.find('\n') == std::string_view::npos) return column;
+  return "line " + std::to_string(std::ranges::count(before, '\n') + 1) + ", " + column;
+}
+
 }  // namespace
 
 Result<Value> parseJSON(std::string_view text) {
@@ -166,7 +177,7 @@ Result<Value> parseJSON(std::string_view text) {
   const std::size_t used = parser.write_some(false, text.data(), text.size(), failure);
   if (!failure && used < text.size()) failure = error::extra_data;
   if (parser.handler().overLimit()) return Error{"the JSON text needs more than 16 MB"};
-  if (failure) return Error{failure.message() + " at byte " + std::to_string(used + 1)};
+  if (failure) return Error{failure.message() + " at " + describePosition(text, used)};
   return std::move(parser.handler()).finish();
 }
 

@@ -142,6 +142,20 @@ TEST(JSONTest, RefusesEverythingElse) {
   EXPECT_FALSE(parseJSON(std::string(1 << 20, '[')));
 }
 
+TEST(JSONTest, SaysWhereATextIsWrong) {
+  const struct {
+    std::string_view text;
+    std::string_view message;
+  } table[] = {
+      {R"({"é": ?})", "syntax error at column 7"},
+      {"[1,\n 2,\n\"\xFF\"]", "syntax error at line 3, column 2"},
+      {"[]\n []", "extra data at line 2, column 2"},
+      {"{\n", "incomplete JSON at line 2, column 1"},
+      {"", "incomplete JSON at column 1"},
+  };
+  for (const auto& [text, message] : table) EXPECT_EQ(parseJSON(text).error().message, message) << text;
+}
+
 TEST(JSONTest, KeepsEveryDoubleToTheLastBit) {
   std::mt19937_64 random(7);
   for (int i = 0; i < 20000; ++i) {

@@ -164,7 +164,7 @@ TEST_F(CarouselCommand, SaysWhatItRefuses) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
       {{path("missing.json")}, "No such file"},
       {{directory_.path()}, "Is a directory"},
-      {{write("broken.json", "{")}, "incomplete JSON at byte 2"},
+      {{write("broken.json", "{")}, "incomplete JSON at column 2"},
       {{write("none.json", "{}")}, "not a push"},
       {{file, "--png", path("a.png"), "--panel", "2"}, "2 panels, counted from 0"},
       {{file, "--png", path("no/such/directory.png")}, "cannot write"},

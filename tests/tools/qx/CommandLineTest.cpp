@@ -16,6 +16,9 @@ using Arguments = std::vector<std::string>;
 TEST(CommandLineTest, EveryHelpHasAnExample) {
   const std::vector<Arguments> subcommands{{"push"},
                                            {"carousel"},
+                                           {"check"},
+                                           {"pack"},
+                                           {"unpack"},
                                            {"host"},
                                            {"host", "init"},
                                            {"host", "set-device"},
@@ -58,7 +61,7 @@ TEST(CommandLineTest, WrongUsageIsExitCodeTwoAndSaysWhatIsWrong) {
       {{"push", "--time-limit", "nan"}, "--time-limit: must be above 0"},
       {{"push", "--time-limit", "86401"}, "--time-limit: must be above 0 and at most a day"},
       {{"push", "--hook-changes", "[1]"}, "not a JSON object"},
-      {{"push", "--hook-changes", "{"}, "incomplete JSON at byte 2"},
+      {{"push", "--hook-changes", "{"}, "incomplete JSON at column 2"},
       {{"push", "--hook-raise", "x", "--hook-hang"}, "excludes"},
       {{"carousel", "--no-such-option"}, "not expected: --no-such-option"},
       {{"carousel"}, "FILE is required"},
@@ -71,6 +74,7 @@ TEST(CommandLineTest, WrongUsageIsExitCodeTwoAndSaysWhatIsWrong) {
       {{"carousel", "f", "--scale", "nan"}, "--scale: must be from 1 to 8"},
       {{"carousel", "f", "--png", "a.png", "--width", "10000", "--scale", "8"}, "--width times --scale"},
       {{"carousel", "f", "--png", "a.png", "--panel", "-1"}, "--panel: must be a whole number"},
+      {{"check"}, "FILE is required"},
       {{"backend", "--port", "65536"}, "--port: must be between 0 and 65535"},
       {{"backend", "--delay", "-1"}, "--delay: must be at least 0"},
       {{"backend", "--hang", "--close"}, "excludes"},
@@ -89,8 +93,9 @@ TEST(CommandLineTest, ResultsThatCannotBeWrittenAreAnError) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.write("push.json", R"({"aps":{}})");
   const std::string script = support::programPath("qx") + " \"$@\" > /dev/full";
-  for (const Arguments& command : {Arguments{"push", file}, Arguments{"host", "show"},
-                                   Arguments{"context", "decode", "x"}, Arguments{"backend"}}) {
+  for (const Arguments& command :
+       {Arguments{"push", file}, Arguments{"check", file}, Arguments{"host", "show"},
+        Arguments{"context", "decode", "x"}, Arguments{"backend"}}) {
     Arguments arguments{"-c", script, "sh"};
     arguments.insert(arguments.end(), command.begin(), command.end());
     const auto full = runProgram("/bin/sh", arguments);

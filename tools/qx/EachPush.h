@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tools/qx/PushDocument.h"
+
+namespace qx {
+
+// Which push is spoken of.
+struct PushPlace {
+  std::string name;                 // for a message: "pushes.ndjson: line 3"
+  std::optional<std::size_t> line;  // when the input holds several pushes; counted from 1
+};
+
+// Hands over every push of a file, as long as standard output takes what comes of them. Says on standard
+// error which are none, and why, and goes on. Returns the exit code: 1 when there was such a one, when
+// `handle` answered false for one, or when there was no push.
+int forEachPush(std::string_view command, const std::string& file,
+                const std::function<bool(const PushDocument& push, const PushPlace& place)>& handle);
+
+}  // namespace qx

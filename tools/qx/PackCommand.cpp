@@ -1,0 +1,52 @@
+#include <iostream>
+
+#include "QXExtensionSDK/payload/PayloadKeys.h"
+#include "tools/qx/AuthoringCommands.h"
+#include "tools/qx/CompressedRichFeatures.h"
+#include "tools/qx/EachPush.h"
+#include "tools/qx/PushSize.h"
+#include "tools/qx/Results.h"
+
+namespace qx {
+
+namespace {
+
+using platform::Dictionary;
+using platform::Error;
+using platform::Result;
+using QXExtensionSDK::kCompressedRichFeaturesKey;
+using QXExtensionSDK::kRichFeaturesKey;
+
+Result<Dictionary> packed(const Dictionary& userInfo) {
+  const platform::Value* richFeatures = userInfo.find(kRichFeaturesKey);
+  if (richFeatures == nullptr) return Error{"no _rf to pack"};
+  if (!richFeatures->isDictionary()) return Error{"_rf is not an object"};
+  if (userInfo.contains(kCompressedRichFeaturesKey)) return Error{"$_rf is there already, beside _rf"};
+  const auto field = compressRichFeatures(*richFeatures->dictionary());
+  if (!field) return Error{"_rf: " + field.error().message};
+  return userInfo.removing(kRichFeaturesKey).setting(kCompressedRichFeaturesKey, *field);
+}
+
+void sayByHowMuch(const std::string& place, std::size_t before, std::size_t after) {
+  std::cerr << "qx pack: " << place << ": " << before << " bytes before, " << after << " after";
+  if (after > kMostPushBytes) std::cerr << "; still over the " << kMostPushBytes << " that a push may have";
+  if (after >= before) std::cerr << "; better left as it was";
+  std::cerr << '\n';
+}
+
+}  // namespace
+
+int runPack(const SimulatorOptions& simulator, const std::string& file) {
+  return forEachPush("pack", file, [&](const PushDocument& push, const PushPlace& place) {
+    const auto userInfo = packed(push.userInfo());
+    if (!userInfo) {
+      fail("pack", place.name + ": " + userInfo.error().message);
+      return false;
+    }
+    printResult(simulator, push.replacingUserInfo(*userInfo));
+    sayByHowMuch(place.name, pushSize(push.userInfo()), pushSize(*userInfo));
+    return true;
+  });
+}
+
+}  // namespace qx

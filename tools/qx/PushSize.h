@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+
+#include "platform/foundation/Value.h"
+
+namespace qx {
+
+// What the push service takes.
+inline constexpr std::size_t kMostPushBytes = 4096;
+
+// The bytes of a push on its way, which carries no white space.
+inline std::size_t pushSize(const platform::Dictionary& userInfo) {
+  return userInfo.description().size();
+}
+
+}  // namespace qx

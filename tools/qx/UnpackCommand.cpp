@@ -1,0 +1,41 @@
+#include "QXExtensionSDK/payload/PayloadKeys.h"
+#include "tools/qx/AuthoringCommands.h"
+#include "tools/qx/CompressedRichFeatures.h"
+#include "tools/qx/EachPush.h"
+#include "tools/qx/Results.h"
+#include "tools/qx/SimulatedLog.h"
+
+namespace qx {
+
+namespace {
+
+using platform::Dictionary;
+using platform::Error;
+using platform::Result;
+using QXExtensionSDK::kCompressedRichFeaturesKey;
+using QXExtensionSDK::kRichFeaturesKey;
+
+Result<Dictionary> unpacked(const Dictionary& userInfo) {
+  const platform::Value* field = userInfo.find(kCompressedRichFeaturesKey);
+  if (field == nullptr) return Error{"no $_rf to unpack"};
+  const auto richFeatures = inflateRichFeatures(*field);
+  if (!richFeatures) return Error{"$_rf: " + richFeatures.error().message};
+  return userInfo.removing(kCompressedRichFeaturesKey).setting(kRichFeaturesKey, *richFeatures);
+}
+
+}  // namespace
+
+int runUnpack(const SimulatorOptions& simulator, const std::string& file) {
+  const SimulatedLog log(simulator);
+  return forEachPush("unpack", file, [&](const PushDocument& push, const PushPlace& place) {
+    const auto userInfo = unpacked(push.userInfo());
+    if (!userInfo) {
+      fail("unpack", place.name + ": " + userInfo.error().message);
+      return false;
+    }
+    printResult(simulator, push.replacingUserInfo(*userInfo));
+    return true;
+  });
+}
+
+}  // namespace qx

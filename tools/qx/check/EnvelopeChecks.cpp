@@ -1,0 +1,83 @@
+#include "tools/qx/check/EnvelopeChecks.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "AppGroupSDK/context/ContextModuleChecker.h"
+#include "AppGroupSDK/context/PNContextUtils.h"
+#include "AppGroupSDK/records/CarouselRichFeatureMetaUtils.h"
+#include "QXExtensionSDK/payload/VTQXUtility.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptDataParser.h"
+#include "tools/qx/PushSize.h"
+#include "tools/qx/check/Places.h"
+
+namespace qx {
+
+namespace {
+
+using AppGroupSDK::ExtensionModuleName;
+using platform::Dictionary;
+using platform::Value;
+
+bool isText(const Value* value) {
+  return value != nullptr && value->string();
+}
+
+// "missing", or what is wrong with it.
+std::string problem(const Value* value) {
+  return value == nullptr ? "missing" : "not text";
+}
+
+bool actsOn(const AppGroupSDK::PNContextInfo& context) {
+  const AppGroupSDK::ContextModuleChecker checker(QXExtensionSDK::Logger::service());
+  const auto modules = rawValues(platform::RawValuesOf<ExtensionModuleName>());
+  return std::ranges::any_of(modules,
+                             [&](const auto module) { return checker.shouldProceed(module, context); });
+}
+
+}  // namespace
+
+void checkSize(const Dictionary& userInfo, Findings& findings) {
+  const std::size_t size = pushSize(userInfo);
+  if (size <= kMostPushBytes) return;
+  findings.warn("", std::to_string(size) + " bytes without white space, over the " +
+                        std::to_string(kMostPushBytes) + " that the push service takes");
+}
+
+void checkSender(const Dictionary& userInfo, Findings& findings) {
+  if (QXExtensionSDK::VTQXUtility::isVTQXPush(userInfo)) return;
+  const Value* sender = userInfo.find("_sid");
+  findings.warn("/_sid", (isText(sender) ? "not VTQX" : problem(sender)) +
+                             ": the framework leaves the push as it is, without carousel and receipt");
+}
+
+void checkReceipt(const Dictionary& userInfo, Findings& findings) {
+  const auto receipt = QXExtensionSDK::DeliveryReceiptDataParser().parse(userInfo);
+  for (const std::string_view key : {"_m", "_mt"}) {
+    const Value* value = userInfo.find(key);
+    if (!receipt && !isText(value)) findings.warn(memberPlace("", key), problem(value) + ": no receipt");
+  }
+  if (!receipt) return;
+  if (userInfo.contains("_r") && !receipt->requestId) findings.warn("/_r", "ignored: not text");
+  if (userInfo.contains("_pb") && !receipt->propertyBag) findings.warn("/_pb", "ignored: not an object");
+}
+
+void checkContext(const Dictionary& userInfo, Findings& findings) {
+  const Value* field = userInfo.find("_co");
+  if (field == nullptr) return;
+  const auto context = AppGroupSDK::PNContextUtils::parseContextInfoFromUserInfo(userInfo);
+  if (context.isInavlidOrAbsentContext()) {
+    findings.warn("/_co", std::string(isText(field) ? "says nothing a device can read" : "not text") +
+                              ": the push is for the engagement module");
+  } else if (!actsOn(context)) {
+    findings.warn("/_co", "names no module: neither receipt nor click is recorded");
+  }
+}
+
+void checkClick(const Dictionary& userInfo, Findings& findings) {
+  if (AppGroupSDK::CarouselRichFeatureMetaUtils::getUniqueNotificationIdFrom(userInfo)) return;
+  findings.warn("/_r", "neither _m nor _r names the notification: a tap on a panel does nothing");
+}
+
+}  // namespace qx

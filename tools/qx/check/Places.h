@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/Value.h"
+
+namespace qx {
+
+// Places in a push are JSON pointers that count from the userInfo, such as /_rf/vt/it/0.
+
+inline constexpr std::string_view kRichFeaturesPlace = "/_rf";
+
+std::string memberPlace(std::string_view object, std::string_view key);
+std::string elementPlace(std::string_view array, std::size_t index);
+
+// The array of panels in the rich features, decodable or not; null when there is none.
+const platform::Value* findPanels(const platform::Value& richFeatures);
+std::string panelPlace(std::size_t index);
+
+}  // namespace qx

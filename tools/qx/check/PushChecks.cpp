@@ -1,0 +1,67 @@
+#include "tools/qx/check/PushChecks.h"
+
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "QXExtensionSDK/payload/PayloadKeys.h"
+#include "tools/qx/CompressedRichFeatures.h"
+#include "tools/qx/check/DecodingCheck.h"
+#include "tools/qx/check/EnvelopeChecks.h"
+#include "tools/qx/check/ImageChecks.h"
+#include "tools/qx/check/PanelChecks.h"
+#include "tools/qx/check/RecordChecks.h"
+
+namespace qx {
+
+namespace {
+
+using platform::Dictionary;
+using platform::Value;
+using QXExtensionSDK::kCompressedRichFeaturesKey;
+using QXExtensionSDK::kRichFeaturesKey;
+
+// The service extension blanks the field when it has inflated it.
+bool isLeftOver(const Value& field, const Dictionary& userInfo) {
+  return field.string() == "" && userInfo.contains(kRichFeaturesKey);
+}
+
+// What stands under "_rf" when the content extension looks.
+std::optional<Value> findRichFeatures(const Dictionary& userInfo, Findings& findings) {
+  const Value* plain = userInfo.find(kRichFeaturesKey);
+  const Value* compressed = userInfo.find(kCompressedRichFeaturesKey);
+  if (compressed != nullptr && !isLeftOver(*compressed, userInfo)) {
+    const auto inflated = inflateRichFeatures(*compressed);
+    if (inflated && plain != nullptr) findings.warn("/_rf", "replaced by what $_rf inflates to");
+    if (inflated) return *inflated;
+    findings.error("/$_rf", inflated.error().message);
+  }
+  return plain != nullptr ? std::optional(*plain) : std::nullopt;
+}
+
+void checkRichFeatures(const Value& richFeatures, Findings& findings) {
+  checkDecoding(richFeatures, findings);
+  checkRecords(richFeatures, findings);
+  checkTemplate(richFeatures, findings);
+  checkPanels(richFeatures, findings);
+  checkImages(richFeatures, findings);
+  checkThumbnail(richFeatures, findings);
+}
+
+}  // namespace
+
+std::vector<Finding> checkPush(const PushDocument& push) {
+  const Dictionary& userInfo = push.userInfo();
+  Findings findings(push.userInfoPath());
+  checkSize(userInfo, findings);
+  checkSender(userInfo, findings);
+  checkReceipt(userInfo, findings);
+  checkContext(userInfo, findings);
+  if (const auto richFeatures = findRichFeatures(userInfo, findings)) {
+    checkClick(userInfo, findings);
+    checkRichFeatures(*richFeatures, findings);
+  }
+  return std::move(findings).sorted();
+}
+
+}  // namespace qx

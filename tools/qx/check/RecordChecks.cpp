@@ -1,0 +1,42 @@
+#include "tools/qx/check/RecordChecks.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "QXExtensionSDK/payload/Color.h"
+#include "tools/qx/check/Places.h"
+#include "tools/qx/check/RecordWalk.h"
+
+namespace qx {
+
+namespace {
+
+void checkKeys(const RecordInPlace& record, Findings& findings) {
+  for (const auto& [key, value] : record.object) {
+    if (std::ranges::find(record.keys, key) == record.keys.end()) {
+      findings.warn(memberPlace(record.place, key), "ignored: no key that is read here");
+    }
+  }
+}
+
+void checkColors(const RecordInPlace& record, Findings& findings) {
+  for (const std::string_view key : record.keys) {
+    if (key != "bgc" && key != "fc") continue;
+    const platform::Value* value = record.object.find(key);
+    const auto text = value != nullptr ? value->string() : std::nullopt;
+    if (!text || QXExtensionSDK::parseColor(*text, QXExtensionSDK::Logger::content())) continue;
+    findings.warn(memberPlace(record.place, key),
+                  "no colour, replaced by the default: six hexadecimal digits, RRGGBB, are one");
+  }
+}
+
+}  // namespace
+
+void checkRecords(const platform::Value& richFeatures, Findings& findings) {
+  walkRecords(richFeatures, kRichFeaturesPlace, [&](const RecordInPlace& record) {
+    checkKeys(record, findings);
+    checkColors(record, findings);
+  });
+}
+
+}  // namespace qx

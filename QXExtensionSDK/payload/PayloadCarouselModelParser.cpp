@@ -30,8 +30,8 @@ std::optional<CarouselModel> PayloadCarouselModelParser::parse(
   }
   const auto richFeatures = findRichFeatures(request);
   if (!richFeatures) return refuse("Rich features payload missing while parsing");
-  // A tree that has a JSON text is decoded as it stands: the text would always be UTF-8, and would only have to
-  // be parsed into the same tree.
+  // A tree that has a JSON text is decoded as it stands: the text would always be UTF-8, and would only have
+  // to be parsed into the same tree.
   if (!isConvertible(*richFeatures, logger_, logger_.generalCategory())) {
     return refuse("Payload can't be converted to JSON string");
   }

@@ -34,7 +34,8 @@ class FileCoordinator {
   // disk).
   virtual Outcome coordinateWritingForReplacing(const URL& target, const WritingAccessor& accessor) const;
 
-  // The accessor gets the target's own URL, whether or not there is such a file. It is not called when the
+  // The accessor gets the target's own URL, whether or not there is such a file. A staging file that a killed
+  // writer has left goes first, where the directory may be written. The accessor is not called when the
   // target is a symbolic link or no file URL, its directory is missing, or no lock is granted.
   virtual void coordinateReading(const URL& target, const ReadingAccessor& accessor) const;
 };

@@ -27,7 +27,7 @@ using linux_::retryInterrupted;
 using linux_::retryScarce;
 
 // One name serves a whole directory, since writers in it exclude each other. What bears it when a writer
-// starts was left by one that was killed, or has no business there: it goes.
+// or reader has the lock was left by one that was killed, or has no business there: it goes.
 constexpr const char* kStagingName = ".coordinated-write";
 
 struct Target {
@@ -151,7 +151,10 @@ void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor
   const FileDescriptor directory = openDirectory(file->directory);
   if (!directory.valid()) return;
   const DirectoryLock lock(directory, LOCK_SH);
-  if (lock.held() && !isSymbolicLink(directory, file->name)) accessor(target);
+  if (!lock.held()) return;
+  // Nobody is writing: a staging file is what a killed writer has left.
+  ::unlinkat(directory.get(), kStagingName, 0);
+  if (!isSymbolicLink(directory, file->name)) accessor(target);
 }
 
 }  // namespace platform

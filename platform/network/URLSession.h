@@ -77,6 +77,10 @@ class URLSession {
   std::shared_ptr<URLSessionTask> dataTask(URLRequest request, DataCompletion completion);
   std::shared_ptr<URLSessionTask> downloadTask(URLRequest request, DownloadCompletion completion);
 
+  // Removes a file that a completion has moved elsewhere within the directory of its session, which may be
+  // gone. A file from anywhere else is left alone.
+  static void discardDownload(const URL& file);
+
  private:
   class State;
 

@@ -2,19 +2,18 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <filesystem>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "platform/dispatch/Clock.h"
+#include "platform/network/URLSession.h"
 #include "platform/notifications/NotificationJSON.h"
 
 namespace platform {
 
 namespace {
 
-constexpr auto kGraceAfterExpiry = std::chrono::seconds(1);
+constexpr Clock::Duration kMostBeforeTheEnd = std::chrono::seconds(1);
 // Beyond that many the oldest goes: its processors have long had their time.
 constexpr std::size_t kMostExpiredKept = 64;
 
@@ -31,22 +30,19 @@ struct ServiceExtensionHost::Delivery {
     NotificationProperties properties = delivered.snapshot();
     const std::lock_guard lock(mutex);
     if (content) {
-      removeFilesNotShown(properties.attachments);
+      discardDownloadsNotShown(properties.attachments);
       return;
     }
     content = std::move(properties);
     arrived.notify_all();
   }
 
-  // A thumbnail that comes after the notification has been shown is of no use to anybody.
-  void removeFilesNotShown(const std::vector<UNNotificationAttachment>& attachments) const {
+  // A thumbnail that comes after the notification has been shown is of no use to anybody. The host's own
+  // files are none of our business.
+  void discardDownloadsNotShown(const std::vector<UNNotificationAttachment>& attachments) const {
     for (const UNNotificationAttachment& attachment : attachments) {
       if (std::ranges::find(content->attachments, attachment) != content->attachments.end()) continue;
-      std::error_code ignored;
-      const std::filesystem::path file = attachment.url().filePath();
-      std::filesystem::remove(file, ignored);
-      // The directory goes too when nothing else is in it.
-      std::filesystem::remove(file.parent_path(), ignored);
+      URLSession::discardDownload(attachment.url());
     }
   }
 
@@ -66,7 +62,7 @@ ServiceExtensionResult ServiceExtensionHost::run(
     const std::shared_ptr<const UNNotificationRequest>& request) {
   const Clock& clock = Clock::current();
   const auto start = clock.now();
-  const auto deadline = start + std::chrono::duration_cast<Clock::Duration>(timeLimit_);
+  const auto limit = std::chrono::duration_cast<Clock::Duration>(timeLimit_);
   const auto delivery = std::make_shared<Delivery>();
   const std::shared_ptr<UNNotificationServiceExtension> extension = makeExtension_();
 
@@ -77,10 +73,10 @@ ServiceExtensionResult ServiceExtensionHost::run(
   });
 
   auto outcome = ServiceExtensionResult::Outcome::delivered;
-  if (!delivery->waitUntil(deadline)) {
+  if (!delivery->waitUntil(start + limit - std::min(kMostBeforeTheEnd, limit / 10))) {
     outcome = ServiceExtensionResult::Outcome::expired;
     tellExpired(extension);
-    delivery->waitUntil(deadline + kGraceAfterExpiry);
+    delivery->waitUntil(start + limit);
   }
   const auto elapsed = clock.now() - start;
   const std::lock_guard lock(delivery->mutex);

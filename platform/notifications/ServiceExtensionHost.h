@@ -36,8 +36,9 @@ class ServiceExtensionHost {
   // REQUIRES: 0 < timeLimit <= kLongestTimeLimit
   ServiceExtensionHost(ServiceExtensionFactory makeExtension, std::chrono::duration<double> timeLimit);
 
-  // Blocks until the content handler is first called. At the time limit the extension is told; when it has
-  // still handed nothing over a second later, the notification is shown as it came.
+  // Blocks until the content handler is first called, at most as long as the time limit. When that is about
+  // to end, by a second or the tenth of a short one, the extension is told; when it has handed nothing over
+  // at its end either, the notification is shown as it came.
   ServiceExtensionResult run(const std::shared_ptr<const UNNotificationRequest>& request);
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <mutex>
 #include <string>
 
@@ -16,6 +17,10 @@ class SessionDirectory {
 
   // The descriptor of a new file of mode 0600, whose path is put into `path`; -1, with errno, on failure.
   int createFile(std::string& path);
+
+  // Removes a file that lies in any such directory of this process, also one whose object is gone, and the
+  // directory when it is then empty. Other files are left alone.
+  static void discard(const std::filesystem::path& file);
 
  private:
   std::mutex mutex_;

@@ -127,4 +127,8 @@ std::shared_ptr<URLSessionTask> URLSession::downloadTask(URLRequest request, Dow
                                 std::move(deliver));
 }
 
+void URLSession::discardDownload(const URL& file) {
+  network::SessionDirectory::discard(file.filePath());
+}
+
 }  // namespace platform

@@ -5,22 +5,26 @@
 #include <cctype>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <string_view>
 #include <system_error>
+
+#include "platform/ui/ImageBytes.h"
 
 namespace platform {
 namespace {
 
 struct MediaKind {
   std::string_view name;
+  bool isImage;
   std::uintmax_t mostMegabytes;
   std::array<std::string_view, 6> extensions;
 };
 
 constexpr std::array kMediaKinds{
-    MediaKind{"image", 10, {".jpg", ".jpeg", ".png", ".gif"}},
-    MediaKind{"audio", 5, {".aif", ".aiff", ".wav", ".mp3", ".m4a"}},
-    MediaKind{"video", 50, {".mpg", ".mpeg", ".mp4", ".m4v", ".avi"}},
+    MediaKind{"image", true, 10, {".jpg", ".jpeg", ".png", ".gif"}},
+    MediaKind{"audio", false, 5, {".aif", ".aiff", ".wav", ".mp3", ".m4a"}},
+    MediaKind{"video", false, 50, {".mpg", ".mpeg", ".mp4", ".m4v", ".avi"}},
 };
 
 constexpr std::uintmax_t kBytesPerMegabyte = std::uintmax_t{1024} * 1024;
@@ -36,6 +40,23 @@ const MediaKind* mediaKindOf(const std::filesystem::path& path) {
   return kind == kMediaKinds.end() ? nullptr : kind;
 }
 
+// An error page comes under an image's name as easily as an image does.
+bool beginsAsImage(const std::filesystem::path& path) {
+  std::array<char, 8> start{};
+  std::ifstream file(path, std::ios::binary);
+  file.read(start.data(), start.size());
+  switch (imageFormatOf({start.data(), static_cast<std::size_t>(file.gcount())})) {
+    case ImageFormat::png:
+    case ImageFormat::jpeg:
+    case ImageFormat::gif:
+      return true;
+    case ImageFormat::none:
+    case ImageFormat::webp:
+      return false;
+  }
+  return false;
+}
+
 // Why the file cannot be shown; empty when it can.
 std::string obstacle(const std::filesystem::path& path) {
   std::error_code error;
@@ -48,9 +69,11 @@ std::string obstacle(const std::filesystem::path& path) {
   const std::uintmax_t size = std::filesystem::file_size(path, error);
   if (error) return error.message();
   if (size == 0) return "the file is empty";
-  if (size <= kind->mostMegabytes * kBytesPerMegabyte) return "";
-  return "it is larger than the " + std::to_string(kind->mostMegabytes) + " MB allowed for " +
-         std::string(kind->name);
+  if (size > kind->mostMegabytes * kBytesPerMegabyte) {
+    return "it is larger than the " + std::to_string(kind->mostMegabytes) + " MB allowed for " +
+           std::string(kind->name);
+  }
+  return kind->isImage && !beginsAsImage(path) ? "it is not an image" : "";
 }
 
 }  // namespace

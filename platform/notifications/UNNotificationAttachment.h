@@ -12,7 +12,8 @@ namespace platform {
 class UNNotificationAttachment {
  public:
   // Fails, saying why, unless `file` is a file URL of an existing, non-empty file of a type that the platform
-  // shows, told by its extension, and within that type's size (image 10 MB, audio 5 MB, video 50 MB).
+  // shows, told by its extension, and within that type's size (image 10 MB, audio 5 MB, video 50 MB). An
+  // image must begin as a JPEG, PNG or GIF does, whichever of them its extension says.
   static Result<UNNotificationAttachment> make(std::string identifier, const URL& file);
 
   // Whether the file name's extension is that of a type that the platform shows, in either letter case.

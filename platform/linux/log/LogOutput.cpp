@@ -10,11 +10,11 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <string>
 
 #include "platform/linux/log/JournalStream.h"
+#include "platform/log/StandardError.h"
 
 namespace platform {
 namespace {
@@ -59,18 +59,6 @@ bool sendToJournal(const LogRecord& record) {
   std::array<iovec, 5> pieces{};
   for (std::size_t i = 0; i < fields.size(); ++i) pieces[i] = {fields[i].data(), fields[i].size()};
   return sd_journal_sendv(pieces.data(), static_cast<int>(pieces.size())) >= 0;
-}
-
-// One write, so that lines of several threads and processes do not mix; what the system leaves of it follows.
-void writeToStandardError(std::string_view line) {
-  while (!line.empty()) {
-    const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
-    if (written >= 0) {
-      line.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
-      return;
-    }
-  }
 }
 
 }  // namespace

@@ -107,6 +107,7 @@ TEST_F(ThumbnailTest, WhateverGoesWrongTheNotificationIsDeliveredWithoutIt) {
       {server_.url("/error/a.png"), ""},
       {server_.url("/empty/a.png"), "Attachment creation failure: "},
       {server_.url("/html/page.html"), "Attachment creation failure: "},
+      {server_.url("/html/a.png"), "Attachment creation failure: "},
       {server_.url("/good/no-extension"), "Attachment creation failure: "},
       {server_.url("/huge/a.png"), "Attachment creation failure: "},
       {server_.url("/cut/a.png"), "Attachment media download error: "},
@@ -175,7 +176,7 @@ TEST_F(ThumbnailTest, AFileOfTheSameNameIsReplaced) {
 }
 
 TEST_F(ThumbnailTest, TheThumbnailReplacesTheAttachmentsThatThereWere) {
-  const std::string old = temporary_.write("old.png", "x");
+  const std::string old = temporary_.write("old.png", "GIF89a");
   platform::NotificationProperties properties;
   properties.userInfo = {{"_sid", "VTQX"}, {"_rf", carousel(server_.url("/good/new.png"))}};
   properties.attachments.push_back(

@@ -23,9 +23,9 @@ class UNNotificationAttachmentTest : public testing::Test {
     const auto attachment = UNNotificationAttachment::make("id", URL::file(directory_.path(name)));
     return attachment.ok() ? "" : attachment.error().message;
   }
-  // A file with no blocks behind it, so that the large ones cost nothing.
+  // An image's first bytes and then no blocks, so that the large ones cost nothing.
   void makeFile(const std::string& name, std::uintmax_t size) const {
-    directory_.write(name, "");
+    directory_.write(name, "\xff\xd8\xff");
     std::filesystem::resize_file(directory_.path(name), size);
   }
 
@@ -41,7 +41,7 @@ TEST_F(UNNotificationAttachmentTest, TakesTheTypesThatCanBeShownUpToTheirSize) {
   for (const auto& [extensions, most] : kinds) {
     for (const std::string& extension : extensions) {
       const std::string name = "media." + extension;
-      makeFile(name, 1);
+      makeFile(name, 3);
       EXPECT_EQ(errorFor(name), "");
       makeFile(name, most);
       EXPECT_EQ(errorFor(name), "");
@@ -59,7 +59,10 @@ TEST_F(UNNotificationAttachmentTest, SaysWhyAFileIsRefused) {
   makeFile(".png", 1);
   makeFile("dot.", 1);
   makeFile("long.pngx", 1);
-  makeFile("real.png", 1);
+  makeFile("real.png", 3);
+  makeFile("short.png", 2);
+  directory_.write("page.png", "<html></html>");
+  directory_.write("webp.png", "RIFF....WEBP");
   std::filesystem::create_symlink("real.png", directory_.path("link.png"));
   std::filesystem::create_symlink("nowhere.png", directory_.path("dangling.png"));
   std::filesystem::create_directory(directory_.path("directory.png"));
@@ -68,6 +71,9 @@ TEST_F(UNNotificationAttachmentTest, SaysWhyAFileIsRefused) {
       {"missing.png", "the file does not exist"},
       {"real.png/below.png", "the file does not exist"},
       {"empty.png", "the file is empty"},
+      {"short.png", "it is not an image"},
+      {"page.png", "it is not an image"},
+      {"webp.png", "it is not an image"},
       {"page.html", "its type is not one that can be shown"},
       {"none", "its type is not one that can be shown"},
       {".png", "its type is not one that can be shown"},

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <iostream>
 #include <istream>
 #include <map>
 #include <mutex>
@@ -12,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/JSON.h"
 #include "platform/notifications/NotificationJSON.h"
 
 namespace platform {
@@ -40,11 +38,14 @@ class OrderedAnswers {
     const auto style = answering_.pretty ? JSONStyle::pretty : JSONStyle::compact;
     // Content that a host filled with what JSON lacks is still shown, in words.
     auto text = writeJSON(answer, style);
+    std::string line = text ? *std::move(text) : answer.description();
+    line += '\n';
     const std::lock_guard lock(outputMutex_);
-    waiting_.emplace(position, text ? *std::move(text) : answer.description());
+    waiting_.emplace(position, std::move(line));
     for (auto next = waiting_.begin(); next != waiting_.end() && next->first == written_;
          next = waiting_.erase(next)) {
-      output_ << next->second << '\n';
+      // In one piece, so that what a host prints comes between the lines.
+      output_ << next->second;
       ++written_;
     }
     output_.flush();
@@ -81,7 +82,7 @@ class OrderedAnswers {
 
 Result<Dictionary> answerPush(const PushText& push, const PushAnswering& answering) {
   if (push.unreadable) return *push.unreadable;
-  const auto parsed = parseJSON(push.text);
+  const auto parsed = parseJSON(push.text, answering.limits);
   if (!parsed) return parsed.error();
   const auto request = notificationRequestFromJSON(*parsed);
   if (!request) return request.error();
@@ -95,14 +96,8 @@ Dictionary errorAnswer(const PushText& push, const Error& error) {
 
 }  // namespace
 
-void separateStandardStreams() {
-  std::ios::sync_with_stdio(false);
-  std::cin.tie(nullptr);
-  std::cerr.tie(nullptr);
-}
-
-PushLineSource::PushLineSource(std::istream& input, std::string name)
-    : input_(input), name_(std::move(name)) {}
+PushLineSource::PushLineSource(std::istream& input, std::string name, std::size_t limit)
+    : input_(input), name_(std::move(name)), limit_(limit) {}
 
 std::optional<PushText> PushLineSource::next() {
   while (input_.good()) {
@@ -117,7 +112,9 @@ PushText PushLineSource::readLine() {
   std::string ignored;
   while (takePart(push.unreadable ? ignored : push.text) == Taken::part) {
     ignored.clear();
-    if (push.text.size() > kLongestPush) push.unreadable = Error{"a push of more than 4 MiB"};
+    if (push.text.size() > limit_) {
+      push.unreadable = Error{"a push of more than " + std::to_string(limit_ >> 20) + " MiB"};
+    }
   }
   if (input_.bad()) push.unreadable = Error{"the input cannot be read"};
   return push;

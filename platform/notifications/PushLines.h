@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/foundation/JSON.h"
 #include "platform/foundation/Result.h"
 #include "platform/foundation/Value.h"
 #include "platform/notifications/UNNotificationRequest.h"
@@ -16,6 +17,10 @@ namespace platform {
 
 // A push over the air has 4 KiB; a thousand times that is a mistake.
 inline constexpr std::size_t kLongestPush = std::size_t{4} * 1024 * 1024;
+// Such a push sent on as a full request nests two levels deeper, holds the alert twice and may write its
+// numbers in more digits.
+inline constexpr std::size_t kLongestFullRequest = 4 * kLongestPush;
+inline constexpr JSONLimits kFullRequestLimits{kJSONWritingDepthLimit, 2 * kJSONTreeLimit};
 
 // One push as text, and where it stood.
 struct PushText {
@@ -33,10 +38,10 @@ class PushSource {
   virtual std::optional<PushText> next() = 0;
 };
 
-// One push a line. Blank lines are skipped but counted; one of more than 4 MiB is unreadable.
+// One push a line. Blank lines are skipped but counted; one of more than the limit is unreadable.
 class PushLineSource final : public PushSource {
  public:
-  explicit PushLineSource(std::istream& input, std::string name = {});
+  explicit PushLineSource(std::istream& input, std::string name = {}, std::size_t limit = kLongestPush);
 
   std::optional<PushText> next() override;
 
@@ -48,6 +53,7 @@ class PushLineSource final : public PushSource {
 
   std::istream& input_;
   const std::string name_;
+  const std::size_t limit_;
   std::size_t line_ = 0;
   std::array<char, 16384> buffer_;
 };
@@ -56,16 +62,13 @@ class PushLineSource final : public PushSource {
 // this would wait for each other.
 inline constexpr std::size_t kMostPushesAtOnce = 16;
 
-// Prepares the standard streams for use by several threads: they are fast, and no longer flush one another,
-// which would race with the thread that writes. To be called first thing in main().
-void separateStandardStreams();
-
 // How a batch of pushes is answered.
 struct PushAnswering {
   // Answers one push; called on up to `jobs` threads at once, at most kMostPushesAtOnce. An error takes the
   // answer's place.
   std::function<Result<Dictionary>(const std::shared_ptr<const UNNotificationRequest>&)> answer;
   std::size_t jobs = 1;
+  JSONLimits limits = {};  // of a push's text
   bool pretty = false;
   // Called after each answer with the number of pushes answered so far; one call at a time.
   std::function<void(std::size_t)> progress;

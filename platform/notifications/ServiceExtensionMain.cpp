@@ -11,6 +11,7 @@
 #include "platform/dispatch/Activity.h"
 #include "platform/notifications/PushLines.h"
 #include "platform/notifications/ServiceExtensionHost.h"
+#include "platform/notifications/StandardInput.h"
 
 namespace platform {
 
@@ -57,13 +58,13 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
   }
   // A reader that goes away ends the answers, not the work in flight.
   std::signal(SIGPIPE, SIG_IGN);
-  separateStandardStreams();
   ServiceExtensionHost host(makeExtension, std::chrono::duration<double>(arguments->timeLimitSeconds));
-  PushLineSource source(std::cin);
+  PushLineSource source(standardInput(), {}, kLongestFullRequest);
   const PushAnswers answers = answerPushes(
       source, std::cout,
       {.answer = [&](const auto& request) -> Result<Dictionary> { return host.run(request).toJSON(); },
        .jobs = arguments->jobs,
+       .limits = kFullRequestLimits,
        .progress = nullptr});
   Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
   return answers.errors == 0 && !answers.outputFailed ? 0 : 1;

@@ -3,7 +3,6 @@
 #include <array>
 #include <chrono>
 #include <filesystem>
-#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,7 +12,7 @@
 #include "tools/backend/Panels.h"
 #include "tools/qx/RawDeflate.h"
 #include "tools/qx/Results.h"
-#include "tools/qx/StreamLogSink.h"
+#include "tools/qx/StandardErrorLogSink.h"
 #include "tools/qx/demo/DemoReport.h"
 #include "tools/qx/demo/DemoStage.h"
 
@@ -175,7 +174,7 @@ constexpr std::array kSteps{
 }  // namespace
 
 int runDemo(const SimulatorOptions& simulator) {
-  StreamLogSink sink(std::cerr, simulator.logFormat);
+  StandardErrorLogSink sink(simulator.logFormat);
   const platform::ScopedLogSink logging(sink);
   try {
     DemoStage stage(simulator);

@@ -11,10 +11,10 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <iostream>
 #include <utility>
 
 #include "platform/foundation/JSON.h"
+#include "platform/log/StandardError.h"
 
 namespace qx {
 
@@ -29,6 +29,10 @@ constexpr std::chrono::milliseconds kLook{20};
 // A receipt may take 22 seconds after its push has been shown, and the program is given as much again as
 // the built-in extension.
 constexpr std::chrono::seconds kLongestExit{35};
+constexpr std::size_t kLongestAnswer = std::size_t{64} << 20;
+// The notification lies two levels deep in its answer, and the host may have added to it.
+constexpr platform::JSONLimits kAnswerLimits{platform::kJSONWritingDepthLimit, 4 * kLongestAnswer};
+constexpr int kExitAfterRefusal = 1;
 
 struct Pipe {
   int readEnd = -1;
@@ -71,24 +75,6 @@ int spawn(const std::filesystem::path& program, const std::vector<std::string>& 
   return error;
 }
 
-// What a line answers: nothing unless it is a result with an identifier.
-std::optional<std::pair<std::string, Dictionary>> readAnswer(std::string_view line) {
-  const auto parsed = platform::parseJSON(line);
-  auto answer = parsed ? parsed->dictionary() : std::nullopt;
-  if (!answer || !answer->contains("outcome") || !answer->contains("content")) return std::nullopt;
-  const platform::Value* identifier = answer->find("identifier");
-  const auto text = identifier != nullptr ? identifier->string() : std::nullopt;
-  if (!text) return std::nullopt;
-  return std::pair(std::string(*text), *std::move(answer));
-}
-
-std::optional<Error> judgeExit(int status) {
-  if (WIFSIGNALED(status))
-    return Error{"the extension ended with signal " + std::to_string(WTERMSIG(status))};
-  if (WEXITSTATUS(status) == 0) return std::nullopt;
-  return Error{"the extension ended with exit code " + std::to_string(WEXITSTATUS(status))};
-}
-
 }  // namespace
 
 Result<std::unique_ptr<ExtensionProcess>> ExtensionProcess::start(const std::filesystem::path& program,
@@ -123,27 +109,36 @@ ExtensionProcess::~ExtensionProcess() {
 Result<Dictionary> ExtensionProcess::ask(const Dictionary& request, std::chrono::duration<double> limit) {
   auto text = platform::writeJSON(request, platform::JSONStyle::compact);
   if (!text) return text.error();
-  std::future<Answer> answer;
-  {
-    const std::lock_guard lock(questionsMutex_);
-    if (ended_) return Error{"the extension has ended"};
-    const std::string identifier(request.find("identifier")->string().value_or(""));
-    answer = questions_.emplace_back(Question{identifier, {}}).answer.get_future();
-  }
   const auto deadline =
       std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::nanoseconds>(limit);
-  // A program that is gone fails the question by closing its output.
-  writeLine(*text + "\n", deadline);
-  if (answer.wait_until(deadline) == std::future_status::timeout) {
-    std::cerr << "qx: the extension has not answered within its time and is ended\n";
-    kill(process_, SIGKILL);
-    stopReading_ = true;
+  std::optional<std::future<Answer>> answer;
+  {
+    // One lock for both, so that the questions stand in the order in which the program reads them.
+    const std::lock_guard lock(inputMutex_);
+    answer = enqueue(std::string(request.find("identifier")->string().value_or("")));
+    // A program that is gone fails the question by closing its output.
+    if (answer) writeLine(*text + "\n", deadline);
   }
-  return answer.get();
+  if (!answer) return Error{"the extension has ended"};
+  if (answer->wait_until(deadline) == std::future_status::timeout) {
+    end("has not answered within its time");
+  }
+  return answer->get();
+}
+
+std::optional<std::future<ExtensionProcess::Answer>> ExtensionProcess::enqueue(std::string identifier) {
+  const std::lock_guard lock(questionsMutex_);
+  if (ended_) return std::nullopt;
+  return questions_.emplace_back(Question{std::move(identifier), ++lines_, {}}).answer.get_future();
+}
+
+void ExtensionProcess::end(std::string_view reason) {
+  if (stopReading_.exchange(true)) return;
+  platform::writeToStandardError(std::string("qx push: the extension ").append(reason) + " and is ended\n");
+  kill(process_, SIGKILL);
 }
 
 void ExtensionProcess::writeLine(std::string_view line, std::chrono::steady_clock::time_point deadline) {
-  const std::lock_guard lock(inputMutex_);
   while (!line.empty() && !stopReading_ && std::chrono::steady_clock::now() < deadline) {
     // The pipe does not block, since a program that reads nothing must not hold this up.
     pollfd writable{input_, POLLOUT, 0};
@@ -164,28 +159,52 @@ void ExtensionProcess::readAnswers() {
     const ssize_t count = read(output_, chunk.data(), chunk.size());
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) break;
-    pending.append(chunk, 0, static_cast<std::size_t>(count));
     std::size_t start = 0;
-    for (std::size_t end = pending.find('\n'); end != std::string::npos; end = pending.find('\n', start)) {
-      takeLine(std::string_view(pending).substr(start, end - start));
-      start = end + 1;
+    std::size_t lineEnd = pending.size();
+    pending.append(chunk, 0, static_cast<std::size_t>(count));
+    while ((lineEnd = pending.find('\n', lineEnd)) != std::string::npos) {
+      takeLine(std::string_view(pending).substr(start, lineEnd - start));
+      start = ++lineEnd;
     }
     pending.erase(0, start);
+    if (pending.size() > kLongestAnswer) end("has printed 64 MiB without a line break");
   }
   failAll();
 }
 
 void ExtensionProcess::takeLine(std::string_view line) {
-  if (auto read = readAnswer(line)) {
-    const std::lock_guard lock(questionsMutex_);
-    const auto question = std::ranges::find(questions_, read->first, &Question::identifier);
-    if (question != questions_.end()) {
-      question->answer.set_value(std::move(read->second));
-      questions_.erase(question);
-      return;
-    }
-  }
-  std::cerr << "extension: " + std::string(line) + "\n" << std::flush;
+  const auto parsed = platform::parseJSON(line, kAnswerLimits);
+  const auto reply = parsed ? parsed->dictionary() : std::nullopt;
+  if (reply && (takeResult(*reply) || takeRefusal(*reply))) return;
+  platform::writeToStandardError(std::string("extension: ").append(line) + "\n");
+}
+
+bool ExtensionProcess::takeResult(const Dictionary& reply) {
+  const platform::Value* identifier = reply.find("identifier");
+  if (identifier == nullptr || !reply.contains("outcome") || !reply.contains("content")) return false;
+  return answerFirst([&](const Question& question) { return identifier->string() == question.identifier; },
+                     reply);
+}
+
+bool ExtensionProcess::takeRefusal(const Dictionary& reply) {
+  const platform::Value* line = reply.find("line");
+  const platform::Value* error = reply.find("error");
+  if (line == nullptr || error == nullptr || !error->string()) return false;
+  const bool wasAsked =
+      answerFirst([&](const Question& question) { return line->integer() == question.line; },
+                  Error{std::string(*error->string())});
+  if (wasAsked) hasRefused_ = true;
+  return wasAsked;
+}
+
+template <typename Condition>
+bool ExtensionProcess::answerFirst(const Condition& isMeant, Answer answer) {
+  const std::lock_guard lock(questionsMutex_);
+  const auto question = std::ranges::find_if(questions_, isMeant);
+  if (question == questions_.end()) return false;
+  question->answer.set_value(std::move(answer));
+  questions_.erase(question);
+  return true;
 }
 
 void ExtensionProcess::failAll() {
@@ -202,25 +221,34 @@ std::optional<Error> ExtensionProcess::finish() {
     const std::lock_guard lock(inputMutex_);
     close(std::exchange(input_, -1));
   }
-  auto problem = waitForExit();
+  const bool exited = waitForExit();
+  if (!exited) kill(process_, SIGKILL);
   stopReading_ = true;
   reader_.join();
   close(output_);
-  return problem;
+  int status = 0;
+  waitpid(process_, &status, 0);
+  if (!exited) return Error{"the extension did not exit after its input had ended, and was ended"};
+  return judgeExit(status);
 }
 
-std::optional<Error> ExtensionProcess::waitForExit() {
+bool ExtensionProcess::waitForExit() const {
   const auto deadline = std::chrono::steady_clock::now() + kLongestExit;
-  int status = 0;
-  while (waitpid(process_, &status, WNOHANG) == 0) {
-    if (std::chrono::steady_clock::now() >= deadline) {
-      kill(process_, SIGKILL);
-      waitpid(process_, &status, 0);
-      return Error{"the extension did not exit after its input had ended, and was ended"};
-    }
+  siginfo_t exit{};
+  while (waitid(P_PID, static_cast<id_t>(process_), &exit, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+         exit.si_pid == 0) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
-  return judgeExit(status);
+  return true;
+}
+
+std::optional<Error> ExtensionProcess::judgeExit(int status) const {
+  if (WIFSIGNALED(status))
+    return Error{"the extension ended with signal " + std::to_string(WTERMSIG(status))};
+  const int code = WEXITSTATUS(status);
+  if (code == 0 || (code == kExitAfterRefusal && hasRefused_)) return std::nullopt;
+  return Error{"the extension ended with exit code " + std::to_string(code)};
 }
 
 }  // namespace qx

@@ -3,15 +3,18 @@
 #include <unistd.h>
 
 #include <iomanip>
-#include <iostream>
 #include <sstream>
+#include <string_view>
 #include <utility>
+
+#include "platform/log/StandardError.h"
 
 namespace qx {
 
 namespace {
 
 constexpr auto kQuietFor = std::chrono::seconds(1);
+constexpr std::string_view kWipe = "\r\033[K";
 constexpr auto kRefresh = std::chrono::milliseconds(100);
 
 }  // namespace
@@ -22,7 +25,7 @@ Progress::Progress(std::string unit)
       start_(std::chrono::steady_clock::now()) {}
 
 Progress::~Progress() {
-  if (shown_) std::cerr << "\r\033[K" << std::flush;
+  if (shown_) platform::writeToStandardError(kWipe);
 }
 
 void Progress::show(std::size_t done) {
@@ -30,9 +33,9 @@ void Progress::show(std::size_t done) {
   if (!onTerminal_ || now - start_ < kQuietFor || now - shownLast_ < kRefresh) return;
   const std::chrono::duration<double> elapsed = now - start_;
   std::ostringstream line;
-  line << "\r\033[K" << done << ' ' << unit_ << ", " << std::fixed << std::setprecision(1)
+  line << kWipe << done << ' ' << unit_ << ", " << std::fixed << std::setprecision(1)
        << static_cast<double>(done) / elapsed.count() << " a second";
-  std::cerr << line.str() << std::flush;
+  platform::writeToStandardError(line.str());
   shownLast_ = now;
   shown_ = true;
 }

@@ -15,7 +15,7 @@
 #include "tools/qx/PushFiles.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/SimulatedHostService.h"
-#include "tools/qx/StreamLogSink.h"
+#include "tools/qx/StandardErrorLogSink.h"
 
 namespace qx {
 
@@ -29,6 +29,7 @@ using platform::Result;
 constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
 // What a program is given beyond the time limit, which it keeps itself, before it is ended.
 constexpr auto kGraceForProgram = std::chrono::seconds(5);
+constexpr int kWrongUsage = 2;
 
 using Answer =
     std::function<Result<Dictionary>(const std::shared_ptr<const platform::UNNotificationRequest>&)>;
@@ -46,7 +47,7 @@ platform::PushAnswers answerAll(const SimulatorOptions& simulator, const PushOpt
 
 platform::PushAnswers pushToBuiltIn(const SimulatorOptions& simulator, const PushOptions& options,
                                     const HostBehaviour& host) {
-  StreamLogSink sink(std::cerr, simulator.logFormat);
+  StandardErrorLogSink sink(simulator.logFormat);
   const platform::ScopedLogSink logging(sink);
   platform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
                                            std::chrono::duration<double>(options.timeLimitSeconds));
@@ -109,8 +110,8 @@ int finish(const Result<platform::PushAnswers>& answers) {
 int runPush(const SimulatorOptions& simulator, const PushOptions& options) {
   const auto host = makeHostBehaviour(simulator, options);
   if (!host) {
-    std::cerr << "qx push: " << host.error().message << '\n';
-    return 2;
+    fail("push", host.error().message);
+    return kWrongUsage;
   }
   return finish(options.extension ? pushToProgram(simulator, options)
                                   : pushToBuiltIn(simulator, options, *host));

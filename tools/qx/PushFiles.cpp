@@ -3,9 +3,10 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <iostream>
 #include <system_error>
 #include <utility>
+
+#include "platform/notifications/StandardInput.h"
 
 namespace qx {
 
@@ -45,7 +46,7 @@ std::optional<platform::PushText> PushFiles::next() {
 std::optional<platform::PushText> PushFiles::open(const std::string& name) {
   const std::string shownName = names_.size() > 1 ? name : "";
   if (name == "-") {
-    lines_ = std::make_unique<platform::PushLineSource>(std::cin, shownName);
+    lines_ = std::make_unique<platform::PushLineSource>(platform::standardInput(), shownName);
     return std::nullopt;
   }
   const auto unreadable = [&](const std::string& reason) {

@@ -1,8 +1,10 @@
 #include "tools/qx/Results.h"
 
 #include <iostream>
+#include <string>
 
 #include "platform/foundation/JSON.h"
+#include "platform/log/StandardError.h"
 
 namespace qx {
 
@@ -13,7 +15,7 @@ void printResult(const SimulatorOptions& simulator, const platform::Value& resul
 }
 
 int fail(std::string_view command, std::string_view reason) {
-  std::cerr << "qx " << command << ": " << reason << '\n';
+  platform::writeToStandardError(std::string("qx ").append(command).append(": ").append(reason) + "\n");
   return 1;
 }
 

@@ -1,10 +1,10 @@
-#include "tools/qx/StreamLogSink.h"
+#include "tools/qx/StandardErrorLogSink.h"
 
-#include <ostream>
 #include <string>
 
 #include "platform/foundation/Value.h"
 #include "platform/log/LogOutput.h"
+#include "platform/log/StandardError.h"
 
 namespace qx {
 
@@ -21,10 +21,8 @@ std::string jsonLine(const platform::LogRecord& record) {
 
 }  // namespace
 
-void StreamLogSink::write(const platform::LogRecord& record) {
-  const std::string line = format_ == LogFormat::json ? jsonLine(record) : platform::logLine(record);
-  const std::lock_guard lock(mutex_);
-  stream_ << line << std::flush;
+void StandardErrorLogSink::write(const platform::LogRecord& record) {
+  platform::writeToStandardError(format_ == LogFormat::json ? jsonLine(record) : platform::logLine(record));
 }
 
 }  // namespace qx

@@ -1,23 +1,18 @@
 #pragma once
 
-#include <iosfwd>
-#include <mutex>
-
 #include "platform/log/Log.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace qx {
 
-// Writes log records to a stream, one a line, for people or for programs.
-class StreamLogSink final : public platform::LogSink {
+// Writes log records to standard error, one a line, for people or for programs.
+class StandardErrorLogSink final : public platform::LogSink {
  public:
-  StreamLogSink(std::ostream& stream, LogFormat format) : stream_(stream), format_(format) {}
+  explicit StandardErrorLogSink(LogFormat format) : format_(format) {}
 
   void write(const platform::LogRecord& record) override;
 
  private:
-  std::mutex mutex_;
-  std::ostream& stream_;
   const LogFormat format_;
 };
 

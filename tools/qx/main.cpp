@@ -419,7 +419,6 @@ int main(int argc, char** argv) {
   }
   // A reader of our output, or an extension, that goes away is an error to report, not the end.
   std::signal(SIGPIPE, SIG_IGN);
-  platform::separateStandardStreams();
   try {
     return run(invocation);
   } catch (const std::exception& error) {

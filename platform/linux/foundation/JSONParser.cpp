@@ -26,7 +26,7 @@ class TreeBuilder {
   static constexpr std::size_t max_string_size = static_cast<std::size_t>(-1);
 
   // A parsed tree is about three times the size of its text.
-  explicit TreeBuilder(std::size_t textSize) : arena_(textSize * 3) {
+  TreeBuilder(std::size_t textSize, std::size_t treeLimit) : arena_(textSize * 3), treeLimit_(treeLimit) {
     values_.reserve(kUsualBreadth);
     members_.reserve(kUsualBreadth);
   }
@@ -122,7 +122,7 @@ class TreeBuilder {
     return arena_.size() + values_.capacity() * sizeof(values_[0]) +
            members_.capacity() * sizeof(members_[0]);
   }
-  bool hasRoom(std::size_t size) const { return arena_.fits(size) || used() + size <= kJSONTreeLimit; }
+  bool hasRoom(std::size_t size) const { return arena_.fits(size) || used() + size <= treeLimit_; }
   // A full stack moves to one of twice its size.
   template <typename Element>
   bool canGrow(const std::vector<Element>& stack) const {
@@ -148,14 +148,15 @@ class TreeBuilder {
   std::vector<ValueArena::RawValue> values_;
   std::vector<ValueArena::RawEntry> members_;
   std::string pending_;
-  std::array<bool, kJSONDepthLimit + 1> insideObject_{};
+  const std::size_t treeLimit_;
+  std::array<bool, kJSONWritingDepthLimit + 1> insideObject_{};
   std::size_t depth_ = 0;
   bool overLimit_ = false;
 };
 
-boost::json::parse_options strictOptions() {
+boost::json::parse_options strictOptions(int depth) {
   boost::json::parse_options options;
-  options.max_depth = kJSONDepthLimit;
+  options.max_depth = static_cast<std::size_t>(depth);
   return options;
 }
 
@@ -171,12 +172,14 @@ std::string describePosition(std::string_view text, std::size_t position) {
 
 }  // namespace
 
-Result<Value> parseJSON(std::string_view text) {
-  boost::json::basic_parser<TreeBuilder> parser(strictOptions(), text.size());
+Result<Value> parseJSON(std::string_view text, JSONLimits limits) {
+  boost::json::basic_parser<TreeBuilder> parser(strictOptions(limits.depth), text.size(), limits.treeBytes);
   error_code failure;
   const std::size_t used = parser.write_some(false, text.data(), text.size(), failure);
   if (!failure && used < text.size()) failure = error::extra_data;
-  if (parser.handler().overLimit()) return Error{"the JSON text needs more than 16 MB"};
+  if (parser.handler().overLimit()) {
+    return Error{"the JSON text needs more than " + std::to_string(limits.treeBytes >> 20) + " MB"};
+  }
   if (failure) return Error{failure.message() + " at " + describePosition(text, used)};
   return std::move(parser.handler()).finish();
 }

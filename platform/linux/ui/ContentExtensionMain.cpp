@@ -10,6 +10,7 @@
 
 #include "platform/dispatch/Activity.h"
 #include "platform/notifications/PushLines.h"
+#include "platform/notifications/StandardInput.h"
 #include "platform/ui/Application.h"
 
 namespace platform {
@@ -66,10 +67,9 @@ int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactor
               << " [--width POINTS] [--reuse]  (notifications on standard input, one JSON object a line)\n";
     return 2;
   }
-  separateStandardStreams();
   const auto application = makeApplication(ScreenUse::none);
   std::unique_ptr<ContentExtensionHost> host;
-  PushLineSource source(std::cin);
+  PushLineSource source(standardInput());
   const PushAnswers answers = answerPushes(source, std::cout,
                                            {.answer = [&](const auto& request) -> Result<Dictionary> {
                                               if (host == nullptr || !arguments->reuse)

@@ -23,7 +23,8 @@ class DemoCommandTest : public testing::Test {
 
 TEST_F(DemoCommandTest, EveryStepHoldsAndLeavesItsFiles) {
   if (!std::filesystem::exists(support::programPath("qx-carousel"))) GTEST_SKIP() << "nothing draws";
-  const auto result = runProgram("qx", {"demo"});
+  // With every thread speaking.
+  const auto result = runProgram("qx", {"demo", "--log-level", "debug"});
   EXPECT_EQ(result.exitCode, 0) << result.errors;
   ASSERT_GE(result.lines().size(), 4U);
   for (const auto& line : result.lines()) {

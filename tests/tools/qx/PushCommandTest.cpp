@@ -119,7 +119,7 @@ TEST(PushCommandTest, TheHostsHookDoesAsTold) {
   EXPECT_EQ(hung.exitCode, 0);
   ASSERT_EQ(hung.lines().size(), 1U);
   EXPECT_EQ(outcome(hung.lines()[0]), "expired");
-  EXPECT_GE(*hung.lines()[0].find("elapsedMs")->number(), 300);
+  EXPECT_GE(*hung.lines()[0].find("elapsedMs")->number(), 270);
   EXPECT_EQ(hung.lines()[0].find("content")->find("userInfo")->description(), R"({"a":1})");
 }
 
@@ -157,17 +157,72 @@ TEST(PushCommandTest, AHostsOwnProgramIsDriven) {
   EXPECT_EQ(lines[1].find("line")->integer(), 2);
 }
 
+std::string shellProgram(const support::TemporaryDirectory& directory, const char* name,
+                         const std::string& script) {
+  std::string path = directory.write(name, "#!/bin/sh\n" + script);
+  std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+  return path;
+}
+
+TEST(PushCommandTest, AProgramTakesWhatTheBuiltInExtensionTakes) {
+  const std::string alert(2'300'000, 'x');
+  const std::string input = R"({"aps":{"alert":")" + alert + "\"}}\n" + R"({"aps":{},"deep":)" +
+                            std::string(511, '[') + std::string(511, ']') + "}\n";
+  for (const bool builtIn : {true, false}) {
+    std::vector<std::string> arguments{"-", "--time-limit", "5"};
+    if (!builtIn)
+      arguments.insert(arguments.end(), {"--extension", support::programPath("example-service-extension")});
+    const auto result = push(arguments, input);
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 2);
+    EXPECT_EQ(result.output.find("\"error\""), std::string::npos);
+    EXPECT_NE(result.output.find(alert), std::string::npos);
+  }
+}
+
+TEST(PushCommandTest, WhatAProgramRefusesIsAnsweredInItsPlaceAndTheRestGoOn) {
+  const support::TemporaryDirectory directory;
+  const std::string program =
+      shellProgram(directory, "refuses",
+                   "read -r x; echo '{\"identifier\":\"a\",\"outcome\":\"delivered\",\"content\":{}}'\n"
+                   "read -r x; echo '{\"line\":2,\"error\":\"too odd\"}'\n"
+                   "read -r x; echo '{\"identifier\":\"c\",\"outcome\":\"delivered\",\"content\":{}}'\n"
+                   "exit 1");
+  const auto result = push({"-", "--extension", program},
+                           "\n{\"identifier\":\"a\",\"content\":{}}\n{\"identifier\":\"b\",\"content\":{}}\n"
+                           "{\"identifier\":\"c\",\"content\":{}}\n");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "qx push: 1 push was refused; the answers say which and why\n");
+  const auto lines = result.lines();
+  ASSERT_EQ(lines.size(), 3U);
+  EXPECT_EQ(lines[1].find("error")->string(), "too odd");
+  EXPECT_EQ(lines[1].find("line")->integer(), 3);
+  EXPECT_EQ(lines[2].find("identifier")->string(), "c");
+}
+
+TEST(PushCommandTest, PushesWithOneIdentifierGetTheirOwnAnswers) {
+  std::string input;
+  for (int i = 0; i < 500; ++i)
+    input += R"({"identifier":"same","content":{"title":"n)" + std::to_string(i) + "\"}}\n";
+  const auto lines =
+      push({"-", "--extension", support::programPath("example-service-extension"), "--jobs", "8"}, input)
+          .lines();
+  ASSERT_EQ(lines.size(), 500U);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_EQ(lines[i].find("content")->find("title")->string(), "n" + std::to_string(i));
+  }
+}
+
 TEST(PushCommandTest, AProgramThatMisbehavesIsAnErrorAndNeverAHang) {
   const support::TemporaryDirectory directory;
   const auto program = [&](const char* name, const std::string& script) {
-    std::string path = directory.write(name, "#!/bin/sh\n" + script);
-    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-    return path;
+    return shellProgram(directory, name, script);
   };
   const std::string answer = R"({"identifier":"b","outcome":"delivered","content":{}})";
   const std::string dies = program("dies", "exit 0");
   const std::string crashes = program("crashes", "read x; echo '" + answer + "'; kill -ABRT $$");
   const std::string ignores = program("ignores", "exec sleep 60");
+  const std::string floods = program("floods", "exec cat /dev/zero");
   const std::string chatters =
       program("chatters", "echo starting up; while read x; do echo '" + answer + "'; done");
   const struct {
@@ -177,6 +232,7 @@ TEST(PushCommandTest, AProgramThatMisbehavesIsAnErrorAndNeverAHang) {
   } table[] = {{dies, 1, "refused"},
                {crashes, 0, "signal 6"},
                {ignores, 1, "not answered within its time"},
+               {floods, 1, "64 MiB without a line break"},
                {chatters, 0, "extension: starting up"}};
   for (const auto& row : table) {
     const auto result =

@@ -7,12 +7,11 @@
 #include <optional>
 
 #include "platform/dispatch/Activity.h"
-#include "platform/notifications/PushLines.h"
 #include "platform/ui/Appearance.h"
 #include "platform/ui/Application.h"
 #include "tools/qx/CarouselOptions.h"
 #include "tools/qx/Results.h"
-#include "tools/qx/StreamLogSink.h"
+#include "tools/qx/StandardErrorLogSink.h"
 #include "tools/qx/carousel/CarouselSession.h"
 
 namespace {
@@ -40,7 +39,7 @@ int run(const qx::CarouselInvocation& invocation) {
   if (options.dark) platform::setUserInterfaceStyle(platform::UserInterfaceStyle::dark);
   if (options.rtl) QApplication::setLayoutDirection(Qt::RightToLeft);
 
-  qx::StreamLogSink sink(std::cerr, invocation.simulator.logFormat);
+  qx::StandardErrorLogSink sink(invocation.simulator.logFormat);
   const platform::ScopedLogSink logging(sink);
   const auto refused = runSession(invocation, usesWindow);
   platform::Activity::waitUntilNone(platform::Clock::current().now() + kLongestWaitForWork);
@@ -51,7 +50,6 @@ int run(const qx::CarouselInvocation& invocation) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  platform::separateStandardStreams();
   const auto invocation = qx::decodeInvocation(argc == 2 ? argv[1] : "");
   if (!invocation) {
     std::cerr << "qx-carousel: " << invocation.error().message << '\n';

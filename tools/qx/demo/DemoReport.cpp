@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <iostream>
 
 #include "platform/foundation/Value.h"
+#include "platform/log/StandardError.h"
 #include "tools/qx/Results.h"
 
 namespace qx {
@@ -23,6 +23,10 @@ constexpr std::string_view kFaint = "2";
 constexpr std::string_view kIndent = "    ";
 
 using Row = std::array<std::string, 4>;
+
+std::string indented(std::string_view text) {
+  return std::string(kIndent).append(text);
+}
 
 std::string joined(const MessageIds& ids) {
   if (ids.empty()) return "-";
@@ -81,12 +85,16 @@ void DemoReport::step(std::string_view title, const DemoFinding& finding,
                       std::chrono::duration<double, std::milli> elapsed) {
   const bool held = !finding.failure;
   everythingHeld_ = everythingHeld_ && held;
-  std::cerr << coloured(held ? "✓ " : "✗ ", held ? kGreen : kRed) << title << "  "
-            << coloured(milliseconds(elapsed), kFaint) << '\n';
-  for (const std::string& note : finding.notes) std::cerr << kIndent << note << '\n';
-  if (finding.failure) std::cerr << kIndent << coloured(*finding.failure, kRed) << '\n';
-  if (!finding.receipts.empty()) printReceipts(finding.receipts);
-  std::cerr << '\n';
+  std::vector<std::string> lines{coloured(held ? "✓ " : "✗ ", held ? kGreen : kRed)
+                                     .append(title)
+                                     .append("  ")
+                                     .append(coloured(milliseconds(elapsed), kFaint))};
+  for (const std::string& note : finding.notes) lines.push_back(indented(note));
+  if (finding.failure) lines.push_back(indented(coloured(*finding.failure, kRed)));
+  if (!finding.receipts.empty()) addReceipts(finding.receipts, lines);
+  std::string text;
+  for (const std::string& each : lines) text += each + "\n";
+  platform::writeToStandardError(text + "\n");
   if (!writesJSON_) return;
   Dictionary json{{"step", title}, {"held", held}, {"elapsedMs", elapsed.count()}};
   if (finding.failure) json = json.setting("error", *finding.failure);
@@ -95,9 +103,10 @@ void DemoReport::step(std::string_view title, const DemoFinding& finding,
 }
 
 void DemoReport::end(const std::filesystem::path& directory) {
-  std::cerr << (everythingHeld_ ? coloured("Everything held.", kGreen)
-                                : coloured("Not everything held.", kRed))
-            << " What was sent, shown and received lies in " << directory.string() << "/\n";
+  const std::string verdict =
+      everythingHeld_ ? coloured("Everything held.", kGreen) : coloured("Not everything held.", kRed);
+  platform::writeToStandardError(verdict + " What was sent, shown and received lies in " +
+                                 directory.string() + "/\n");
 }
 
 std::string DemoReport::coloured(std::string_view text, std::string_view code) const {
@@ -105,11 +114,11 @@ std::string DemoReport::coloured(std::string_view text, std::string_view code) c
   return std::string("\033[").append(code).append("m").append(text).append("\033[0m");
 }
 
-void DemoReport::printReceipts(const ReceiptTrails& receipts) const {
+void DemoReport::addReceipts(const ReceiptTrails& receipts, std::vector<std::string>& lines) const {
   const auto table = tableOf(receipts);
   for (const Row& row : table) {
     const bool head = &row == &table.front();
-    std::cerr << kIndent << (head ? coloured(line(row, table), kFaint) : line(row, table)) << '\n';
+    lines.push_back(indented(head ? coloured(line(row, table), kFaint) : line(row, table)));
   }
 }
 

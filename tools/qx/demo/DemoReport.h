@@ -32,7 +32,7 @@ class DemoReport {
 
  private:
   std::string coloured(std::string_view text, std::string_view code) const;
-  void printReceipts(const ReceiptTrails& receipts) const;
+  void addReceipts(const ReceiptTrails& receipts, std::vector<std::string>& lines) const;
 
   const SimulatorOptions& simulator_;
   const bool inColour_;

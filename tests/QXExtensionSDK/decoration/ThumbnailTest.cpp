@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <future>
 #include <string>
+#include <system_error>
 
 #include "QXExtensionSDK/decoration/DefaultMediaDownloader.h"
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
@@ -74,10 +75,12 @@ class ThumbnailTest : public testing::Test {
   // What lies anywhere in the temporary directory.
   std::size_t filesLeft() const {
     std::size_t files = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(temporary_.path())) {
-      files += entry.is_regular_file() ? 1U : 0U;
+    std::error_code error;  // what is being removed at the moment counts as well
+    std::filesystem::recursive_directory_iterator entry(temporary_.path(), error);
+    for (; !error && entry != end(entry); entry.increment(error)) {
+      files += entry->is_regular_file(error) ? 1U : 0U;
     }
-    return files;
+    return error ? files + 1 : files;
   }
 
   support::TemporaryDirectory temporary_;

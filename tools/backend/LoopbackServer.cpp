@@ -14,6 +14,7 @@
 #include <list>
 #include <mutex>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -121,7 +122,7 @@ class LoopbackServer::State {
 
   bool waitForRequests(std::size_t count, std::chrono::steady_clock::time_point deadline) const {
     std::unique_lock lock(mutex_);
-    return changed_.wait_until(lock, deadline, [&] { return requests_.size() >= count; });
+    return changed_.wait_until(lock, deadline, [&] { return requestCount_ >= count; });
   }
 
  private:
@@ -173,7 +174,12 @@ class LoopbackServer::State {
       return connection.ended;
     });
     Connection& connection = connections_.emplace_back(std::move(socket));
-    connection.thread = std::thread([this, &connection] { run(connection); });
+    try {
+      connection.thread = std::thread([this, &connection] { run(connection); });
+    } catch (const std::system_error&) {
+      // No thread to be had: this client finds its connection closed, the next one may have better luck.
+      connections_.pop_back();
+    }
   }
 
   void run(Connection& connection) {
@@ -268,7 +274,8 @@ class LoopbackServer::State {
     const std::lock_guard order(callbackMutex_);
     {
       const std::lock_guard lock(mutex_);
-      requests_.push_back(request);
+      requestCount_ += 1;
+      if (options_.keepsRequests) requests_.push_back(request);
     }
     changed_.notify_all();
     if (options_.onRequest) options_.onRequest(request);
@@ -361,6 +368,7 @@ class LoopbackServer::State {
   mutable std::condition_variable changed_;
   std::list<Connection> connections_;
   std::vector<Request> requests_;
+  std::size_t requestCount_ = 0;
   std::size_t connectionCount_ = 0;
   bool stopping_ = false;
 };

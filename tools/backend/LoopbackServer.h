@@ -32,6 +32,8 @@ struct LoopbackServerOptions {
   // Served under /files/; without one the built-in panels: /files/sunrise.png and so on (see Panels.h).
   std::optional<std::filesystem::path> files = {};
 
+  bool keepsRequests = true;  // for requests(); each one for as long as the server lives
+
   bool tls = false;  // with a certificate made at start
 
   // Answers ahead of everything above; nothing leaves the request to it. Called on the connection's own
@@ -62,7 +64,7 @@ class LoopbackServer {
   // What a client must trust to talk TLS with this server; empty without TLS. Gone with the server.
   std::filesystem::path caFile() const;
 
-  // In the order of arrival.
+  // In the order of arrival; empty when they are not kept.
   std::vector<Request> requests() const;
   // Since the start; a connection counts when it is accepted.
   std::size_t connectionCount() const;

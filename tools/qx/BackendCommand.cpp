@@ -52,6 +52,7 @@ backend::LoopbackServerOptions serverOptions(const BackendOptions& options, plat
           .hang = options.hang,
           .close = options.close,
           .files = options.files,
+          .keepsRequests = false,
           .tls = options.tls,
           .onRequest = [style, &output](const backend::Request& request) {
             const std::lock_guard lock(output);

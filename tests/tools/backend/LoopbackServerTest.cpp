@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
@@ -85,6 +86,45 @@ TEST(LoopbackServerTest, AnswersAsToldAndRemembersWhatItWasAsked) {
   EXPECT_EQ(requests[1].header("HOST"), "x");
   EXPECT_THAT(told, ElementsAre("/a?b=c", "/next"));
   EXPECT_EQ(server.connectionCount(), 1);
+}
+
+TEST(LoopbackServerTest, KeepsNoRequestsUnlessItIsTo) {
+  const LoopbackServer server({.keepsRequests = false});
+  for (int i = 0; i < 2; ++i) EXPECT_THAT(get(server, "/"), EndsWith("{}"));
+  EXPECT_TRUE(server.waitForRequests(2, steady_clock::now() + 10s));
+  EXPECT_TRUE(server.requests().empty());
+}
+
+// A size that no new thread can have.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_getattr_default_np(&usual_);
+    pthread_attr_t tooLarge;
+    pthread_getattr_default_np(&tooLarge);
+    pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 47);
+    pthread_setattr_default_np(&tooLarge);
+    pthread_attr_destroy(&tooLarge);
+  }
+  ~NoThreads() {
+    pthread_setattr_default_np(&usual_);
+    pthread_attr_destroy(&usual_);
+  }
+  NoThreads(const NoThreads&) = delete;
+  NoThreads& operator=(const NoThreads&) = delete;
+
+ private:
+  pthread_attr_t usual_{};
+};
+
+TEST(LoopbackServerTest, AClientForWhomThereIsNoThreadIsDroppedAndTheNextIsServed) {
+  const LoopbackServer server;
+  {
+    const NoThreads noThreads;
+    Client client(server);
+    EXPECT_EQ(client.receiveUntilClosed(), "");
+  }
+  EXPECT_THAT(get(server, "/"), EndsWith("{}"));
 }
 
 TEST(LoopbackServerTest, HandlerScriptsTheAnswer) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/Program.h"
+#include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {
@@ -18,7 +19,12 @@ class DemoCommandTest : public testing::Test {
   void SetUp() override { std::filesystem::current_path(directory_.path()); }
   void TearDown() override { std::filesystem::current_path("/"); }
 
+  // Whether nothing is left where temporary files go.
+  bool leftNothing() const { return std::filesystem::is_empty(temporary_.path()); }
+
   support::TemporaryDirectory directory_;
+  support::TemporaryDirectory temporary_;
+  support::ScopedEnvironment environment_{"TMPDIR", temporary_.path()};
 };
 
 TEST_F(DemoCommandTest, EveryStepHoldsAndLeavesItsFiles) {
@@ -36,6 +42,7 @@ TEST_F(DemoCommandTest, EveryStepHoldsAndLeavesItsFiles) {
     EXPECT_GT(std::filesystem::file_size(directory_.path("qx-demo/") + name), 0U) << name;
   }
   EXPECT_EQ(result.errors.find('\033'), std::string::npos);  // no colours outside a terminal
+  EXPECT_TRUE(leftNothing());
 }
 
 // As in a build that leaves the view toolkit out.
@@ -66,6 +73,21 @@ TEST_F(DemoCommandTest, AStepThatDoesNotHoldIsAnError) {
   std::filesystem::remove_all("qx-demo");
   directory_.write("qx-demo", "in the way");
   EXPECT_EQ(runProgram("qx", {"demo"}).exitCode, 1);
+  EXPECT_TRUE(leftNothing());
+}
+
+TEST_F(DemoCommandTest, WhatCannotBeWrittenIsAnErrorInOneLine) {
+  for (const std::string name : {"carousel.push.json", "requests.ndjson"}) {
+    std::filesystem::remove_all("qx-demo");
+    std::filesystem::create_directory("qx-demo");
+    std::filesystem::create_symlink("/dev/full", "qx-demo/" + name);
+    const auto result = runProgram("qx", {"demo"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(
+        result.errors.ends_with("qx demo: qx-demo/" + name + " cannot be written: No space left on device\n"))
+        << result.errors;
+    EXPECT_TRUE(leftNothing());
+  }
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include "tools/qx/demo/DemoStage.h"
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
@@ -34,13 +36,6 @@ constexpr auto kTimeLimit = std::chrono::seconds(30);
 constexpr std::array kModules{ExtensionModuleName::quorixEngagement, ExtensionModuleName::mobileAppMessaging};
 constexpr double kSecondsADay = 86400;
 
-fs::path makeTemporaryDirectory() {
-  std::string path = (fs::temp_directory_path() / "qx-demo-XXXXXX").string();
-  if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary directory can be made");
-  setenv("QX_APP_GROUPS_ROOT", path.c_str(), 1);
-  return path;
-}
-
 fs::path makeOutputDirectory() {
   fs::path path = "qx-demo";
   std::error_code error;
@@ -53,7 +48,7 @@ void writeFile(const fs::path& path, std::string_view text) {
   std::ofstream file(path, std::ios::binary);
   file << text;
   file.close();
-  if (!file) throw std::runtime_error(path.string() + " cannot be written");
+  if (!file) throw std::runtime_error(path.string() + " cannot be written: " + std::strerror(errno));
 }
 
 std::string appIdOf(ExtensionModuleName module) {
@@ -112,10 +107,22 @@ bool saveHostRecords(const std::string& baseUrl) {
 
 }  // namespace
 
+DemoRoot::DemoRoot() {
+  std::string path = (fs::temp_directory_path() / "qx-demo-XXXXXX").string();
+  if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary directory can be made");
+  path_ = path;
+  setenv("QX_APP_GROUPS_ROOT", path.c_str(), 1);
+  setenv("TMPDIR", path.c_str(), 1);
+}
+
+DemoRoot::~DemoRoot() {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
 DemoStage::DemoStage(const SimulatorOptions& simulator)
     : simulator_(simulator),
       directory_(makeOutputDirectory()),
-      groupsRoot_(makeTemporaryDirectory()),
       server_({.body = R"({"code": 200, "message": "accepted"})"}),
       extension_(
           [level = simulator.logLevel] {
@@ -123,11 +130,6 @@ DemoStage::DemoStage(const SimulatorOptions& simulator)
                 HostBehaviour{.logLevel = level, .changes = {}, .raiseReason = {}, .hang = false});
           },
           kTimeLimit) {}
-
-DemoStage::~DemoStage() {
-  std::error_code ignored;
-  fs::remove_all(groupsRoot_, ignored);
-}
 
 Result<fs::path> DemoStage::setUpHost() const {
   auto container = makeContainer();

@@ -31,13 +31,25 @@ struct DemoPush {
   ReceiptTrails receipts;
 };
 
+// A directory of this process for what goes with the demonstration: the containers, and whatever is put into
+// the system's temporary directory, such as thumbnails.
+class DemoRoot {
+ public:
+  // Throws std::runtime_error when it cannot be made. REQUIRES: no other thread runs.
+  DemoRoot();
+  ~DemoRoot();
+  DemoRoot(const DemoRoot&) = delete;
+  DemoRoot& operator=(const DemoRoot&) = delete;
+
+ private:
+  std::filesystem::path path_;
+};
+
 // Where the demonstration plays: a container and a back end of its own, gone with this object, and the
-// directory for what stays.
+// directory for what stays. What cannot be made or written is a std::runtime_error.
 class DemoStage {
  public:
-  // Throws std::runtime_error when a directory or the back end cannot be made.
   explicit DemoStage(const SimulatorOptions& simulator);
-  ~DemoStage();
   DemoStage(const DemoStage&) = delete;
   DemoStage& operator=(const DemoStage&) = delete;
 
@@ -62,7 +74,7 @@ class DemoStage {
 
   const SimulatorOptions simulator_;
   const std::filesystem::path directory_;
-  const std::filesystem::path groupsRoot_;
+  const DemoRoot root_;
   const backend::LoopbackServer server_;
   platform::ServiceExtensionHost extension_;
 };

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/foundation/JSONCoder.h"
 #include "platform/foundation/UUID.h"
 
 namespace platform {
@@ -19,9 +20,11 @@ std::optional<std::string> textAt(const Value* object, std::string_view key) {
   return text ? std::optional(std::string(*text)) : std::nullopt;
 }
 
-std::optional<std::int64_t> integerAt(const Value* object, std::string_view key) {
-  const Value* value = object != nullptr ? object->find(key) : nullptr;
-  return value != nullptr ? value->integer() : std::nullopt;
+// However it is written: 3 and 3.0 are one number.
+std::optional<std::int64_t> wholeNumber(const Value& value) {
+  std::int64_t number = 0;
+  DecodingError ignored;
+  return JSONCoder<std::int64_t>::decode(value, number, ignored) ? std::optional(number) : std::nullopt;
 }
 
 std::shared_ptr<const UNNotificationRequest> makeRequest(std::string identifier,
@@ -41,7 +44,7 @@ RequestResult requestFromAPNs(const Value& aps, const Value& push) {
     properties.subtitle = textAt(alert, "subtitle").value_or("");
     properties.body = textAt(alert, "body").value_or("");
   }
-  properties.badge = integerAt(&aps, "badge");
+  if (const Value* badge = aps.find("badge")) properties.badge = wholeNumber(*badge);
   properties.sound = textAt(&aps, "sound");
   if (!properties.sound) properties.sound = textAt(aps.find("sound"), "name");
   properties.userInfo = push.dictionary().value_or(Dictionary());
@@ -66,7 +69,7 @@ class ContentReader {
 
   void readBadge(std::optional<std::int64_t>& target) {
     if (const Value* value = present("badge")) {
-      target = value->integer();
+      target = wholeNumber(*value);
       if (!target) fail("badge", "is not an integer");
     }
   }

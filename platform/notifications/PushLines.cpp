@@ -1,6 +1,5 @@
 #include "platform/notifications/PushLines.h"
 
-#include <algorithm>
 #include <condition_variable>
 #include <istream>
 #include <map>
@@ -142,7 +141,7 @@ PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAns
   };
   std::vector<std::thread> helpers;
   try {
-    while (helpers.size() + 1 < std::min(answering.jobs, kMostPushesAtOnce)) helpers.emplace_back(work);
+    while (helpers.size() + 1 < answering.jobs) helpers.emplace_back(work);
   } catch (const std::system_error&) {
     // The threads there are do all the work.
   }

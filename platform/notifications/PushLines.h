@@ -64,10 +64,9 @@ inline constexpr std::size_t kMostPushesAtOnce = 16;
 
 // How a batch of pushes is answered.
 struct PushAnswering {
-  // Answers one push; called on up to `jobs` threads at once, at most kMostPushesAtOnce. An error takes the
-  // answer's place.
+  // Answers one push; called on up to `jobs` threads at once. An error takes the answer's place.
   std::function<Result<Dictionary>(const std::shared_ptr<const UNNotificationRequest>&)> answer;
-  std::size_t jobs = 1;
+  std::size_t jobs = 1;    // at most kMostPushesAtOnce
   JSONLimits limits = {};  // of a push's text
   bool pretty = false;
   // Called after each answer with the number of pushes answered so far; one call at a time.

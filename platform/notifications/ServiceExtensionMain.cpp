@@ -18,7 +18,6 @@ namespace platform {
 namespace {
 
 constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
-constexpr std::size_t kMostJobs = 64;
 
 struct Arguments {
   double timeLimitSeconds = 30;
@@ -39,7 +38,7 @@ std::optional<Arguments> readArguments(int argc, const char* const* argv) {
     if (i + 1 == argc) return std::nullopt;
     const bool known = name == "--time-limit" ? readNumber(argv[i + 1], arguments.timeLimitSeconds,
                                                            ServiceExtensionHost::kLongestTimeLimit.count())
-                       : name == "--jobs"     ? readNumber(argv[i + 1], arguments.jobs, kMostJobs)
+                       : name == "--jobs"     ? readNumber(argv[i + 1], arguments.jobs, kMostPushesAtOnce)
                                               : false;
     if (!known) return std::nullopt;
   }
@@ -53,7 +52,9 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
   if (!arguments) {
     std::cerr
         << "usage: " << (argc > 0 ? argv[0] : "extension")
-        << " [--time-limit SECONDS] [--jobs N]  (notifications on standard input, one JSON object a line)\n";
+        << " [--time-limit SECONDS] [--jobs N]  (notifications on standard input, one JSON object a line;"
+           " a day and "
+        << kMostPushesAtOnce << " at most)\n";
     return 2;
   }
   // A reader that goes away ends the answers, not the work in flight.

@@ -2,12 +2,13 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace qx {
 
-// Shows on a terminal's standard error how far a batch has come, once it has taken over a second; elsewhere
-// nothing. The line is wiped at the end.
+// Shows on a terminal's standard error, as a bar, how far a batch has come, once it has taken over a second;
+// elsewhere nothing. The line is wiped at the end.
 class Progress {
  public:
   explicit Progress(std::string unit);
@@ -15,7 +16,8 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  void show(std::size_t done);
+  // `part`: how much of the whole that is, from 0 to 1; without it the bar only says that there is progress.
+  void show(std::size_t done, std::optional<double> part);
 
  private:
   const std::string unit_;

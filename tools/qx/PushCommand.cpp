@@ -38,11 +38,12 @@ platform::PushAnswers answerAll(const SimulatorOptions& simulator, const PushOpt
                                 const Answer& answer) {
   PushFiles source(options.files);
   Progress progress("pushes");
-  return platform::answerPushes(source, std::cout,
-                                {.answer = answer,
-                                 .jobs = options.jobs,
-                                 .pretty = simulator.pretty,
-                                 .progress = [&](std::size_t answered) { progress.show(answered); }});
+  return platform::answerPushes(
+      source, std::cout,
+      {.answer = answer,
+       .jobs = options.jobs,
+       .pretty = simulator.pretty,
+       .progress = [&](std::size_t answered) { progress.show(answered, source.partOf(answered)); }});
 }
 
 platform::PushAnswers pushToBuiltIn(const SimulatorOptions& simulator, const PushOptions& options,

@@ -1,5 +1,6 @@
 #include "tools/qx/PushFiles.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -26,12 +27,42 @@ std::string readUpTo(std::size_t limit, std::istream& file) {
   return text;
 }
 
+// Of all files together; nothing when one of them is a pipe or the like.
+std::optional<std::uintmax_t> totalSize(const std::vector<std::string>& names) {
+  std::uintmax_t total = 0;
+  for (const std::string& name : names) {
+    const std::filesystem::path path = name == "-" ? "/dev/stdin" : name;
+    std::error_code error;
+    if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
+      return std::nullopt;
+    }
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (!error) total += size;
+  }
+  return total;
+}
+
 }  // namespace
 
 PushFiles::PushFiles(std::vector<std::string> names)
-    : names_(names.empty() ? std::vector<std::string>{"-"} : std::move(names)) {}
+    : names_(names.empty() ? std::vector<std::string>{"-"} : std::move(names)), size_(totalSize(names_)) {}
 
 std::optional<platform::PushText> PushFiles::next() {
+  auto push = nextUncounted();
+  if (push) {
+    sizeTaken_ += push->text.size() + 1;
+    ++taken_;
+  }
+  return push;
+}
+
+std::optional<double> PushFiles::partOf(std::size_t answered) const {
+  if (!size_ || *size_ == 0 || taken_ == 0) return std::nullopt;
+  const double average = static_cast<double>(sizeTaken_) / static_cast<double>(taken_);
+  return std::min(1.0, static_cast<double>(answered) * average / static_cast<double>(*size_));
+}
+
+std::optional<platform::PushText> PushFiles::nextUncounted() {
   for (;;) {
     if (lines_ != nullptr) {
       if (auto push = lines_->next()) return push;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -20,10 +22,18 @@ class PushFiles final : public platform::PushSource {
 
   std::optional<platform::PushText> next() override;
 
+  // What part of the input the first `answered` pushes make up, as their average size has it; nothing when
+  // the size of the whole is not known. Any thread.
+  std::optional<double> partOf(std::size_t answered) const;
+
  private:
+  std::optional<platform::PushText> nextUncounted();
   std::optional<platform::PushText> open(const std::string& name);
 
   const std::vector<std::string> names_;
+  const std::optional<std::uintmax_t> size_;
+  std::atomic<std::uintmax_t> sizeTaken_ = 0;
+  std::atomic<std::size_t> taken_ = 0;
   std::size_t nextName_ = 0;
   std::ifstream file_;
   std::unique_ptr<platform::PushLineSource> lines_;

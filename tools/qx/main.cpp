@@ -135,7 +135,8 @@ void addPush(CLI::App& app, Invocation& invocation) {
   const auto [push, options] = addSubcommand<qx::PushOptions>(
       app, "push", "Send pushes through the service extension",
       "Example:\n  echo '{\"aps\": {\"alert\": \"Hello\"}, \"_sid\": \"VTQX\"}' | qx push -\n\n"
-      "A file is one push; a .ndjson file and standard input hold one a line.",
+      "A file is one push; a .ndjson file and standard input hold one a line.\n"
+      "Thumbnails stay where the results' URLs say, in qx-downloads-* under $TMPDIR.",
       invocation, qx::runPush);
   push.add_option("FILE", options.files, "Files with pushes; - or none for standard input")->type_name("");
   push.add_option("--time-limit", options.timeLimitSeconds, "Time limit of the extension, a day at most")
@@ -143,11 +144,15 @@ void addPush(CLI::App& app, Invocation& invocation) {
       ->check(number<double>([](double seconds) { return seconds > 0 && seconds <= kDay; },
                              "must be above 0 and at most a day"))
       ->capture_default_str();
-  push.add_option("--jobs", options.jobs, "Pushes at the same time")
+  push.add_option("--jobs", options.jobs,
+                  "Pushes at the same time, 16 at most: more would wait for each other's threads")
       ->type_name("N")
-      ->check(CLI::Range(1, 64))
+      ->check(number<std::size_t>(
+          [](std::size_t jobs) { return jobs >= 1 && jobs <= platform::kMostPushesAtOnce; },
+          "must be from 1 to " + std::to_string(platform::kMostPushesAtOnce)))
       ->capture_default_str();
-  auto* program = push.add_option("--extension", options.extension, "A host's own service-extension program")
+  auto* program = push.add_option("--extension", options.extension,
+                                  "A host's own service-extension program, which sets its log level itself")
                       ->type_name("PROGRAM")
                       ->check(CLI::Validator(CLI::ExistingFile).description(""));
   auto* changes =
@@ -157,7 +162,11 @@ void addPush(CLI::App& app, Invocation& invocation) {
                     ->type_name("REASON");
   auto* hang = push.add_flag("--hook-hang", options.hookHang, "The host's hook never completes");
   auto* noThumbnail = push.add_flag("--no-thumbnail", options.noThumbnail, "The host wants no thumbnails");
-  for (auto* hook : {changes, raise, hang, noThumbnail}) program->excludes(hook);
+  auto* logLevel = app.get_option("--log-level");
+  auto* logFormat = app.get_option("--log-format");
+  for (auto* builtInOnly : {changes, raise, hang, noThumbnail, logLevel, logFormat}) {
+    program->excludes(builtInOnly);
+  }
   changes->excludes(raise)->excludes(hang);
   raise->excludes(hang);
 }

@@ -49,6 +49,18 @@ TEST(PushCommandTest, APushOverTheAirComesOutWithItsAlertAndPayload) {
   EXPECT_TRUE(content.find("attachments")->isArray());
 }
 
+TEST(PushCommandTest, ABadgeIsAWholeNumberHoweverItIsWritten) {
+  const auto result =
+      push({"-"},
+           "{\"aps\":{\"badge\":3.0}}\n{\"content\":{\"badge\":3e0}}\n{\"aps\":{\"badge\":3.5}}\n"
+           "{\"content\":{\"badge\":3.5}}\n");
+  const auto lines = result.lines();
+  ASSERT_EQ(lines.size(), 4U);
+  for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(lines[i].find("content")->find("badge")->integer(), 3);
+  EXPECT_EQ(lines[2].find("content")->find("badge"), nullptr);
+  EXPECT_EQ(lines[3].find("error")->string(), "/content/badge is not an integer");
+}
+
 TEST(PushCommandTest, ACompressedCarouselIsInflatedAndGetsItsThumbnail) {
   const backend::LoopbackServer server;
   const std::string features =
@@ -258,9 +270,25 @@ TEST(PushCommandTest, MoreHangingHooksThanThreadsHoldUpNeitherTheOthersNorTheEnd
   std::string input;
   for (int i = 0; i < 100; ++i) input += "{\"aps\":{},\"_sid\":\"VTQX\",\"$_rf\":\"\"}\n";
   const auto start = std::chrono::steady_clock::now();
-  const auto result = push({"-", "--jobs", "64", "--hook-hang", "--time-limit", "0.1"}, input);
+  const auto result = push({"-", "--jobs", "16", "--hook-hang", "--time-limit", "0.1"}, input);
+  EXPECT_EQ(result.exitCode, 0) << result.errors;
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
   EXPECT_EQ(result.lines().size(), 100U);
+}
+
+TEST(PushCommandTest, ABatchThatTakesLongShowsABarOnATerminal) {
+  const support::TemporaryDirectory directory;
+  const std::string pushes = directory.write(
+      "five.ndjson", "{\"aps\":{}}\n{\"aps\":{}}\n{\"aps\":{}}\n{\"aps\":{}}\n{\"aps\":{}}\n");
+  const std::string command = support::programPath("qx") + " push --hook-hang --time-limit 0.4 " + pushes;
+  const auto known = runProgram("/usr/bin/script", {"-qec", command, "/dev/null"});
+  EXPECT_NE(known.output.find("[###################.....] 80 %, 4 pushes"), std::string::npos)
+      << known.output;
+  EXPECT_TRUE(known.output.ends_with("\r\033[K")) << known.output;
+  const auto unknown =
+      runProgram("/usr/bin/script", {"-qec", "cat " + pushes + " | " + command + " -", "/dev/null"});
+  EXPECT_NE(unknown.output.find("###"), std::string::npos) << unknown.output;
+  EXPECT_EQ(unknown.output.find('%'), std::string::npos) << unknown.output;
 }
 
 }  // namespace

@@ -167,6 +167,7 @@ TEST(PushCommandTest, AHostsOwnProgramIsDriven) {
   ASSERT_EQ(lines.size(), 3U);
   EXPECT_NE(lines[0].find("content")->find("userInfo")->find("greeting"), nullptr);
   EXPECT_EQ(lines[1].find("line")->integer(), 2);
+  EXPECT_EQ(runProgram("example-service-extension", {"--jobs", "17"}).exitCode, 2);
 }
 
 std::string shellProgram(const support::TemporaryDirectory& directory, const char* name,

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <iostream>
 
 #include "QXExtensionSDK/runtime/Logger.h"
 #include "tools/qx/SimulatorOptions.h"
-#include "tools/qx/StreamLogSink.h"
+#include "tools/qx/StandardErrorLogSink.h"
 
 namespace qx {
 
@@ -13,13 +12,12 @@ namespace qx {
 // framework's parts without a host that would set the level.
 class SimulatedLog {
  public:
-  explicit SimulatedLog(const SimulatorOptions& options)
-      : sink_(std::cerr, options.logFormat), installed_(sink_) {
+  explicit SimulatedLog(const SimulatorOptions& options) : sink_(options.logFormat), installed_(sink_) {
     QXExtensionSDK::Logger::setGlobalLoglevel(static_cast<std::int64_t>(options.logLevel));
   }
 
  private:
-  StreamLogSink sink_;
+  StandardErrorLogSink sink_;
   const platform::ScopedLogSink installed_;
 };
 

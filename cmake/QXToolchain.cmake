@@ -15,18 +15,21 @@ if(QX_CCACHE)
 endif()
 
 set(QX_SANITIZE_FLAGS "")
+set(QX_SANITIZE_WARNINGS "")
 if(QX_SANITIZE)
   list(JOIN QX_SANITIZE "," QX_SANITIZE_LIST)
   set(QX_SANITIZE_FLAGS -fsanitize=${QX_SANITIZE_LIST} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_compile_options(${QX_SANITIZE_FLAGS})
   add_link_options(${QX_SANITIZE_FLAGS})
+  # With sanitizers GCC takes moved-from functions of the standard library for uninitialised ones.
+  set(QX_SANITIZE_WARNINGS $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
 # Settings of one of our own targets: warnings, and the source root as include directory.
 function(qx_configure target)
   # GCC 12 sees overlapping copies in string concatenation where there are none, hence -Wno-restrict.
   target_compile_options(${target} PRIVATE
-    -Wall -Wextra -Wconversion -Wshadow $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    -Wall -Wextra -Wconversion -Wshadow ${QX_SANITIZE_WARNINGS} $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     $<$<BOOL:${QX_WARNINGS_AS_ERRORS}>:-Werror>)
   get_target_property(type ${target} TYPE)
   if(NOT type STREQUAL "EXECUTABLE")

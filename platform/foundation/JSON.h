@@ -30,8 +30,8 @@ struct JSONLimits {
 };
 
 // Reads one JSON text, strictly by RFC 8259: invalid UTF-8, byte order marks, lone surrogates, text after the
-// end, numbers beyond a double, too deep a nesting and a tree beyond the limit are errors. An integer beyond 64
-// bits becomes a double; of equal keys the last counts. An error says where it was met. Any thread.
+// end, numbers beyond a double, too deep a nesting and a tree beyond the limit are errors. An integer beyond
+// 64 bits becomes a double; of equal keys the last counts. An error says where it was met. Any thread.
 Result<Value> parseJSON(std::string_view text, JSONLimits limits = {});
 
 // Writes a value whose every leaf JSON can hold; a Date, Data, a number that is not finite, text that is not

@@ -45,7 +45,8 @@ struct Walk<T> {
       visit({*object, std::string(place), {field.key...}});
       (overField(*object, place, field, visit), ...);
     };
-    std::apply(visitAll, platform::JSONRecordAccess::fields<T>());
+    constexpr auto kFields = platform::JSONRecordAccess::fields<T>();
+    std::apply(visitAll, kFields);
   }
 
  private:

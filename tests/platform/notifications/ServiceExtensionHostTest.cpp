@@ -93,15 +93,21 @@ TEST(ServiceExtensionHostTest, OfWhatComesTooLateOnlyDownloadsAreRemoved) {
   const auto tooLate = contentTitled(
       "too late", {*UNNotificationAttachment::make("own", URL::file(own.native())),
                    *UNNotificationAttachment::make("thumbnail", URL::file(thumbnail.native()))});
+  support::InstalledManualClock clock;
+  std::promise<void> started;
   ServiceExtensionHost host(
       [&] {
+        started.set_value();
         return std::make_shared<LateExtension>([&](const ContentHandler& handler) {
           handler(contentTitled("in time"));
           handler(tooLate);
         });
       },
-      std::chrono::milliseconds(50));
-  EXPECT_EQ(host.run(request()).content.title, "in time");
+      std::chrono::seconds(30));
+  auto running = std::async(std::launch::async, [&] { return host.run(request()); });
+  started.get_future().wait();
+  clock.advance(std::chrono::seconds(29));
+  EXPECT_EQ(running.get().content.title, "in time");
   EXPECT_TRUE(support::eventually([&] { return !std::filesystem::exists(thumbnail.parent_path()); }));
   EXPECT_TRUE(std::filesystem::exists(own));
 }

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "platform/ui/Appearance.h"
+#include "platform/ui/MainQueue.h"
 
 namespace platform {
 
@@ -33,6 +34,7 @@ std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse) {
   static char* argv[] = {name, nullptr};
   qInstallMessageHandler(printSevere);
   auto application = std::make_unique<QApplication>(argc, argv);
+  beginMainQueue();
   setUserInterfaceStyle(UserInterfaceStyle::light);
   QApplication::setLayoutDirection(QLocale::system().textDirection());
   return application;

@@ -17,8 +17,14 @@ namespace {
 class MainQueue {
  public:
   static MainQueue& shared() {
-    static MainQueue queue;
+    // Never destroyed: threads may still post while the process exits.
+    static MainQueue& queue = *new MainQueue;
     return queue;
+  }
+
+  void begin() {
+    const std::lock_guard lock(mutex_);
+    if (!ended_ && receiver_ == nullptr) makeReceiver();
   }
 
   void post(std::function<void()> work) {
@@ -84,6 +90,10 @@ class MainQueue {
 };
 
 }  // namespace
+
+void beginMainQueue() {
+  MainQueue::shared().begin();
+}
 
 void dispatchMainAsync(std::function<void()> work) {
   MainQueue::shared().post(std::move(work));

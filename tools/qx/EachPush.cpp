@@ -46,4 +46,20 @@ int forEachPush(std::string_view command, const std::string& file,
   return exitCode;
 }
 
+int printEachChanged(const SimulatorOptions& simulator, std::string_view command, const std::string& file,
+                     const std::function<Result<platform::Dictionary>(const platform::Dictionary&)>& change,
+                     const std::function<void(const PushPlace& place, const platform::Dictionary& before,
+                                              const platform::Dictionary& after)>& report) {
+  return forEachPush(command, file, [&](const PushDocument& push, const PushPlace& place) {
+    const auto userInfo = change(push.userInfo());
+    if (!userInfo) {
+      fail(command, place.name + ": " + userInfo.error().message);
+      return false;
+    }
+    printResult(simulator, push.replacingUserInfo(*userInfo));
+    if (report) report(place, push.userInfo(), *userInfo);
+    return true;
+  });
+}
+
 }  // namespace qx

@@ -6,7 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "platform/foundation/Result.h"
+#include "platform/foundation/Value.h"
 #include "tools/qx/PushDocument.h"
+#include "tools/qx/SimulatorOptions.h"
 
 namespace qx {
 
@@ -21,5 +24,13 @@ struct PushPlace {
 // `handle` answered false for one, or when there was no push.
 int forEachPush(std::string_view command, const std::string& file,
                 const std::function<bool(const PushDocument& push, const PushPlace& place)>& handle);
+
+// Prints every push of a file with what `change` makes of its userInfo; the reason of an error goes to
+// standard error in its place. `report` hears of each that was changed. The exit code as above.
+int printEachChanged(
+    const SimulatorOptions& simulator, std::string_view command, const std::string& file,
+    const std::function<platform::Result<platform::Dictionary>(const platform::Dictionary&)>& change,
+    const std::function<void(const PushPlace& place, const platform::Dictionary& before,
+                             const platform::Dictionary& after)>& report = {});
 
 }  // namespace qx

@@ -5,7 +5,6 @@
 #include "tools/qx/CompressedRichFeatures.h"
 #include "tools/qx/EachPush.h"
 #include "tools/qx/PushSize.h"
-#include "tools/qx/Results.h"
 
 namespace qx {
 
@@ -27,8 +26,10 @@ Result<Dictionary> packed(const Dictionary& userInfo) {
   return userInfo.removing(kRichFeaturesKey).setting(kCompressedRichFeaturesKey, *field);
 }
 
-void sayByHowMuch(const std::string& place, std::size_t before, std::size_t after) {
-  std::cerr << "qx pack: " << place << ": " << before << " bytes before, " << after << " after";
+void sayByHowMuch(const PushPlace& place, const Dictionary& plain, const Dictionary& compressed) {
+  const std::size_t before = pushSize(plain);
+  const std::size_t after = pushSize(compressed);
+  std::cerr << "qx pack: " << place.name << ": " << before << " bytes before, " << after << " after";
   if (after > kMostPushBytes) std::cerr << "; still over the " << kMostPushBytes << " that a push may have";
   if (after >= before) std::cerr << "; better left as it was";
   std::cerr << '\n';
@@ -37,16 +38,7 @@ void sayByHowMuch(const std::string& place, std::size_t before, std::size_t afte
 }  // namespace
 
 int runPack(const SimulatorOptions& simulator, const std::string& file) {
-  return forEachPush("pack", file, [&](const PushDocument& push, const PushPlace& place) {
-    const auto userInfo = packed(push.userInfo());
-    if (!userInfo) {
-      fail("pack", place.name + ": " + userInfo.error().message);
-      return false;
-    }
-    printResult(simulator, push.replacingUserInfo(*userInfo));
-    sayByHowMuch(place.name, pushSize(push.userInfo()), pushSize(*userInfo));
-    return true;
-  });
+  return printEachChanged(simulator, "pack", file, packed, sayByHowMuch);
 }
 
 }  // namespace qx

@@ -2,7 +2,6 @@
 #include "tools/qx/AuthoringCommands.h"
 #include "tools/qx/CompressedRichFeatures.h"
 #include "tools/qx/EachPush.h"
-#include "tools/qx/Results.h"
 #include "tools/qx/SimulatedLog.h"
 
 namespace qx {
@@ -27,15 +26,7 @@ Result<Dictionary> unpacked(const Dictionary& userInfo) {
 
 int runUnpack(const SimulatorOptions& simulator, const std::string& file) {
   const SimulatedLog log(simulator);
-  return forEachPush("unpack", file, [&](const PushDocument& push, const PushPlace& place) {
-    const auto userInfo = unpacked(push.userInfo());
-    if (!userInfo) {
-      fail("unpack", place.name + ": " + userInfo.error().message);
-      return false;
-    }
-    printResult(simulator, push.replacingUserInfo(*userInfo));
-    return true;
-  });
+  return printEachChanged(simulator, "unpack", file, unpacked);
 }
 
 }  // namespace qx

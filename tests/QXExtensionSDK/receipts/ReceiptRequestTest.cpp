@@ -30,6 +30,18 @@ std::string bodyText(const Request& request) {
 class ReceiptRequestTest : public testing::Test {
  protected:
   bool push(const Dictionary& userInfo) { return extension_.push(userInfo); }
+  // The one request of a push, whose path and further headers are these.
+  Request sent(const std::string& path,
+               const std::vector<std::pair<std::string, std::string>>& headers) const {
+    const auto requests = server_.requests();
+    EXPECT_EQ(requests.size(), 1U);
+    if (requests.empty()) return {};
+    EXPECT_EQ(requests[0].method + " " + requests[0].path, "POST /base" + path);
+    EXPECT_EQ(requests[0].header("Authorization"), "Bearer access-secret");
+    EXPECT_EQ(requests[0].header("Content-Type"), "application/json");
+    for (const auto& [name, value] : headers) EXPECT_EQ(requests[0].header(name), value) << name;
+    return requests[0];
+  }
 
   const LoopbackServer server_;
   const ReceiptHost host_{server_.url("/base/")};
@@ -40,18 +52,14 @@ class ReceiptRequestTest : public testing::Test {
 TEST_F(ReceiptRequestTest, TheEngagementModulePostsAnalyticEvents) {
   ReceiptHost::put(kQXE, {receipt(1), {"uuid-2", "m2", "", "t", 1e300, std::nullopt, PNStatus::failed}});
   ASSERT_TRUE(push(receiptPush("m1", 1).merging({{"_r", "r1"}, {"_pb", Dictionary{{"k", "v"}}}})));
-  ASSERT_EQ(server_.requests().size(), 1U);
-  const Request sent = server_.requests()[0];
-  EXPECT_EQ(sent.method, "POST");
-  EXPECT_EQ(sent.path, "/base/devicestatistics/v1/analytic");
-  EXPECT_EQ(sent.header("X-Subscriber-Token"), "subscriber-secret");
-  EXPECT_EQ(sent.header("Authorization"), "Bearer access-secret");
-  EXPECT_EQ(sent.header("Content-Type"), "application/json");
   const auto& device = platform::Device::current();
-  EXPECT_EQ(sent.header("User-Agent"), "QuorixSdk/5.2.0 (" + device.systemName + " " + device.systemVersion +
-                                           "; " + platform::Locale::currentIdentifier() + "; Apple/" +
-                                           device.name + ") com.example.host/3.1; QuorixExtensionSdk/1.0.0");
-  EXPECT_EQ(bodyText(sent), canonical(R"({
+  const Request request =
+      sent("/devicestatistics/v1/analytic",
+           {{"X-Subscriber-Token", "subscriber-secret"},
+            {"User-Agent", "QuorixSdk/5.2.0 (" + device.systemName + " " + device.systemVersion + "; " +
+                               platform::Locale::currentIdentifier() + "; Apple/" + device.name +
+                               ") com.example.host/3.1; QuorixExtensionSdk/1.0.0"}});
+  EXPECT_EQ(bodyText(request), canonical(R"({
     "applicationId": "app-1", "deviceId": "device-1",
     "nodes": [{"version": 1, "name": "event", "items": [
       {"eventType": 112, "event": {
@@ -69,26 +77,21 @@ TEST_F(ReceiptRequestTest, TheEngagementModulePostsAnalyticEvents) {
 
 TEST_F(ReceiptRequestTest, TheAppMessagingModulePostsEngagementEvents) {
   ASSERT_TRUE(push(receiptPush("m1", 2)));
-  ASSERT_EQ(server_.requests().size(), 1U);
-  const Request sent = server_.requests()[0];
-  EXPECT_EQ(sent.method, "POST");
-  EXPECT_EQ(sent.path, "/base/platform/messaging/mobileapp/v1/events/engagement");
-  EXPECT_EQ(sent.header("x-vlto-mobile-app-id"), "mam-app-secret");
-  EXPECT_EQ(sent.header("x-vlto-tenant-id"), "tenant-secret");
-  EXPECT_EQ(sent.header("Authorization"), "Bearer access-secret");
-  EXPECT_EQ(sent.header("Content-Type"), "application/json");
-  EXPECT_EQ(sent.header("X-Subscriber-Token"), std::nullopt);
-  EXPECT_FALSE(sent.header("User-Agent").value_or("").starts_with("QuorixSdk"));
+  const Request request =
+      sent("/platform/messaging/mobileapp/v1/events/engagement",
+           {{"x-vlto-mobile-app-id", "mam-app-secret"}, {"x-vlto-tenant-id", "tenant-secret"}});
+  EXPECT_EQ(request.header("X-Subscriber-Token"), std::nullopt);
+  EXPECT_FALSE(request.header("User-Agent").value_or("").starts_with("QuorixSdk"));
   const auto& device = platform::Device::current();
-  EXPECT_EQ(bodyText(sent), canonical(R"({
+  EXPECT_EQ(bodyText(request), canonical(R"({
     "deviceId": "device-1", "devicePlatform": "iPhone OS", "mobileAppName": "com.example.host",
     "nodes": [{"version": 1, "name": "event", "items": [
       {"eventType": "RECEIVED", "event": {
         "eventId": "UUID", "sessionId": "session-secret", "category": "engagement", "messageId": "m1",
         "receiptDateUtc": "NOW", "dateTime": "NOW", "propertyBag": "{}"}}]}],
     "deviceModel": ")" + device.name + R"(", "deviceVersion": ")" +
-                                      device.systemVersion + R"(", "locale": ")" +
-                                      platform::Locale::currentIdentifier() + "\"}"));
+                                         device.systemVersion + R"(", "locale": ")" +
+                                         platform::Locale::currentIdentifier() + "\"}"));
 }
 
 TEST_F(ReceiptRequestTest, AFullBatchIsOneRequestAndTheRestGoesWithTheNextPush) {

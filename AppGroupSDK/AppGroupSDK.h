@@ -2,8 +2,8 @@
 
 // The shared container, as the host application sees it: the names of its runtime for the records and stores.
 
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "AppGroupSDK/context/AppIdProvider.h"
-#include "AppGroupSDK/context/ExtensionModuleName.h"
 #include "AppGroupSDK/context/PNContextInfo.h"
 #include "AppGroupSDK/context/PNContextUtils.h"
 #include "AppGroupSDK/records/AppDeviceInfoStore.h"

@@ -4,14 +4,14 @@
 
 #include "QXExtensionSDK/payload/VTQXUtility.h"
 #include "QXExtensionSDK/runtime/ClientCalling.h"
-#include "QXExtensionSDK/runtime/Logger.h"
 #include "QXExtensionSDK/runtime/NotificationServiceWorker.h"
-#include "QXExtensionSDK/runtime/VTNotificationServiceConfig.h"
 #include "QXExtensionSDK/runtime/VTQXNotificationService.h"
 #include "QXExtensionSDK/runtime/Version.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXExtensionSDK/runtime/processing/VTNotificationServiceConfig.h"
 #include "QXExtensionSDK/service/DefaultRequestTimeout.h"
-#include "platform/foundation/Exception.h"
-#include "platform/notifications/ServiceExtensionMain.h"
+#include "QXPlatform/foundation/Exception.h"
+#include "QXPlatform/notifications/ServiceExtensionMain.h"
 
 namespace QXExtensionSDK {
 

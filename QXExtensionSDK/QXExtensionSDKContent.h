@@ -6,9 +6,9 @@
 #include "QXExtensionSDK/content/DefaultCoordinatorFactory.h"
 #include "QXExtensionSDK/content/VTContentExtensionConfig.h"
 #include "QXExtensionSDK/content/VTQXNotificationViewController.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXExtensionSDK/service/DefaultRequestTimeout.h"
-#include "platform/ui/ContentExtensionMain.h"
+#include "QXPlatform/ui/ContentExtensionMain.h"
 
 namespace QXExtensionSDK {
 

@@ -11,16 +11,16 @@
 
 #include "QXExtensionSDK/content/CarouselViewController.h"
 #include "QXExtensionSDK/content/VTQXNotificationViewController.h"
-#include "platform/foundation/JSON.h"
-#include "platform/ui/Application.h"
-#include "platform/ui/ContentExtensionHost.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/ui/Application.h"
+#include "QXPlatform/ui/ContentExtensionHost.h"
 
 namespace {
 
 constexpr int kWidth = 360;
 constexpr double kScale = 2;
 
-std::shared_ptr<const platform::UNNotificationRequest> makeRequest(std::int64_t panels) {
+std::shared_ptr<const QXPlatform::UNNotificationRequest> makeRequest(std::int64_t panels) {
   std::string items;
   for (std::int64_t i = 0; i < panels; ++i) {
     const std::string number = std::to_string(i);
@@ -34,20 +34,20 @@ std::shared_ptr<const platform::UNNotificationRequest> makeRequest(std::int64_t 
     items += R"("ac":[{"t":"2","ul":"https://example.com/offer"}]})";
   }
   const auto userInfo =
-      platform::parseJSON(R"({"_sid":"VTQX","_m":"m","_rf":{"vt":{"t":"0","it":[)" + items + "]}}}");
+      QXPlatform::parseJSON(R"({"_sid":"VTQX","_m":"m","_rf":{"vt":{"t":"0","it":[)" + items + "]}}}");
   if (!userInfo) throw std::runtime_error(userInfo.error().message);
-  platform::NotificationProperties properties;
+  QXPlatform::NotificationProperties properties;
   properties.userInfo = *userInfo->dictionary();
-  return std::make_shared<platform::UNNotificationRequest>(platform::UNNotificationRequest{
-      "request", std::make_shared<platform::UNNotificationContent>(std::move(properties))});
+  return std::make_shared<QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
+      "request", std::make_shared<QXPlatform::UNNotificationContent>(std::move(properties))});
 }
 
 // A content extension and the pixels it is drawn to.
 class Stage {
  public:
-  explicit Stage(const std::shared_ptr<const platform::UNNotificationRequest>& request) {
+  explicit Stage(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request) {
     host_.deliver(request);
-    const platform::Size size = host_.contentSize();
+    const QXPlatform::Size size = host_.contentSize();
     pixels_ = QImage(QSize(static_cast<int>(size.width * kScale), static_cast<int>(size.height * kScale)),
                      QImage::Format_RGB32);
     pixels_.setDevicePixelRatio(kScale);
@@ -64,7 +64,7 @@ class Stage {
  private:
   std::shared_ptr<QXExtensionSDK::VTQXNotificationViewController> extension_ =
       std::make_shared<QXExtensionSDK::VTQXNotificationViewController>();
-  platform::ContentExtensionHost host_{extension_, kWidth};
+  QXPlatform::ContentExtensionHost host_{extension_, kWidth};
   QImage pixels_;
 };
 
@@ -111,6 +111,6 @@ BENCHMARK(stepToAKnownPanel)->Arg(2)->Arg(10)->Arg(50)->Unit(benchmark::kMillise
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   qputenv("QT_SCALE_FACTOR", QByteArray::number(kScale));
-  const auto application = platform::makeApplication(platform::ScreenUse::none);
+  const auto application = QXPlatform::makeApplication(QXPlatform::ScreenUse::none);
   benchmark::RunSpecifiedBenchmarks();
 }

@@ -4,24 +4,24 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/dispatch/DispatchGroup.h"
+#include "QXPlatform/dispatch/DispatchGroup.h"
 
 namespace {
 
 // To a queue and back to the waiting caller: two hand-offs between threads.
 void BM_AsyncRoundTrip(benchmark::State& state) {
-  const platform::DispatchQueue queue("bench.concurrentQueue",
-                                      platform::DispatchQueue::Attribute::concurrent);
-  const platform::DispatchGroup group;
+  const QXPlatform::DispatchQueue queue("bench.concurrentQueue",
+                                        QXPlatform::DispatchQueue::Attribute::concurrent);
+  const QXPlatform::DispatchGroup group;
   for (auto _ : state) {
     queue.async(group, [] {});
-    group.wait(platform::Clock::TimePoint::max());
+    group.wait(QXPlatform::Clock::TimePoint::max());
   }
 }
 BENCHMARK(BM_AsyncRoundTrip)->UseRealTime();
 
 void BM_SyncOnIdleSerialQueue(benchmark::State& state) {
-  const platform::DispatchQueue queue("bench.serialQueue", platform::DispatchQueue::Attribute::serial);
+  const QXPlatform::DispatchQueue queue("bench.serialQueue", QXPlatform::DispatchQueue::Attribute::serial);
   for (auto _ : state) queue.sync([] {});
 }
 BENCHMARK(BM_SyncOnIdleSerialQueue)->UseRealTime();

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Base64.h"
-#include "platform/foundation/JSON.h"
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/Base64.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace {
 
@@ -22,8 +22,8 @@ struct Receipt {
   int status = 0;
 
   static constexpr auto jsonFields() {
-    using platform::jsonField;
-    return platform::jsonFields(
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(
         jsonField("uuid", &Receipt::uuid), jsonField("messageId", &Receipt::messageId),
         jsonField("requestId", &Receipt::requestId), jsonField("messageType", &Receipt::messageType),
         jsonField("eventDateUtc", &Receipt::eventDateUtc), jsonField("propertyBag", &Receipt::propertyBag),
@@ -35,7 +35,7 @@ struct Receipts {
   std::vector<Receipt> pnData;
 
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("pnData", &Receipts::pnData));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("pnData", &Receipts::pnData));
   }
 };
 
@@ -65,7 +65,7 @@ std::string makePayload(std::size_t bytes) {
 
 void BM_ParseJSON(benchmark::State& state) {
   const std::string text = makePayload(static_cast<std::size_t>(state.range(0)));
-  for (auto _ : state) benchmark::DoNotOptimize(platform::parseJSON(text));
+  for (auto _ : state) benchmark::DoNotOptimize(QXPlatform::parseJSON(text));
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(BM_ParseJSON)->Arg(300)->Arg(4096)->Arg(12288)->Arg(65536);
@@ -78,34 +78,35 @@ void BM_FloorParseJSON(benchmark::State& state) {
 BENCHMARK(BM_FloorParseJSON)->Arg(300)->Arg(4096)->Arg(12288)->Arg(65536);
 
 void BM_WriteJSON(benchmark::State& state) {
-  const auto value = *platform::parseJSON(makePayload(static_cast<std::size_t>(state.range(0))));
-  for (auto _ : state) benchmark::DoNotOptimize(platform::writeJSON(value, platform::JSONStyle::compact));
+  const auto value = *QXPlatform::parseJSON(makePayload(static_cast<std::size_t>(state.range(0))));
+  for (auto _ : state) benchmark::DoNotOptimize(QXPlatform::writeJSON(value, QXPlatform::JSONStyle::compact));
 }
 BENCHMARK(BM_WriteJSON)->Arg(4096)->Arg(65536);
 
 void BM_EncodeReceipts(benchmark::State& state) {
   const Receipts receipts = makeReceipts(static_cast<int>(state.range(0)));
-  for (auto _ : state) benchmark::DoNotOptimize(platform::encodeJSON(receipts));
+  for (auto _ : state) benchmark::DoNotOptimize(QXPlatform::encodeJSON(receipts));
 }
 BENCHMARK(BM_EncodeReceipts)->Arg(1)->Arg(300);
 
 void BM_DecodeReceipts(benchmark::State& state) {
-  const std::string text = *platform::encodeJSON(makeReceipts(static_cast<int>(state.range(0))));
-  for (auto _ : state) benchmark::DoNotOptimize(platform::decodeJSON<Receipts>(text));
+  const std::string text = *QXPlatform::encodeJSON(makeReceipts(static_cast<int>(state.range(0))));
+  for (auto _ : state) benchmark::DoNotOptimize(QXPlatform::decodeJSON<Receipts>(text));
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(BM_DecodeReceipts)->Arg(1)->Arg(300);
 
 void BM_FloorDecodeReceipts(benchmark::State& state) {
-  const std::string text = *platform::encodeJSON(makeReceipts(static_cast<int>(state.range(0))));
+  const std::string text = *QXPlatform::encodeJSON(makeReceipts(static_cast<int>(state.range(0))));
   for (auto _ : state) benchmark::DoNotOptimize(boost::json::parse(text));
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(BM_FloorDecodeReceipts)->Arg(1)->Arg(300);
 
 void BM_DecodeBase64(benchmark::State& state) {
-  const std::string text = platform::encodeBase64(std::string(static_cast<std::size_t>(state.range(0)), 'x'));
-  for (auto _ : state) benchmark::DoNotOptimize(platform::decodeBase64(text));
+  const std::string text =
+      QXPlatform::encodeBase64(std::string(static_cast<std::size_t>(state.range(0)), 'x'));
+  for (auto _ : state) benchmark::DoNotOptimize(QXPlatform::decodeBase64(text));
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(BM_DecodeBase64)->Arg(4096);

@@ -1,6 +1,6 @@
 #include <benchmark/benchmark.h>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace {
 

@@ -14,11 +14,11 @@
 
 #include "QXExtensionSDK/QXExtensionSDK.h"
 #include "QXExtensionSDK/decoration/DecompressionDecorator.h"
-#include "platform/foundation/Base64.h"
+#include "QXPlatform/foundation/Base64.h"
 
 namespace {
 
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 constexpr std::size_t kBufferSize = 65536;
 
@@ -45,18 +45,18 @@ std::string deflateBase64(const std::string& text) {
   compressed.resize(libdeflate_deflate_compress(compressor, text.data(), text.size(), compressed.data(),
                                                 compressed.size()));
   libdeflate_free_compressor(compressor);
-  return platform::encodeBase64(compressed);
+  return QXPlatform::encodeBase64(compressed);
 }
 
 std::string packed(const benchmark::State& state) {
   return deflateBase64(makeRichFeatures(static_cast<std::size_t>(state.range(0))));
 }
 
-std::shared_ptr<const platform::UNNotificationRequest> makeRequest(const std::string& compressed) {
-  platform::NotificationProperties properties;
+std::shared_ptr<const QXPlatform::UNNotificationRequest> makeRequest(const std::string& compressed) {
+  QXPlatform::NotificationProperties properties;
   properties.userInfo = {{"_sid", "VTQX"}, {"_m", "message"}, {"$_rf", compressed}};
-  return std::make_shared<const platform::UNNotificationRequest>(platform::UNNotificationRequest{
-      "bench", std::make_shared<const platform::UNNotificationContent>(std::move(properties))});
+  return std::make_shared<const QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
+      "bench", std::make_shared<const QXPlatform::UNNotificationContent>(std::move(properties))});
 }
 
 void sizes(benchmark::internal::Benchmark* bench) {

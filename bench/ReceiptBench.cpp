@@ -95,7 +95,7 @@ bool runCycle(const DeliveryReceiptData& push) {
   return *outcome;
 }
 
-const DeliveryReceiptData kPush{"message-100149", platform::Dictionary{{"campaign", "spring"}},
+const DeliveryReceiptData kPush{"message-100149", QXPlatform::Dictionary{{"campaign", "spring"}},
                                 "request-100149", "OUTBOUND"};
 
 void BM_ReceiptCycle(benchmark::State& state) {

@@ -1,4 +1,4 @@
-# The libraries behind platform/, found once for the whole build.
+# The libraries behind QXPlatform/, found once for the whole build.
 
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)

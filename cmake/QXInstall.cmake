@@ -12,8 +12,8 @@ if(QX_BUILD_CONTENT)
   install(TARGETS QXPlatformUI QXExtensionSDKContent EXPORT QXExtensionSDKContentTargets)
   install(EXPORT QXExtensionSDKContentTargets NAMESPACE QX:: DESTINATION "${QX_PACKAGE_DIR}")
 endif()
-install(DIRECTORY platform AppGroupSDK QXExtensionSDK DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-  FILES_MATCHING PATTERN "*.h" PATTERN "linux" EXCLUDE)
+install(DIRECTORY QXPlatform AppGroupSDK QXExtensionSDK DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+  FILES_MATCHING PATTERN "*.h" PATTERN "libraries" EXCLUDE PATTERN "posix" EXCLUDE PATTERN "linux" EXCLUDE PATTERN "qt" EXCLUDE)
 
 configure_package_config_file(cmake/QXExtensionSDKConfig.cmake.in
   "${PROJECT_BINARY_DIR}/QXExtensionSDKConfig.cmake" INSTALL_DESTINATION "${QX_PACKAGE_DIR}")

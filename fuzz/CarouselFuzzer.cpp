@@ -5,26 +5,26 @@
 
 #include "QXExtensionSDK/content/CarouselPresenter.h"
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
-#include "platform/foundation/FatalError.h"
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/FatalError.h"
+#include "QXPlatform/foundation/JSON.h"
 
 namespace {
 
-using platform::fatalError;
 using QXExtensionSDK::CarouselModel;
 using QXExtensionSDK::Logger;
 using QXExtensionSDK::PayloadCarouselModelParser;
+using QXPlatform::fatalError;
 
-std::shared_ptr<const platform::UNNotificationContent> contentOf(const platform::Value& richFeatures) {
-  platform::NotificationProperties properties;
+std::shared_ptr<const QXPlatform::UNNotificationContent> contentOf(const QXPlatform::Value& richFeatures) {
+  QXPlatform::NotificationProperties properties;
   properties.userInfo = {{"_rf", richFeatures}};
-  return std::make_shared<platform::UNNotificationContent>(std::move(properties));
+  return std::make_shared<QXPlatform::UNNotificationContent>(std::move(properties));
 }
 
 void checkRoundTrip(const CarouselModel& model) {
-  const auto text = platform::encodeJSON(model);
+  const auto text = QXPlatform::encodeJSON(model);
   if (!text) fatalError("Refused to write what was read");
-  const auto back = platform::decodeJSON<CarouselModel>(*text);
+  const auto back = QXPlatform::decodeJSON<CarouselModel>(*text);
   if (!back || !(*back == model)) fatalError("Read back as something else");
 }
 
@@ -44,7 +44,7 @@ void checkPresentation(const CarouselModel& model) {
 // Rich features that decode can be presented panel by panel, and written and read again.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Logger::setGlobalLoglevel(4);
-  const auto richFeatures = platform::parseJSON({reinterpret_cast<const char*>(data), size});
+  const auto richFeatures = QXPlatform::parseJSON({reinterpret_cast<const char*>(data), size});
   if (!richFeatures) return 0;
   const auto model = PayloadCarouselModelParser(Logger::content())
                          .parse({.identifier = "", .content = contentOf(*richFeatures)});

@@ -2,13 +2,13 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/foundation/FatalError.h"
-#include "platform/foundation/URL.h"
+#include "QXPlatform/foundation/FatalError.h"
+#include "QXPlatform/foundation/URL.h"
 
 namespace {
 
-using platform::fatalError;
-using platform::URL;
+using QXPlatform::fatalError;
+using QXPlatform::URL;
 
 void checkReference(std::string_view input) {
   const auto url = URL::parse(input);

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "AppGroupSDK/context/PNContextInfo.h"
 #include "AppGroupSDK/context/PNDestinationModuleMapping.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace AppGroupSDK {
 

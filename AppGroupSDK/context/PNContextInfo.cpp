@@ -14,14 +14,14 @@ PNContextInfo::PNContextInfo(PNContextSource source, std::vector<std::int64_t> d
 std::vector<PNContextDestination> PNContextInfo::destinations() const {
   std::vector<PNContextDestination> destinations;
   for (const std::int64_t rawValue : destinationsArray_) {
-    if (const auto destination = platform::fromRawValue<PNContextDestination>(rawValue))
+    if (const auto destination = QXPlatform::fromRawValue<PNContextDestination>(rawValue))
       destinations.push_back(*destination);
   }
   return destinations;
 }
 
 bool PNContextInfo::containsDestination(PNContextDestination destination) const {
-  return std::ranges::find(destinationsArray_, platform::rawValue(destination)) != destinationsArray_.end();
+  return std::ranges::find(destinationsArray_, QXPlatform::rawValue(destination)) != destinationsArray_.end();
 }
 
 bool PNContextInfo::isInavlidOrAbsentContext() const {
@@ -30,7 +30,7 @@ bool PNContextInfo::isInavlidOrAbsentContext() const {
 }
 
 std::string PNContextInfo::description() const {
-  std::string text = "source: " + std::to_string(platform::rawValue(source_)) + ", destinations: [";
+  std::string text = "source: " + std::to_string(QXPlatform::rawValue(source_)) + ", destinations: [";
   for (std::size_t index = 0; index < destinationsArray_.size(); ++index) {
     if (index > 0) text += ", ";
     text += std::to_string(destinationsArray_[index]);

@@ -6,17 +6,17 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/RawValues.h"
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace AppGroupSDK {
 
 enum class PNContextSource : std::int64_t { none = 0, sourceOne = 1, sourceTwo = 2 };
-constexpr auto rawValues(platform::RawValuesOf<PNContextSource>) {
+constexpr auto rawValues(QXPlatform::RawValuesOf<PNContextSource>) {
   return std::to_array({PNContextSource::none, PNContextSource::sourceOne, PNContextSource::sourceTwo});
 }
 
 enum class PNContextDestination : std::int64_t { none = 0, engagement = 1, appMessaging = 2, unmapped = 4 };
-constexpr auto rawValues(platform::RawValuesOf<PNContextDestination>) {
+constexpr auto rawValues(QXPlatform::RawValuesOf<PNContextDestination>) {
   return std::to_array({PNContextDestination::none, PNContextDestination::engagement,
                         PNContextDestination::appMessaging, PNContextDestination::unmapped});
 }

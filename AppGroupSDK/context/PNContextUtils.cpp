@@ -7,19 +7,19 @@
 #include <vector>
 
 #include "AppGroupSDK/store/Trimming.h"
-#include "platform/foundation/Base64.h"
-#include "platform/foundation/UTF8.h"
+#include "QXPlatform/foundation/Base64.h"
+#include "QXPlatform/foundation/UTF8.h"
 
 namespace AppGroupSDK {
 
 namespace {
 
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 constexpr std::string_view kContextKey = "_co";
 
 PNContextInfo defaultContext() {
-  return {PNContextSource::none, {platform::rawValue(PNContextDestination::none)}, std::nullopt};
+  return {PNContextSource::none, {QXPlatform::rawValue(PNContextDestination::none)}, std::nullopt};
 }
 
 std::optional<std::string_view> contextField(const Dictionary& userInfo) {
@@ -49,34 +49,34 @@ std::int64_t parseBits(std::string_view text) {
 }
 
 PNContextSource makeSource(std::int64_t bits) {
-  for (const auto source : rawValues(platform::RawValuesOf<PNContextSource>())) {
-    if ((bits & platform::rawValue(source)) != 0) return source;
+  for (const auto source : rawValues(QXPlatform::RawValuesOf<PNContextSource>())) {
+    if ((bits & QXPlatform::rawValue(source)) != 0) return source;
   }
   return PNContextSource::none;
 }
 
 std::vector<std::int64_t> makeDestinations(std::int64_t bits) {
   std::vector<std::int64_t> destinations;
-  for (const auto destination : rawValues(platform::RawValuesOf<PNContextDestination>())) {
-    const std::int64_t bit = platform::rawValue(destination);
+  for (const auto destination : rawValues(QXPlatform::RawValuesOf<PNContextDestination>())) {
+    const std::int64_t bit = QXPlatform::rawValue(destination);
     if ((bits & bit) != 0) destinations.push_back(bit);
   }
-  if (destinations.empty()) destinations.push_back(platform::rawValue(PNContextDestination::none));
+  if (destinations.empty()) destinations.push_back(QXPlatform::rawValue(PNContextDestination::none));
   return destinations;
 }
 
 }  // namespace
 
 std::optional<std::string> PNContextUtils::extractContextFieldFromContent(
-    const platform::UNNotificationContent& content) {
+    const QXPlatform::UNNotificationContent& content) {
   const Dictionary userInfo = content.userInfo();
   const auto field = contextField(userInfo);
   return field ? std::optional<std::string>(*field) : std::nullopt;
 }
 
 PNContextInfo PNContextUtils::parseContextInfoFromContextString(std::string_view text) {
-  const auto bytes = platform::decodeBase64(trimmingWhitespaceAndNewlines(text));
-  if (!bytes || !platform::isValidUTF8(bytes->view())) return defaultContext();
+  const auto bytes = QXPlatform::decodeBase64(trimmingWhitespaceAndNewlines(text));
+  if (!bytes || !QXPlatform::isValidUTF8(bytes->view())) return defaultContext();
   const auto fields = splitFields(bytes->view());
   if (!fields) return defaultContext();
   const auto& [source, destinations, businessUnitId] = *fields;
@@ -89,7 +89,7 @@ PNContextInfo PNContextUtils::parseContextInfoFromUserInfo(const Dictionary& use
   return field ? parseContextInfoFromContextString(*field) : defaultContext();
 }
 
-PNContextInfo PNContextUtils::parseContextInfoFromContent(const platform::UNNotificationContent& content) {
+PNContextInfo PNContextUtils::parseContextInfoFromContent(const QXPlatform::UNNotificationContent& content) {
   return parseContextInfoFromUserInfo(content.userInfo());
 }
 

@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "AppGroupSDK/context/PNContextInfo.h"
-#include "platform/foundation/Value.h"
-#include "platform/notifications/UNNotificationContent.h"
+#include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/notifications/UNNotificationContent.h"
 
 namespace AppGroupSDK {
 
@@ -19,10 +19,10 @@ class PNContextUtils {
   PNContextUtils() = delete;
 
   static std::optional<std::string> extractContextFieldFromContent(
-      const platform::UNNotificationContent& content);
+      const QXPlatform::UNNotificationContent& content);
   static PNContextInfo parseContextInfoFromContextString(std::string_view text);
-  static PNContextInfo parseContextInfoFromUserInfo(const platform::Dictionary& userInfo);
-  static PNContextInfo parseContextInfoFromContent(const platform::UNNotificationContent& content);
+  static PNContextInfo parseContextInfoFromUserInfo(const QXPlatform::Dictionary& userInfo);
+  static PNContextInfo parseContextInfoFromContent(const QXPlatform::UNNotificationContent& content);
 };
 
 }  // namespace AppGroupSDK

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/foundation/FatalError.h"
+#include "QXPlatform/foundation/FatalError.h"
 
 namespace AppGroupSDK {
 
@@ -38,7 +38,7 @@ PNContextDestination PNDestinationModuleMapping::getDestination(ExtensionModuleN
     case ExtensionModuleName::mobileAppMessaging:
       return PNContextDestination::appMessaging;
   }
-  platform::fatalError("A module name other than 1 and 2");
+  QXPlatform::fatalError("A module name other than 1 and 2");
 }
 
 }  // namespace AppGroupSDK

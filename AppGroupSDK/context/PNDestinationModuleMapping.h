@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "AppGroupSDK/context/PNContextInfo.h"
 
 namespace AppGroupSDK {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace AppGroupSDK {
 
@@ -41,17 +41,17 @@ class AppDeviceInfo {
   friend bool operator==(const AppDeviceInfo&, const AppDeviceInfo&) = default;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   AppDeviceInfo() = default;
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("baseUrl", &AppDeviceInfo::baseUrl_),
-                                platform::jsonField("applicationId", &AppDeviceInfo::applicationId_),
-                                platform::jsonField("deviceId", &AppDeviceInfo::deviceId_),
-                                platform::jsonField("accessToken", &AppDeviceInfo::accessToken_),
-                                platform::jsonField("qxsdkVersion", &AppDeviceInfo::qxsdkVersion_),
-                                platform::jsonField("subscriberToken", &AppDeviceInfo::subscriberToken_),
-                                platform::jsonField("tenantId", &AppDeviceInfo::tenantId_),
-                                platform::jsonField("sessionId", &AppDeviceInfo::sessionId_));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("baseUrl", &AppDeviceInfo::baseUrl_),
+                                  QXPlatform::jsonField("applicationId", &AppDeviceInfo::applicationId_),
+                                  QXPlatform::jsonField("deviceId", &AppDeviceInfo::deviceId_),
+                                  QXPlatform::jsonField("accessToken", &AppDeviceInfo::accessToken_),
+                                  QXPlatform::jsonField("qxsdkVersion", &AppDeviceInfo::qxsdkVersion_),
+                                  QXPlatform::jsonField("subscriberToken", &AppDeviceInfo::subscriberToken_),
+                                  QXPlatform::jsonField("tenantId", &AppDeviceInfo::tenantId_),
+                                  QXPlatform::jsonField("sessionId", &AppDeviceInfo::sessionId_));
   }
 
   std::string baseUrl_;

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/foundation/JSONCoding.h"
-#include "platform/foundation/RawValues.h"
+#include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace AppGroupSDK {
 
@@ -19,7 +19,7 @@ enum class CarouselActionType : std::int64_t {
   openWebUrl = 2,
   openCloudPage = 3
 };
-constexpr auto rawValues(platform::RawValuesOf<CarouselActionType>) {
+constexpr auto rawValues(QXPlatform::RawValuesOf<CarouselActionType>) {
   return std::to_array({CarouselActionType::openApp, CarouselActionType::openDeepLink,
                         CarouselActionType::openWebUrl, CarouselActionType::openCloudPage});
 }
@@ -49,16 +49,16 @@ class CarouselClickModel {
   friend bool operator==(const CarouselClickModel&, const CarouselClickModel&) = default;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   CarouselClickModel() = default;
   static constexpr auto jsonFields() {
-    return platform::jsonFields(
-        platform::jsonField("notificationUniqueId", &CarouselClickModel::notificationUniqueId_),
-        platform::jsonField("isCarouselClick", &CarouselClickModel::isCarouselClick_),
-        platform::jsonField("clickIndex", &CarouselClickModel::clickIndex_),
-        platform::jsonField("actionType", &CarouselClickModel::actionType_),
-        platform::jsonField("actionUrl", &CarouselClickModel::actionUrl_),
-        platform::jsonField("panelId", &CarouselClickModel::panelId_));
+    return QXPlatform::jsonFields(
+        QXPlatform::jsonField("notificationUniqueId", &CarouselClickModel::notificationUniqueId_),
+        QXPlatform::jsonField("isCarouselClick", &CarouselClickModel::isCarouselClick_),
+        QXPlatform::jsonField("clickIndex", &CarouselClickModel::clickIndex_),
+        QXPlatform::jsonField("actionType", &CarouselClickModel::actionType_),
+        QXPlatform::jsonField("actionUrl", &CarouselClickModel::actionUrl_),
+        QXPlatform::jsonField("panelId", &CarouselClickModel::panelId_));
   }
 
   std::string notificationUniqueId_;

@@ -6,7 +6,7 @@ namespace AppGroupSDK {
 
 namespace {
 
-std::string textUnder(std::string_view key, const platform::Dictionary& userInfo) {
+std::string textUnder(std::string_view key, const QXPlatform::Dictionary& userInfo) {
   const auto* value = userInfo.find(key);
   return std::string(value == nullptr ? "" : value->string().value_or(""));
 }
@@ -14,7 +14,7 @@ std::string textUnder(std::string_view key, const platform::Dictionary& userInfo
 }  // namespace
 
 std::optional<std::string> CarouselRichFeatureMetaUtils::getUniqueNotificationIdFrom(
-    const platform::Dictionary& userInfo) {
+    const QXPlatform::Dictionary& userInfo) {
   const std::string messageId = textUnder("_m", userInfo);
   const std::string requestId = textUnder("_r", userInfo);
   if (messageId.empty() && requestId.empty()) return std::nullopt;

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace AppGroupSDK {
 
@@ -14,7 +14,7 @@ class CarouselRichFeatureMetaUtils {
 
   // The texts under "_m" and "_r", joined by a colon; one that is missing or no text counts as empty. Nothing
   // when both are empty. Any thread.
-  static std::optional<std::string> getUniqueNotificationIdFrom(const platform::Dictionary& userInfo);
+  static std::optional<std::string> getUniqueNotificationIdFrom(const QXPlatform::Dictionary& userInfo);
 };
 
 }  // namespace AppGroupSDK

@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/foundation/JSONCoding.h"
-#include "platform/foundation/RawValues.h"
+#include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace AppGroupSDK {
 
 enum class FeatureFlagStatus : std::int64_t { disabled = 0, enabled = 1 };
-constexpr auto rawValues(platform::RawValuesOf<FeatureFlagStatus>) {
+constexpr auto rawValues(QXPlatform::RawValuesOf<FeatureFlagStatus>) {
   return std::to_array({FeatureFlagStatus::disabled, FeatureFlagStatus::enabled});
 }
 
@@ -24,10 +24,10 @@ class DeliveryReceiptConfig {
   friend bool operator==(const DeliveryReceiptConfig&, const DeliveryReceiptConfig&) = default;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   DeliveryReceiptConfig() = default;
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("featureFlag", &DeliveryReceiptConfig::featureFlag_));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("featureFlag", &DeliveryReceiptConfig::featureFlag_));
   }
 
   FeatureFlagStatus featureFlag_ = FeatureFlagStatus::disabled;

@@ -6,8 +6,8 @@ namespace AppGroupSDK {
 
 namespace {
 
-platform::Value valueOrNull(const std::optional<std::string>& text) {
-  return text ? platform::Value(*text) : platform::Value();
+QXPlatform::Value valueOrNull(const std::optional<std::string>& text) {
+  return text ? QXPlatform::Value(*text) : QXPlatform::Value();
 }
 
 }  // namespace
@@ -19,7 +19,7 @@ std::string DeliveryReceiptPNModel::description() const {
                      {"messageType", messageType_},
                      {"eventDateUtc", eventDateUtc_},
                      {"propertyBag", valueOrNull(propertyBag_)},
-                     {"status", platform::rawValue(status_)}})
+                     {"status", QXPlatform::rawValue(status_)}})
       .value_or("");
 }
 

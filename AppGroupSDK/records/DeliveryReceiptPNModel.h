@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/foundation/JSONCoding.h"
-#include "platform/foundation/RawValues.h"
+#include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace AppGroupSDK {
 
@@ -17,7 +17,7 @@ enum class PNStatus : std::int64_t {
   pending = 0,  // not yet acknowledged
   failed = 1,   // a send was answered with a failure
 };
-constexpr auto rawValues(platform::RawValuesOf<PNStatus>) {
+constexpr auto rawValues(QXPlatform::RawValuesOf<PNStatus>) {
   return std::to_array({PNStatus::pending, PNStatus::failed});
 }
 
@@ -57,16 +57,17 @@ class DeliveryReceiptPNModel {
   friend bool operator==(const DeliveryReceiptPNModel&, const DeliveryReceiptPNModel&) = default;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   DeliveryReceiptPNModel() = default;
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("uuid", &DeliveryReceiptPNModel::uuid_),
-                                platform::jsonField("messageId", &DeliveryReceiptPNModel::messageId_),
-                                platform::jsonField("requestId", &DeliveryReceiptPNModel::requestId_),
-                                platform::jsonField("messageType", &DeliveryReceiptPNModel::messageType_),
-                                platform::jsonField("eventDateUtc", &DeliveryReceiptPNModel::eventDateUtc_),
-                                platform::jsonField("propertyBag", &DeliveryReceiptPNModel::propertyBag_),
-                                platform::jsonField("status", &DeliveryReceiptPNModel::status_));
+    return QXPlatform::jsonFields(
+        QXPlatform::jsonField("uuid", &DeliveryReceiptPNModel::uuid_),
+        QXPlatform::jsonField("messageId", &DeliveryReceiptPNModel::messageId_),
+        QXPlatform::jsonField("requestId", &DeliveryReceiptPNModel::requestId_),
+        QXPlatform::jsonField("messageType", &DeliveryReceiptPNModel::messageType_),
+        QXPlatform::jsonField("eventDateUtc", &DeliveryReceiptPNModel::eventDateUtc_),
+        QXPlatform::jsonField("propertyBag", &DeliveryReceiptPNModel::propertyBag_),
+        QXPlatform::jsonField("status", &DeliveryReceiptPNModel::status_));
   }
 
   std::string uuid_;

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "AppGroupSDK/records/DeliveryReceiptPNModel.h"
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace AppGroupSDK {
 
@@ -25,10 +25,10 @@ class DeliveryReceiptsModel {
   friend bool operator==(const DeliveryReceiptsModel&, const DeliveryReceiptsModel&) = default;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   DeliveryReceiptsModel() = default;
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("pnData", &DeliveryReceiptsModel::pnData_));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("pnData", &DeliveryReceiptsModel::pnData_));
   }
 
   std::vector<DeliveryReceiptPNModel> pnData_;

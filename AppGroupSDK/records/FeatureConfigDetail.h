@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "AppGroupSDK/records/DeliveryReceiptConfig.h"
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace AppGroupSDK {
 
@@ -22,11 +22,11 @@ class FeatureConfigDetail {
   friend bool operator==(const FeatureConfigDetail&, const FeatureConfigDetail&) = default;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   FeatureConfigDetail() = default;
   static constexpr auto jsonFields() {
-    return platform::jsonFields(
-        platform::jsonField("deliveryReceiptConfig", &FeatureConfigDetail::deliveryReceiptConfig_));
+    return QXPlatform::jsonFields(
+        QXPlatform::jsonField("deliveryReceiptConfig", &FeatureConfigDetail::deliveryReceiptConfig_));
   }
 
   DeliveryReceiptConfig deliveryReceiptConfig_{FeatureFlagStatus::disabled};

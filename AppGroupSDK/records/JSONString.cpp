@@ -1,11 +1,11 @@
 #include "AppGroupSDK/records/JSONString.h"
 
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSON.h"
 
 namespace AppGroupSDK {
 
-std::optional<std::string> jsonString(const platform::Dictionary& dictionary) {
-  auto text = platform::writeJSON(dictionary, platform::JSONStyle::pretty);
+std::optional<std::string> jsonString(const QXPlatform::Dictionary& dictionary) {
+  auto text = QXPlatform::writeJSON(dictionary, QXPlatform::JSONStyle::pretty);
   return text ? std::optional(*std::move(text)) : std::nullopt;
 }
 

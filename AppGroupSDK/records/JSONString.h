@@ -3,11 +3,11 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace AppGroupSDK {
 
 // A dictionary as pretty-printed JSON; nothing when it holds what JSON cannot.
-std::optional<std::string> jsonString(const platform::Dictionary& dictionary);
+std::optional<std::string> jsonString(const QXPlatform::Dictionary& dictionary);
 
 }  // namespace AppGroupSDK

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "AppGroupSDK/store/AppGroupDataStore.h"
 #include "AppGroupSDK/store/AppGroupModuleDataStore.h"
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
-#include "platform/foundation/JSONCoding.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace AppGroupSDK {
 
@@ -22,11 +22,11 @@ class ModuleAppMapping {
   friend bool operator==(const ModuleAppMapping&, const ModuleAppMapping&) = default;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   ModuleAppMapping() = default;
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("moduleName", &ModuleAppMapping::moduleName_),
-                                platform::jsonField("appId", &ModuleAppMapping::appId_));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("moduleName", &ModuleAppMapping::moduleName_),
+                                  QXPlatform::jsonField("appId", &ModuleAppMapping::appId_));
   }
 
   std::string moduleName_;

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "AppGroupSDK/records/ModuleAppMapping.h"
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace AppGroupSDK {
 
@@ -29,10 +29,10 @@ class ModuleAppMappings {
   friend bool operator==(const ModuleAppMappings&, const ModuleAppMappings&) = default;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   ModuleAppMappings() = default;
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("mappings", &ModuleAppMappings::mappings_));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("mappings", &ModuleAppMappings::mappings_));
   }
 
   std::vector<ModuleAppMapping> mappings_;

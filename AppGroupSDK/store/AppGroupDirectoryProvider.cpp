@@ -1,17 +1,17 @@
 #include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
 
-#include "platform/files/Container.h"
-#include "platform/foundation/Bundle.h"
+#include "QXPlatform/files/Container.h"
+#include "QXPlatform/foundation/Bundle.h"
 
 namespace AppGroupSDK {
 
-std::optional<platform::URL> AppGroupDirectoryProvider::containerURL() const {
+std::optional<QXPlatform::URL> AppGroupDirectoryProvider::containerURL() const {
   const auto group = groupIdentifier();
-  return group ? platform::containerURLForSecurityApplicationGroupIdentifier(*group) : std::nullopt;
+  return group ? QXPlatform::containerURLForSecurityApplicationGroupIdentifier(*group) : std::nullopt;
 }
 
 std::optional<std::string> AppGroupDirectoryProvider::groupIdentifier() {
-  const auto* entry = platform::Bundle::main().objectForInfoDictionaryKey("VT_QUORIX_APP_GROUP_KEY");
+  const auto* entry = QXPlatform::Bundle::main().objectForInfoDictionaryKey("VT_QUORIX_APP_GROUP_KEY");
   const auto text = entry == nullptr ? std::nullopt : entry->string();
   return text ? std::optional<std::string>(*text) : std::nullopt;
 }

@@ -10,7 +10,7 @@ namespace AppGroupSDK {
 // the key is missing or holds no text, or when there is no such container. Looked up afresh at each call.
 class AppGroupDirectoryProvider final : public DataStoreDirectoryProviding {
  public:
-  std::optional<platform::URL> containerURL() const override;
+  std::optional<QXPlatform::URL> containerURL() const override;
 
   // The group's identifier, as the bundle has it.
   static std::optional<std::string> groupIdentifier();

@@ -8,7 +8,7 @@ DataStore::DataStore(std::unique_ptr<const DataStoreDirectoryProviding> director
                      std::unique_ptr<const DataStoreSaving> dataSaver)
     : directoryProvider_(std::move(directoryProvider)), dataSaver_(std::move(dataSaver)) {}
 
-platform::Result<platform::URL, DataStoreStatus> DataStore::locate(std::string_view baseName) const {
+QXPlatform::Result<QXPlatform::URL, DataStoreStatus> DataStore::locate(std::string_view baseName) const {
   const auto container = directoryProvider_->containerURL();
   if (!container) return DataStoreStatus::containerUnavailable;
   if (!container->isFileURL()) return DataStoreStatus::containerNotFileURL;

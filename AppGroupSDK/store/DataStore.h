@@ -10,8 +10,8 @@
 #include "AppGroupSDK/store/DataStoreResult.h"
 #include "AppGroupSDK/store/DataStoreSaving.h"
 #include "AppGroupSDK/store/DataStoreStatus.h"
-#include "platform/foundation/JSONCoding.h"
-#include "platform/foundation/Result.h"
+#include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/Result.h"
 
 namespace AppGroupSDK {
 
@@ -26,7 +26,7 @@ class DataStore {
   DataStoreStatus save(const Model& model) const {
     const auto file = fileURL<Model>();
     if (!file) return file.error();
-    const auto bytes = platform::encodeJSON(model);
+    const auto bytes = QXPlatform::encodeJSON(model);
     if (!bytes) return DataStoreStatus::encodingFailed;
     return dataSaver_->write(*bytes, *file) ? DataStoreStatus::success : DataStoreStatus::writeFailed;
   }
@@ -37,14 +37,14 @@ class DataStore {
     if (!file) return {file.error(), std::nullopt};
     const auto bytes = dataSaver_->read(*file);
     if (!bytes) return {DataStoreStatus::noData, std::nullopt};
-    auto model = platform::decodeJSON<Model>(bytes->view());
+    auto model = QXPlatform::decodeJSON<Model>(bytes->view());
     if (!model) return {DataStoreStatus::decodingFailed, std::nullopt};
     return {DataStoreStatus::success, *std::move(model)};
   }
 
   // Where a kind of record is kept, whether or not there is one; or the status why there can be none.
   template <DataStoreModelable Model>
-  platform::Result<platform::URL, DataStoreStatus> fileURL() const {
+  QXPlatform::Result<QXPlatform::URL, DataStoreStatus> fileURL() const {
     return locate(Model::dataStoreFileName());
   }
 
@@ -56,7 +56,7 @@ class DataStore {
  private:
   virtual std::string fileName(std::string_view baseName) const = 0;
 
-  platform::Result<platform::URL, DataStoreStatus> locate(std::string_view baseName) const;
+  QXPlatform::Result<QXPlatform::URL, DataStoreStatus> locate(std::string_view baseName) const;
 
   std::unique_ptr<const DataStoreDirectoryProviding> directoryProvider_;
   std::unique_ptr<const DataStoreSaving> dataSaver_;

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/foundation/URL.h"
+#include "QXPlatform/foundation/URL.h"
 
 namespace AppGroupSDK {
 
@@ -10,7 +10,7 @@ namespace AppGroupSDK {
 class DataStoreDirectoryProviding {
  public:
   virtual ~DataStoreDirectoryProviding() = default;
-  virtual std::optional<platform::URL> containerURL() const = 0;
+  virtual std::optional<QXPlatform::URL> containerURL() const = 0;
 };
 
 }  // namespace AppGroupSDK

@@ -2,26 +2,26 @@
 
 #include <utility>
 
-#include "platform/files/FileContents.h"
+#include "QXPlatform/files/FileContents.h"
 
 namespace AppGroupSDK {
 
 DataStoreFileCoordinatorSaver::DataStoreFileCoordinatorSaver(
-    std::unique_ptr<const platform::FileCoordinator> fileCoordinator)
+    std::unique_ptr<const QXPlatform::FileCoordinator> fileCoordinator)
     : fileCoordinator_(std::move(fileCoordinator)) {}
 
-bool DataStoreFileCoordinatorSaver::write(std::string_view bytes, const platform::URL& destination) const {
+bool DataStoreFileCoordinatorSaver::write(std::string_view bytes, const QXPlatform::URL& destination) const {
   // What no read would take must not replace what one does.
-  if (bytes.size() > platform::kMaxFileContents) return false;
+  if (bytes.size() > QXPlatform::kMaxFileContents) return false;
   const auto outcome = fileCoordinator_->coordinateWritingForReplacing(
-      destination, [&](const platform::URL& file) { return platform::writeContents(bytes, file); });
-  return outcome != platform::FileCoordinator::Outcome::failed;
+      destination, [&](const QXPlatform::URL& file) { return QXPlatform::writeContents(bytes, file); });
+  return outcome != QXPlatform::FileCoordinator::Outcome::failed;
 }
 
-std::optional<platform::Data> DataStoreFileCoordinatorSaver::read(const platform::URL& source) const {
-  std::optional<platform::Data> bytes;
+std::optional<QXPlatform::Data> DataStoreFileCoordinatorSaver::read(const QXPlatform::URL& source) const {
+  std::optional<QXPlatform::Data> bytes;
   fileCoordinator_->coordinateReading(
-      source, [&](const platform::URL& file) { bytes = platform::readContents(file); });
+      source, [&](const QXPlatform::URL& file) { bytes = QXPlatform::readContents(file); });
   return bytes;
 }
 

@@ -3,14 +3,14 @@
 #include <concepts>
 #include <string_view>
 
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace AppGroupSDK {
 
 // A record that has a file of its own: with its JSON fields, and a static dataStoreFileName(), the base name
 // of the file.
 template <typename T>
-concept DataStoreModelable = platform::JSONRecord<T> && requires {
+concept DataStoreModelable = QXPlatform::JSONRecord<T> && requires {
   { T::dataStoreFileName() } -> std::convertible_to<std::string_view>;
 };
 

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/URL.h"
+#include "QXPlatform/foundation/Data.h"
+#include "QXPlatform/foundation/URL.h"
 
 namespace AppGroupSDK {
 
@@ -12,9 +12,9 @@ namespace AppGroupSDK {
 class DataStoreSaving {
  public:
   virtual ~DataStoreSaving() = default;
-  virtual bool write(std::string_view bytes, const platform::URL& destination) const = 0;
+  virtual bool write(std::string_view bytes, const QXPlatform::URL& destination) const = 0;
   // Nothing when the file is missing or cannot be read.
-  virtual std::optional<platform::Data> read(const platform::URL& source) const = 0;
+  virtual std::optional<QXPlatform::Data> read(const QXPlatform::URL& source) const = 0;
 };
 
 }  // namespace AppGroupSDK

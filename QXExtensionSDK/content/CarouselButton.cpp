@@ -5,7 +5,7 @@
 
 #include "QXExtensionSDK/content/FocusRing.h"
 #include "QXExtensionSDK/content/ViewConversions.h"
-#include "platform/ui/TemplateImage.h"
+#include "QXPlatform/ui/TemplateImage.h"
 
 namespace QXExtensionSDK {
 
@@ -85,8 +85,8 @@ void CarouselButton::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   const bool isMirrored = layoutDirection() == Qt::RightToLeft;
   if (isDown()) painter.setOpacity(kPressedOpacity);
-  platform::drawTemplateImage(painter, isEnabled() ? enabledImage_ : disabledImage_, bounds(),
-                              palette().color(QPalette::Active, QPalette::WindowText), isMirrored);
+  QXPlatform::drawTemplateImage(painter, isEnabled() ? enabledImage_ : disabledImage_, bounds(),
+                                palette().color(QPalette::Active, QPalette::WindowText), isMirrored);
   painter.setOpacity(1);
   if (showsFocus_ && hasFocus()) {
     const QRectF ring = QRectF(bounds()).adjusted(-kFocusGap, -kFocusGap, kFocusGap, kFocusGap);

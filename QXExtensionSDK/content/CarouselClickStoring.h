@@ -3,12 +3,12 @@
 #include <memory>
 #include <utility>
 
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "AppGroupSDK/context/AppIdProvider.h"
 #include "AppGroupSDK/context/ContextModuleChecker.h"
-#include "AppGroupSDK/context/ExtensionModuleName.h"
 #include "AppGroupSDK/context/PNContextInfo.h"
 #include "AppGroupSDK/records/CarouselClickModelStore.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "QXExtensionSDK/content/FocusRing.h"
-#include "platform/ui/Accessibility.h"
-#include "platform/ui/Appearance.h"
+#include "QXPlatform/ui/Accessibility.h"
+#include "QXPlatform/ui/Appearance.h"
 
 namespace QXExtensionSDK {
 
@@ -24,7 +24,7 @@ constexpr double kFocusRadius = 24 + kFocusGap;
 CarouselContentView::CarouselContentView(std::function<void()> tapped, QWidget* parent)
     : QWidget(parent), tapped_(std::move(tapped)) {
   setFocusPolicy(Qt::StrongFocus);
-  platform::setAccessibility(*this, {QAccessible::Button, tapped_});
+  QXPlatform::setAccessibility(*this, {QAccessible::Button, tapped_});
   slide_.setDuration(kSlideMilliseconds);
   slide_.setEasingCurve(QEasingCurve::OutCubic);
   slide_.setStartValue(0.0);
@@ -54,8 +54,8 @@ void CarouselContentView::showPanel(std::shared_ptr<CarouselPanelView> panel, Pa
   panel_->setParent(this);
   panel_->setFrame(panelFrame());
   panel_->show();
-  const bool slides =
-      leaving_ != nullptr && change != PanelChange::none && isVisible() && !platform::isReduceMotionEnabled();
+  const bool slides = leaving_ != nullptr && change != PanelChange::none && isVisible() &&
+                      !QXPlatform::isReduceMotionEnabled();
   if (slides) {
     startSlide(change);
   } else {
@@ -134,7 +134,7 @@ void CarouselContentView::paintEvent(QPaintEvent* /*event*/) {
   if (!showsFocus_ || !hasFocus() || isSliding()) return;
   QPainter painter(this);
   const QRectF ring = QRectF(panelFrame()).adjusted(-kFocusGap, -kFocusGap, kFocusGap, kFocusGap);
-  drawFocusRing(painter, platform::continuousRoundedRect(ring, kFocusRadius), palette());
+  drawFocusRing(painter, QXPlatform::continuousRoundedRect(ring, kFocusRadius), palette());
 }
 
 }  // namespace QXExtensionSDK

@@ -8,8 +8,8 @@
 #include "AppGroupSDK/context/PNContextUtils.h"
 #include "AppGroupSDK/records/CarouselRichFeatureMetaUtils.h"
 #include "QXExtensionSDK/content/CarouselClick.h"
-#include "platform/notifications/UNUserNotificationCenter.h"
-#include "platform/ui/NSExtensionContext.h"
+#include "QXPlatform/notifications/UNUserNotificationCenter.h"
+#include "QXPlatform/ui/NSExtensionContext.h"
 
 namespace QXExtensionSDK {
 
@@ -19,12 +19,12 @@ using AppGroupSDK::ExtensionModuleName;
 
 constexpr LogCategory kCategory = LogCategory::contentGeneral;
 
-void removeDeliveredNotification(const platform::UNNotificationRequest& request, const Logger& logger) {
+void removeDeliveredNotification(const QXPlatform::UNNotificationRequest& request, const Logger& logger) {
   if (request.identifier.empty()) {
     logger.error(kCategory, "Delivered notification can't be removed");
     return;
   }
-  platform::UNUserNotificationCenter::current().removeDeliveredNotificationsWithIdentifiers(
+  QXPlatform::UNUserNotificationCenter::current().removeDeliveredNotificationsWithIdentifiers(
       {request.identifier});
 }
 
@@ -37,28 +37,28 @@ constexpr std::string_view shortName(ExtensionModuleName module) {
 CarouselCoordinator::CarouselCoordinator(const Logger& logger, CarouselCollaborators collaborators)
     : logger_(logger), with_(std::move(collaborators)) {}
 
-void CarouselCoordinator::startWith(std::shared_ptr<const platform::UNNotificationRequest> request) {
+void CarouselCoordinator::startWith(std::shared_ptr<const QXPlatform::UNNotificationRequest> request) {
   carouselVC_ = with_.makeScreen();
   carouselVC_->setDelegate(weak_from_this());
   refreshWith(std::move(request));
 }
 
-void CarouselCoordinator::refreshWith(std::shared_ptr<const platform::UNNotificationRequest> request) {
+void CarouselCoordinator::refreshWith(std::shared_ptr<const QXPlatform::UNNotificationRequest> request) {
   notificationRequest_ = std::move(request);
   load();
 }
 
-std::shared_ptr<platform::UIViewController> CarouselCoordinator::primaryViewController() const {
+std::shared_ptr<QXPlatform::UIViewController> CarouselCoordinator::primaryViewController() const {
   if (carouselVC_ == nullptr) return nullptr;
   return {carouselVC_, &carouselVC_->viewController()};
 }
 
-platform::UNNotificationContentExtensionResponseOption CarouselCoordinator::responseOptionFor(
-    const platform::UNNotificationResponse& /*response*/) const {
+QXPlatform::UNNotificationContentExtensionResponseOption CarouselCoordinator::responseOptionFor(
+    const QXPlatform::UNNotificationResponse& /*response*/) const {
   logger_.debug(kCategory,
                 "CarouselCoordinator default UNNotificationContentExtensionResponseOption is "
                 "dismissAndForwardAction");
-  return platform::UNNotificationContentExtensionResponseOption::dismissAndForwardAction;
+  return QXPlatform::UNNotificationContentExtensionResponseOption::dismissAndForwardAction;
 }
 
 void CarouselCoordinator::load() {
@@ -139,7 +139,7 @@ void CarouselCoordinator::saveClick(const std::string& uniqueId, const std::stri
   if (!click) return;
   const auto context =
       AppGroupSDK::PNContextUtils::parseContextInfoFromContent(*notificationRequest_->content);
-  for (const ExtensionModuleName module : rawValues(platform::RawValuesOf<ExtensionModuleName>())) {
+  for (const ExtensionModuleName module : rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>())) {
     const auto storage = with_.clickStorageFactory->createStorage(module, context);
     if (storage == nullptr) continue;
     const bool saved = storage->save(*click);

@@ -13,7 +13,7 @@
 #include "QXExtensionSDK/content/MainDispatch.h"
 #include "QXExtensionSDK/payload/CarouselModel.h"
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
@@ -37,11 +37,11 @@ class CarouselCoordinator final : public Coordinator,
   CarouselCoordinator(const Logger& logger, CarouselCollaborators collaborators);
 
   // REQUIRES for refreshWith(): after startWith().
-  void startWith(std::shared_ptr<const platform::UNNotificationRequest> request) override;
-  void refreshWith(std::shared_ptr<const platform::UNNotificationRequest> request) override;
-  std::shared_ptr<platform::UIViewController> primaryViewController() const override;
-  platform::UNNotificationContentExtensionResponseOption responseOptionFor(
-      const platform::UNNotificationResponse& response) const override;
+  void startWith(std::shared_ptr<const QXPlatform::UNNotificationRequest> request) override;
+  void refreshWith(std::shared_ptr<const QXPlatform::UNNotificationRequest> request) override;
+  std::shared_ptr<QXPlatform::UIViewController> primaryViewController() const override;
+  QXPlatform::UNNotificationContentExtensionResponseOption responseOptionFor(
+      const QXPlatform::UNNotificationResponse& response) const override;
 
   void backButtonTapped() override;
   void nextButtonTapped() override;
@@ -64,7 +64,7 @@ class CarouselCoordinator final : public Coordinator,
   const CarouselCollaborators with_;
   std::shared_ptr<CarouselScreen> carouselVC_;
   std::int64_t currentSelectedPanelIndex_ = 0;
-  std::shared_ptr<const platform::UNNotificationRequest> notificationRequest_;
+  std::shared_ptr<const QXPlatform::UNNotificationRequest> notificationRequest_;
   // Absent when the request could not be shown.
   std::optional<CarouselModel> model_;
 };

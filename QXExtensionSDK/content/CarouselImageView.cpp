@@ -9,9 +9,9 @@
 #include <utility>
 
 #include "QXExtensionSDK/content/ViewConversions.h"
-#include "platform/ui/Accessibility.h"
-#include "platform/ui/Appearance.h"
-#include "platform/ui/TemplateImage.h"
+#include "QXPlatform/ui/Accessibility.h"
+#include "QXPlatform/ui/Appearance.h"
+#include "QXPlatform/ui/TemplateImage.h"
 
 namespace QXExtensionSDK {
 
@@ -48,7 +48,7 @@ class FailureImageView final : public QWidget {
  public:
   explicit FailureImageView(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    platform::setAccessibility(*this, {.role = QAccessible::Graphic, .isElement = false});
+    QXPlatform::setAccessibility(*this, {.role = QAccessible::Graphic, .isElement = false});
     hide();
   }
 
@@ -60,7 +60,7 @@ class FailureImageView final : public QWidget {
  protected:
   void paintEvent(QPaintEvent* /*event*/) override {
     QPainter painter(this);
-    platform::drawTemplateImage(painter, bundleImage("failure_image"), rect(), color_);
+    QXPlatform::drawTemplateImage(painter, bundleImage("failure_image"), rect(), color_);
   }
 
  private:
@@ -69,20 +69,20 @@ class FailureImageView final : public QWidget {
 
 }  // namespace
 
-CarouselImageView::CarouselImageView(std::shared_ptr<platform::URLSession> session,
+CarouselImageView::CarouselImageView(std::shared_ptr<QXPlatform::URLSession> session,
                                      CarouselImageViewDelegate& delegate, const Logger& logger,
                                      QWidget* parent)
     : QWidget(parent),
       session_(std::move(session)),
       delegate_(delegate),
       logger_(logger),
-      spinnerView_(new platform::UIActivityIndicatorView(this)),
+      spinnerView_(new QXPlatform::UIActivityIndicatorView(this)),
       failureImageView_(new FailureImageView(this)),
-      altTextLabel_(new platform::UILabel(kAltTextLines, this)) {
+      altTextLabel_(new QXPlatform::UILabel(kAltTextLines, this)) {
   setAttribute(Qt::WA_TransparentForMouseEvents);
-  platform::setAccessibility(*this, {QAccessible::Graphic, {}});
+  QXPlatform::setAccessibility(*this, {QAccessible::Graphic, {}});
   // It is the image's name.
-  platform::setAccessibility(*altTextLabel_, {.role = QAccessible::StaticText, .isElement = false});
+  QXPlatform::setAccessibility(*altTextLabel_, {.role = QAccessible::StaticText, .isElement = false});
   altTextLabel_->hide();
   updateAppearance();
 }
@@ -104,14 +104,14 @@ void CarouselImageView::configure(const MediaComponent& viewModel, std::int64_t 
   layoutSubviews();
   update();
 
-  const auto url = platform::URL::parse(viewModel.url);
+  const auto url = QXPlatform::URL::parse(viewModel.url);
   if (!url) return showFailure(true);
   const bool mayStart =
       imageLoadingState_ == ImageLoadingState::notStarted || imageLoadingState_ == ImageLoadingState::failed;
   if (mayStart && imageDownloadCount_ < kMostDownloads) startDownload(*url);
 }
 
-void CarouselImageView::startDownload(const platform::URL& url) {
+void CarouselImageView::startDownload(const QXPlatform::URL& url) {
   logger_.debug(LogCategory::ui, "Starting image download for panel index=", panelIndex_);
   ++imageDownloadCount_;
   showFailure(false);
@@ -159,7 +159,7 @@ void CarouselImageView::showFailure(bool isFailure) {
 }
 
 void CarouselImageView::updateAppearance() {
-  const bool isDark = platform::userInterfaceStyle(*this) == platform::UserInterfaceStyle::dark;
+  const bool isDark = QXPlatform::userInterfaceStyle(*this) == QXPlatform::UserInterfaceStyle::dark;
   spinnerView_->setColor(toQColor(isDark ? kSpinnerColorInDark : kSpinnerColor));
 }
 
@@ -207,7 +207,7 @@ void CarouselImageView::paintEvent(QPaintEvent* /*event*/) {
   constexpr double kHalfBorder = 0.5;
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  const QPainterPath frame = platform::continuousRoundedRect(
+  const QPainterPath frame = QXPlatform::continuousRoundedRect(
       QRectF(rect()).adjusted(kHalfBorder, kHalfBorder, -kHalfBorder, -kHalfBorder),
       kCornerRadius - kHalfBorder);
   painter.fillPath(frame, backgroundColor_);

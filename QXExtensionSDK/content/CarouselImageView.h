@@ -10,10 +10,10 @@
 #include "QXExtensionSDK/content/CarouselImageViewDelegate.h"
 #include "QXExtensionSDK/content/ImageDownload.h"
 #include "QXExtensionSDK/content/PanelItemComponent.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/network/URLSession.h"
-#include "platform/ui/UIActivityIndicatorView.h"
-#include "platform/ui/UILabel.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/network/URLSession.h"
+#include "QXPlatform/ui/UIActivityIndicatorView.h"
+#include "QXPlatform/ui/UILabel.h"
 
 namespace QXExtensionSDK {
 
@@ -24,7 +24,7 @@ enum class ImageLoadingState : std::uint8_t { notStarted, downloading, success, 
 class CarouselImageView final : public QWidget {
  public:
   // The delegate must outlive the view.
-  CarouselImageView(std::shared_ptr<platform::URLSession> session, CarouselImageViewDelegate& delegate,
+  CarouselImageView(std::shared_ptr<QXPlatform::URLSession> session, CarouselImageViewDelegate& delegate,
                     const Logger& logger, QWidget* parent);
   ~CarouselImageView() override;
 
@@ -41,7 +41,7 @@ class CarouselImageView final : public QWidget {
   void changeEvent(QEvent* event) override;
 
  private:
-  void startDownload(const platform::URL& url);
+  void startDownload(const QXPlatform::URL& url);
   void downloadCompleted(const ImageDownloadResult& result);
   void logFailure(const ImageDownloadResult& result) const;
   void showFailure(bool isFailure);
@@ -49,7 +49,7 @@ class CarouselImageView final : public QWidget {
   void paintAltTextBacking(QPainter& painter) const;
   void layoutSubviews();
 
-  const std::shared_ptr<platform::URLSession> session_;
+  const std::shared_ptr<QXPlatform::URLSession> session_;
   CarouselImageViewDelegate& delegate_;
   const Logger& logger_;
   std::int64_t panelIndex_ = 0;
@@ -60,9 +60,9 @@ class CarouselImageView final : public QWidget {
 
   QColor backgroundColor_;
   QBrush image_;
-  platform::UIActivityIndicatorView* spinnerView_;
+  QXPlatform::UIActivityIndicatorView* spinnerView_;
   QWidget* failureImageView_;
-  platform::UILabel* altTextLabel_;
+  QXPlatform::UILabel* altTextLabel_;
 };
 
 }  // namespace QXExtensionSDK

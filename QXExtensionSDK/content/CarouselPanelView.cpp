@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "QXExtensionSDK/content/ViewConversions.h"
-#include "platform/ui/Accessibility.h"
-#include "platform/ui/Appearance.h"
+#include "QXPlatform/ui/Accessibility.h"
+#include "QXPlatform/ui/Appearance.h"
 
 namespace QXExtensionSDK {
 
@@ -29,8 +29,8 @@ QRect imageRect(int panelWidth) {
 
 int textHeight(const std::optional<TextComponent>& text, int width, int numberOfLines) {
   if (!text) return 0;
-  return platform::UILabel::heightForText(QString::fromStdString(text->text), toQFont(text->font), width,
-                                          numberOfLines);
+  return QXPlatform::UILabel::heightForText(QString::fromStdString(text->text), toQFont(text->font), width,
+                                            numberOfLines);
 }
 
 int textWidth(int panelWidth) {
@@ -43,24 +43,24 @@ int subTitleTop(const PanelTextLayout& layout) {
   return layout.titleHeight + (hasBoth ? kTextSpacing : 0);
 }
 
-void configureOrHide(platform::UILabel& label, const std::optional<TextComponent>& component) {
+void configureOrHide(QXPlatform::UILabel& label, const std::optional<TextComponent>& component) {
   label.setVisible(component.has_value());
   if (component) configureLabel(label, *component);
 }
 
 }  // namespace
 
-CarouselPanelView::CarouselPanelView(std::shared_ptr<platform::URLSession> session,
+CarouselPanelView::CarouselPanelView(std::shared_ptr<QXPlatform::URLSession> session,
                                      CarouselImageViewDelegate& delegate, const Logger& logger,
                                      QWidget* parent)
     : QWidget(parent),
       imageView_(new CarouselImageView(std::move(session), delegate, logger, this)),
-      titleLabel_(new platform::UILabel(kTitleLines, this)),
-      subTitleLabel_(new platform::UILabel(kSubTitleLines, this)) {
+      titleLabel_(new QXPlatform::UILabel(kTitleLines, this)),
+      subTitleLabel_(new QXPlatform::UILabel(kSubTitleLines, this)) {
   setAttribute(Qt::WA_TransparentForMouseEvents);
   // The texts are the name of the button that the panel stands in.
   for (QWidget* label : {titleLabel_, subTitleLabel_}) {
-    platform::setAccessibility(*label, {.role = QAccessible::StaticText, .isElement = false});
+    QXPlatform::setAccessibility(*label, {.role = QAccessible::StaticText, .isElement = false});
   }
 }
 
@@ -112,7 +112,7 @@ void CarouselPanelView::layoutSubviews() {
 void CarouselPanelView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillPath(platform::continuousRoundedRect(rect(), kCornerRadius), panelColor_);
+  painter.fillPath(QXPlatform::continuousRoundedRect(rect(), kCornerRadius), panelColor_);
 }
 
 }  // namespace QXExtensionSDK

@@ -22,7 +22,7 @@ struct PanelTextLayout {
 class CarouselPanelView final : public QWidget {
  public:
   // The delegate must outlive the view.
-  CarouselPanelView(std::shared_ptr<platform::URLSession> session, CarouselImageViewDelegate& delegate,
+  CarouselPanelView(std::shared_ptr<QXPlatform::URLSession> session, CarouselImageViewDelegate& delegate,
                     const Logger& logger, QWidget* parent);
 
   void setFrame(const QRect& frame);
@@ -46,8 +46,8 @@ class CarouselPanelView final : public QWidget {
   QColor panelColor_;
   PanelTextLayout textLayout_;
   CarouselImageView* imageView_;
-  platform::UILabel* titleLabel_;
-  platform::UILabel* subTitleLabel_;
+  QXPlatform::UILabel* titleLabel_;
+  QXPlatform::UILabel* subTitleLabel_;
 };
 
 }  // namespace QXExtensionSDK

@@ -7,7 +7,7 @@
 #include "QXExtensionSDK/content/CarouselViewModel.h"
 #include "QXExtensionSDK/payload/CarouselDefaultValue.h"
 #include "QXExtensionSDK/payload/CarouselModel.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 

@@ -6,10 +6,10 @@
 #include "QXExtensionSDK/content/CarouselViewControllerDelegate.h"
 #include "QXExtensionSDK/content/CarouselViewModel.h"
 
-namespace platform {
+namespace QXPlatform {
 class NSExtensionContext;
 class UIViewController;
-}  // namespace platform
+}  // namespace QXPlatform
 
 namespace QXExtensionSDK {
 
@@ -31,9 +31,9 @@ class CarouselScreen {
   virtual void collapse() = 0;
 
   // Null outside an extension.
-  virtual platform::NSExtensionContext* extensionContext() const = 0;
+  virtual QXPlatform::NSExtensionContext* extensionContext() const = 0;
   // The controller to embed, which is this screen's own.
-  virtual platform::UIViewController& viewController() = 0;
+  virtual QXPlatform::UIViewController& viewController() = 0;
 };
 
 // Makes an empty screen.

@@ -7,7 +7,7 @@
 #include <limits>
 #include <utility>
 
-#include "platform/ui/Accessibility.h"
+#include "QXPlatform/ui/Accessibility.h"
 
 namespace QXExtensionSDK {
 
@@ -55,7 +55,8 @@ QString spoken(const PanelItemComponent& panel) {
 }  // namespace
 
 CarouselViewController::CarouselViewController(const Logger& logger)
-    : logger_(logger), session_(std::make_shared<platform::URLSession>(platform::URLSessionConfiguration())) {
+    : logger_(logger),
+      session_(std::make_shared<QXPlatform::URLSession>(QXPlatform::URLSessionConfiguration())) {
   timer_.setTimerType(Qt::PreciseTimer);
   QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { timerFired(); });
 }
@@ -69,12 +70,12 @@ void CarouselViewController::setDelegate(std::weak_ptr<CarouselViewControllerDel
 void CarouselViewController::viewDidLoad() {
   QWidget& root = view();
   root.setAutoFillBackground(true);
-  platform::setAccessibility(root, {QAccessible::Grouping, {}});
+  QXPlatform::setAccessibility(root, {QAccessible::Grouping, {}});
   root.setAccessibleName(text("Carousel"));
   contentView_ = new CarouselContentView([this] { tapGesturePerformed(); }, &root);
   buttonContentView_ = new QWidget(&root);
-  platform::setAccessibility(*buttonContentView_, {.role = QAccessible::Whitespace});
-  pageControl_ = new platform::UIPageControl(buttonContentView_);
+  QXPlatform::setAccessibility(*buttonContentView_, {.role = QAccessible::Whitespace});
+  pageControl_ = new QXPlatform::UIPageControl(buttonContentView_);
   // Over the bar, since their touch areas reach beyond it.
   backButton_ = new CarouselButton("left_arrow_enabled", "left_arrow_disabled", &root);
   nextButton_ = new CarouselButton("right_arrow_enabled", "right_arrow_disabled", &root);
@@ -205,21 +206,21 @@ void CarouselViewController::traitCollectionDidChange() {
   if (contentView_ != nullptr) layoutSubviews();
 }
 
-bool CarouselViewController::pressesBegan(platform::UIKey key) {
+bool CarouselViewController::pressesBegan(QXPlatform::UIKey key) {
   const bool isMirrored = view().layoutDirection() == Qt::RightToLeft;
   switch (key) {
-    case platform::UIKey::left:
-    case platform::UIKey::right:
-      if (isMirrored == (key == platform::UIKey::left)) {
+    case QXPlatform::UIKey::left:
+    case QXPlatform::UIKey::right:
+      if (isMirrored == (key == QXPlatform::UIKey::left)) {
         nextButtonTapped();
       } else {
         backButtonTapped();
       }
       return true;
-    case platform::UIKey::returnOrEnter:
+    case QXPlatform::UIKey::returnOrEnter:
       tapGesturePerformed();
       return true;
-    case platform::UIKey::other:
+    case QXPlatform::UIKey::other:
       return false;
   }
   return false;
@@ -251,7 +252,7 @@ void CarouselViewController::measurePanels(int width) {
   if (const auto& shown = contentView_->currentPanelView()) shown->setTextLayout(textLayout_);
 }
 
-platform::Size CarouselViewController::neededSize() {
+QXPlatform::Size CarouselViewController::neededSize() {
   constexpr double kCollapsedHeight = 1;
   const bool hasBar = laidOutPanels_ != nullptr && laidOutPanels_->size() >= 2;
   const int height =

@@ -12,16 +12,16 @@
 #include "QXExtensionSDK/content/CarouselPanelView.h"
 #include "QXExtensionSDK/content/CarouselScreen.h"
 #include "QXExtensionSDK/content/CarouselTimerRules.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/network/URLSession.h"
-#include "platform/ui/UIPageControl.h"
-#include "platform/ui/UIViewController.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/network/URLSession.h"
+#include "QXPlatform/ui/UIPageControl.h"
+#include "QXPlatform/ui/UIViewController.h"
 
 namespace QXExtensionSDK {
 
 // The carousel screen: one panel at a time, the arrows and the page indicator under it. All panels take the
 // same height. Main thread.
-class CarouselViewController final : public platform::UIViewController,
+class CarouselViewController final : public QXPlatform::UIViewController,
                                      public CarouselScreen,
                                      private CarouselImageViewDelegate {
  public:
@@ -32,10 +32,10 @@ class CarouselViewController final : public platform::UIViewController,
   void apply(const CarouselViewModel& viewModel) override;
   const CarouselViewModel& viewModel() const override { return viewModel_; }
   void collapse() override;
-  platform::NSExtensionContext* extensionContext() const override {
+  QXPlatform::NSExtensionContext* extensionContext() const override {
     return UIViewController::extensionContext();
   }
-  platform::UIViewController& viewController() override { return *this; }
+  QXPlatform::UIViewController& viewController() override { return *this; }
 
   bool isCollapsed() const { return isCollapsed_; }
   TimerState timerState() const { return timerRules_.state(); }
@@ -54,7 +54,7 @@ class CarouselViewController final : public platform::UIViewController,
   void viewDidLoad() override;
   void viewDidLayoutSubviews() override;
   void traitCollectionDidChange() override;
-  bool pressesBegan(platform::UIKey key) override;
+  bool pressesBegan(QXPlatform::UIKey key) override;
 
  private:
   void imageDownloadCompleted(std::int64_t panelIndex) override;
@@ -72,7 +72,7 @@ class CarouselViewController final : public platform::UIViewController,
   void runTimerRules();
   void layoutSubviews();
   void measurePanels(int width);
-  platform::Size neededSize();
+  QXPlatform::Size neededSize();
 
   const Logger& logger_;
   std::weak_ptr<CarouselViewControllerDelegate> delegate_;
@@ -80,7 +80,7 @@ class CarouselViewController final : public platform::UIViewController,
   bool isCollapsed_ = false;
   CarouselTimerRules timerRules_;
   QTimer timer_;
-  const std::shared_ptr<platform::URLSession> session_;
+  const std::shared_ptr<QXPlatform::URLSession> session_;
   // One a panel that there was last, made when the panel is first shown.
   std::vector<std::shared_ptr<CarouselPanelView>> panelViews_;
   // The panels that the screen is laid out for: the view model's, except while its index leads to none of
@@ -93,7 +93,7 @@ class CarouselViewController final : public platform::UIViewController,
   // Owned by the view.
   CarouselContentView* contentView_ = nullptr;
   QWidget* buttonContentView_ = nullptr;
-  platform::UIPageControl* pageControl_ = nullptr;
+  QXPlatform::UIPageControl* pageControl_ = nullptr;
   CarouselButton* backButton_ = nullptr;
   CarouselButton* nextButton_ = nullptr;
 };

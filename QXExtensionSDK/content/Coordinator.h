@@ -2,12 +2,12 @@
 
 #include <memory>
 
-#include "platform/notifications/UNNotificationContentExtension.h"
-#include "platform/notifications/UNNotificationRequest.h"
+#include "QXPlatform/notifications/UNNotificationContentExtension.h"
+#include "QXPlatform/notifications/UNNotificationRequest.h"
 
-namespace platform {
+namespace QXPlatform {
 class UIViewController;
-}  // namespace platform
+}  // namespace QXPlatform
 
 namespace QXExtensionSDK {
 
@@ -17,13 +17,13 @@ class Coordinator {
   virtual ~Coordinator() = default;
 
   // Makes the screen and shows the notification.
-  virtual void startWith(std::shared_ptr<const platform::UNNotificationRequest> request) = 0;
+  virtual void startWith(std::shared_ptr<const QXPlatform::UNNotificationRequest> request) = 0;
   // Shows another notification on the same screen.
-  virtual void refreshWith(std::shared_ptr<const platform::UNNotificationRequest> request) = 0;
+  virtual void refreshWith(std::shared_ptr<const QXPlatform::UNNotificationRequest> request) = 0;
   // The controller to embed; null before startWith().
-  virtual std::shared_ptr<platform::UIViewController> primaryViewController() const = 0;
-  virtual platform::UNNotificationContentExtensionResponseOption responseOptionFor(
-      const platform::UNNotificationResponse& response) const = 0;
+  virtual std::shared_ptr<QXPlatform::UIViewController> primaryViewController() const = 0;
+  virtual QXPlatform::UNNotificationContentExtensionResponseOption responseOptionFor(
+      const QXPlatform::UNNotificationResponse& response) const = 0;
 };
 
 // Chooses the coordinator for a notification.
@@ -33,7 +33,7 @@ class CoordinatorFactory {
 
   // Null when no screen can show the notification.
   virtual std::shared_ptr<Coordinator> createCoordinatorUsing(
-      const platform::UNNotificationRequest& request) const = 0;
+      const QXPlatform::UNNotificationRequest& request) const = 0;
 };
 
 }  // namespace QXExtensionSDK

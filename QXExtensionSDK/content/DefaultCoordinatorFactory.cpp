@@ -2,12 +2,12 @@
 
 #include "QXExtensionSDK/content/CarouselCoordinator.h"
 #include "QXExtensionSDK/payload/ViewTemplateCheck.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
 std::shared_ptr<Coordinator> DefaultCoordinatorFactory::createCoordinatorUsing(
-    const platform::UNNotificationRequest& request) const {
+    const QXPlatform::UNNotificationRequest& request) const {
   const Logger& logger = Logger::content();
   if (checkViewTemplate(request, logger) != ViewTemplateType::carousel) {
     logger.error(LogCategory::contentGeneral, "Invalid View Template Type");

@@ -17,7 +17,7 @@ class DefaultCoordinatorFactory final : public CoordinatorFactory {
       : makeScreen_(std::move(makeScreen)), dispatchMain_(std::move(dispatchMain)) {}
 
   std::shared_ptr<Coordinator> createCoordinatorUsing(
-      const platform::UNNotificationRequest& request) const override;
+      const QXPlatform::UNNotificationRequest& request) const override;
 
  private:
   CarouselScreenFactory makeScreen_;

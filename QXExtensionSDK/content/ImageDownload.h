@@ -8,8 +8,8 @@
 #include <memory>
 #include <optional>
 
-#include "platform/foundation/Data.h"
-#include "platform/network/URLSession.h"
+#include "QXPlatform/foundation/Data.h"
+#include "QXPlatform/network/URLSession.h"
 
 namespace QXExtensionSDK {
 
@@ -19,7 +19,7 @@ struct ImageDownloadResult {
 
   Kind kind;
   QImage image = {};
-  std::optional<platform::URLError> error = {};
+  std::optional<QXPlatform::URLError> error = {};
 };
 
 // Fetches one image and decodes it at the size it is shown, away from the main thread. Dropping it ends the
@@ -30,7 +30,7 @@ class ImageDownload : public std::enable_shared_from_this<ImageDownload> {
   // In pixels; asked when the bytes are there, since the view may have got its size only meanwhile.
   using PixelSize = std::function<QSize()>;
 
-  static std::shared_ptr<ImageDownload> start(platform::URLSession& session, const platform::URL& url,
+  static std::shared_ptr<ImageDownload> start(QXPlatform::URLSession& session, const QXPlatform::URL& url,
                                               std::chrono::duration<double> requestTimeOut,
                                               PixelSize pixelSize, Completion completion);
   ~ImageDownload();
@@ -40,12 +40,12 @@ class ImageDownload : public std::enable_shared_from_this<ImageDownload> {
  private:
   ImageDownload(PixelSize pixelSize, Completion completion);
 
-  void received(const std::shared_ptr<const platform::Data>& data,
-                const std::optional<platform::URLError>& error);
+  void received(const std::shared_ptr<const QXPlatform::Data>& data,
+                const std::optional<QXPlatform::URLError>& error);
 
   const PixelSize pixelSize_;
   const Completion completion_;
-  std::shared_ptr<platform::URLSessionTask> task_;
+  std::shared_ptr<QXPlatform::URLSessionTask> task_;
 };
 
 }  // namespace QXExtensionSDK

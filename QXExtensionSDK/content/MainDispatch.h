@@ -5,7 +5,7 @@
 namespace QXExtensionSDK {
 
 // Runs work on the main thread, after what that does now; handed in by whoever owns the thread, such as
-// platform::dispatchMainAsync where the view toolkit does.
+// QXPlatform::dispatchMainAsync where the view toolkit does.
 using MainDispatch = std::function<void(std::function<void()>)>;
 
 }  // namespace QXExtensionSDK

@@ -6,7 +6,7 @@
 #include "QXExtensionSDK/payload/Color.h"
 #include "QXExtensionSDK/payload/TextBlock.h"
 #include "QXExtensionSDK/payload/TextStyle.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QXExtensionSDK/runtime/LogLevel.h"
+#include "QXExtensionSDK/runtime/logging/LogLevel.h"
 #include "QXExtensionSDK/service/DefaultRequestTimeout.h"
 
 namespace QXExtensionSDK {

@@ -6,8 +6,8 @@
 #include "QXExtensionSDK/content/CarouselViewController.h"
 #include "QXExtensionSDK/content/DefaultCoordinatorFactory.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/ui/MainQueue.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/ui/MainQueue.h"
 
 namespace QXExtensionSDK {
 
@@ -26,12 +26,12 @@ void VTQXNotificationViewController::viewDidLoad() {
   view().setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
-void VTQXNotificationViewController::didReceiveNotification(const platform::UNNotification& notification) {
+void VTQXNotificationViewController::didReceiveNotification(const QXPlatform::UNNotification& notification) {
   handleNotificationReceived(notification.request);
 }
 
 void VTQXNotificationViewController::handleNotificationReceived(
-    const std::shared_ptr<const platform::UNNotificationRequest>& request) {
+    const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request) {
   setLogLevel();
   if (!VTQXUtility::isVTQXPushNotification(*request)) {
     Logger::content().error(kCategory, "Non VTQX PN in content extension");
@@ -42,8 +42,8 @@ void VTQXNotificationViewController::handleNotificationReceived(
 }
 
 void VTQXNotificationViewController::start(
-    const std::shared_ptr<const platform::UNNotificationRequest>& request) {
-  const DefaultCoordinatorFactory factory(makeCarouselScreen, platform::dispatchMainAsync);
+    const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request) {
+  const DefaultCoordinatorFactory factory(makeCarouselScreen, QXPlatform::dispatchMainAsync);
   auto coordinator = factory.createCoordinatorUsing(*request);
   if (coordinator == nullptr) {
     Logger::content().error(kCategory, "Can't find a suitable Coordinator");
@@ -59,7 +59,7 @@ void VTQXNotificationViewController::start(
   embed(std::move(controller));
 }
 
-void VTQXNotificationViewController::embed(std::shared_ptr<platform::UIViewController> controller) {
+void VTQXNotificationViewController::embed(std::shared_ptr<QXPlatform::UIViewController> controller) {
   addChild(controller);
   QWidget& childView = controller->view();
   childView.setParent(&view());
@@ -74,16 +74,16 @@ void VTQXNotificationViewController::viewDidLayoutSubviews() {
 }
 
 void VTQXNotificationViewController::preferredContentSizeDidChangeForChildContentContainer(
-    platform::UIViewController& child) {
+    QXPlatform::UIViewController& child) {
   UIViewController::preferredContentSizeDidChangeForChildContentContainer(child);
   if (coordinatorVC_ != nullptr) setPreferredContentSize(coordinatorVC_->preferredContentSize());
 }
 
 void VTQXNotificationViewController::didReceiveNotificationResponse(
-    const platform::UNNotificationResponse& response, const ResponseCompletion& completionHandler) {
+    const QXPlatform::UNNotificationResponse& response, const ResponseCompletion& completionHandler) {
   const auto option = coordinator_ != nullptr
                           ? coordinator_->responseOptionFor(response)
-                          : platform::UNNotificationContentExtensionResponseOption::doNotDismiss;
+                          : QXPlatform::UNNotificationContentExtensionResponseOption::doNotDismiss;
   Logger::content().debug(kCategory, "VTQXNotificationViewController notification response option is=",
                           static_cast<unsigned long>(option));
   completionHandler(option);

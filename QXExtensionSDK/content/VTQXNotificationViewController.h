@@ -4,20 +4,20 @@
 
 #include "QXExtensionSDK/content/Coordinator.h"
 #include "QXExtensionSDK/content/VTContentExtensionConfig.h"
-#include "platform/notifications/UNNotificationContentExtension.h"
-#include "platform/ui/UIViewController.h"
+#include "QXPlatform/notifications/UNNotificationContentExtension.h"
+#include "QXPlatform/ui/UIViewController.h"
 
 namespace QXExtensionSDK {
 
 // The host's content extension: draws an expanded notification of this system, and takes no room for any
 // other. A host may subclass it to supply its configuration. Main thread.
-class VTQXNotificationViewController : public platform::UIViewController,
-                                       public platform::UNNotificationContentExtension {
+class VTQXNotificationViewController : public QXPlatform::UIViewController,
+                                       public QXPlatform::UNNotificationContentExtension {
  public:
-  void didReceiveNotification(const platform::UNNotification& notification) override;
-  void didReceiveNotificationResponse(const platform::UNNotificationResponse& response,
+  void didReceiveNotification(const QXPlatform::UNNotification& notification) override;
+  void didReceiveNotificationResponse(const QXPlatform::UNNotificationResponse& response,
                                       const ResponseCompletion& completionHandler) override;
-  void handleNotificationReceived(const std::shared_ptr<const platform::UNNotificationRequest>& request);
+  void handleNotificationReceived(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request);
 
   // Takes all the room that there is.
   void viewDidLoad() override;
@@ -31,21 +31,21 @@ class VTQXNotificationViewController : public platform::UIViewController,
 
   const std::shared_ptr<Coordinator>& coordinator() const { return coordinator_; }
   void setCoordinator(std::shared_ptr<Coordinator> coordinator) { coordinator_ = std::move(coordinator); }
-  const std::shared_ptr<platform::UIViewController>& coordinatorVC() const { return coordinatorVC_; }
-  void setCoordinatorVC(std::shared_ptr<platform::UIViewController> controller) {
+  const std::shared_ptr<QXPlatform::UIViewController>& coordinatorVC() const { return coordinatorVC_; }
+  void setCoordinatorVC(std::shared_ptr<QXPlatform::UIViewController> controller) {
     coordinatorVC_ = std::move(controller);
   }
 
  protected:
   void viewDidLayoutSubviews() override;
-  void preferredContentSizeDidChangeForChildContentContainer(platform::UIViewController& child) override;
+  void preferredContentSizeDidChangeForChildContentContainer(QXPlatform::UIViewController& child) override;
 
  private:
-  void start(const std::shared_ptr<const platform::UNNotificationRequest>& request);
-  void embed(std::shared_ptr<platform::UIViewController> controller);
+  void start(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request);
+  void embed(std::shared_ptr<QXPlatform::UIViewController> controller);
 
   std::shared_ptr<Coordinator> coordinator_;
-  std::shared_ptr<platform::UIViewController> coordinatorVC_;
+  std::shared_ptr<QXPlatform::UIViewController> coordinatorVC_;
 };
 
 }  // namespace QXExtensionSDK

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "platform/ui/Appearance.h"
+#include "QXPlatform/ui/Appearance.h"
 
 // Pulls the images out of a static library; must stand outside every namespace.
 static void loadBundleImages() {
@@ -13,28 +13,28 @@ namespace QXExtensionSDK {
 
 namespace {
 
-platform::SystemFontStyle toSystemStyle(FontStyle style) {
+QXPlatform::SystemFontStyle toSystemStyle(FontStyle style) {
   switch (style) {
     case FontStyle::regular:
-      return platform::SystemFontStyle::regular;
+      return QXPlatform::SystemFontStyle::regular;
     case FontStyle::bold:
-      return platform::SystemFontStyle::bold;
+      return QXPlatform::SystemFontStyle::bold;
     case FontStyle::italic:
-      return platform::SystemFontStyle::italic;
+      return QXPlatform::SystemFontStyle::italic;
   }
-  return platform::SystemFontStyle::regular;
+  return QXPlatform::SystemFontStyle::regular;
 }
 
-platform::UILabel::Alignment toLabelAlignment(TextAlignment alignment) {
+QXPlatform::UILabel::Alignment toLabelAlignment(TextAlignment alignment) {
   switch (alignment) {
     case TextAlignment::beginning:
-      return platform::UILabel::Alignment::leading;
+      return QXPlatform::UILabel::Alignment::leading;
     case TextAlignment::center:
-      return platform::UILabel::Alignment::center;
+      return QXPlatform::UILabel::Alignment::center;
     case TextAlignment::end:
-      return platform::UILabel::Alignment::trailing;
+      return QXPlatform::UILabel::Alignment::trailing;
   }
-  return platform::UILabel::Alignment::leading;
+  return QXPlatform::UILabel::Alignment::leading;
 }
 
 }  // namespace
@@ -45,10 +45,10 @@ QColor toQColor(Color color) {
 }
 
 QFont toQFont(const Font& font) {
-  return platform::systemFont(toSystemStyle(font.style), font.pointSize);
+  return QXPlatform::systemFont(toSystemStyle(font.style), font.pointSize);
 }
 
-void configureLabel(platform::UILabel& label, const TextComponent& component) {
+void configureLabel(QXPlatform::UILabel& label, const TextComponent& component) {
   label.setText(QString::fromStdString(component.text));
   label.setTextFont(toQFont(component.font));
   label.setTextColor(toQColor(component.textColor));

@@ -6,7 +6,7 @@
 
 #include "QXExtensionSDK/content/TextComponent.h"
 #include "QXExtensionSDK/payload/Color.h"
-#include "platform/ui/UILabel.h"
+#include "QXPlatform/ui/UILabel.h"
 
 namespace QXExtensionSDK {
 
@@ -15,7 +15,7 @@ QColor toQColor(Color color);
 QFont toQFont(const Font& font);
 
 // Shows the text in the label.
-void configureLabel(platform::UILabel& label, const TextComponent& component);
+void configureLabel(QXPlatform::UILabel& label, const TextComponent& component);
 
 // A vector image of the framework's bundle, such as "failure_image".
 QString bundleImage(const char* name);

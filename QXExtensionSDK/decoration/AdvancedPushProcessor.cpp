@@ -10,9 +10,9 @@ namespace QXExtensionSDK {
 namespace {
 
 // The freshly inflated payload before the one that the push carried plainly.
-std::optional<platform::Dictionary> richFeatures(const UserInfoChanges& changes,
-                                                 const platform::Dictionary& userInfo) {
-  const platform::Value* value = changes ? changes->find(kRichFeaturesKey) : nullptr;
+std::optional<QXPlatform::Dictionary> richFeatures(const UserInfoChanges& changes,
+                                                   const QXPlatform::Dictionary& userInfo) {
+  const QXPlatform::Value* value = changes ? changes->find(kRichFeaturesKey) : nullptr;
   if (value == nullptr || !value->isDictionary()) value = userInfo.find(kRichFeaturesKey);
   return value != nullptr ? value->dictionary() : std::nullopt;
 }
@@ -32,8 +32,8 @@ void AdvancedPushProcessor::setConfigDelegate(std::weak_ptr<const ServiceExtensi
   configDelegate_ = std::move(delegate);
 }
 
-void AdvancedPushProcessor::process(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-                                    const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+void AdvancedPushProcessor::process(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+                                    const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                                     ProcessingCompletion completion) {
   if (!shouldProceed(*request, description())) {
     completion(std::nullopt);

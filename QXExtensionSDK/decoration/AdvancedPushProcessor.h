@@ -4,10 +4,10 @@
 #include <string_view>
 
 #include "QXExtensionSDK/decoration/ButtonRegistrationDecorator.h"
-#include "QXExtensionSDK/runtime/AsyncProcessing.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "QXExtensionSDK/runtime/ServiceExtensionConfigProviding.h"
-#include "QXExtensionSDK/runtime/UserInfoDecorating.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXExtensionSDK/runtime/processing/AsyncProcessing.h"
+#include "QXExtensionSDK/runtime/processing/ServiceExtensionConfigProviding.h"
+#include "QXExtensionSDK/runtime/processing/UserInfoDecorating.h"
 
 namespace QXExtensionSDK {
 
@@ -21,8 +21,8 @@ class AdvancedPushProcessor final : public AsyncProcessing, public ConfigurableV
                         const Logger& logger);
 
   void setConfigDelegate(std::weak_ptr<const ServiceExtensionConfigProviding> delegate) override;
-  void process(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-               const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+  void process(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+               const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                ProcessingCompletion completion) override;
   std::string_view description() const override { return "AdvancedPushProcessor"; }
 

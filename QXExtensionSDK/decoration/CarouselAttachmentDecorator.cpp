@@ -4,7 +4,7 @@
 #include <system_error>
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
@@ -12,8 +12,8 @@ namespace {
 
 constexpr auto kAttachmentIdentifier = "SomeAttachmentId";
 
-void attachFile(const platform::URL& file, platform::UNMutableNotificationContent& content) {
-  auto attachment = platform::UNNotificationAttachment::make(kAttachmentIdentifier, file);
+void attachFile(const QXPlatform::URL& file, QXPlatform::UNMutableNotificationContent& content) {
+  auto attachment = QXPlatform::UNNotificationAttachment::make(kAttachmentIdentifier, file);
   if (!attachment) {
     Logger::service().debug(LogCategory::carouselAttachment,
                             "Attachment creation failure: ", attachment.error());
@@ -31,8 +31,8 @@ CarouselAttachmentDecorator::CarouselAttachmentDecorator(std::unique_ptr<const M
     : extractor_(std::move(extractor)), downloader_(std::move(downloader)) {}
 
 void CarouselAttachmentDecorator::decorate(
-    const std::shared_ptr<platform::UNMutableNotificationContent>& content,
-    const platform::Dictionary& richFeatures, UserInfoChanges changes,
+    const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
+    const QXPlatform::Dictionary& richFeatures, UserInfoChanges changes,
     ProcessingCompletion completion) const {
   const auto url = extractor_->mediaURL(richFeatures);
   if (!url) {
@@ -41,15 +41,15 @@ void CarouselAttachmentDecorator::decorate(
     return;
   }
   // The download may outlive this object, so the completion holds all that it needs.
-  downloader_->download(*url, [content, changes = std::move(changes),
-                               completion = std::move(completion)](const std::optional<platform::URL>& file) {
+  downloader_->download(*url, [content, changes = std::move(changes), completion = std::move(completion)](
+                                  const std::optional<QXPlatform::URL>& file) {
     if (file) attachFile(*file, *content);
     completion(changes);
   });
 }
 
-void CarouselAttachmentDecorator::attach(const platform::URL& file,
-                                         platform::UNMutableNotificationContent& content) const {
+void CarouselAttachmentDecorator::attach(const QXPlatform::URL& file,
+                                         QXPlatform::UNMutableNotificationContent& content) const {
   attachFile(file, content);
 }
 

@@ -4,7 +4,7 @@
 
 #include "QXExtensionSDK/decoration/MediaDownloader.h"
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
-#include "QXExtensionSDK/runtime/UserInfoDecorating.h"
+#include "QXExtensionSDK/runtime/processing/UserInfoDecorating.h"
 
 namespace QXExtensionSDK {
 
@@ -13,7 +13,8 @@ class NotificationAttachmentDecorator {
  public:
   virtual ~NotificationAttachmentDecorator() = default;
   // On failure the content stays as it is and the file is removed.
-  virtual void attach(const platform::URL& file, platform::UNMutableNotificationContent& content) const = 0;
+  virtual void attach(const QXPlatform::URL& file,
+                      QXPlatform::UNMutableNotificationContent& content) const = 0;
 };
 
 // Shows the carousel's first image as the notification's thumbnail. Whatever fails on the way, the
@@ -24,10 +25,10 @@ class CarouselAttachmentDecorator final : public AsyncUserInfoDecorator,
   CarouselAttachmentDecorator(std::unique_ptr<const MediaURLExtractable> extractor,
                               std::unique_ptr<MediaDownloader> downloader);
 
-  void decorate(const std::shared_ptr<platform::UNMutableNotificationContent>& content,
-                const platform::Dictionary& richFeatures, UserInfoChanges changes,
+  void decorate(const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
+                const QXPlatform::Dictionary& richFeatures, UserInfoChanges changes,
                 ProcessingCompletion completion) const override;
-  void attach(const platform::URL& file, platform::UNMutableNotificationContent& content) const override;
+  void attach(const QXPlatform::URL& file, QXPlatform::UNMutableNotificationContent& content) const override;
 
  private:
   const std::unique_ptr<const MediaURLExtractable> extractor_;

@@ -4,10 +4,10 @@
 
 namespace QXExtensionSDK {
 
-using platform::Value;
+using QXPlatform::Value;
 
-std::optional<platform::URL> CarouselMediaURLExtractor::mediaURL(
-    const platform::Dictionary& richFeatures) const {
+std::optional<QXPlatform::URL> CarouselMediaURLExtractor::mediaURL(
+    const QXPlatform::Dictionary& richFeatures) const {
   const Value* viewTemplate = richFeatures.find("vt");
   const Value* items = viewTemplate != nullptr ? viewTemplate->find("it") : nullptr;
   if (items == nullptr) return std::nullopt;
@@ -17,7 +17,7 @@ std::optional<platform::URL> CarouselMediaURLExtractor::mediaURL(
   const Value* media = panels.front().find("md");
   const Value* url = media != nullptr ? media->find("ul") : nullptr;
   const auto text = url != nullptr ? url->string() : std::nullopt;
-  return text ? platform::URL::parse(*text) : std::nullopt;
+  return text ? QXPlatform::URL::parse(*text) : std::nullopt;
 }
 
 }  // namespace QXExtensionSDK

@@ -3,9 +3,9 @@
 #include <span>
 #include <utility>
 
-#include "platform/compression/Compression.h"
-#include "platform/foundation/Base64.h"
-#include "platform/foundation/UTF8.h"
+#include "QXPlatform/compression/Compression.h"
+#include "QXPlatform/foundation/Base64.h"
+#include "QXPlatform/foundation/UTF8.h"
 
 namespace QXExtensionSDK {
 
@@ -36,13 +36,13 @@ struct Inflated {
   std::optional<std::string> text;
 };
 
-Inflated inflate(const platform::Data& compressed, const InflateBuffer& buffer, const Logger& logger) {
+Inflated inflate(const QXPlatform::Data& compressed, const InflateBuffer& buffer, const Logger& logger) {
   if (compressed.empty()) {
     logger.error(LogCategory::decompression, "Deflate: Typed pointer base address nil");
     return {};
   }
-  const std::size_t count = platform::compression_decode_buffer(buffer.bytes(), compressed.bytes(),
-                                                                platform::CompressionAlgorithm::zlib);
+  const std::size_t count = QXPlatform::compression_decode_buffer(buffer.bytes(), compressed.bytes(),
+                                                                  QXPlatform::CompressionAlgorithm::zlib);
   logger.debug(LogCategory::decompression, "Deflate: Decoded char count=", count);
   if (count == 0) {
     logger.error(LogCategory::decompression, "Deflate: Returning nil as decoded char count is zero");
@@ -50,7 +50,7 @@ Inflated inflate(const platform::Data& compressed, const InflateBuffer& buffer, 
   }
   const std::string_view text = buffer.text(count);
   // A full buffer is refused by the caller, so its text is not worth a copy.
-  const bool usable = count < buffer.bytes().size() && platform::isValidUTF8(text);
+  const bool usable = count < buffer.bytes().size() && QXPlatform::isValidUTF8(text);
   return {count, usable ? std::optional(std::string(text)) : std::nullopt};
 }
 
@@ -62,7 +62,7 @@ DeflateDecompressStrategy::DeflateDecompressStrategy(
 
 std::optional<std::string> DeflateDecompressStrategy::decompress(std::string_view text) const {
   logger_.debug(LogCategory::decompression, "Deflate: Decompression start");
-  const auto compressed = platform::decodeBase64(text);
+  const auto compressed = QXPlatform::decodeBase64(text);
   if (!compressed) {
     logger_.error(LogCategory::decompression, "Deflate: Base64 decoding failed");
     return std::nullopt;

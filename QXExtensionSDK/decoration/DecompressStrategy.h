@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 

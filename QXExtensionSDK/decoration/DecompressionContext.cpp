@@ -3,7 +3,7 @@
 namespace QXExtensionSDK {
 
 std::unique_ptr<const DecompressStrategy> ConcreteDecompressionContext::strategy(
-    const platform::UNNotificationRequest& /*request*/) const {
+    const QXPlatform::UNNotificationRequest& /*request*/) const {
   logger_.debug(LogCategory::decompression, "Deflate decompression strategy selected");
   return std::make_unique<const DeflateDecompressStrategy>(
       Logger::service(), std::make_unique<const DefaultDeflateBufferCapacityProvider>());

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "QXExtensionSDK/decoration/DecompressStrategy.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/notifications/UNNotificationRequest.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/notifications/UNNotificationRequest.h"
 
 namespace QXExtensionSDK {
 
@@ -14,7 +14,7 @@ class DecompressionContext {
   virtual ~DecompressionContext() = default;
   // Null when there is no way.
   virtual std::unique_ptr<const DecompressStrategy> strategy(
-      const platform::UNNotificationRequest& request) const = 0;
+      const QXPlatform::UNNotificationRequest& request) const = 0;
 };
 
 // Deflate, whatever the request.
@@ -23,7 +23,7 @@ class ConcreteDecompressionContext final : public DecompressionContext {
   explicit ConcreteDecompressionContext(const Logger& logger) : logger_(logger) {}
 
   std::unique_ptr<const DecompressStrategy> strategy(
-      const platform::UNNotificationRequest& request) const override;
+      const QXPlatform::UNNotificationRequest& request) const override;
 
  private:
   const Logger& logger_;

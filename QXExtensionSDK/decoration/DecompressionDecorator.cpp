@@ -11,9 +11,9 @@ DecompressionDecorator::DecompressionDecorator(const Logger& logger,
                                                std::unique_ptr<const DecompressionContext> context)
     : logger_(logger), context_(std::move(context)) {}
 
-UserInfoChanges DecompressionDecorator::decorate(const platform::Dictionary& userInfo,
-                                                 const platform::UNNotificationRequest& request) const {
-  const platform::Value* field = userInfo.find(kCompressedRichFeaturesKey);
+UserInfoChanges DecompressionDecorator::decorate(const QXPlatform::Dictionary& userInfo,
+                                                 const QXPlatform::UNNotificationRequest& request) const {
+  const QXPlatform::Value* field = userInfo.find(kCompressedRichFeaturesKey);
   if (field == nullptr) {
     logger_.debug(LogCategory::decompression, "Compressed field not present in user info");
     return std::nullopt;
@@ -39,7 +39,7 @@ UserInfoChanges DecompressionDecorator::decorate(const platform::Dictionary& use
     return std::nullopt;
   }
   logger_.debug(LogCategory::decompression, "Adding decompressed field");
-  return platform::Dictionary{{kRichFeaturesKey, *richFeatures}, {kCompressedRichFeaturesKey, ""}};
+  return QXPlatform::Dictionary{{kRichFeaturesKey, *richFeatures}, {kCompressedRichFeaturesKey, ""}};
 }
 
 }  // namespace QXExtensionSDK

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "QXExtensionSDK/decoration/DecompressionContext.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "QXExtensionSDK/runtime/UserInfoDecorating.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXExtensionSDK/runtime/processing/UserInfoDecorating.h"
 
 namespace QXExtensionSDK {
 
@@ -14,8 +14,8 @@ class DecompressionDecorator final : public SyncUserInfoDecorator {
  public:
   DecompressionDecorator(const Logger& logger, std::unique_ptr<const DecompressionContext> context);
 
-  UserInfoChanges decorate(const platform::Dictionary& userInfo,
-                           const platform::UNNotificationRequest& request) const override;
+  UserInfoChanges decorate(const QXPlatform::Dictionary& userInfo,
+                           const QXPlatform::UNNotificationRequest& request) const override;
 
  private:
   const Logger& logger_;

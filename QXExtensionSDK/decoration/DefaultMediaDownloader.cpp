@@ -7,21 +7,21 @@
 #include <system_error>
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/foundation/Result.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/Result.h"
 
 namespace QXExtensionSDK {
 
 namespace {
 
-using platform::Error;
-using platform::Result;
-using platform::URL;
+using QXPlatform::Error;
+using QXPlatform::Result;
+using QXPlatform::URL;
 
 constexpr auto kTimeout = std::chrono::seconds(15);
 
-bool isSuccess(const platform::URLResponse* response) {
-  const auto* http = dynamic_cast<const platform::HTTPURLResponse*>(response);
+bool isSuccess(const QXPlatform::URLResponse* response) {
+  const auto* http = dynamic_cast<const QXPlatform::HTTPURLResponse*>(response);
   return http != nullptr && http->statusCode() >= 200 && http->statusCode() <= 299;
 }
 
@@ -44,8 +44,8 @@ Result<URL> moveBeside(const URL& temporary, const URL& remote) {
 }
 
 std::optional<URL> takeFile(const URL& remote, const std::optional<URL>& temporary,
-                            const platform::URLResponse* response,
-                            const std::optional<platform::URLError>& error) {
+                            const QXPlatform::URLResponse* response,
+                            const std::optional<QXPlatform::URLError>& error) {
   const Logger& logger = Logger::service();
   if (error) {
     logger.debug(LogCategory::carouselAttachment, "Attachment media download error: ", *error);
@@ -67,10 +67,10 @@ DefaultMediaDownloader::DefaultMediaDownloader()
 
 void DefaultMediaDownloader::download(const URL& remote, Completion completion) {
   const auto task = session_.downloadTask(
-      platform::URLRequest(remote),
+      QXPlatform::URLRequest(remote),
       [remote, completion = std::move(completion)](
-          const std::optional<URL>& temporary, const std::shared_ptr<const platform::URLResponse>& response,
-          const std::optional<platform::URLError>& error) {
+          const std::optional<URL>& temporary, const std::shared_ptr<const QXPlatform::URLResponse>& response,
+          const std::optional<QXPlatform::URLError>& error) {
         completion(takeFile(remote, temporary, response.get(), error));
       });
   task->resume();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "QXExtensionSDK/decoration/MediaDownloader.h"
-#include "platform/network/URLSession.h"
+#include "QXPlatform/network/URLSession.h"
 
 namespace QXExtensionSDK {
 
@@ -11,10 +11,10 @@ class DefaultMediaDownloader final : public MediaDownloader {
  public:
   DefaultMediaDownloader();
 
-  void download(const platform::URL& remote, Completion completion) override;
+  void download(const QXPlatform::URL& remote, Completion completion) override;
 
  private:
-  platform::URLSession session_;
+  QXPlatform::URLSession session_;
 };
 
 }  // namespace QXExtensionSDK

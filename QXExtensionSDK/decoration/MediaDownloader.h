@@ -3,7 +3,7 @@
 #include <functional>
 #include <optional>
 
-#include "platform/foundation/URL.h"
+#include "QXPlatform/foundation/URL.h"
 
 namespace QXExtensionSDK {
 
@@ -11,11 +11,11 @@ namespace QXExtensionSDK {
 class MediaDownloader {
  public:
   // Gets the local file, which is the receiver's to remove, or nothing.
-  using Completion = std::function<void(std::optional<platform::URL>)>;
+  using Completion = std::function<void(std::optional<QXPlatform::URL>)>;
 
   virtual ~MediaDownloader() = default;
   // Calls the completion exactly once, on a background thread.
-  virtual void download(const platform::URL& remote, Completion completion) = 0;
+  virtual void download(const QXPlatform::URL& remote, Completion completion) = 0;
 };
 
 }  // namespace QXExtensionSDK

@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "platform/foundation/URL.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/URL.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
 
@@ -11,13 +11,13 @@ namespace QXExtensionSDK {
 class MediaURLExtractable {
  public:
   virtual ~MediaURLExtractable() = default;
-  virtual std::optional<platform::URL> mediaURL(const platform::Dictionary& richFeatures) const = 0;
+  virtual std::optional<QXPlatform::URL> mediaURL(const QXPlatform::Dictionary& richFeatures) const = 0;
 };
 
 // The first panel's image, read straight from the payload without building the model.
 class CarouselMediaURLExtractor final : public MediaURLExtractable {
  public:
-  std::optional<platform::URL> mediaURL(const platform::Dictionary& richFeatures) const override;
+  std::optional<QXPlatform::URL> mediaURL(const QXPlatform::Dictionary& richFeatures) const override;
 };
 
 }  // namespace QXExtensionSDK

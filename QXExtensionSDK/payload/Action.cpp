@@ -2,33 +2,33 @@
 
 #include <utility>
 
-#include "platform/foundation/FatalError.h"
+#include "QXPlatform/foundation/FatalError.h"
 
 namespace QXExtensionSDK {
 
 namespace {
 
-using DecodedAction = platform::Result<ActionSerDeWrapper, platform::DecodingError>;
+using DecodedAction = QXPlatform::Result<ActionSerDeWrapper, QXPlatform::DecodingError>;
 
 struct ActionKind {
   ActionType type = ActionType::openApp;
 
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("t", &ActionKind::type));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("t", &ActionKind::type));
   }
 };
 
 template <typename Record>
-DecodedAction decodeAs(const platform::Value& value) {
-  auto record = platform::decodeValue<Record>(value);
+DecodedAction decodeAs(const QXPlatform::Value& value) {
+  auto record = QXPlatform::decodeValue<Record>(value);
   if (!record) return record.error();
   return ActionSerDeWrapper{*std::move(record)};
 }
 
 }  // namespace
 
-DecodedAction ActionSerDeWrapper::decodeJSON(const platform::Value& value) {
-  const auto kind = platform::decodeValue<ActionKind>(value);
+DecodedAction ActionSerDeWrapper::decodeJSON(const QXPlatform::Value& value) {
+  const auto kind = QXPlatform::decodeValue<ActionKind>(value);
   if (!kind) return kind.error();
   switch (kind->type) {
     case ActionType::openApp:
@@ -40,13 +40,13 @@ DecodedAction ActionSerDeWrapper::decodeJSON(const platform::Value& value) {
     case ActionType::openCloudPage:
       return decodeAs<OpenCloudPageAction>(value);
   }
-  platform::fatalError("An action type outside 0 to 3");
+  QXPlatform::fatalError("An action type outside 0 to 3");
 }
 
-bool ActionSerDeWrapper::encodeJSON(std::string& out, platform::JSONFault& fault) const {
+bool ActionSerDeWrapper::encodeJSON(std::string& out, QXPlatform::JSONFault& fault) const {
   return std::visit(
       [&]<typename Record>(const Record& record) {
-        return platform::JSONCoder<Record>::encode(out, record, fault);
+        return QXPlatform::JSONCoder<Record>::encode(out, record, fault);
       },
       action);
 }

@@ -5,24 +5,24 @@
 #include <string>
 #include <variant>
 
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace QXExtensionSDK {
 
 // What a click on a panel leads to.
 enum class ActionType : std::uint8_t { openApp = 0, openDeepLink = 1, openWebUrl = 2, openCloudPage = 3 };
-constexpr auto rawValues(platform::RawValuesOf<ActionType>) {
-  return std::to_array<platform::RawCase<ActionType>>({{ActionType::openApp, "0"},
-                                                       {ActionType::openDeepLink, "1"},
-                                                       {ActionType::openWebUrl, "2"},
-                                                       {ActionType::openCloudPage, "3"}});
+constexpr auto rawValues(QXPlatform::RawValuesOf<ActionType>) {
+  return std::to_array<QXPlatform::RawCase<ActionType>>({{ActionType::openApp, "0"},
+                                                         {ActionType::openDeepLink, "1"},
+                                                         {ActionType::openWebUrl, "2"},
+                                                         {ActionType::openCloudPage, "3"}});
 }
 
 struct OpenAppAction {
   ActionType type = ActionType::openApp;
 
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("t", &OpenAppAction::type));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("t", &OpenAppAction::type));
   }
   friend bool operator==(const OpenAppAction&, const OpenAppAction&) = default;
 };
@@ -34,8 +34,8 @@ struct LinkAction {
   std::optional<std::string> url;
 
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("t", &LinkAction::type),
-                                platform::jsonField("ul", &LinkAction::url));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("t", &LinkAction::type),
+                                  QXPlatform::jsonField("ul", &LinkAction::url));
   }
   friend bool operator==(const LinkAction&, const LinkAction&) = default;
 };
@@ -56,9 +56,9 @@ struct ActionSerDeWrapper {
     return std::visit([](const auto& record) { return record.type; }, action);
   }
 
-  static platform::Result<ActionSerDeWrapper, platform::DecodingError> decodeJSON(
-      const platform::Value& value);
-  bool encodeJSON(std::string& out, platform::JSONFault& fault) const;
+  static QXPlatform::Result<ActionSerDeWrapper, QXPlatform::DecodingError> decodeJSON(
+      const QXPlatform::Value& value);
+  bool encodeJSON(std::string& out, QXPlatform::JSONFault& fault) const;
 
   friend bool operator==(const ActionSerDeWrapper&, const ActionSerDeWrapper&) = default;
 };

@@ -9,7 +9,7 @@ struct CarouselModel {
   ViewTemplate viewTemplate;
 
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("vt", &CarouselModel::viewTemplate));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("vt", &CarouselModel::viewTemplate));
   }
   friend bool operator==(const CarouselModel&, const CarouselModel&) = default;
 };

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace QXExtensionSDK {
 
@@ -12,7 +12,7 @@ struct GenericStyle {
   std::optional<std::string> backgroundColor;
 
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("bgc", &GenericStyle::backgroundColor));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("bgc", &GenericStyle::backgroundColor));
   }
   friend bool operator==(const GenericStyle&, const GenericStyle&) = default;
 };

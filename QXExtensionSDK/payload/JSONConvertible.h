@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/foundation/Value.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
 
@@ -14,12 +14,12 @@ class JSONConvertible {
   virtual ~JSONConvertible() = default;
 
   // Whether JSON can hold the dictionary; an error line under the given logger and category when not.
-  bool isConvertible(const platform::Dictionary& dictionary, const Logger& logger,
+  bool isConvertible(const QXPlatform::Dictionary& dictionary, const Logger& logger,
                      LogCategory category) const;
   // Nothing, after one error line under the given logger and category, for a dictionary that JSON cannot
   // hold.
-  virtual std::optional<std::string> jsonString(const platform::Dictionary& dictionary, const Logger& logger,
-                                                LogCategory category) const;
+  virtual std::optional<std::string> jsonString(const QXPlatform::Dictionary& dictionary,
+                                                const Logger& logger, LogCategory category) const;
 };
 
 }  // namespace QXExtensionSDK

@@ -1,12 +1,12 @@
 #include "QXExtensionSDK/payload/JSONParser.h"
 
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/foundation/JSON.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/JSON.h"
 
 namespace QXExtensionSDK {
 
-std::optional<std::string> JSONParser::jsonString(const platform::Dictionary& dictionary) const {
-  auto text = platform::writeJSON(dictionary, platform::JSONStyle::pretty);
+std::optional<std::string> JSONParser::jsonString(const QXPlatform::Dictionary& dictionary) const {
+  auto text = QXPlatform::writeJSON(dictionary, QXPlatform::JSONStyle::pretty);
   if (!text) {
     Logger::service().error(LogCategory::serviceGeneral,
                             "Error converting dictionary to JSON: ", text.error());
@@ -16,8 +16,8 @@ std::optional<std::string> JSONParser::jsonString(const platform::Dictionary& di
   return *std::move(text);
 }
 
-std::optional<platform::Dictionary> JSONParser::dictionary(std::string_view jsonText) const {
-  const auto parsed = platform::parseJSON(jsonText);
+std::optional<QXPlatform::Dictionary> JSONParser::dictionary(std::string_view jsonText) const {
+  const auto parsed = QXPlatform::parseJSON(jsonText);
   if (!parsed) {
     Logger::service().error(LogCategory::serviceGeneral,
                             "Error converting JSON string to dictionary: ", parsed.error());

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
 
@@ -13,9 +13,9 @@ namespace QXExtensionSDK {
 class JSONParser {
  public:
   // Pretty-printed.
-  std::optional<std::string> jsonString(const platform::Dictionary& dictionary) const;
+  std::optional<std::string> jsonString(const QXPlatform::Dictionary& dictionary) const;
   // Nothing unless the text is a JSON object.
-  std::optional<platform::Dictionary> dictionary(std::string_view jsonText) const;
+  std::optional<QXPlatform::Dictionary> dictionary(std::string_view jsonText) const;
 };
 
 }  // namespace QXExtensionSDK

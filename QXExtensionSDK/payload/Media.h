@@ -17,9 +17,9 @@ struct Media {
   std::optional<TextBlock> altText;
 
   static constexpr auto jsonFields() {
-    using platform::jsonField;
-    return platform::jsonFields(jsonField("ul", &Media::url), jsonField("s", &Media::style),
-                                jsonField("at", &Media::altText));
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(jsonField("ul", &Media::url), jsonField("s", &Media::style),
+                                  jsonField("at", &Media::altText));
   }
   friend bool operator==(const Media&, const Media&) = default;
 };

@@ -20,10 +20,10 @@ struct PanelItem {
   std::optional<GenericStyle> style;
 
   static constexpr auto jsonFields() {
-    using platform::jsonField;
-    return platform::jsonFields(jsonField("id", &PanelItem::identifier), jsonField("md", &PanelItem::media),
-                                jsonField("ti", &PanelItem::title), jsonField("sti", &PanelItem::subTitle),
-                                jsonField("ac", &PanelItem::actions), jsonField("s", &PanelItem::style));
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(jsonField("id", &PanelItem::identifier), jsonField("md", &PanelItem::media),
+                                  jsonField("ti", &PanelItem::title), jsonField("sti", &PanelItem::subTitle),
+                                  jsonField("ac", &PanelItem::actions), jsonField("s", &PanelItem::style));
   }
   friend bool operator==(const PanelItem&, const PanelItem&) = default;
 };

@@ -10,17 +10,17 @@ namespace QXExtensionSDK {
 
 namespace {
 
-std::optional<platform::Dictionary> findRichFeatures(const platform::UNNotificationRequest& request) {
+std::optional<QXPlatform::Dictionary> findRichFeatures(const QXPlatform::UNNotificationRequest& request) {
   if (request.content == nullptr) return std::nullopt;
-  const platform::Dictionary userInfo = request.content->userInfo();
-  const platform::Value* richFeatures = userInfo.find(kRichFeaturesKey);
+  const QXPlatform::Dictionary userInfo = request.content->userInfo();
+  const QXPlatform::Value* richFeatures = userInfo.find(kRichFeaturesKey);
   return richFeatures != nullptr ? richFeatures->dictionary() : std::nullopt;
 }
 
 }  // namespace
 
 std::optional<CarouselModel> PayloadCarouselModelParser::parse(
-    const platform::UNNotificationRequest& request) const {
+    const QXPlatform::UNNotificationRequest& request) const {
   const auto refuse = [&](std::string_view message) {
     logger_.error(logger_.generalCategory(), message);
     return std::nullopt;
@@ -40,9 +40,9 @@ std::optional<CarouselModel> PayloadCarouselModelParser::parse(
   return *std::move(model);
 }
 
-platform::Result<CarouselModel, platform::DecodingError> PayloadCarouselModelParser::decode(
-    const platform::Dictionary& richFeatures) {
-  return platform::decodeValue<CarouselModel>(richFeatures, "/_rf");
+QXPlatform::Result<CarouselModel, QXPlatform::DecodingError> PayloadCarouselModelParser::decode(
+    const QXPlatform::Dictionary& richFeatures) {
+  return QXPlatform::decodeValue<CarouselModel>(richFeatures, "/_rf");
 }
 
 }  // namespace QXExtensionSDK

@@ -4,10 +4,10 @@
 
 #include "QXExtensionSDK/payload/CarouselModel.h"
 #include "QXExtensionSDK/payload/JSONConvertible.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/foundation/DecodingError.h"
-#include "platform/foundation/Result.h"
-#include "platform/notifications/UNNotificationRequest.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/DecodingError.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/notifications/UNNotificationRequest.h"
 
 namespace QXExtensionSDK {
 
@@ -16,7 +16,7 @@ class PayloadCarouselModelParsing {
  public:
   virtual ~PayloadCarouselModelParsing() = default;
   // Nothing when it carries none that can be shown.
-  virtual std::optional<CarouselModel> parse(const platform::UNNotificationRequest& request) const = 0;
+  virtual std::optional<CarouselModel> parse(const QXPlatform::UNNotificationRequest& request) const = 0;
 };
 
 // Reads the rich features under "_rf". Logs why there is nothing. Immutable; any thread.
@@ -25,12 +25,12 @@ class PayloadCarouselModelParser final : public PayloadCarouselModelParsing, pri
   // `logger`: that of the extension that runs; must outlive the parser.
   explicit PayloadCarouselModelParser(const Logger& logger) : logger_(logger) {}
 
-  std::optional<CarouselModel> parse(const platform::UNNotificationRequest& request) const override;
+  std::optional<CarouselModel> parse(const QXPlatform::UNNotificationRequest& request) const override;
 
   // The decoding that parse() does, for those who want to know what is wrong and where: the path of an error
   // begins at the push, such as /_rf/vt/it/0/md/ul. Logs nothing.
-  static platform::Result<CarouselModel, platform::DecodingError> decode(
-      const platform::Dictionary& richFeatures);
+  static QXPlatform::Result<CarouselModel, QXPlatform::DecodingError> decode(
+      const QXPlatform::Dictionary& richFeatures);
 
  private:
   const Logger& logger_;

@@ -1,11 +1,11 @@
 #include "QXExtensionSDK/payload/SenderGate.h"
 
 #include "QXExtensionSDK/payload/VTQXUtility.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
-bool shouldProceed(const platform::UNNotificationRequest& request, std::string_view processorName) {
+bool shouldProceed(const QXPlatform::UNNotificationRequest& request, std::string_view processorName) {
   if (VTQXUtility::isVTQXPushNotification(request)) return true;
   logBackingOut(processorName);
   return false;

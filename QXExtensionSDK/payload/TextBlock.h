@@ -13,8 +13,8 @@ struct TextBlock {
   std::optional<TextStyle> style;
 
   static constexpr auto jsonFields() {
-    using platform::jsonField;
-    return platform::jsonFields(jsonField("tx", &TextBlock::text), jsonField("s", &TextBlock::style));
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(jsonField("tx", &TextBlock::text), jsonField("s", &TextBlock::style));
   }
   friend bool operator==(const TextBlock&, const TextBlock&) = default;
 };

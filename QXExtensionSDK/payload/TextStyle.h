@@ -4,13 +4,13 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace QXExtensionSDK {
 
 enum class FontSize : std::uint8_t { small, medium, large };
-constexpr auto rawValues(platform::RawValuesOf<FontSize>) {
-  return std::to_array<platform::RawCase<FontSize>>(
+constexpr auto rawValues(QXPlatform::RawValuesOf<FontSize>) {
+  return std::to_array<QXPlatform::RawCase<FontSize>>(
       {{FontSize::small, "S"}, {FontSize::medium, "M"}, {FontSize::large, "L"}});
 }
 constexpr double points(FontSize size) {
@@ -19,14 +19,14 @@ constexpr double points(FontSize size) {
 
 // At the leading edge, in the middle, at the trailing edge.
 enum class TextAlignmentMode : std::uint8_t { beginning, center, end };
-constexpr auto rawValues(platform::RawValuesOf<TextAlignmentMode>) {
-  return std::to_array<platform::RawCase<TextAlignmentMode>>(
+constexpr auto rawValues(QXPlatform::RawValuesOf<TextAlignmentMode>) {
+  return std::to_array<QXPlatform::RawCase<TextAlignmentMode>>(
       {{TextAlignmentMode::beginning, "B"}, {TextAlignmentMode::center, "C"}, {TextAlignmentMode::end, "E"}});
 }
 
 enum class FontStyle : std::uint8_t { regular, bold, italic };
-constexpr auto rawValues(platform::RawValuesOf<FontStyle>) {
-  return std::to_array<platform::RawCase<FontStyle>>(
+constexpr auto rawValues(QXPlatform::RawValuesOf<FontStyle>) {
+  return std::to_array<QXPlatform::RawCase<FontStyle>>(
       {{FontStyle::regular, "R"}, {FontStyle::bold, "B"}, {FontStyle::italic, "I"}});
 }
 
@@ -38,10 +38,10 @@ struct TextStyle {
   std::optional<FontStyle> fontStyle;
 
   static constexpr auto jsonFields() {
-    using platform::jsonField;
-    return platform::jsonFields(jsonField("fc", &TextStyle::fontColor), jsonField("fz", &TextStyle::fontSize),
-                                jsonField("an", &TextStyle::textAlignment),
-                                jsonField("fs", &TextStyle::fontStyle));
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(
+        jsonField("fc", &TextStyle::fontColor), jsonField("fz", &TextStyle::fontSize),
+        jsonField("an", &TextStyle::textAlignment), jsonField("fs", &TextStyle::fontStyle));
   }
   friend bool operator==(const TextStyle&, const TextStyle&) = default;
 };

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "QXExtensionSDK/payload/Action.h"
-#include "platform/foundation/URL.h"
+#include "QXPlatform/foundation/URL.h"
 
 namespace QXExtensionSDK {
 
@@ -15,7 +15,7 @@ class UserAction {
 
   virtual ActionType kind() const = 0;
   // Null unless this is a link. Lives as long as the action.
-  virtual const platform::URL* url() const { return nullptr; }
+  virtual const QXPlatform::URL* url() const { return nullptr; }
 };
 
 class OpenAppUserAction final : public UserAction {
@@ -26,13 +26,13 @@ class OpenAppUserAction final : public UserAction {
 template <ActionType kKind>
 class LinkUserAction final : public UserAction {
  public:
-  explicit LinkUserAction(platform::URL url) : url_(std::move(url)) {}
+  explicit LinkUserAction(QXPlatform::URL url) : url_(std::move(url)) {}
 
   ActionType kind() const override { return kKind; }
-  const platform::URL* url() const override { return &url_; }
+  const QXPlatform::URL* url() const override { return &url_; }
 
  private:
-  platform::URL url_;
+  QXPlatform::URL url_;
 };
 
 using OpenDeeplinkUserAction = LinkUserAction<ActionType::openDeepLink>;

@@ -20,7 +20,7 @@ ResolvedAction resolve(const OpenAppAction&, const Logger&) {
 
 template <ActionType kType>
 ResolvedAction resolve(const LinkAction<kType>& action, const Logger& logger) {
-  auto url = action.url ? platform::URL::parse(*action.url) : std::nullopt;
+  auto url = action.url ? QXPlatform::URL::parse(*action.url) : std::nullopt;
   if (url) return std::make_shared<LinkUserAction<kType>>(*std::move(url));
   logger.error(logger.generalCategory(), "Invalid action state for ", name(kType));
   return nullptr;

@@ -6,7 +6,7 @@
 
 #include "QXExtensionSDK/payload/Action.h"
 #include "QXExtensionSDK/payload/UserAction.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 

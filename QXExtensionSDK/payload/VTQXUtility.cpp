@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/foundation/JSON.h"
-#include "platform/foundation/UTF8.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/UTF8.h"
 
 namespace QXExtensionSDK {
 
@@ -20,15 +20,15 @@ char upperCase(char letter) {
 
 }  // namespace
 
-std::optional<std::string> VTQXUtility::dateString(platform::Date date) {
-  auto text = platform::formatUTCMilliseconds(date);
+std::optional<std::string> VTQXUtility::dateString(QXPlatform::Date date) {
+  auto text = QXPlatform::formatUTCMilliseconds(date);
   if (!text) Logger::service().error(LogCategory::serviceGeneral, "DateString conversion failure");
   return text;
 }
 
-std::optional<platform::Dictionary> VTQXUtility::dictionary(std::string_view text) {
-  const auto parsed = platform::parseJSON(text);
-  if (!parsed && !platform::isValidUTF8(text)) {
+std::optional<QXPlatform::Dictionary> VTQXUtility::dictionary(std::string_view text) {
+  const auto parsed = QXPlatform::parseJSON(text);
+  if (!parsed && !QXPlatform::isValidUTF8(text)) {
     Logger::service().error(LogCategory::serviceGeneral, "Can't convert string to data");
     return std::nullopt;
   }
@@ -40,12 +40,12 @@ std::optional<platform::Dictionary> VTQXUtility::dictionary(std::string_view tex
   return parsed->dictionary();
 }
 
-bool VTQXUtility::isVTQXPushNotification(const platform::UNNotificationRequest& request) {
+bool VTQXUtility::isVTQXPushNotification(const QXPlatform::UNNotificationRequest& request) {
   return request.content != nullptr && isVTQXPush(request.content->userInfo());
 }
 
-bool VTQXUtility::isVTQXPush(const platform::Dictionary& userInfo) {
-  const platform::Value* sender = userInfo.find(kSenderKey);
+bool VTQXUtility::isVTQXPush(const QXPlatform::Dictionary& userInfo) {
+  const QXPlatform::Value* sender = userInfo.find(kSenderKey);
   if (sender == nullptr) return false;
   const auto text = sender->string();
   return text && std::ranges::equal(*text, kSender, {}, upperCase);

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Date.h"
-#include "platform/foundation/Value.h"
-#include "platform/notifications/UNNotificationRequest.h"
+#include "QXPlatform/foundation/Date.h"
+#include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/notifications/UNNotificationRequest.h"
 
 namespace QXExtensionSDK {
 
@@ -16,14 +16,14 @@ class VTQXUtility {
   VTQXUtility() = delete;
 
   // 2024-05-01T09:03:07.250Z
-  static std::optional<std::string> dateString(platform::Date date);
+  static std::optional<std::string> dateString(QXPlatform::Date date);
 
   // The JSON object in `text`; nothing for any other JSON, and for text that is not JSON.
-  static std::optional<platform::Dictionary> dictionary(std::string_view text);
+  static std::optional<QXPlatform::Dictionary> dictionary(std::string_view text);
 
   // Whether this messaging system sent the push: "_sid" is VTQX in any letter case.
-  static bool isVTQXPushNotification(const platform::UNNotificationRequest& request);
-  static bool isVTQXPush(const platform::Dictionary& userInfo);
+  static bool isVTQXPushNotification(const QXPlatform::UNNotificationRequest& request);
+  static bool isVTQXPush(const QXPlatform::Dictionary& userInfo);
 };
 
 }  // namespace QXExtensionSDK

@@ -10,8 +10,8 @@
 namespace QXExtensionSDK {
 
 enum class ViewTemplateType : std::uint8_t { carousel };
-constexpr auto rawValues(platform::RawValuesOf<ViewTemplateType>) {
-  return std::to_array<platform::RawCase<ViewTemplateType>>({{ViewTemplateType::carousel, "0"}});
+constexpr auto rawValues(QXPlatform::RawValuesOf<ViewTemplateType>) {
+  return std::to_array<QXPlatform::RawCase<ViewTemplateType>>({{ViewTemplateType::carousel, "0"}});
 }
 
 // What an expanded notification shows.
@@ -25,10 +25,10 @@ struct ViewTemplate {
   std::vector<PanelItem> items;
 
   static constexpr auto jsonFields() {
-    using platform::jsonField;
-    return platform::jsonFields(jsonField("t", &ViewTemplate::type),
-                                jsonField("tms", &ViewTemplate::timerInMilliSec),
-                                jsonField("s", &ViewTemplate::style), jsonField("it", &ViewTemplate::items));
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(
+        jsonField("t", &ViewTemplate::type), jsonField("tms", &ViewTemplate::timerInMilliSec),
+        jsonField("s", &ViewTemplate::style), jsonField("it", &ViewTemplate::items));
   }
   friend bool operator==(const ViewTemplate&, const ViewTemplate&) = default;
 };

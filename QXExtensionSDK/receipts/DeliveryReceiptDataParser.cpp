@@ -3,27 +3,28 @@
 #include <string_view>
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
 namespace {
 
-std::optional<std::string> text(const platform::Dictionary& userInfo, std::string_view key) {
-  const platform::Value* value = userInfo.find(key);
+std::optional<std::string> text(const QXPlatform::Dictionary& userInfo, std::string_view key) {
+  const QXPlatform::Value* value = userInfo.find(key);
   const auto found = value != nullptr ? value->string() : std::nullopt;
   return found ? std::optional<std::string>(*found) : std::nullopt;
 }
 
-std::optional<platform::Dictionary> dictionary(const platform::Dictionary& userInfo, std::string_view key) {
-  const platform::Value* value = userInfo.find(key);
+std::optional<QXPlatform::Dictionary> dictionary(const QXPlatform::Dictionary& userInfo,
+                                                 std::string_view key) {
+  const QXPlatform::Value* value = userInfo.find(key);
   return value != nullptr ? value->dictionary() : std::nullopt;
 }
 
 }  // namespace
 
 std::optional<DeliveryReceiptData> DeliveryReceiptDataParser::parse(
-    const platform::Dictionary& userInfo) const {
+    const QXPlatform::Dictionary& userInfo) const {
   auto messageId = text(userInfo, "_m");
   if (!messageId) {
     Logger::service().error(LogCategory::deliveryReceipt,

@@ -10,14 +10,14 @@ namespace QXExtensionSDK {
 class DeliveryReceiptDataParsing {
  public:
   virtual ~DeliveryReceiptDataParsing() = default;
-  virtual std::optional<DeliveryReceiptData> parse(const platform::Dictionary& userInfo) const = 0;
+  virtual std::optional<DeliveryReceiptData> parse(const QXPlatform::Dictionary& userInfo) const = 0;
 };
 
 // Nothing, after one error line, without a message id or a message type; what else is missing or of another
 // type than it should be is left out.
 class DeliveryReceiptDataParser final : public DeliveryReceiptDataParsing {
  public:
-  std::optional<DeliveryReceiptData> parse(const platform::Dictionary& userInfo) const override;
+  std::optional<DeliveryReceiptData> parse(const QXPlatform::Dictionary& userInfo) const override;
 };
 
 }  // namespace QXExtensionSDK

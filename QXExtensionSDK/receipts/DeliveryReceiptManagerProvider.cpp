@@ -31,7 +31,7 @@ std::shared_ptr<DeliveryReceiptRepository> makeRepository(ExtensionModuleName mo
 
 template <typename Response>
 std::unique_ptr<const DeliveryReceiptHandling> makeHandler() {
-  platform::URLSessionConfiguration configuration;
+  QXPlatform::URLSessionConfiguration configuration;
   configuration.timeoutIntervalForRequest = kTimeoutIntervalForRequest;
   return std::make_unique<const DeliveryReceiptHandler>(std::make_unique<const DeliveryReceiptService>(
       ServiceManager(std::make_unique<const DefaultRequestBuilder>(),

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptManaging.h"
 
 namespace QXExtensionSDK {

@@ -7,9 +7,9 @@
 #include "QXExtensionSDK/payload/SenderGate.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptManagerProvider.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/dispatch/DispatchGroup.h"
-#include "platform/dispatch/DispatchQueue.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/dispatch/DispatchGroup.h"
+#include "QXPlatform/dispatch/DispatchQueue.h"
 
 namespace QXExtensionSDK {
 
@@ -78,7 +78,7 @@ class StatusRun {
     });
   }
 
-  bool wait(platform::Clock::TimePoint deadline) const { return group_.wait(deadline); }
+  bool wait(QXPlatform::Clock::TimePoint deadline) const { return group_.wait(deadline); }
 
   bool someFailed() const {
     bool failed = false;
@@ -118,9 +118,9 @@ class StatusRun {
   const AppGroupSDK::PNContextInfo context_;
   const std::shared_ptr<const AppGroupSDK::ContextModuleChecking> contextModuleChecker_;
   const std::shared_ptr<AppGroupSDK::AppIdProvider> appIdProvider_;
-  const platform::DispatchGroup group_;
-  const platform::DispatchQueue queue_{"com.vtqx.status.queue",
-                                       platform::DispatchQueue::Attribute::concurrent};
+  const QXPlatform::DispatchGroup group_;
+  const QXPlatform::DispatchQueue queue_{"com.vtqx.status.queue",
+                                         QXPlatform::DispatchQueue::Attribute::concurrent};
   bool someFailed_ = false;  // written in a barrier of queue_
 };
 
@@ -134,12 +134,12 @@ DeliveryReceiptProcessor::DeliveryReceiptProcessor(
       dataParser_(std::move(dataParser)) {}
 
 void DeliveryReceiptProcessor::process(
-    const std::shared_ptr<const platform::UNNotificationRequest>& request,
-    const std::shared_ptr<platform::UNMutableNotificationContent>& /*content*/,
+    const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+    const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& /*content*/,
     ProcessingCompletion completion) {
-  const auto deadline = platform::Clock::current().now() + timeoutIntervalForProcessing_;
-  const platform::Dictionary userInfo =
-      request->content != nullptr ? request->content->userInfo() : platform::Dictionary();
+  const auto deadline = QXPlatform::Clock::current().now() + timeoutIntervalForProcessing_;
+  const QXPlatform::Dictionary userInfo =
+      request->content != nullptr ? request->content->userInfo() : QXPlatform::Dictionary();
   if (isVtqxPush(userInfo)) {
     run(userInfo, deadline);
   } else {
@@ -148,7 +148,7 @@ void DeliveryReceiptProcessor::process(
   completion(userInfoChanges_);
 }
 
-bool DeliveryReceiptProcessor::isVtqxPush(const platform::Dictionary& userInfo) const {
+bool DeliveryReceiptProcessor::isVtqxPush(const QXPlatform::Dictionary& userInfo) const {
   if (VTQXUtility::isVTQXPush(userInfo)) return true;
   Logger::service().debug(LogCategory::deliveryReceipt,
                           "Not sending delivery receipt as it is a non VTQX push");
@@ -159,8 +159,8 @@ bool DeliveryReceiptProcessor::isFeatureEnabled(const DeliveryReceiptConfigProvi
   return featureIsEnabled(configuration);
 }
 
-void DeliveryReceiptProcessor::run(const platform::Dictionary& userInfo,
-                                   platform::Clock::TimePoint deadline) const {
+void DeliveryReceiptProcessor::run(const QXPlatform::Dictionary& userInfo,
+                                   QXPlatform::Clock::TimePoint deadline) const {
   const Logger& logger = Logger::service();
   auto data = dataParser_->parse(userInfo);
   if (!data) {

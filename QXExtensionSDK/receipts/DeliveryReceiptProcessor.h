@@ -9,8 +9,8 @@
 #include "AppGroupSDK/context/ContextModuleChecker.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptConfigStore.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptDataParser.h"
-#include "QXExtensionSDK/runtime/AsyncProcessing.h"
-#include "platform/dispatch/Clock.h"
+#include "QXExtensionSDK/runtime/processing/AsyncProcessing.h"
+#include "QXPlatform/dispatch/Clock.h"
 
 namespace QXExtensionSDK {
 
@@ -19,7 +19,7 @@ class DeliveryReceiptProcessing {
  public:
   virtual ~DeliveryReceiptProcessing() = default;
   // Whether this messaging system sent the push; logs when not.
-  virtual bool isVtqxPush(const platform::Dictionary& userInfo) const = 0;
+  virtual bool isVtqxPush(const QXPlatform::Dictionary& userInfo) const = 0;
   virtual bool isFeatureEnabled(const DeliveryReceiptConfigProviding& configuration) const = 0;
 };
 
@@ -33,16 +33,16 @@ class DeliveryReceiptProcessor final : public AsyncProcessing, public DeliveryRe
 
   // Blocks until every module is through, 22 seconds at most from its call on, and completes in any case.
   // What is still on its way by then goes on without this object.
-  void process(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-               const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+  void process(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+               const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                ProcessingCompletion completion) override;
   std::string_view description() const override { return "DeliveryReceiptProcessor"; }
 
-  bool isVtqxPush(const platform::Dictionary& userInfo) const override;
+  bool isVtqxPush(const QXPlatform::Dictionary& userInfo) const override;
   bool isFeatureEnabled(const DeliveryReceiptConfigProviding& configuration) const override;
 
  private:
-  void run(const platform::Dictionary& userInfo, platform::Clock::TimePoint deadline) const;
+  void run(const QXPlatform::Dictionary& userInfo, QXPlatform::Clock::TimePoint deadline) const;
 
   const std::chrono::seconds timeoutIntervalForProcessing_{22};
   const std::shared_ptr<AppGroupSDK::AppIdProvider> appIdProvider_;

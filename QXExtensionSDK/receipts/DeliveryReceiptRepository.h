@@ -8,7 +8,7 @@
 
 #include "AppGroupSDK/store/DataStoreStatus.h"
 #include "QXExtensionSDK/receipts/ReceiptListText.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
 
@@ -27,7 +27,7 @@ class DeliveryReceiptRepository {
 
   virtual AppGroupSDK::DataStoreStatus storeReceipt(
       std::string_view messageId, const std::optional<std::string>& requestId, std::string_view messageType,
-      const std::optional<platform::Dictionary>& propertyBag) = 0;
+      const std::optional<QXPlatform::Dictionary>& propertyBag) = 0;
   // The batch to send, failed ones first; nothing when there is nothing to send. What another run of this
   // process is sending is left out.
   virtual std::optional<Receipts> fetchPendingReceipts() = 0;

@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "QXExtensionSDK/payload/JSONParser.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/foundation/Date.h"
-#include "platform/foundation/UUID.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/Date.h"
+#include "QXPlatform/foundation/UUID.h"
 
 namespace QXExtensionSDK {
 
@@ -26,10 +26,10 @@ DeliveryReceiptRepositoryManager::~DeliveryReceiptRepositoryManager() {
 
 DataStoreStatus DeliveryReceiptRepositoryManager::storeReceipt(
     std::string_view messageId, const std::optional<std::string>& requestId, std::string_view messageType,
-    const std::optional<platform::Dictionary>& propertyBag) {
-  const double eventDateUtc = platform::Date::now().secondsSince1970;
-  auto propertyText = JSONParser().jsonString(propertyBag.value_or(platform::Dictionary()));
-  return storing_->storeReceipts({DeliveryReceiptPNModel(platform::makeUUIDString(), std::string(messageId),
+    const std::optional<QXPlatform::Dictionary>& propertyBag) {
+  const double eventDateUtc = QXPlatform::Date::now().secondsSince1970;
+  auto propertyText = JSONParser().jsonString(propertyBag.value_or(QXPlatform::Dictionary()));
+  return storing_->storeReceipts({DeliveryReceiptPNModel(QXPlatform::makeUUIDString(), std::string(messageId),
                                                          requestId, std::string(messageType), eventDateUtc,
                                                          std::move(propertyText), PNStatus::pending)},
                                  maxStoredReceipts);

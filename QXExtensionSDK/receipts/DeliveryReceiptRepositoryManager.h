@@ -19,10 +19,9 @@ class DeliveryReceiptRepositoryManager final : public DeliveryReceiptRepository 
   DeliveryReceiptRepositoryManager(const DeliveryReceiptRepositoryManager&) = delete;
   DeliveryReceiptRepositoryManager& operator=(const DeliveryReceiptRepositoryManager&) = delete;
 
-  AppGroupSDK::DataStoreStatus storeReceipt(std::string_view messageId,
-                                            const std::optional<std::string>& requestId,
-                                            std::string_view messageType,
-                                            const std::optional<platform::Dictionary>& propertyBag) override;
+  AppGroupSDK::DataStoreStatus storeReceipt(
+      std::string_view messageId, const std::optional<std::string>& requestId, std::string_view messageType,
+      const std::optional<QXPlatform::Dictionary>& propertyBag) override;
   std::optional<Receipts> fetchPendingReceipts() override;
   void handleSendResult(bool succeeded, const Receipts& receipts,
                         const ReceiptCompletion& completion) override;

@@ -7,8 +7,8 @@
 #include <unordered_set>
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/foundation/FatalError.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/FatalError.h"
 
 namespace QXExtensionSDK {
 
@@ -35,7 +35,7 @@ std::unordered_set<std::string_view> uniqueIds(const Receipts& receipts) {
   std::unordered_set<std::string_view> ids;
   for (const auto& receipt : receipts) {
     if (ids.insert(receipt.uuid()).second) continue;
-    platform::fatalError("Duplicate values for key: '" + receipt.uuid() + "'");
+    QXPlatform::fatalError("Duplicate values for key: '" + receipt.uuid() + "'");
   }
   return ids;
 }
@@ -66,7 +66,7 @@ bool surelyFit(std::span<const DeliveryReceiptPNModel> receipts) {
 
 // What the receipt takes in the file. One that cannot be encoded takes nothing: saving will tell.
 std::size_t encodedSize(const DeliveryReceiptPNModel& receipt) {
-  const auto encoded = platform::encodeJSON(receipt);
+  const auto encoded = QXPlatform::encodeJSON(receipt);
   return encoded ? encoded->size() + 1 : 0;
 }
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
@@ -16,7 +16,7 @@ MAMDeliveryReceiptManager::MAMDeliveryReceiptManager(
       appDeviceInfoProvider_(std::move(appDeviceInfoProvider)),
       appId_(std::move(appId)) {}
 
-std::optional<platform::Dictionary> MAMDeliveryReceiptManager::makePayload(const Receipts& receipts) {
+std::optional<QXPlatform::Dictionary> MAMDeliveryReceiptManager::makePayload(const Receipts& receipts) {
   return payloadCreator_.createPayload(receipts);
 }
 
@@ -36,7 +36,8 @@ std::optional<MAMDeliveryReceiptRequestHeader> MAMDeliveryReceiptManager::makeHe
                                          .tenantId = *info->tenantId()};
 }
 
-std::unique_ptr<const ServiceProtocol> MAMDeliveryReceiptManager::makeRequest(platform::Dictionary payload) {
+std::unique_ptr<const ServiceProtocol> MAMDeliveryReceiptManager::makeRequest(
+    QXPlatform::Dictionary payload) {
   auto header = makeHeader();
   const auto baseURL = makeBaseURL(appDeviceInfoProvider_->appDeviceInfo());
   if (!baseURL) return nullptr;

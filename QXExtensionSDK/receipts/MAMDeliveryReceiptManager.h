@@ -23,8 +23,8 @@ class MAMDeliveryReceiptManager final : public ReceiptManager {
   std::string_view description() const override { return "MAMDeliveryReceiptManager"; }
 
  private:
-  std::optional<platform::Dictionary> makePayload(const Receipts& receipts) override;
-  std::unique_ptr<const ServiceProtocol> makeRequest(platform::Dictionary payload) override;
+  std::optional<QXPlatform::Dictionary> makePayload(const Receipts& receipts) override;
+  std::unique_ptr<const ServiceProtocol> makeRequest(QXPlatform::Dictionary payload) override;
   std::optional<MAMDeliveryReceiptRequestHeader> makeHeader();
 
   const MAMDeliveryReceiptPayloadCreator payloadCreator_;

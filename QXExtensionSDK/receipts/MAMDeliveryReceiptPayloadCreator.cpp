@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "platform/foundation/Bundle.h"
-#include "platform/foundation/Device.h"
-#include "platform/foundation/Locale.h"
+#include "QXPlatform/foundation/Bundle.h"
+#include "QXPlatform/foundation/Device.h"
+#include "QXPlatform/foundation/Locale.h"
 
 namespace QXExtensionSDK {
 
@@ -31,15 +31,15 @@ void MAMDeliveryReceiptPayloadCreator::addEvent(ReceiptItems& items,
                          {"propertyBag", receipt.propertyBag()}});
 }
 
-platform::Dictionary MAMDeliveryReceiptPayloadCreator::makeBody(const Info& info,
-                                                                platform::Value nodes) const {
-  const auto& device = platform::Device::current();
+QXPlatform::Dictionary MAMDeliveryReceiptPayloadCreator::makeBody(const Info& info,
+                                                                  QXPlatform::Value nodes) const {
+  const auto& device = QXPlatform::Device::current();
   return {{"deviceId", info.deviceId()},
           {"deviceModel", device.name},
           {"devicePlatform", "iPhone OS"},
           {"deviceVersion", device.systemVersion},
-          {"locale", platform::Locale::currentIdentifier()},
-          {"mobileAppName", platform::Bundle::main().bundleIdentifier().value_or("")},
+          {"locale", QXPlatform::Locale::currentIdentifier()},
+          {"mobileAppName", QXPlatform::Bundle::main().bundleIdentifier().value_or("")},
           {"nodes", std::move(nodes)}};
 }
 

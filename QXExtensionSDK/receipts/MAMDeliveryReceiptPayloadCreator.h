@@ -16,7 +16,7 @@ class MAMDeliveryReceiptPayloadCreator final : public ReceiptPayloadCreator {
   std::string_view eventName() const override { return "MAMDeliveryReceiptEvent"; }
   void addEvent(ReceiptItems& items, const AppGroupSDK::DeliveryReceiptPNModel& receipt, const Info& info,
                 std::string_view receiptDateUtc) const override;
-  platform::Dictionary makeBody(const Info& info, platform::Value nodes) const override;
+  QXPlatform::Dictionary makeBody(const Info& info, QXPlatform::Value nodes) const override;
 };
 
 }  // namespace QXExtensionSDK

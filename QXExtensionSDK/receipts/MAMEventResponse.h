@@ -13,11 +13,11 @@ namespace QXExtensionSDK {
 // What the back end says of one node that it was sent.
 struct ResponseStatus {
   std::optional<std::int64_t> status;
-  std::optional<platform::Value> body;
+  std::optional<QXPlatform::Value> body;
 
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("status", &ResponseStatus::status),
-                                platform::jsonField("body", &ResponseStatus::body));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("status", &ResponseStatus::status),
+                                  QXPlatform::jsonField("body", &ResponseStatus::body));
   }
 };
 
@@ -28,10 +28,10 @@ struct ResponseNode {
   std::optional<ResponseStatus> response;
 
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("nodes", &ResponseNode::nodes),
-                                platform::jsonField("version", &ResponseNode::version),
-                                platform::jsonField("name", &ResponseNode::name),
-                                platform::jsonField("response", &ResponseNode::response));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("nodes", &ResponseNode::nodes),
+                                  QXPlatform::jsonField("version", &ResponseNode::version),
+                                  QXPlatform::jsonField("name", &ResponseNode::name),
+                                  QXPlatform::jsonField("response", &ResponseNode::response));
   }
 };
 
@@ -44,10 +44,10 @@ class MAMEventResponse final : public DeliveryReceiptResponse {
   std::string description() const override;
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
   static constexpr auto jsonFields() {
     return std::tuple_cat(DeliveryReceiptResponse::jsonFields(),
-                          platform::jsonFields(platform::jsonField("nodes", &MAMEventResponse::nodes_)));
+                          QXPlatform::jsonFields(QXPlatform::jsonField("nodes", &MAMEventResponse::nodes_)));
   }
 
   std::optional<std::vector<ResponseNode>> nodes_;

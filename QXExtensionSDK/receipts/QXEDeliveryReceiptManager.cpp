@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
@@ -15,7 +15,7 @@ QXEDeliveryReceiptManager::QXEDeliveryReceiptManager(
       payloadCreator_(std::move(payloadCreator)),
       appDeviceInfoProvider_(std::move(appDeviceInfoProvider)) {}
 
-std::optional<platform::Dictionary> QXEDeliveryReceiptManager::makePayload(const Receipts& receipts) {
+std::optional<QXPlatform::Dictionary> QXEDeliveryReceiptManager::makePayload(const Receipts& receipts) {
   return payloadCreator_.createPayload(receipts);
 }
 
@@ -31,7 +31,8 @@ std::optional<QXEDeliveryReceiptRequestHeader> QXEDeliveryReceiptManager::makeHe
                                          .qxsdkVersion = info->qxsdkVersion()};
 }
 
-std::unique_ptr<const ServiceProtocol> QXEDeliveryReceiptManager::makeRequest(platform::Dictionary payload) {
+std::unique_ptr<const ServiceProtocol> QXEDeliveryReceiptManager::makeRequest(
+    QXPlatform::Dictionary payload) {
   auto header = makeHeader();
   const auto baseURL = makeBaseURL(appDeviceInfoProvider_->appDeviceInfo());
   if (!baseURL) return nullptr;

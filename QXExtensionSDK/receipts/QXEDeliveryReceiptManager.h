@@ -21,8 +21,8 @@ class QXEDeliveryReceiptManager final : public ReceiptManager {
   std::string_view description() const override { return "QXEDeliveryReceiptManager"; }
 
  private:
-  std::optional<platform::Dictionary> makePayload(const Receipts& receipts) override;
-  std::unique_ptr<const ServiceProtocol> makeRequest(platform::Dictionary payload) override;
+  std::optional<QXPlatform::Dictionary> makePayload(const Receipts& receipts) override;
+  std::unique_ptr<const ServiceProtocol> makeRequest(QXPlatform::Dictionary payload) override;
   std::optional<QXEDeliveryReceiptRequestHeader> makeHeader();
 
   const QXEDeliveryReceiptPayloadCreator payloadCreator_;

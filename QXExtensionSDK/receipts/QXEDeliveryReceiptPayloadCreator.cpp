@@ -51,8 +51,8 @@ void QXEDeliveryReceiptPayloadCreator::addEvent(ReceiptItems& items,
   event.addTo(items);
 }
 
-platform::Dictionary QXEDeliveryReceiptPayloadCreator::makeBody(const Info& info,
-                                                                platform::Value nodes) const {
+QXPlatform::Dictionary QXEDeliveryReceiptPayloadCreator::makeBody(const Info& info,
+                                                                  QXPlatform::Value nodes) const {
   return {
       {"applicationId", info.applicationId()}, {"deviceId", info.deviceId()}, {"nodes", std::move(nodes)}};
 }

@@ -25,7 +25,7 @@ std::shared_ptr<ReceiptFile> ReceiptFile::shared(AppGroupSDK::ExtensionModuleNam
 }
 
 bool ReceiptFile::claim(const std::string& uuid, const void* sender) {
-  const auto now = platform::Clock::current().now();
+  const auto now = QXPlatform::Clock::current().now();
   const auto [claim, isNew] = claims_.try_emplace(uuid, Claim{sender, now + kClaimLifetime});
   if (isNew) return true;
   if (now < claim->second.end) return false;

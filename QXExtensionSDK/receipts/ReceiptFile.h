@@ -9,8 +9,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
-#include "platform/dispatch/Clock.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
+#include "QXPlatform/dispatch/Clock.h"
 
 namespace QXExtensionSDK {
 
@@ -42,7 +42,7 @@ class ReceiptFile {
  private:
   struct Claim {
     const void* sender;
-    platform::Clock::TimePoint end;
+    QXPlatform::Clock::TimePoint end;
   };
 
   std::unordered_map<std::string, Claim> claims_;

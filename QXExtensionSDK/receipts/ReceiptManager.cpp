@@ -2,13 +2,13 @@
 
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
 namespace {
 
-bool isWebAddress(const platform::URL& url) {
+bool isWebAddress(const QXPlatform::URL& url) {
   return (url.scheme() == "http" || url.scheme() == "https") && !url.host().empty();
 }
 
@@ -55,9 +55,9 @@ void ReceiptManager::sendReceipts(Receipts receipts, ReceiptCompletion completio
   });
 }
 
-std::optional<platform::URL> ReceiptManager::makeBaseURL(
+std::optional<QXPlatform::URL> ReceiptManager::makeBaseURL(
     const std::optional<AppGroupSDK::AppDeviceInfo>& info) {
-  auto baseURL = info ? platform::URL::parse(info->baseUrl()) : std::nullopt;
+  auto baseURL = info ? QXPlatform::URL::parse(info->baseUrl()) : std::nullopt;
   if (baseURL && !isWebAddress(*baseURL)) baseURL.reset();
   if (!baseURL) Logger::service().error(LogCategory::deliveryReceipt, "Base URL not available");
   return baseURL;

@@ -26,13 +26,13 @@ class ReceiptManager : public DeliveryReceiptManaging {
                  std::unique_ptr<const DeliveryReceiptHandling> receiptHandler);
 
   // Nothing, after an error line, when none is stored or what is stored is no web address.
-  static std::optional<platform::URL> makeBaseURL(const std::optional<AppGroupSDK::AppDeviceInfo>& info);
+  static std::optional<QXPlatform::URL> makeBaseURL(const std::optional<AppGroupSDK::AppDeviceInfo>& info);
 
  private:
   // The body with these receipts; nothing, after log lines, when a value that it needs is not stored.
-  virtual std::optional<platform::Dictionary> makePayload(const Receipts& receipts) = 0;
+  virtual std::optional<QXPlatform::Dictionary> makePayload(const Receipts& receipts) = 0;
   // The same for the request around it.
-  virtual std::unique_ptr<const ServiceProtocol> makeRequest(platform::Dictionary payload) = 0;
+  virtual std::unique_ptr<const ServiceProtocol> makeRequest(QXPlatform::Dictionary payload) = 0;
 
   const std::string_view shortName_;
   // Shared with the completions of requests in flight, which may outlive this object.

@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "platform/foundation/Date.h"
+#include "QXPlatform/foundation/Date.h"
 
 namespace QXExtensionSDK {
 
@@ -18,7 +18,7 @@ std::optional<std::string_view> unlessEmpty(std::string_view text) {
 }
 
 std::string receiptDate(double secondsSince1970) {
-  return platform::formatUTCMilliseconds({secondsSince1970}).value_or("");
+  return QXPlatform::formatUTCMilliseconds({secondsSince1970}).value_or("");
 }
 
 ReceiptItems::ReceiptItems(std::size_t expectedCount) : arena_((expectedCount + 1) * kTypicalItemBytes) {
@@ -26,7 +26,7 @@ ReceiptItems::ReceiptItems(std::size_t expectedCount) : arena_((expectedCount + 
 }
 
 void ReceiptItems::add(int eventType, std::initializer_list<EventField> event) {
-  add(platform::ValueArena::integer(eventType), event);
+  add(QXPlatform::ValueArena::integer(eventType), event);
 }
 
 void ReceiptItems::add(std::string_view eventType, std::initializer_list<EventField> event) {
@@ -42,8 +42,8 @@ void ReceiptItems::add(const RawValue& eventType, std::initializer_list<EventFie
   items_.push_back(arena_.dictionary(item));
 }
 
-platform::Value ReceiptItems::nodes() && {
-  std::array node{RawEntry{"version", platform::ValueArena::integer(1)}, RawEntry{"name", text("event")},
+QXPlatform::Value ReceiptItems::nodes() && {
+  std::array node{RawEntry{"version", QXPlatform::ValueArena::integer(1)}, RawEntry{"name", text("event")},
                   RawEntry{"items", arena_.array(items_)}};
   const std::array nodes{arena_.dictionary(node)};
   const RawValue list = arena_.array(nodes);

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Value.h"
-#include "platform/foundation/ValueArena.h"
+#include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/foundation/ValueArena.h"
 
 namespace QXExtensionSDK {
 
@@ -36,16 +36,16 @@ class ReceiptItems {
   void add(std::string_view eventType, std::initializer_list<EventField> event);
 
   // The list that wraps the items. This object must not be used afterwards.
-  platform::Value nodes() &&;
+  QXPlatform::Value nodes() &&;
 
  private:
-  using RawValue = platform::ValueArena::RawValue;
-  using RawEntry = platform::ValueArena::RawEntry;
+  using RawValue = QXPlatform::ValueArena::RawValue;
+  using RawEntry = QXPlatform::ValueArena::RawEntry;
 
   RawValue text(std::string_view text) { return arena_.string(arena_.store(text)); }
   void add(const RawValue& eventType, std::initializer_list<EventField> event);
 
-  platform::ValueArena arena_;
+  QXPlatform::ValueArena arena_;
   std::vector<RawValue> items_;
   std::vector<RawEntry> fields_;  // of the event in the making
 };

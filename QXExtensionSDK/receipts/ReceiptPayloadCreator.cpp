@@ -2,15 +2,15 @@
 
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/foundation/Date.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/Date.h"
 
 namespace QXExtensionSDK {
 
 ReceiptPayloadCreator::ReceiptPayloadCreator(std::shared_ptr<AppDeviceInfoProviding> appDeviceInfoProvider)
     : appDeviceInfoProvider_(std::move(appDeviceInfoProvider)) {}
 
-std::optional<platform::Dictionary> ReceiptPayloadCreator::createPayload(const Receipts& receipts) const {
+std::optional<QXPlatform::Dictionary> ReceiptPayloadCreator::createPayload(const Receipts& receipts) const {
   if (receipts.empty()) {
     // The text names one module for both; that is how it has always read.
     Logger::service().debug(LogCategory::deliveryReceipt,
@@ -25,7 +25,7 @@ std::optional<platform::Dictionary> ReceiptPayloadCreator::createPayload(const R
     }
     return std::nullopt;
   }
-  const std::string receiptDateUtc = receiptDate(platform::Date::now().secondsSince1970);
+  const std::string receiptDateUtc = receiptDate(QXPlatform::Date::now().secondsSince1970);
   ReceiptItems items(receipts.size());
   for (const auto& receipt : receipts) addEvent(items, receipt, *info, receiptDateUtc);
   return makeBody(*info, std::move(items).nodes());

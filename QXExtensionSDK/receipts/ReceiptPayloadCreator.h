@@ -8,7 +8,7 @@
 #include "QXExtensionSDK/receipts/AppDeviceInfoProvider.h"
 #include "QXExtensionSDK/receipts/ReceiptListText.h"
 #include "QXExtensionSDK/receipts/ReceiptPayload.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
 
@@ -20,7 +20,7 @@ class ReceiptPayloadCreator {
 
   // A receipt for which a value is not stored is skipped with an error line. Nothing without any event: such
   // a body would be acknowledged, and the receipts would be gone.
-  std::optional<platform::Dictionary> createPayload(const Receipts& receipts) const;
+  std::optional<QXPlatform::Dictionary> createPayload(const Receipts& receipts) const;
 
  protected:
   using Info = AppGroupSDK::AppDeviceInfo;
@@ -34,7 +34,7 @@ class ReceiptPayloadCreator {
   virtual std::string_view eventName() const = 0;
   virtual void addEvent(ReceiptItems& items, const AppGroupSDK::DeliveryReceiptPNModel& receipt,
                         const Info& info, std::string_view receiptDateUtc) const = 0;
-  virtual platform::Dictionary makeBody(const Info& info, platform::Value nodes) const = 0;
+  virtual QXPlatform::Dictionary makeBody(const Info& info, QXPlatform::Value nodes) const = 0;
 
   const std::shared_ptr<AppDeviceInfoProviding> appDeviceInfoProvider_;
 };

@@ -12,18 +12,18 @@ namespace QXExtensionSDK {
 template <typename Header>
 class ReceiptRequest final : public ServiceProtocol {
  public:
-  ReceiptRequest(platform::URL baseURL, Header header, platform::Dictionary body)
+  ReceiptRequest(QXPlatform::URL baseURL, Header header, QXPlatform::Dictionary body)
       : baseURL_(std::move(baseURL)), header_(std::move(header)), body_(std::move(body)) {}
 
-  platform::URL url() const override { return baseURL_.appendingPathComponent(header_.path); }
+  QXPlatform::URL url() const override { return baseURL_.appendingPathComponent(header_.path); }
   HTTPMethod method() const override { return HTTPMethod::post; }
   Headers headers() const override { return header_.toDictionary(); }
-  std::optional<platform::Dictionary> body() const override { return body_; }
+  std::optional<QXPlatform::Dictionary> body() const override { return body_; }
 
  private:
-  const platform::URL baseURL_;
+  const QXPlatform::URL baseURL_;
   const Header header_;
-  const platform::Dictionary body_;
+  const QXPlatform::Dictionary body_;
 };
 
 }  // namespace QXExtensionSDK

@@ -1,9 +1,9 @@
 #include "QXExtensionSDK/receipts/UserAgentProvider.h"
 
 #include "QXExtensionSDK/runtime/Version.h"
-#include "platform/foundation/Bundle.h"
-#include "platform/foundation/Device.h"
-#include "platform/foundation/Locale.h"
+#include "QXPlatform/foundation/Bundle.h"
+#include "QXPlatform/foundation/Device.h"
+#include "QXPlatform/foundation/Locale.h"
 
 namespace QXExtensionSDK {
 
@@ -12,17 +12,17 @@ namespace {
 constexpr std::string_view kVersionPlaceholder = "{qxsdk_version}";
 
 std::string hostApplication() {
-  const auto& bundle = platform::Bundle::main();
+  const auto& bundle = QXPlatform::Bundle::main();
   const auto identifier = bundle.bundleIdentifier();
-  const platform::Value* value = bundle.objectForInfoDictionaryKey("CFBundleShortVersionString");
+  const QXPlatform::Value* value = bundle.objectForInfoDictionaryKey("CFBundleShortVersionString");
   const auto version = value != nullptr ? value->string() : std::nullopt;
   return identifier && version ? (*identifier + "/").append(*version) : std::string();
 }
 
 std::string makeTemplate() {
-  const auto& device = platform::Device::current();
+  const auto& device = QXPlatform::Device::current();
   return std::string("QuorixSdk/").append(kVersionPlaceholder) + " (" + device.systemName + " " +
-         device.systemVersion + "; " + platform::Locale::currentIdentifier() + "; Apple/" + device.name +
+         device.systemVersion + "; " + QXPlatform::Locale::currentIdentifier() + "; Apple/" + device.name +
          ") " + hostApplication() + "; QuorixExtensionSdk/" +
          reinterpret_cast<const char*>(QXExtensionSDKVersionString);
 }

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
@@ -11,9 +11,10 @@ void ClientExecutionProcessor::setClientExecutionDelegate(
   clientExecutionDelegate_ = std::move(delegate);
 }
 
-void ClientExecutionProcessor::process(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-                                       const std::shared_ptr<platform::UNMutableNotificationContent>& content,
-                                       ProcessingCompletion completion) {
+void ClientExecutionProcessor::process(
+    const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+    const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
+    ProcessingCompletion completion) {
   if (const auto delegate = clientExecutionDelegate_.lock()) {
     delegate->clientDidReceive(request, content, std::move(completion));
   } else {

@@ -3,8 +3,8 @@
 #include <memory>
 #include <string_view>
 
-#include "QXExtensionSDK/runtime/AsyncProcessing.h"
-#include "QXExtensionSDK/runtime/ServiceExtensionClientExecuting.h"
+#include "QXExtensionSDK/runtime/processing/AsyncProcessing.h"
+#include "QXExtensionSDK/runtime/processing/ServiceExtensionClientExecuting.h"
 
 namespace QXExtensionSDK {
 
@@ -14,8 +14,8 @@ class ClientExecutionProcessor final : public AsyncProcessing, public ServiceExt
   void setClientExecutionDelegate(std::weak_ptr<ServiceExtensionClientExecutionDelegate> delegate) override;
 
   // Without a living delegate it logs and never completes: only the time limit then ends the notification.
-  void process(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-               const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+  void process(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+               const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                ProcessingCompletion completion) override;
   std::string_view description() const override { return "ClientExecutionProcessor"; }
 

@@ -4,15 +4,15 @@
 #include <string>
 #include <utility>
 
-#include "QXExtensionSDK/decoration/DefaultModuleProvider.h"
+#include "QXExtensionSDK/runtime/DefaultModuleProvider.h"
 
 namespace QXExtensionSDK {
 
 namespace {
 
-using platform::DispatchQueue;
-using platform::UNMutableNotificationContent;
-using platform::UNNotificationRequest;
+using QXPlatform::DispatchQueue;
+using QXPlatform::UNMutableNotificationContent;
+using QXPlatform::UNNotificationRequest;
 
 const std::string& concurrentQueueLabel() {
   static const std::string& label =
@@ -97,7 +97,7 @@ void NotificationServiceWorker::adoptProcessors() {
 }
 
 void NotificationServiceWorker::workerDidReceive(const std::shared_ptr<const UNNotificationRequest>& request,
-                                                 platform::ContentHandler contentHandler) {
+                                                 QXPlatform::ContentHandler contentHandler) {
   logger_.debug(LogCategory::serviceWorker, "workerDidReceive(_:withContentHandler:) start");
   const auto content = UNMutableNotificationContent::mutableCopy(request->content.get());
   {
@@ -147,8 +147,8 @@ void NotificationServiceWorker::mergeAndDeliver() {
     logger_.error(LogCategory::serviceWorker, "Mutable content is nil in processDidReceive");
     return;
   }
-  platform::Dictionary userInfo = delivery.bestAttemptContent->userInfo();
-  for (const platform::Dictionary& changes : userInfoChanges_) userInfo = userInfo.merging(changes);
+  QXPlatform::Dictionary userInfo = delivery.bestAttemptContent->userInfo();
+  for (const QXPlatform::Dictionary& changes : userInfoChanges_) userInfo = userInfo.merging(changes);
   delivery.bestAttemptContent->setUserInfo(std::move(userInfo));
   delivery.contentHandler(delivery.bestAttemptContent);
 }

@@ -5,15 +5,15 @@
 #include <optional>
 #include <vector>
 
-#include "QXExtensionSDK/runtime/AsyncProcessing.h"
 #include "QXExtensionSDK/runtime/ClientCalling.h"
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "QXExtensionSDK/runtime/ModuleProvider.h"
-#include "QXExtensionSDK/runtime/ServiceExtensionClientExecuting.h"
-#include "QXExtensionSDK/runtime/ServiceExtensionConfigProviding.h"
-#include "platform/dispatch/DispatchGroup.h"
-#include "platform/dispatch/DispatchQueue.h"
-#include "platform/notifications/UNNotificationServiceExtension.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXExtensionSDK/runtime/processing/AsyncProcessing.h"
+#include "QXExtensionSDK/runtime/processing/ModuleProvider.h"
+#include "QXExtensionSDK/runtime/processing/ServiceExtensionClientExecuting.h"
+#include "QXExtensionSDK/runtime/processing/ServiceExtensionConfigProviding.h"
+#include "QXPlatform/dispatch/DispatchGroup.h"
+#include "QXPlatform/dispatch/DispatchQueue.h"
+#include "QXPlatform/notifications/UNNotificationServiceExtension.h"
 
 namespace QXExtensionSDK {
 
@@ -21,8 +21,8 @@ namespace QXExtensionSDK {
 class NotificationServiceWorking {
  public:
   virtual ~NotificationServiceWorking() = default;
-  virtual void workerDidReceive(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-                                platform::ContentHandler contentHandler) = 0;
+  virtual void workerDidReceive(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+                                QXPlatform::ContentHandler contentHandler) = 0;
   virtual void workerServiceExtensionTimeWillExpire() = 0;
 };
 
@@ -53,27 +53,27 @@ class NotificationServiceWorker final : public NotificationServiceWorking,
                             std::unique_ptr<const ModuleProvider> moduleProvider);
 
   // Once a worker. Without a copy of the content nothing more happens until the time limit.
-  void workerDidReceive(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-                        platform::ContentHandler contentHandler) override;
+  void workerDidReceive(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+                        QXPlatform::ContentHandler contentHandler) override;
   void workerServiceExtensionTimeWillExpire() override;
 
   VTNotificationServiceConfig clientProvideConfig() const override;
   // Without a living client-calling delegate it logs and does not complete.
-  void clientDidReceive(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-                        const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+  void clientDidReceive(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+                        const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                         ProcessingCompletion completion) override;
 
  private:
   // The two fields that the platform's threads write and the serial queue reads.
   struct Delivery {
-    platform::ContentHandler contentHandler;
-    std::shared_ptr<platform::UNMutableNotificationContent> bestAttemptContent;
+    QXPlatform::ContentHandler contentHandler;
+    std::shared_ptr<QXPlatform::UNMutableNotificationContent> bestAttemptContent;
   };
 
   void adoptProcessors();
   void start(AsyncProcessing& processor,
-             const std::shared_ptr<const platform::UNNotificationRequest>& request,
-             const std::shared_ptr<platform::UNMutableNotificationContent>& content);
+             const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+             const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content);
   Delivery delivery() const;
   void keepAlive(std::shared_ptr<NotificationServiceWorker> self);
 
@@ -88,11 +88,11 @@ class NotificationServiceWorker final : public NotificationServiceWorking,
   std::shared_ptr<NotificationServiceWorker> untilMerged_;
 
   std::vector<std::unique_ptr<AsyncProcessing>> processors_;  // fixed after construction
-  std::vector<platform::Dictionary> userInfoChanges_;         // serial queue only
+  std::vector<QXPlatform::Dictionary> userInfoChanges_;       // serial queue only
   const Logger& logger_;
-  const platform::DispatchGroup dispatchGroup_;
-  const platform::DispatchQueue concurrentQueue_;
-  const platform::DispatchQueue serialQueue_;
+  const QXPlatform::DispatchGroup dispatchGroup_;
+  const QXPlatform::DispatchQueue concurrentQueue_;
+  const QXPlatform::DispatchQueue serialQueue_;
   const std::unique_ptr<const ModuleProvider> moduleProvider_;
   const std::weak_ptr<ClientCalling> clientCallingDelegate_;
 };

@@ -2,14 +2,15 @@
 
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
-#include "platform/dispatch/Activity.h"
-#include "platform/foundation/Exception.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/foundation/Exception.h"
 
 namespace QXExtensionSDK {
 
 void VTQXNotificationService::didReceiveNotificationRequest(
-    std::shared_ptr<const platform::UNNotificationRequest> request, platform::ContentHandler contentHandler) {
+    std::shared_ptr<const QXPlatform::UNNotificationRequest> request,
+    QXPlatform::ContentHandler contentHandler) {
   Logger::service().debug(LogCategory::serviceGeneral,
                           "VTQXNotificationService didReceiveNotificationRequest start");
   const std::shared_ptr<ClientCalling> self(shared_from_this(), this);
@@ -30,8 +31,8 @@ VTNotificationServiceConfig VTQXNotificationService::vtqxProvideConfig() {
 }
 
 void VTQXNotificationService::vtqxDidReceiveRequest(
-    const std::shared_ptr<const platform::UNNotificationRequest>& /*request*/,
-    const std::shared_ptr<platform::UNMutableNotificationContent>& /*mutableContent*/,
+    const std::shared_ptr<const QXPlatform::UNNotificationRequest>& /*request*/,
+    const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& /*mutableContent*/,
     // By value, since most overriding hooks keep it.  NOLINTNEXTLINE(performance-unnecessary-value-param)
     ClientContentHandler contentHandler) {
   Logger::service().debug(LogCategory::serviceGeneral, "VTQXNotificationService vtqxDidReceiveRequest start");
@@ -39,13 +40,13 @@ void VTQXNotificationService::vtqxDidReceiveRequest(
 }
 
 void VTQXNotificationService::callClientDidReceiveRequest(
-    const std::shared_ptr<const platform::UNNotificationRequest>& request,
-    const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
+    const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+    const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& mutableContent,
     const ClientContentHandler& contentHandler) {
   try {
-    const platform::ForeignCodeScope foreignCode;
+    const QXPlatform::ForeignCodeScope foreignCode;
     vtqxDidReceiveRequest(request, mutableContent, contentHandler);
-  } catch (const platform::Exception& exception) {
+  } catch (const QXPlatform::Exception& exception) {
     Logger::service().error(LogCategory::serviceGeneral,
                             "VTQXNotificationService exception in client code=", exception.reason());
     contentHandler(std::nullopt);
@@ -53,7 +54,7 @@ void VTQXNotificationService::callClientDidReceiveRequest(
 }
 
 VTNotificationServiceConfig VTQXNotificationService::callClientVtqxProvideConfig() {
-  const platform::ForeignCodeScope foreignCode;
+  const QXPlatform::ForeignCodeScope foreignCode;
   return vtqxProvideConfig();
 }
 

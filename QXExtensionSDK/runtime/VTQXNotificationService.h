@@ -5,8 +5,8 @@
 
 #include "QXExtensionSDK/runtime/ClientCalling.h"
 #include "QXExtensionSDK/runtime/NotificationServiceWorker.h"
-#include "QXExtensionSDK/runtime/VTNotificationServiceConfig.h"
-#include "platform/notifications/UNNotificationServiceExtension.h"
+#include "QXExtensionSDK/runtime/processing/VTNotificationServiceConfig.h"
+#include "QXPlatform/notifications/UNNotificationServiceExtension.h"
 
 namespace QXExtensionSDK {
 
@@ -14,13 +14,14 @@ namespace QXExtensionSDK {
 // and overrides one or both hooks:
 //
 //   class NotificationService : public QXExtensionSDK::VTQXNotificationService { ... };
-//   int main(int argc, char** argv) { return platform::serviceExtensionMain<NotificationService>(argc, argv);
+//   int main(int argc, char** argv) { return QXPlatform::serviceExtensionMain<NotificationService>(argc,
+//   argv);
 //   }
-class VTQXNotificationService : public platform::UNNotificationServiceExtension, public ClientCalling {
+class VTQXNotificationService : public QXPlatform::UNNotificationServiceExtension, public ClientCalling {
  public:
   // The platform's entries; the platform's threads call them.
-  void didReceiveNotificationRequest(std::shared_ptr<const platform::UNNotificationRequest> request,
-                                     platform::ContentHandler contentHandler) override;
+  void didReceiveNotificationRequest(std::shared_ptr<const QXPlatform::UNNotificationRequest> request,
+                                     QXPlatform::ContentHandler contentHandler) override;
   void serviceExtensionTimeWillExpire() override;
 
   // Host hook: the configuration. Called at least twice a notification, on several threads; must be cheap and
@@ -30,15 +31,15 @@ class VTQXNotificationService : public platform::UNNotificationServiceExtension,
   // Host hook: may change the content and must call the handler once, on any thread, with the userInfo
   // entries to add, or with nothing. Called on a background thread for every push, whoever sent it, while the
   // framework's own processors work on the same content; it may block without holding those up. A
-  // platform::Exception that it throws counts as no changes. The base adds nothing.
+  // QXPlatform::Exception that it throws counts as no changes. The base adds nothing.
   virtual void vtqxDidReceiveRequest(
-      const std::shared_ptr<const platform::UNNotificationRequest>& request,
-      const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
+      const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+      const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& mutableContent,
       ClientContentHandler contentHandler);
 
   void callClientDidReceiveRequest(
-      const std::shared_ptr<const platform::UNNotificationRequest>& request,
-      const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
+      const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+      const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& mutableContent,
       const ClientContentHandler& contentHandler) final;
   VTNotificationServiceConfig callClientVtqxProvideConfig() final;
 

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <utility>
 
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSON.h"
 
 namespace QXExtensionSDK {
 
@@ -13,16 +13,16 @@ constexpr auto kTimeoutInterval = std::chrono::seconds(60);
 
 }  // namespace
 
-platform::Result<platform::URLRequest, ServiceError> DefaultRequestBuilder::build(
+QXPlatform::Result<QXPlatform::URLRequest, ServiceError> DefaultRequestBuilder::build(
     const ServiceProtocol& service) const {
-  platform::URLRequest request(service.url(), platform::CachePolicy::useProtocolCachePolicy,
-                               kTimeoutInterval);
+  QXPlatform::URLRequest request(service.url(), QXPlatform::CachePolicy::useProtocolCachePolicy,
+                                 kTimeoutInterval);
   request.httpMethod = rawValue(service.method());
   for (const auto& [field, value] : service.headers()) request.setValueForHTTPHeaderField(value, field);
   if (const auto body = service.body()) {
-    auto text = platform::writeJSON(*body, platform::JSONStyle::compact);
+    auto text = QXPlatform::writeJSON(*body, QXPlatform::JSONStyle::compact);
     if (!text) return ServiceError(ServiceError::EncodingError{text.error()});
-    request.httpBody = platform::Data(*std::move(text));
+    request.httpBody = QXPlatform::Data(*std::move(text));
   }
   return request;
 }

@@ -8,7 +8,8 @@ namespace QXExtensionSDK {
 class DefaultRequestBuilder final : public RequestBuilder {
  public:
   // `encodingError` for a body that JSON cannot hold.
-  platform::Result<platform::URLRequest, ServiceError> build(const ServiceProtocol& service) const override;
+  QXPlatform::Result<QXPlatform::URLRequest, ServiceError> build(
+      const ServiceProtocol& service) const override;
 };
 
 }  // namespace QXExtensionSDK

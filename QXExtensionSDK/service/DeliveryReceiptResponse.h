@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/JSONCoding.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
 
@@ -20,7 +20,7 @@ class DeliveryReceiptResponse {
   const std::optional<std::int64_t>& code() const { return code_; }
   const std::optional<std::string>& message() const { return message_; }
   const std::optional<std::string>& requestId() const { return requestId_; }
-  const std::optional<platform::Value>& body() const { return body_; }
+  const std::optional<QXPlatform::Value>& body() const { return body_; }
 
   // The code, the sizes of message and request id, and whether there is a body: a back end may echo what it
   // was sent, and no token belongs in the log.
@@ -28,19 +28,19 @@ class DeliveryReceiptResponse {
 
  protected:
   static constexpr auto jsonFields() {
-    return platform::jsonFields(platform::jsonField("code", &DeliveryReceiptResponse::code_),
-                                platform::jsonField("message", &DeliveryReceiptResponse::message_),
-                                platform::jsonField("requestId", &DeliveryReceiptResponse::requestId_),
-                                platform::jsonField("body", &DeliveryReceiptResponse::body_));
+    return QXPlatform::jsonFields(QXPlatform::jsonField("code", &DeliveryReceiptResponse::code_),
+                                  QXPlatform::jsonField("message", &DeliveryReceiptResponse::message_),
+                                  QXPlatform::jsonField("requestId", &DeliveryReceiptResponse::requestId_),
+                                  QXPlatform::jsonField("body", &DeliveryReceiptResponse::body_));
   }
 
  private:
-  friend platform::JSONRecordAccess;
+  friend QXPlatform::JSONRecordAccess;
 
   std::optional<std::int64_t> code_;
   std::optional<std::string> message_;
   std::optional<std::string> requestId_;
-  std::optional<platform::Value> body_;
+  std::optional<QXPlatform::Value> body_;
 };
 
 }  // namespace QXExtensionSDK

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "QXExtensionSDK/service/ResponseDecoder.h"
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace QXExtensionSDK {
 
@@ -12,9 +12,9 @@ namespace QXExtensionSDK {
 template <std::derived_from<DeliveryReceiptResponse> Decoded>
 class JSONResponseDecoder final : public ResponseDecoder {
  public:
-  platform::Result<Response> decode(const platform::Data& data) const override {
-    auto decoded = platform::decodeJSON<Decoded>(data.view());
-    if (!decoded) return platform::Error{decoded.error().description()};
+  QXPlatform::Result<Response> decode(const QXPlatform::Data& data) const override {
+    auto decoded = QXPlatform::decodeJSON<Decoded>(data.view());
+    if (!decoded) return QXPlatform::Error{decoded.error().description()};
     return Response(std::make_shared<const Decoded>(*std::move(decoded)));
   }
 };

@@ -3,9 +3,9 @@
 #include <functional>
 
 #include "QXExtensionSDK/service/ServiceError.h"
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Result.h"
-#include "platform/network/URLRequest.h"
+#include "QXPlatform/foundation/Data.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/network/URLRequest.h"
 
 namespace QXExtensionSDK {
 
@@ -13,12 +13,12 @@ namespace QXExtensionSDK {
 class NetworkExecutor {
  public:
   // The body of a good answer, or why there is none.
-  using Completion = std::function<void(platform::Result<platform::Data, SendError>)>;
+  using Completion = std::function<void(QXPlatform::Result<QXPlatform::Data, SendError>)>;
 
   virtual ~NetworkExecutor() = default;
   // Returns at once. The completion is called at most once, on a background queue, also when this object is
   // gone by then; it is never called for an answer that is no HTTP answer.
-  virtual void execute(platform::URLRequest request, Completion completion) = 0;
+  virtual void execute(QXPlatform::URLRequest request, Completion completion) = 0;
 };
 
 }  // namespace QXExtensionSDK

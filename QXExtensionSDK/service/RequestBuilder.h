@@ -2,8 +2,8 @@
 
 #include "QXExtensionSDK/service/ServiceError.h"
 #include "QXExtensionSDK/service/ServiceProtocol.h"
-#include "platform/foundation/Result.h"
-#include "platform/network/URLRequest.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/network/URLRequest.h"
 
 namespace QXExtensionSDK {
 
@@ -11,7 +11,7 @@ namespace QXExtensionSDK {
 class RequestBuilder {
  public:
   virtual ~RequestBuilder() = default;
-  virtual platform::Result<platform::URLRequest, ServiceError> build(
+  virtual QXPlatform::Result<QXPlatform::URLRequest, ServiceError> build(
       const ServiceProtocol& service) const = 0;
 };
 

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "QXExtensionSDK/service/DeliveryReceiptResponse.h"
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Result.h"
+#include "QXPlatform/foundation/Data.h"
+#include "QXPlatform/foundation/Result.h"
 
 namespace QXExtensionSDK {
 
@@ -14,7 +14,7 @@ class ResponseDecoder {
   using Response = std::shared_ptr<const DeliveryReceiptResponse>;
 
   virtual ~ResponseDecoder() = default;
-  virtual platform::Result<Response> decode(const platform::Data& data) const = 0;
+  virtual QXPlatform::Result<Response> decode(const QXPlatform::Data& data) const = 0;
 };
 
 }  // namespace QXExtensionSDK

@@ -4,7 +4,7 @@ namespace QXExtensionSDK {
 
 namespace {
 
-std::string bodySize(const std::optional<platform::Data>& data) {
+std::string bodySize(const std::optional<QXPlatform::Data>& data) {
   return data ? data->description() : "nil";
 }
 

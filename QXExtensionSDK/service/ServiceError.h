@@ -5,9 +5,9 @@
 #include <string>
 #include <variant>
 
-#include "platform/foundation/Data.h"
-#include "platform/foundation/Result.h"
-#include "platform/network/URLSession.h"
+#include "QXPlatform/foundation/Data.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/network/URLSession.h"
 
 namespace QXExtensionSDK {
 
@@ -15,14 +15,14 @@ namespace QXExtensionSDK {
 class ServiceError {
  public:
   struct EncodingError {
-    platform::Error underlying;
+    QXPlatform::Error underlying;
   };
   struct DecodingError {
-    platform::Error underlying;
+    QXPlatform::Error underlying;
   };
   struct Failed {
     int statusCode;
-    std::optional<platform::Data> data;
+    std::optional<QXPlatform::Data> data;
   };
   struct MissingBaseURL {};
   struct NoData {};
@@ -39,7 +39,7 @@ class ServiceError {
 };
 
 // Why a send failed: an error of the HTTP layer, or the platform's own, unchanged.
-using SendError = std::variant<ServiceError, platform::URLError>;
+using SendError = std::variant<ServiceError, QXPlatform::URLError>;
 
 std::string description(const SendError& error);
 

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
 
@@ -14,7 +14,7 @@ void fail(const ServiceManager::Completion& completion, const SendError& error, 
   Logger::service().error(LogCategory::network, "ServiceManager ", stage, " error ", error);
 }
 
-void finish(const ResponseDecoder& decoder, const platform::Data& data,
+void finish(const ResponseDecoder& decoder, const QXPlatform::Data& data,
             const ServiceManager::Completion& completion) {
   auto decoded = decoder.decode(data);
   if (!decoded) {
@@ -39,7 +39,7 @@ void ServiceManager::send(const ServiceProtocol& service, Completion completion)
   if (!request) return fail(completion, request.error(), "RequestBuilder");
   networkExecutor_->execute(*std::move(request),
                             [decoder = responseDecoder_, completion = std::move(completion)](
-                                const platform::Result<platform::Data, SendError>& answer) {
+                                const QXPlatform::Result<QXPlatform::Data, SendError>& answer) {
                               if (!answer) return fail(completion, answer.error(), "NetworkExecutor");
                               finish(*decoder, *answer, completion);
                             });

@@ -13,7 +13,7 @@ namespace QXExtensionSDK {
 // tried again. Any thread; several sends may be in flight at once.
 class ServiceManager {
  public:
-  using Answer = platform::Result<ResponseDecoder::Response, SendError>;
+  using Answer = QXPlatform::Result<ResponseDecoder::Response, SendError>;
   using Completion = std::function<void(const Answer&)>;
 
   ServiceManager(std::unique_ptr<const RequestBuilder> requestBuilder,

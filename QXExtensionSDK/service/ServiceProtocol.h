@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/URL.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/URL.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
 
@@ -22,11 +22,11 @@ class ServiceProtocol {
 
   virtual ~ServiceProtocol() = default;
 
-  virtual platform::URL url() const = 0;
+  virtual QXPlatform::URL url() const = 0;
   virtual HTTPMethod method() const = 0;
   virtual Headers headers() const = 0;
   // A JSON object; nothing for a request without a body.
-  virtual std::optional<platform::Dictionary> body() const = 0;
+  virtual std::optional<QXPlatform::Dictionary> body() const = 0;
 
   // Method, URL, header names and body size: fit for a log line.
   std::string description() const;

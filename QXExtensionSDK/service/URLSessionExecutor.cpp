@@ -5,25 +5,25 @@
 
 namespace QXExtensionSDK {
 
-URLSessionExecutor::URLSessionExecutor(platform::URLSessionConfiguration configuration)
+URLSessionExecutor::URLSessionExecutor(QXPlatform::URLSessionConfiguration configuration)
     : session_(configuration) {}
 
-void URLSessionExecutor::execute(platform::URLRequest request, Completion completion) {
+void URLSessionExecutor::execute(QXPlatform::URLRequest request, Completion completion) {
   const auto task = session_.dataTask(
       std::move(request),
-      [completion = std::move(completion)](std::optional<platform::Data> data,
-                                           const std::shared_ptr<const platform::URLResponse>& response,
-                                           std::optional<platform::URLError> error) {
+      [completion = std::move(completion)](std::optional<QXPlatform::Data> data,
+                                           const std::shared_ptr<const QXPlatform::URLResponse>& response,
+                                           std::optional<QXPlatform::URLError> error) {
         answer(std::move(data), response.get(), std::move(error), completion);
       });
   task->resume();
 }
 
-void URLSessionExecutor::answer(std::optional<platform::Data> data, const platform::URLResponse* response,
-                                std::optional<platform::URLError> error, const Completion& completion) {
+void URLSessionExecutor::answer(std::optional<QXPlatform::Data> data, const QXPlatform::URLResponse* response,
+                                std::optional<QXPlatform::URLError> error, const Completion& completion) {
   if (error) return completion(SendError(*std::move(error)));
   if (!data) return completion(SendError(ServiceError(ServiceError::NoData())));
-  const auto* http = dynamic_cast<const platform::HTTPURLResponse*>(response);
+  const auto* http = dynamic_cast<const QXPlatform::HTTPURLResponse*>(response);
   if (http == nullptr) return;
   const int statusCode = http->statusCode();
   if (statusCode >= 200 && statusCode <= 299) return completion(*std::move(data));

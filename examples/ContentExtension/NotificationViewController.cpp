@@ -17,5 +17,5 @@ class NotificationViewController final : public QXExtensionSDK::VTQXNotification
 }  // namespace
 
 int main(int argc, char** argv) {
-  return platform::contentExtensionMain<NotificationViewController>(argc, argv);
+  return QXPlatform::contentExtensionMain<NotificationViewController>(argc, argv);
 }

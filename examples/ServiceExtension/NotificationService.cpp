@@ -4,7 +4,7 @@
 
 namespace {
 
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 class NotificationService final : public QXExtensionSDK::VTQXNotificationService {
  public:
@@ -14,8 +14,8 @@ class NotificationService final : public QXExtensionSDK::VTQXNotificationService
   }
 
   // Adds to userInfo what the app wants to find there when it opens.
-  void vtqxDidReceiveRequest(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-                             const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
+  void vtqxDidReceiveRequest(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+                             const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& mutableContent,
                              QXExtensionSDK::ClientContentHandler contentHandler) override {
     if (mutableContent->title().empty()) mutableContent->setTitle("News for you");
     contentHandler(Dictionary{{"greeting", "Hello from " + request->identifier}});
@@ -25,5 +25,5 @@ class NotificationService final : public QXExtensionSDK::VTQXNotificationService
 }  // namespace
 
 int main(int argc, char** argv) {
-  return platform::serviceExtensionMain<NotificationService>(argc, argv);
+  return QXPlatform::serviceExtensionMain<NotificationService>(argc, argv);
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/files/Container.h"
+#include "QXPlatform/files/Container.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryDirectory.h"
 

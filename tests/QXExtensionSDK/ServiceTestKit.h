@@ -16,15 +16,15 @@ namespace QXExtensionSDK {
 // A service extension whose hooks are what the test says.
 class TestService : public VTQXNotificationService {
  public:
-  using Hook = std::function<void(const std::shared_ptr<platform::UNMutableNotificationContent>&,
+  using Hook = std::function<void(const std::shared_ptr<QXPlatform::UNMutableNotificationContent>&,
                                   ClientContentHandler)>;
 
   explicit TestService(VTNotificationServiceConfig config = {LogLevel::debug, true}, Hook hook = {})
       : config_(config), hook_(std::move(hook)) {}
 
   VTNotificationServiceConfig vtqxProvideConfig() override { return config_; }
-  void vtqxDidReceiveRequest(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-                             const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+  void vtqxDidReceiveRequest(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+                             const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                              ClientContentHandler contentHandler) override {
     if (hook_) return hook_(content, std::move(contentHandler));
     VTQXNotificationService::vtqxDidReceiveRequest(request, content, std::move(contentHandler));
@@ -38,8 +38,8 @@ class TestService : public VTQXNotificationService {
 // Collects what a content handler is called with.
 class Deliveries {
  public:
-  platform::ContentHandler handler() {
-    return [state = state_](const std::shared_ptr<const platform::UNNotificationContent>& content) {
+  QXPlatform::ContentHandler handler() {
+    return [state = state_](const std::shared_ptr<const QXPlatform::UNNotificationContent>& content) {
       const std::lock_guard lock(state->mutex);
       state->contents.push_back(content->snapshot());
       state->changed.notify_all();
@@ -56,7 +56,7 @@ class Deliveries {
     const std::lock_guard lock(state_->mutex);
     return state_->contents.size();
   }
-  platform::NotificationProperties at(std::size_t index) const {
+  QXPlatform::NotificationProperties at(std::size_t index) const {
     const std::lock_guard lock(state_->mutex);
     return state_->contents.at(index);
   }
@@ -65,26 +65,26 @@ class Deliveries {
   struct State {
     std::mutex mutex;
     std::condition_variable changed;
-    std::vector<platform::NotificationProperties> contents;
+    std::vector<QXPlatform::NotificationProperties> contents;
   };
 
   std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-inline std::shared_ptr<const platform::UNNotificationRequest> makeRequest(platform::Dictionary userInfo) {
-  platform::NotificationProperties properties;
+inline std::shared_ptr<const QXPlatform::UNNotificationRequest> makeRequest(QXPlatform::Dictionary userInfo) {
+  QXPlatform::NotificationProperties properties;
   properties.title = "Title";
   properties.userInfo = std::move(userInfo);
-  return std::make_shared<const platform::UNNotificationRequest>(platform::UNNotificationRequest{
-      "request-1", std::make_shared<const platform::UNNotificationContent>(std::move(properties))});
+  return std::make_shared<const QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
+      "request-1", std::make_shared<const QXPlatform::UNNotificationContent>(std::move(properties))});
 }
 
 // The rich features of a carousel whose first panel shows `imageURL`.
-inline platform::Dictionary carousel(const std::string& imageURL) {
-  return {{"vt",
-           platform::Dictionary{{"t", "0"},
-                                {"it", std::vector<platform::Value>{platform::Dictionary{
-                                           {"id", "p1"}, {"md", platform::Dictionary{{"ul", imageURL}}}}}}}}};
+inline QXPlatform::Dictionary carousel(const std::string& imageURL) {
+  return {{"vt", QXPlatform::Dictionary{
+                     {"t", "0"},
+                     {"it", std::vector<QXPlatform::Value>{QXPlatform::Dictionary{
+                                {"id", "p1"}, {"md", QXPlatform::Dictionary{{"ul", imageURL}}}}}}}}};
 }
 
 }  // namespace QXExtensionSDK

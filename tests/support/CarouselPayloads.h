@@ -6,24 +6,24 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/foundation/JSON.h"
-#include "platform/notifications/UNNotificationRequest.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/notifications/UNNotificationRequest.h"
 
 namespace support {
 
 // `json` as a dictionary; throws for anything else, which is a mistake of the test.
-inline platform::Dictionary dictionary(std::string_view json) {
-  const auto value = platform::parseJSON(json);
+inline QXPlatform::Dictionary dictionary(std::string_view json) {
+  const auto value = QXPlatform::parseJSON(json);
   if (!value || !value->isDictionary()) throw std::runtime_error("No JSON object: " + std::string(json));
   return *value->dictionary();
 }
 
-inline std::shared_ptr<const platform::UNNotificationRequest> makeRequest(
-    platform::Dictionary userInfo, std::string identifier = "request") {
-  platform::NotificationProperties properties;
+inline std::shared_ptr<const QXPlatform::UNNotificationRequest> makeRequest(
+    QXPlatform::Dictionary userInfo, std::string identifier = "request") {
+  QXPlatform::NotificationProperties properties;
   properties.userInfo = std::move(userInfo);
-  return std::make_shared<const platform::UNNotificationRequest>(platform::UNNotificationRequest{
-      std::move(identifier), std::make_shared<platform::UNNotificationContent>(std::move(properties))});
+  return std::make_shared<const QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
+      std::move(identifier), std::make_shared<QXPlatform::UNNotificationContent>(std::move(properties))});
 }
 
 // The rich features of a carousel: `items` is the JSON text of its panels, `more` of further members of the

@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/dispatch/Activity.h"
-#include "platform/dispatch/Clock.h"
+#include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/dispatch/Clock.h"
 #include "tests/support/Deadline.h"
 
 namespace support {
@@ -21,13 +21,13 @@ class InstalledManualClock {
   ~InstalledManualClock() {
     scope_.reset();
     clock_.advance(std::chrono::hours(24));
-    platform::Activity::waitUntilNone(soon());
+    QXPlatform::Activity::waitUntilNone(soon());
   }
   InstalledManualClock(const InstalledManualClock&) = delete;
   InstalledManualClock& operator=(const InstalledManualClock&) = delete;
 
-  platform::Clock::TimePoint now() const { return clock_.now(); }
-  void advance(platform::Clock::Duration duration) { clock_.advance(duration); }
+  QXPlatform::Clock::TimePoint now() const { return clock_.now(); }
+  void advance(QXPlatform::Clock::Duration duration) { clock_.advance(duration); }
 
   // Moves it second by second until the condition holds, and tells how many that took. From the `expected`
   // second on each is given time for what it sets off. Nothing when the condition does not come to hold.
@@ -46,7 +46,7 @@ class InstalledManualClock {
   }
 
  private:
-  class Clock final : public platform::Clock {
+  class Clock final : public QXPlatform::Clock {
    public:
     TimePoint now() const override {
       const std::lock_guard lock(mutex_);
@@ -70,7 +70,7 @@ class InstalledManualClock {
 
   // Never destroyed, so that a thread that still looks at it finds it.
   Clock& clock_ = *clocks().emplace_back(std::make_unique<Clock>());
-  std::optional<platform::ScopedClock> scope_{std::in_place, clock_};
+  std::optional<QXPlatform::ScopedClock> scope_{std::in_place, clock_};
 };
 
 }  // namespace support

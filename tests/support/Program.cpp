@@ -10,7 +10,7 @@
 #include <future>
 #include <sstream>
 
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSON.h"
 
 namespace support {
 
@@ -50,11 +50,11 @@ ProgramResult runProgram(std::string_view name, const std::vector<std::string>& 
   return {child.exit_code(), output.get(), errors.get()};
 }
 
-std::vector<platform::Dictionary> ProgramResult::lines() const {
-  std::vector<platform::Dictionary> objects;
+std::vector<QXPlatform::Dictionary> ProgramResult::lines() const {
+  std::vector<QXPlatform::Dictionary> objects;
   std::istringstream stream(output);
   for (std::string line; std::getline(stream, line);) {
-    const auto parsed = platform::parseJSON(line);
+    const auto parsed = QXPlatform::parseJSON(line);
     const auto object = parsed ? parsed->dictionary() : std::nullopt;
     if (object) {
       objects.push_back(*object);

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace support {
 
@@ -17,7 +17,7 @@ struct ProgramResult {
   std::string errors;
 
   // The standard output as one JSON object a line; a line that is none fails the test.
-  std::vector<platform::Dictionary> lines() const;
+  std::vector<QXPlatform::Dictionary> lines() const;
 };
 
 // Runs a program of this build (build/<preset>/bin) to its end, killing it after two minutes.

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/log/Log.h"
+#include "QXPlatform/log/Log.h"
 #include "tests/support/Deadline.h"
 
 namespace support {
@@ -15,16 +15,16 @@ namespace support {
 struct LogEntry {
   std::string subsystem;
   std::string category;
-  platform::LogType type;
+  QXPlatform::LogType type;
   std::string message;
 
   friend bool operator==(const LogEntry&, const LogEntry&) = default;
 };
 
 // Keeps what the process logs. Any thread may log and ask.
-class RecordingLogSink final : public platform::LogSink {
+class RecordingLogSink final : public QXPlatform::LogSink {
  public:
-  void write(const platform::LogRecord& record) override {
+  void write(const QXPlatform::LogRecord& record) override {
     const std::lock_guard lock(mutex_);
     entries_.push_back({std::string(record.subsystem), std::string(record.category), record.type,
                         std::string(record.message)});
@@ -44,7 +44,7 @@ class RecordingLogSink final : public platform::LogSink {
   std::vector<std::string> lines() const {
     std::vector<std::string> lines;
     for (const LogEntry& entry : entries()) {
-      lines.push_back(std::string(platform::logTypeName(entry.type)) + " " + entry.category + ": " +
+      lines.push_back(std::string(QXPlatform::logTypeName(entry.type)) + " " + entry.category + ": " +
                       entry.message);
     }
     return lines;
@@ -85,7 +85,7 @@ class ScopedLogRecorder {
 
  private:
   RecordingLogSink sink_;
-  platform::ScopedLogSink scope_{sink_};
+  QXPlatform::ScopedLogSink scope_{sink_};
 };
 
 }  // namespace support

@@ -4,18 +4,18 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/UTF8.h"
+#include "QXPlatform/foundation/UTF8.h"
 
 namespace backend {
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 
 std::string readable(std::string_view text) {
   std::string result;
   while (!text.empty()) {
-    const std::size_t length = platform::leadingUTF8Length(text);
+    const std::size_t length = QXPlatform::leadingUTF8Length(text);
     result += length == 0 ? std::string_view("\xEF\xBF\xBD") : text.substr(0, length);
     text.remove_prefix(length == 0 ? 1 : length);
   }
@@ -34,18 +34,18 @@ Dictionary headerFields(const std::vector<Header>& headers) {
 
 Value bodyValue(const std::string& body) {
   if (body.empty()) return nullptr;
-  if (auto parsed = platform::parseJSON(body)) return *std::move(parsed);
+  if (auto parsed = QXPlatform::parseJSON(body)) return *std::move(parsed);
   return readable(body);
 }
 
 }  // namespace
 
-std::string requestLine(const Request& request, platform::JSONStyle style) {
+std::string requestLine(const Request& request, QXPlatform::JSONStyle style) {
   const Value line = Dictionary{{"method", readable(request.method)},
                                 {"path", readable(request.path)},
                                 {"headers", headerFields(request.headers)},
                                 {"body", bodyValue(request.body)}};
-  return platform::writeJSON(line, style).value();
+  return QXPlatform::writeJSON(line, style).value();
 }
 
 }  // namespace backend

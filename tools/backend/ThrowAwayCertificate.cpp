@@ -11,14 +11,14 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "platform/linux/Handle.h"
+#include "QXPlatform/foundation/Handle.h"
 
 namespace backend {
 namespace {
 
 namespace fs = std::filesystem;
 
-using platform::linux_::Handle;
+using QXPlatform::Handle;
 
 using Key = Handle<EVP_PKEY, &EVP_PKEY_free>;
 using Certificate = Handle<X509, &X509_free>;

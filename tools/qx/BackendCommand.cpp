@@ -6,8 +6,8 @@
 #include <mutex>
 #include <stdexcept>
 
-#include "platform/foundation/JSON.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/backend/RequestLine.h"
 #include "tools/qx/Results.h"
@@ -16,7 +16,7 @@ namespace qx {
 
 namespace {
 
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 // SIGINT and SIGTERM, waited for instead of acted upon. Made before any other thread, so that all inherit it.
 class EndSignals {
@@ -42,7 +42,7 @@ Dictionary whereItListens(const backend::LoopbackServer& server, bool tls) {
 }
 
 // `output`: held by whoever writes to standard output.
-backend::LoopbackServerOptions serverOptions(const BackendOptions& options, platform::JSONStyle style,
+backend::LoopbackServerOptions serverOptions(const BackendOptions& options, QXPlatform::JSONStyle style,
                                              std::mutex& output) {
   return {.port = options.port,
           .status = options.status,
@@ -64,7 +64,7 @@ backend::LoopbackServerOptions serverOptions(const BackendOptions& options, plat
 
 int runBackend(const SimulatorOptions& simulator, const BackendOptions& options) {
   const EndSignals end;
-  const auto style = simulator.pretty ? platform::JSONStyle::pretty : platform::JSONStyle::compact;
+  const auto style = simulator.pretty ? QXPlatform::JSONStyle::pretty : QXPlatform::JSONStyle::compact;
   std::mutex output;
   try {
     // A request may come before this knows that it listens.

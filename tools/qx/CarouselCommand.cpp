@@ -50,8 +50,8 @@ int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& option
   return fail("carousel", cannotStart(program, errno));
 }
 
-std::optional<platform::Error> drawCarousel(const SimulatorOptions& simulator,
-                                            const CarouselOptions& options) {
+std::optional<QXPlatform::Error> drawCarousel(const SimulatorOptions& simulator,
+                                              const CarouselOptions& options) {
   const std::string program = drawingProgram();
   Arguments arguments(simulator, options);
   posix_spawn_file_actions_t actions;
@@ -61,14 +61,14 @@ std::optional<platform::Error> drawCarousel(const SimulatorOptions& simulator,
   const int error =
       posix_spawn(&process, program.c_str(), &actions, nullptr, arguments.pointers.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) return platform::Error{cannotStart(program, error)};
+  if (error != 0) return QXPlatform::Error{cannotStart(program, error)};
 
   int status = 0;
   while (waitpid(process, &status, 0) < 0) {
-    if (errno != EINTR) return platform::Error{program + ": " + std::strerror(errno)};
+    if (errno != EINTR) return QXPlatform::Error{program + ": " + std::strerror(errno)};
   }
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return std::nullopt;
-  return platform::Error{program + " failed"};
+  return QXPlatform::Error{program + " failed"};
 }
 
 }  // namespace qx

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/foundation/Result.h"
+#include "QXPlatform/foundation/Result.h"
 #include "tools/qx/CarouselOptions.h"
 
 namespace qx {
@@ -13,7 +13,7 @@ int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& option
 
 // The same beside this process, without the report, until it has ended. An error says why it did not end
 // well.
-std::optional<platform::Error> drawCarousel(const SimulatorOptions& simulator,
-                                            const CarouselOptions& options);
+std::optional<QXPlatform::Error> drawCarousel(const SimulatorOptions& simulator,
+                                              const CarouselOptions& options);
 
 }  // namespace qx

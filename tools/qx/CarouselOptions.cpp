@@ -2,16 +2,16 @@
 
 #include <utility>
 
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSON.h"
 
 namespace qx {
 
 namespace {
 
-using platform::Dictionary;
-using platform::Error;
-using platform::Result;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Error;
+using QXPlatform::Result;
+using QXPlatform::Value;
 
 template <typename T>
 Value orNull(const std::optional<T>& value) {
@@ -66,7 +66,7 @@ std::string encodeInvocation(const CarouselInvocation& invocation) {
 }
 
 Result<CarouselInvocation> decodeInvocation(std::string_view argument) {
-  const auto values = platform::parseJSON(argument);
+  const auto values = QXPlatform::parseJSON(argument);
   if (!values) return values.error();
   auto file = text(*values, "file");
   const auto width = integer(*values, "width");

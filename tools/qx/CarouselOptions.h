@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Result.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace qx {
@@ -35,6 +35,6 @@ struct CarouselInvocation {
 
 // As the single argument of that program, and back.
 std::string encodeInvocation(const CarouselInvocation& invocation);
-platform::Result<CarouselInvocation> decodeInvocation(std::string_view argument);
+QXPlatform::Result<CarouselInvocation> decodeInvocation(std::string_view argument);
 
 }  // namespace qx

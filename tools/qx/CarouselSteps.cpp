@@ -57,14 +57,14 @@ std::string_view CarouselStep::name() const {
   return {};
 }
 
-platform::Result<std::vector<CarouselStep>> parseCarouselSteps(std::string_view text) {
+QXPlatform::Result<std::vector<CarouselStep>> parseCarouselSteps(std::string_view text) {
   std::vector<CarouselStep> steps;
   for (;;) {
     const std::size_t comma = text.find(',');
     auto step = parseStep(text.substr(0, comma));
     if (!step) {
-      return platform::Error{"no such step: '" + std::string(text.substr(0, comma)) +
-                             "' (next, back, tick, tap, refresh:FILE, wait:MS)"};
+      return QXPlatform::Error{"no such step: '" + std::string(text.substr(0, comma)) +
+                               "' (next, back, tick, tap, refresh:FILE, wait:MS)"};
     }
     steps.push_back(*std::move(step));
     if (comma == std::string_view::npos) return steps;

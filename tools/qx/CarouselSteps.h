@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Result.h"
+#include "QXPlatform/foundation/Result.h"
 
 namespace qx {
 
@@ -23,6 +23,6 @@ struct CarouselStep {
 };
 
 // Reads "next,back,tick,tap,refresh:FILE,wait:MS", in any order and number.
-platform::Result<std::vector<CarouselStep>> parseCarouselSteps(std::string_view text);
+QXPlatform::Result<std::vector<CarouselStep>> parseCarouselSteps(std::string_view text);
 
 }  // namespace qx

@@ -17,8 +17,8 @@ bool isError(const Finding& finding) {
   return finding.severity == Finding::Severity::error;
 }
 
-platform::Dictionary toJSON(const Finding& finding, const PushPlace& place) {
-  const platform::Dictionary line{
+QXPlatform::Dictionary toJSON(const Finding& finding, const PushPlace& place) {
+  const QXPlatform::Dictionary line{
       {"severity", isError(finding) ? "error" : "warning"}, {"at", finding.at}, {"message", finding.message}};
   return place.line ? line.setting("line", static_cast<std::int64_t>(*place.line)) : line;
 }

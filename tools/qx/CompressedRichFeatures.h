@@ -2,15 +2,15 @@
 
 #include <string>
 
-#include "platform/foundation/Result.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace qx {
 
 // The rich features as a push carries them compressed. Fails for more than a device inflates.
-platform::Result<std::string> compressRichFeatures(const platform::Dictionary& richFeatures);
+QXPlatform::Result<std::string> compressRichFeatures(const QXPlatform::Dictionary& richFeatures);
 
 // The way back, by the framework's own inflation. Fails, saying why, for what a device does not inflate.
-platform::Result<platform::Dictionary> inflateRichFeatures(const platform::Value& field);
+QXPlatform::Result<QXPlatform::Dictionary> inflateRichFeatures(const QXPlatform::Value& field);
 
 }  // namespace qx

@@ -9,10 +9,10 @@ namespace qx {
 
 int runContextDecode(const SimulatorOptions& simulator, const std::string& text) {
   const auto context = AppGroupSDK::PNContextUtils::parseContextInfoFromContextString(text);
-  const std::vector<platform::Value> destinations(context.destinationsArray().begin(),
-                                                  context.destinationsArray().end());
-  platform::Dictionary result{{"source", platform::rawValue(context.source())},
-                              {"destinationsArray", destinations}};
+  const std::vector<QXPlatform::Value> destinations(context.destinationsArray().begin(),
+                                                    context.destinationsArray().end());
+  QXPlatform::Dictionary result{{"source", QXPlatform::rawValue(context.source())},
+                                {"destinationsArray", destinations}};
   if (context.businessUnitId()) result = result.setting("businessUnitId", *context.businessUnitId());
   printResult(simulator, result);
   if (context.isInavlidOrAbsentContext()) {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Base64.h"
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/Base64.h"
+#include "QXPlatform/foundation/JSON.h"
 #include "tools/backend/Panels.h"
 #include "tools/qx/RawDeflate.h"
 #include "tools/qx/Results.h"
@@ -21,8 +21,8 @@ namespace qx {
 namespace {
 
 using AppGroupSDK::ExtensionModuleName;
-using platform::Dictionary;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 
 constexpr auto kEngagement = ExtensionModuleName::quorixEngagement;
 constexpr auto kMessaging = ExtensionModuleName::mobileAppMessaging;
@@ -88,14 +88,14 @@ DemoFinding setUpHost(DemoStage& stage) {
 }
 
 DemoFinding pushCarousel(DemoStage& stage) {
-  const std::string plain = *platform::writeJSON(carousel(stage), platform::JSONStyle::compact);
-  const std::string packed = platform::encodeBase64(deflateRaw(plain));
+  const std::string plain = *QXPlatform::writeJSON(carousel(stage), QXPlatform::JSONStyle::compact);
+  const std::string packed = QXPlatform::encodeBase64(deflateRaw(plain));
   const auto push = stage.push("carousel", {{"aps", alert("Four views", "Swipe through them")},
                                             {"_sid", "VTQX"},
                                             {"_m", "carousel"},
                                             {"_mt", "promo"},
                                             {"_r", "request-1"},
-                                            {"_co", platform::encodeBase64("1:3:")},
+                                            {"_co", QXPlatform::encodeBase64("1:3:")},
                                             {"_pb", Dictionary{{"campaign", "demo"}}},
                                             {"$_rf", packed}});
   if (!push) return failed(push.error().message);
@@ -175,7 +175,7 @@ constexpr std::array kSteps{
 
 int runDemo(const SimulatorOptions& simulator) {
   StandardErrorLogSink sink(simulator.logFormat);
-  const platform::ScopedLogSink logging(sink);
+  const QXPlatform::ScopedLogSink logging(sink);
   try {
     DemoStage stage(simulator);
     DemoReport report(simulator);

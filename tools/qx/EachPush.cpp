@@ -9,10 +9,10 @@ namespace qx {
 
 namespace {
 
-using platform::Error;
-using platform::Result;
+using QXPlatform::Error;
+using QXPlatform::Result;
 
-Result<PushDocument> read(const platform::PushText& push) {
+Result<PushDocument> read(const QXPlatform::PushText& push) {
   if (push.unreadable) return *push.unreadable;
   return PushDocument::parse(push.text);
 }
@@ -46,10 +46,11 @@ int forEachPush(std::string_view command, const std::string& file,
   return exitCode;
 }
 
-int printEachChanged(const SimulatorOptions& simulator, std::string_view command, const std::string& file,
-                     const std::function<Result<platform::Dictionary>(const platform::Dictionary&)>& change,
-                     const std::function<void(const PushPlace& place, const platform::Dictionary& before,
-                                              const platform::Dictionary& after)>& report) {
+int printEachChanged(
+    const SimulatorOptions& simulator, std::string_view command, const std::string& file,
+    const std::function<Result<QXPlatform::Dictionary>(const QXPlatform::Dictionary&)>& change,
+    const std::function<void(const PushPlace& place, const QXPlatform::Dictionary& before,
+                             const QXPlatform::Dictionary& after)>& report) {
   return forEachPush(command, file, [&](const PushDocument& push, const PushPlace& place) {
     const auto userInfo = change(push.userInfo());
     if (!userInfo) {

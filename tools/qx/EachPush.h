@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Result.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/qx/PushDocument.h"
 #include "tools/qx/SimulatorOptions.h"
 
@@ -29,8 +29,8 @@ int forEachPush(std::string_view command, const std::string& file,
 // standard error in its place. `report` hears of each that was changed. The exit code as above.
 int printEachChanged(
     const SimulatorOptions& simulator, std::string_view command, const std::string& file,
-    const std::function<platform::Result<platform::Dictionary>(const platform::Dictionary&)>& change,
-    const std::function<void(const PushPlace& place, const platform::Dictionary& before,
-                             const platform::Dictionary& after)>& report = {});
+    const std::function<QXPlatform::Result<QXPlatform::Dictionary>(const QXPlatform::Dictionary&)>& change,
+    const std::function<void(const PushPlace& place, const QXPlatform::Dictionary& before,
+                             const QXPlatform::Dictionary& after)>& report = {});
 
 }  // namespace qx

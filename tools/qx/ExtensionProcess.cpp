@@ -13,16 +13,16 @@
 #include <cstring>
 #include <utility>
 
-#include "platform/foundation/JSON.h"
-#include "platform/log/StandardError.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/log/StandardError.h"
 
 namespace qx {
 
 namespace {
 
-using platform::Dictionary;
-using platform::Error;
-using platform::Result;
+using QXPlatform::Dictionary;
+using QXPlatform::Error;
+using QXPlatform::Result;
 
 constexpr std::size_t kReadSize = 65536;
 constexpr std::chrono::milliseconds kLook{20};
@@ -31,7 +31,7 @@ constexpr std::chrono::milliseconds kLook{20};
 constexpr std::chrono::seconds kLongestExit{35};
 constexpr std::size_t kLongestAnswer = std::size_t{64} << 20;
 // The notification lies two levels deep in its answer, and the host may have added to it.
-constexpr platform::JSONLimits kAnswerLimits{platform::kJSONWritingDepthLimit, 4 * kLongestAnswer};
+constexpr QXPlatform::JSONLimits kAnswerLimits{QXPlatform::kJSONWritingDepthLimit, 4 * kLongestAnswer};
 constexpr int kExitAfterRefusal = 1;
 
 struct Pipe {
@@ -107,7 +107,7 @@ ExtensionProcess::~ExtensionProcess() {
 }
 
 Result<Dictionary> ExtensionProcess::ask(const Dictionary& request, std::chrono::duration<double> limit) {
-  auto text = platform::writeJSON(request, platform::JSONStyle::compact);
+  auto text = QXPlatform::writeJSON(request, QXPlatform::JSONStyle::compact);
   if (!text) return text.error();
   const auto deadline =
       std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::nanoseconds>(limit);
@@ -134,7 +134,7 @@ std::optional<std::future<ExtensionProcess::Answer>> ExtensionProcess::enqueue(s
 
 void ExtensionProcess::end(std::string_view reason) {
   if (stopReading_.exchange(true)) return;
-  platform::writeToStandardError(std::string("qx push: the extension ").append(reason) + " and is ended\n");
+  QXPlatform::writeToStandardError(std::string("qx push: the extension ").append(reason) + " and is ended\n");
   kill(process_, SIGKILL);
 }
 
@@ -173,22 +173,22 @@ void ExtensionProcess::readAnswers() {
 }
 
 void ExtensionProcess::takeLine(std::string_view line) {
-  const auto parsed = platform::parseJSON(line, kAnswerLimits);
+  const auto parsed = QXPlatform::parseJSON(line, kAnswerLimits);
   const auto reply = parsed ? parsed->dictionary() : std::nullopt;
   if (reply && (takeResult(*reply) || takeRefusal(*reply))) return;
-  platform::writeToStandardError(std::string("extension: ").append(line) + "\n");
+  QXPlatform::writeToStandardError(std::string("extension: ").append(line) + "\n");
 }
 
 bool ExtensionProcess::takeResult(const Dictionary& reply) {
-  const platform::Value* identifier = reply.find("identifier");
+  const QXPlatform::Value* identifier = reply.find("identifier");
   if (identifier == nullptr || !reply.contains("outcome") || !reply.contains("content")) return false;
   return answerFirst([&](const Question& question) { return identifier->string() == question.identifier; },
                      reply);
 }
 
 bool ExtensionProcess::takeRefusal(const Dictionary& reply) {
-  const platform::Value* line = reply.find("line");
-  const platform::Value* error = reply.find("error");
+  const QXPlatform::Value* line = reply.find("line");
+  const QXPlatform::Value* error = reply.find("error");
   if (line == nullptr || error == nullptr || !error->string()) return false;
   const bool wasAsked =
       answerFirst([&](const Question& question) { return line->integer() == question.line; },

@@ -16,8 +16,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/foundation/Result.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace qx {
 
@@ -27,8 +27,8 @@ namespace qx {
 // error does.
 class ExtensionProcess {
  public:
-  static platform::Result<std::unique_ptr<ExtensionProcess>> start(const std::filesystem::path& program,
-                                                                   const std::vector<std::string>& arguments);
+  static QXPlatform::Result<std::unique_ptr<ExtensionProcess>> start(
+      const std::filesystem::path& program, const std::vector<std::string>& arguments);
   // As finish().
   ~ExtensionProcess();
   ExtensionProcess(const ExtensionProcess&) = delete;
@@ -37,16 +37,16 @@ class ExtensionProcess {
   // Blocks until the program has answered. An error when it refuses the request or ends first; when it takes
   // longer than `limit`, or prints 64 MiB without a line break, it is ended. Any thread, several at once.
   // REQUIRES: `request` has an "identifier".
-  platform::Result<platform::Dictionary> ask(const platform::Dictionary& request,
-                                             std::chrono::duration<double> limit);
+  QXPlatform::Result<QXPlatform::Dictionary> ask(const QXPlatform::Dictionary& request,
+                                                 std::chrono::duration<double> limit);
 
   // Ends the program's input and waits for it to exit, as long as work in flight may take; then ends it. An
   // error when it did not exit in good order, which exit code 1 is after a refusal. To be called when no
   // ask() is in progress.
-  std::optional<platform::Error> finish();
+  std::optional<QXPlatform::Error> finish();
 
  private:
-  using Answer = platform::Result<platform::Dictionary>;
+  using Answer = QXPlatform::Result<QXPlatform::Dictionary>;
   struct Question {
     std::string identifier;
     std::int64_t line;
@@ -62,14 +62,14 @@ class ExtensionProcess {
   void readAnswers();
   void end(std::string_view reason);
   void takeLine(std::string_view line);
-  bool takeResult(const platform::Dictionary& reply);
-  bool takeRefusal(const platform::Dictionary& reply);
+  bool takeResult(const QXPlatform::Dictionary& reply);
+  bool takeRefusal(const QXPlatform::Dictionary& reply);
   template <typename Condition>
   bool answerFirst(const Condition& isMeant, Answer answer);
   void failAll();
   // Returns whether it came to that by itself. The process keeps its id until it is reaped.
   bool waitForExit() const;
-  std::optional<platform::Error> judgeExit(int status) const;
+  std::optional<QXPlatform::Error> judgeExit(int status) const;
 
   const pid_t process_;
   const int output_;

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace qx {

@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
-#include "platform/files/Container.h"
+#include "QXPlatform/files/Container.h"
 
 namespace qx {
 
@@ -29,13 +29,13 @@ std::error_code makeDirectory(const fs::path& path) {
 
 }  // namespace
 
-platform::Result<fs::path> makeContainer() {
+QXPlatform::Result<fs::path> makeContainer() {
   const auto group = AppGroupSDK::AppGroupDirectoryProvider::groupIdentifier();
-  if (!group) return platform::Error{"the bundle names no app group under VT_QUORIX_APP_GROUP_KEY"};
-  const auto path = platform::containerPathForGroup(*group);
-  if (!path) return platform::Error{"no container can be named after the app group " + *group};
+  if (!group) return QXPlatform::Error{"the bundle names no app group under VT_QUORIX_APP_GROUP_KEY"};
+  const auto path = QXPlatform::containerPathForGroup(*group);
+  if (!path) return QXPlatform::Error{"no container can be named after the app group " + *group};
   if (const auto error = makeDirectory(*path)) {
-    return platform::Error{path->string() + " cannot be made: " + error.message()};
+    return QXPlatform::Error{path->string() + " cannot be made: " + error.message()};
   }
   return *path;
 }

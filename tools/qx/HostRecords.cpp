@@ -8,7 +8,7 @@ namespace qx {
 
 int reportSave(const SimulatorOptions& simulator, std::string_view command, DataStoreStatus status,
                const std::optional<std::string>& path) {
-  platform::Dictionary result{{"status", description(status)}};
+  QXPlatform::Dictionary result{{"status", description(status)}};
   if (path) result = result.setting("file", *path);
   printResult(simulator, result);
   if (status == DataStoreStatus::success) return 0;
@@ -37,15 +37,15 @@ std::string explain(DataStoreStatus status) {
   return "unknown status";
 }
 
-platform::Result<std::string> storedAppId(ExtensionModuleName module) {
+QXPlatform::Result<std::string> storedAppId(ExtensionModuleName module) {
   const auto mappings = AppGroupSDK::ModuleAppMappingStore().fetchModelData();
   if (mappings.status() != DataStoreStatus::success && mappings.status() != DataStoreStatus::noData) {
-    return platform::Error{"module mappings: " + explain(mappings.status())};
+    return QXPlatform::Error{"module mappings: " + explain(mappings.status())};
   }
   auto appId = mappings.value() ? mappings.value()->fetchAppIdForModule(module) : std::nullopt;
   if (appId) return *std::move(appId);
-  return platform::Error{"no application id is stored for " + std::string(stringValue(module)) +
-                         ": see qx host map-app"};
+  return QXPlatform::Error{"no application id is stored for " + std::string(stringValue(module)) +
+                           ": see qx host map-app"};
 }
 
 }  // namespace qx

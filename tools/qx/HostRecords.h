@@ -4,12 +4,12 @@
 #include <string>
 #include <string_view>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "AppGroupSDK/store/AppGroupDataStore.h"
 #include "AppGroupSDK/store/AppGroupModuleDataStore.h"
-#include "platform/foundation/JSONCoding.h"
-#include "platform/foundation/Result.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/qx/Results.h"
 
 namespace qx {
@@ -27,7 +27,7 @@ int reportSave(const SimulatorOptions& simulator, std::string_view command, Data
 std::string explain(DataStoreStatus status);
 
 // The stored application id, or why there is none.
-platform::Result<std::string> storedAppId(ExtensionModuleName module);
+QXPlatform::Result<std::string> storedAppId(ExtensionModuleName module);
 
 template <typename Model>
 std::optional<std::string> recordPath(const AppGroupSDK::DataStore& store) {
@@ -54,7 +54,7 @@ int saveRecord(const SimulatorOptions& simulator, std::string_view command,
 
 // A record of the module's stored application id, or why there is none.
 template <typename Model>
-platform::Result<AppGroupSDK::DataStoreResult<Model>> fetchRecord(ExtensionModuleName module) {
+QXPlatform::Result<AppGroupSDK::DataStoreResult<Model>> fetchRecord(ExtensionModuleName module) {
   const auto appId = storedAppId(module);
   if (!appId) return appId.error();
   return AppGroupSDK::AppGroupModuleDataStore(stringValue(module), *appId).template fetch<Model>();
@@ -62,8 +62,8 @@ platform::Result<AppGroupSDK::DataStoreResult<Model>> fetchRecord(ExtensionModul
 
 // A record that was read from a file, as it is stored.
 template <typename Record>
-platform::Dictionary encodeRecord(const Record& record) {
-  return platform::parseJSON(*platform::encodeJSON(record))->dictionary().value();
+QXPlatform::Dictionary encodeRecord(const Record& record) {
+  return QXPlatform::parseJSON(*QXPlatform::encodeJSON(record))->dictionary().value();
 }
 
 }  // namespace qx

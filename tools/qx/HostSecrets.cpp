@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/URL.h"
-#include "platform/foundation/UTF8.h"
+#include "QXPlatform/foundation/URL.h"
+#include "QXPlatform/foundation/UTF8.h"
 
 namespace qx {
 
@@ -14,7 +14,7 @@ namespace {
 // The first characters of the text, or all of it when it has no more. REQUIRES: well-formed UTF-8.
 std::string_view firstCharacters(std::string_view text, int count) {
   std::size_t end = 0;
-  while (count-- > 0 && end < text.size()) end += platform::leadingUTF8Length(text.substr(end));
+  while (count-- > 0 && end < text.size()) end += QXPlatform::leadingUTF8Length(text.substr(end));
   return text.substr(0, end);
 }
 
@@ -28,15 +28,15 @@ std::string shortened(std::string_view token) {
 std::string withoutUserInfo(std::string_view url) {
   const std::size_t slashes = url.find("//");
   const std::size_t authority = slashes == std::string_view::npos ? 0 : slashes + 2;
-  const bool wellFormed = platform::URL::parse(url).has_value();
+  const bool wellFormed = QXPlatform::URL::parse(url).has_value();
   const std::size_t end = wellFormed ? url.find_first_of("/?#", authority) : std::string_view::npos;
   const std::size_t at = url.substr(0, end).rfind('@');
   if (at == std::string_view::npos || at < authority) return std::string(url);
   return std::string(url.substr(0, authority)).append("…").append(url.substr(at));
 }
 
-platform::Dictionary replacing(const platform::Dictionary& record, std::string_view key,
-                               std::string (*replacement)(std::string_view)) {
+QXPlatform::Dictionary replacing(const QXPlatform::Dictionary& record, std::string_view key,
+                                 std::string (*replacement)(std::string_view)) {
   const auto* value = record.find(key);
   const auto text = value == nullptr ? std::nullopt : value->string();
   return text ? record.setting(key, replacement(*text)) : record;
@@ -44,7 +44,7 @@ platform::Dictionary replacing(const platform::Dictionary& record, std::string_v
 
 }  // namespace
 
-platform::Dictionary hidingSecrets(const platform::Dictionary& record) {
+QXPlatform::Dictionary hidingSecrets(const QXPlatform::Dictionary& record) {
   auto shown = replacing(record, "baseUrl", withoutUserInfo);
   for (const auto* token : {"accessToken", "subscriberToken"}) shown = replacing(shown, token, shortened);
   return shown;

@@ -15,7 +15,7 @@ namespace qx {
 namespace {
 
 using namespace AppGroupSDK;
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 struct Scope {
   ExtensionModuleName module;
@@ -34,7 +34,7 @@ void showRecord(const SimulatorOptions& simulator, std::string_view name, const 
 }
 
 // Nothing is in a container that is not there.
-platform::Result<std::vector<std::string>> filesInContainer() {
+QXPlatform::Result<std::vector<std::string>> filesInContainer() {
   std::vector<std::string> names;
   const auto container = AppGroupDirectoryProvider().containerURL();
   if (!container) return names;
@@ -43,7 +43,7 @@ platform::Result<std::vector<std::string>> filesInContainer() {
   for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
     names.push_back(entry->path().filename());
   }
-  if (error) return platform::Error{container->filePath() + " cannot be listed: " + error.message()};
+  if (error) return QXPlatform::Error{container->filePath() + " cannot be listed: " + error.message()};
   std::ranges::sort(names);
   return names;
 }
@@ -67,7 +67,7 @@ template <typename Model>
 void showModuleScoped(const SimulatorOptions& simulator, std::string_view name,
                       const std::vector<std::string>& files) {
   for (const auto& file : files) {
-    for (const auto module : rawValues(platform::RawValuesOf<ExtensionModuleName>())) {
+    for (const auto module : rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>())) {
       const auto appId = appIdIn(file, Model::dataStoreFileName(), module);
       if (!appId) continue;
       showRecord<Model>(simulator, name, AppGroupModuleDataStore(stringValue(module), *appId),

@@ -10,14 +10,14 @@ namespace qx {
 
 namespace {
 
-using platform::Dictionary;
-using platform::Error;
-using platform::Result;
 using QXExtensionSDK::kCompressedRichFeaturesKey;
 using QXExtensionSDK::kRichFeaturesKey;
+using QXPlatform::Dictionary;
+using QXPlatform::Error;
+using QXPlatform::Result;
 
 Result<Dictionary> packed(const Dictionary& userInfo) {
-  const platform::Value* richFeatures = userInfo.find(kRichFeaturesKey);
+  const QXPlatform::Value* richFeatures = userInfo.find(kRichFeaturesKey);
   if (richFeatures == nullptr) return Error{"no _rf to pack"};
   if (!richFeatures->isDictionary()) return Error{"_rf is not an object"};
   if (userInfo.contains(kCompressedRichFeaturesKey)) return Error{"$_rf is there already, beside _rf"};

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/log/StandardError.h"
+#include "QXPlatform/log/StandardError.h"
 
 namespace qx {
 
@@ -42,7 +42,7 @@ Progress::Progress(std::string unit)
       start_(std::chrono::steady_clock::now()) {}
 
 Progress::~Progress() {
-  if (shown_) platform::writeToStandardError(kWipe);
+  if (shown_) QXPlatform::writeToStandardError(kWipe);
 }
 
 void Progress::show(std::size_t done, std::optional<double> part) {
@@ -54,7 +54,7 @@ void Progress::show(std::size_t done, std::optional<double> part) {
   if (part) line << std::lround(*part * 100) << " %, ";
   line << done << ' ' << unit_ << ", " << std::fixed << std::setprecision(1)
        << static_cast<double>(done) / elapsed.count() << " a second";
-  platform::writeToStandardError(line.str());
+  QXPlatform::writeToStandardError(line.str());
   shownLast_ = now;
   shown_ = true;
 }

@@ -5,11 +5,11 @@
 #include <memory>
 #include <utility>
 
-#include "platform/dispatch/Activity.h"
-#include "platform/foundation/JSON.h"
-#include "platform/notifications/NotificationJSON.h"
-#include "platform/notifications/PushLines.h"
-#include "platform/notifications/ServiceExtensionHost.h"
+#include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/notifications/NotificationJSON.h"
+#include "QXPlatform/notifications/PushLines.h"
+#include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "tools/qx/ExtensionProcess.h"
 #include "tools/qx/Progress.h"
 #include "tools/qx/PushFiles.h"
@@ -21,9 +21,9 @@ namespace qx {
 
 namespace {
 
-using platform::Dictionary;
-using platform::Error;
-using platform::Result;
+using QXPlatform::Dictionary;
+using QXPlatform::Error;
+using QXPlatform::Result;
 
 // A receipt may take 22 seconds after its push has been shown.
 constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
@@ -32,13 +32,13 @@ constexpr auto kGraceForProgram = std::chrono::seconds(5);
 constexpr int kWrongUsage = 2;
 
 using Answer =
-    std::function<Result<Dictionary>(const std::shared_ptr<const platform::UNNotificationRequest>&)>;
+    std::function<Result<Dictionary>(const std::shared_ptr<const QXPlatform::UNNotificationRequest>&)>;
 
-platform::PushAnswers answerAll(const SimulatorOptions& simulator, const PushOptions& options,
-                                const Answer& answer) {
+QXPlatform::PushAnswers answerAll(const SimulatorOptions& simulator, const PushOptions& options,
+                                  const Answer& answer) {
   PushFiles source(options.files);
   Progress progress("pushes");
-  return platform::answerPushes(
+  return QXPlatform::answerPushes(
       source, std::cout,
       {.answer = answer,
        .jobs = options.jobs,
@@ -46,16 +46,16 @@ platform::PushAnswers answerAll(const SimulatorOptions& simulator, const PushOpt
        .progress = [&](std::size_t answered) { progress.show(answered, source.partOf(answered)); }});
 }
 
-platform::PushAnswers pushToBuiltIn(const SimulatorOptions& simulator, const PushOptions& options,
-                                    const HostBehaviour& host) {
+QXPlatform::PushAnswers pushToBuiltIn(const SimulatorOptions& simulator, const PushOptions& options,
+                                      const HostBehaviour& host) {
   StandardErrorLogSink sink(simulator.logFormat);
-  const platform::ScopedLogSink logging(sink);
-  platform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
-                                           std::chrono::duration<double>(options.timeLimitSeconds));
+  const QXPlatform::ScopedLogSink logging(sink);
+  QXPlatform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
+                                             std::chrono::duration<double>(options.timeLimitSeconds));
   const auto answers = answerAll(simulator, options, [&](const auto& request) -> Result<Dictionary> {
     return extension.run(request).toJSON();
   });
-  platform::Activity::waitUntilNone(platform::Clock::current().now() + kLongestWaitForWork);
+  QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);
   return answers;
 }
 
@@ -67,7 +67,7 @@ void preferBundleOf(const std::filesystem::path& program, const SimulatorOptions
   }
 }
 
-Result<platform::PushAnswers> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
+Result<QXPlatform::PushAnswers> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
   preferBundleOf(*options.extension, simulator);
   const auto process = ExtensionProcess::start(
       *options.extension,
@@ -75,7 +75,7 @@ Result<platform::PushAnswers> pushToProgram(const SimulatorOptions& simulator, c
   if (!process) return process.error();
   const auto limit = std::chrono::duration<double>(options.timeLimitSeconds) + kGraceForProgram;
   const auto answers = answerAll(simulator, options, [&](const auto& request) {
-    return (*process)->ask(platform::notificationRequestToJSON(*request), limit);
+    return (*process)->ask(QXPlatform::notificationRequestToJSON(*request), limit);
   });
   if (const auto problem = (*process)->finish()) return *problem;
   return answers;
@@ -88,7 +88,7 @@ Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const
                      .raiseReason = options.hookRaise,
                      .hang = options.hookHang};
   if (options.hookChanges) {
-    const auto changes = platform::parseJSON(*options.hookChanges);
+    const auto changes = QXPlatform::parseJSON(*options.hookChanges);
     if (changes) host.changes = changes->dictionary();
     if (!host.changes) {
       return Error{"--hook-changes: " + (changes ? "not a JSON object" : changes.error().message)};
@@ -97,7 +97,7 @@ Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const
   return host;
 }
 
-int finish(const Result<platform::PushAnswers>& answers) {
+int finish(const Result<QXPlatform::PushAnswers>& answers) {
   if (!answers) return fail("push", answers.error().message);
   if (answers->outputFailed) return fail("push", "the results cannot be written");
   if (answers->errors == 0) return 0;

@@ -2,20 +2,20 @@
 
 #include <utility>
 
-#include "platform/foundation/JSON.h"
-#include "platform/notifications/NotificationJSON.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/notifications/NotificationJSON.h"
 
 namespace qx {
 
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 PushDocument::PushDocument(Dictionary push, Dictionary userInfo)
     : push_(std::move(push)), userInfo_(std::move(userInfo)) {}
 
-platform::Result<PushDocument> PushDocument::parse(std::string_view text) {
-  const auto push = platform::parseJSON(text);
+QXPlatform::Result<PushDocument> PushDocument::parse(std::string_view text) {
+  const auto push = QXPlatform::parseJSON(text);
   if (!push) return push.error();
-  const auto request = platform::notificationRequestFromJSON(*push);
+  const auto request = QXPlatform::notificationRequestFromJSON(*push);
   if (!request) return request.error();
   return PushDocument(*push->dictionary(), (*request)->content->userInfo());
 }

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Result.h"
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace qx {
 
@@ -12,20 +12,20 @@ namespace qx {
 class PushDocument {
  public:
   // Fails, saying why, for what is no push.
-  static platform::Result<PushDocument> parse(std::string_view text);
+  static QXPlatform::Result<PushDocument> parse(std::string_view text);
 
-  const platform::Dictionary& userInfo() const { return userInfo_; }
+  const QXPlatform::Dictionary& userInfo() const { return userInfo_; }
   // A JSON pointer; empty when the whole push is the userInfo.
   std::string_view userInfoPath() const;
   // The push with another userInfo.
-  platform::Dictionary replacingUserInfo(const platform::Dictionary& userInfo) const;
+  QXPlatform::Dictionary replacingUserInfo(const QXPlatform::Dictionary& userInfo) const;
 
  private:
-  PushDocument(platform::Dictionary push, platform::Dictionary userInfo);
+  PushDocument(QXPlatform::Dictionary push, QXPlatform::Dictionary userInfo);
   bool isFullRequest() const;
 
-  platform::Dictionary push_;
-  platform::Dictionary userInfo_;
+  QXPlatform::Dictionary push_;
+  QXPlatform::Dictionary userInfo_;
 };
 
 }  // namespace qx

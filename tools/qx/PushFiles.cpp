@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/notifications/StandardInput.h"
+#include "QXPlatform/notifications/StandardInput.h"
 
 namespace qx {
 
@@ -47,7 +47,7 @@ std::optional<std::uintmax_t> totalSize(const std::vector<std::string>& names) {
 PushFiles::PushFiles(std::vector<std::string> names)
     : names_(names.empty() ? std::vector<std::string>{"-"} : std::move(names)), size_(totalSize(names_)) {}
 
-std::optional<platform::PushText> PushFiles::next() {
+std::optional<QXPlatform::PushText> PushFiles::next() {
   auto push = nextUncounted();
   if (push) {
     sizeTaken_ += push->text.size() + 1;
@@ -62,7 +62,7 @@ std::optional<double> PushFiles::partOf(std::size_t answered) const {
   return std::min(1.0, static_cast<double>(answered) * average / static_cast<double>(*size_));
 }
 
-std::optional<platform::PushText> PushFiles::nextUncounted() {
+std::optional<QXPlatform::PushText> PushFiles::nextUncounted() {
   for (;;) {
     if (lines_ != nullptr) {
       if (auto push = lines_->next()) return push;
@@ -74,27 +74,27 @@ std::optional<platform::PushText> PushFiles::nextUncounted() {
 }
 
 // The whole file's push; nothing when the file holds lines, which then come next.
-std::optional<platform::PushText> PushFiles::open(const std::string& name) {
+std::optional<QXPlatform::PushText> PushFiles::open(const std::string& name) {
   const std::string shownName = names_.size() > 1 ? name : "";
   if (name == "-") {
-    lines_ = std::make_unique<platform::PushLineSource>(platform::standardInput(), shownName);
+    lines_ = std::make_unique<QXPlatform::PushLineSource>(QXPlatform::standardInput(), shownName);
     return std::nullopt;
   }
   const auto unreadable = [&](const std::string& reason) {
-    return platform::PushText{{}, 1, shownName, platform::Error{name + ": " + reason}};
+    return QXPlatform::PushText{{}, 1, shownName, QXPlatform::Error{name + ": " + reason}};
   };
   std::error_code ignored;
   if (std::filesystem::is_directory(name, ignored)) return unreadable(std::strerror(EISDIR));
   file_ = std::ifstream(name, std::ios::binary);
   if (!file_) return unreadable(std::strerror(errno));
   if (std::filesystem::path(name).extension() == ".ndjson") {
-    lines_ = std::make_unique<platform::PushLineSource>(file_, shownName);
+    lines_ = std::make_unique<QXPlatform::PushLineSource>(file_, shownName);
     return std::nullopt;
   }
-  std::string text = readUpTo(platform::kLongestPush, file_);
+  std::string text = readUpTo(QXPlatform::kLongestPush, file_);
   if (file_.bad()) return unreadable("cannot be read");
-  if (text.size() > platform::kLongestPush) return unreadable("a push of more than 4 MiB");
-  return platform::PushText{std::move(text), 1, shownName, std::nullopt};
+  if (text.size() > QXPlatform::kLongestPush) return unreadable("a push of more than 4 MiB");
+  return QXPlatform::PushText{std::move(text), 1, shownName, std::nullopt};
 }
 
 }  // namespace qx

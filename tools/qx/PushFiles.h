@@ -9,26 +9,26 @@
 #include <string>
 #include <vector>
 
-#include "platform/notifications/PushLines.h"
+#include "QXPlatform/notifications/PushLines.h"
 
 namespace qx {
 
 // The pushes of several files one after the other: standard input ("-") and .ndjson files hold one a line,
 // any other file is one push. A file that cannot be read counts as one push, unreadable.
-class PushFiles final : public platform::PushSource {
+class PushFiles final : public QXPlatform::PushSource {
  public:
   // No names: standard input.
   explicit PushFiles(std::vector<std::string> names);
 
-  std::optional<platform::PushText> next() override;
+  std::optional<QXPlatform::PushText> next() override;
 
   // What part of the input the first `answered` pushes make up, as their average size has it; nothing when
   // the size of the whole is not known. Any thread.
   std::optional<double> partOf(std::size_t answered) const;
 
  private:
-  std::optional<platform::PushText> nextUncounted();
-  std::optional<platform::PushText> open(const std::string& name);
+  std::optional<QXPlatform::PushText> nextUncounted();
+  std::optional<QXPlatform::PushText> open(const std::string& name);
 
   const std::vector<std::string> names_;
   const std::optional<std::uintmax_t> size_;
@@ -36,7 +36,7 @@ class PushFiles final : public platform::PushSource {
   std::atomic<std::size_t> taken_ = 0;
   std::size_t nextName_ = 0;
   std::ifstream file_;
-  std::unique_ptr<platform::PushLineSource> lines_;
+  std::unique_ptr<QXPlatform::PushLineSource> lines_;
 };
 
 }  // namespace qx

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace qx {
 
@@ -10,7 +10,7 @@ namespace qx {
 inline constexpr std::size_t kMostPushBytes = 4096;
 
 // The bytes of a push on its way, which carries no white space.
-inline std::size_t pushSize(const platform::Dictionary& userInfo) {
+inline std::size_t pushSize(const QXPlatform::Dictionary& userInfo) {
   return userInfo.description().size();
 }
 

@@ -4,7 +4,7 @@
 
 #include <new>
 
-#include "platform/linux/Handle.h"
+#include "QXPlatform/foundation/Handle.h"
 
 namespace qx {
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kBestCompression = 12;
 
-using Compressor = platform::linux_::Handle<libdeflate_compressor, &libdeflate_free_compressor>;
+using Compressor = QXPlatform::Handle<libdeflate_compressor, &libdeflate_free_compressor>;
 
 }  // namespace
 

@@ -3,19 +3,19 @@
 #include <iostream>
 #include <string>
 
-#include "platform/foundation/JSON.h"
-#include "platform/log/StandardError.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/log/StandardError.h"
 
 namespace qx {
 
-void printResult(const SimulatorOptions& simulator, const platform::Value& result) {
-  const auto style = simulator.pretty ? platform::JSONStyle::pretty : platform::JSONStyle::compact;
-  const auto text = platform::writeJSON(result, style);
+void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& result) {
+  const auto style = simulator.pretty ? QXPlatform::JSONStyle::pretty : QXPlatform::JSONStyle::compact;
+  const auto text = QXPlatform::writeJSON(result, style);
   std::cout << (text ? *text : result.description()) << '\n' << std::flush;
 }
 
 int fail(std::string_view command, std::string_view reason) {
-  platform::writeToStandardError(std::string("qx ").append(command).append(": ").append(reason) + "\n");
+  QXPlatform::writeToStandardError(std::string("qx ").append(command).append(": ").append(reason) + "\n");
   return 1;
 }
 

@@ -2,13 +2,13 @@
 
 #include <string_view>
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace qx {
 
 // Writes a command's result, as one line unless it is to be pretty, to standard output.
-void printResult(const SimulatorOptions& simulator, const platform::Value& result);
+void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& result);
 
 // Says on standard error, in one line, what went wrong; returns the exit code of a refused input or failed
 // check.

@@ -23,11 +23,11 @@ QXExtensionSDK::VTNotificationServiceConfig SimulatedHostService::vtqxProvideCon
 }
 
 void SimulatedHostService::vtqxDidReceiveRequest(
-    const std::shared_ptr<const platform::UNNotificationRequest>& /*request*/,
-    const std::shared_ptr<platform::UNMutableNotificationContent>& /*mutableContent*/,
+    const std::shared_ptr<const QXPlatform::UNNotificationRequest>& /*request*/,
+    const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& /*mutableContent*/,
     QXExtensionSDK::ClientContentHandler contentHandler) {
   if (behaviour_.hang) return hangGate_.waitUntilOpen();
-  if (behaviour_.raiseReason) throw platform::Exception("HostException", *behaviour_.raiseReason);
+  if (behaviour_.raiseReason) throw QXPlatform::Exception("HostException", *behaviour_.raiseReason);
   contentHandler(behaviour_.changes);
 }
 

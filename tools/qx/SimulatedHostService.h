@@ -26,7 +26,7 @@ class HangGate {
 struct HostBehaviour {
   QXExtensionSDK::LogLevel logLevel = QXExtensionSDK::LogLevel::none;
   bool showThumbnail = true;
-  std::optional<platform::Dictionary> changes;
+  std::optional<QXPlatform::Dictionary> changes;
   std::optional<std::string> raiseReason;
   bool hang = false;  // the hook never completes
 };
@@ -38,8 +38,8 @@ class SimulatedHostService final : public QXExtensionSDK::VTQXNotificationServic
 
   void serviceExtensionTimeWillExpire() override;
   QXExtensionSDK::VTNotificationServiceConfig vtqxProvideConfig() override;
-  void vtqxDidReceiveRequest(const std::shared_ptr<const platform::UNNotificationRequest>& request,
-                             const std::shared_ptr<platform::UNMutableNotificationContent>& mutableContent,
+  void vtqxDidReceiveRequest(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
+                             const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& mutableContent,
                              QXExtensionSDK::ClientContentHandler contentHandler) override;
 
  private:

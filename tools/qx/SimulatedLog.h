@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "tools/qx/SimulatorOptions.h"
 #include "tools/qx/StandardErrorLogSink.h"
 
@@ -18,7 +18,7 @@ class SimulatedLog {
 
  private:
   StandardErrorLogSink sink_;
-  const platform::ScopedLogSink installed_;
+  const QXPlatform::ScopedLogSink installed_;
 };
 
 }  // namespace qx

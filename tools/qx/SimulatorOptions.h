@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "QXExtensionSDK/runtime/LogLevel.h"
+#include "QXExtensionSDK/runtime/logging/LogLevel.h"
 
 namespace qx {
 

@@ -2,27 +2,28 @@
 
 #include <string>
 
-#include "platform/foundation/Value.h"
-#include "platform/log/LogOutput.h"
-#include "platform/log/StandardError.h"
+#include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/log/LogOutput.h"
+#include "QXPlatform/log/StandardError.h"
 
 namespace qx {
 
 namespace {
 
-std::string jsonLine(const platform::LogRecord& record) {
-  return platform::Dictionary{{"subsystem", record.subsystem},
-                              {"category", record.category},
-                              {"type", platform::logTypeName(record.type)},
-                              {"message", record.message}}
+std::string jsonLine(const QXPlatform::LogRecord& record) {
+  return QXPlatform::Dictionary{{"subsystem", record.subsystem},
+                                {"category", record.category},
+                                {"type", QXPlatform::logTypeName(record.type)},
+                                {"message", record.message}}
              .description() +
          "\n";
 }
 
 }  // namespace
 
-void StandardErrorLogSink::write(const platform::LogRecord& record) {
-  platform::writeToStandardError(format_ == LogFormat::json ? jsonLine(record) : platform::logLine(record));
+void StandardErrorLogSink::write(const QXPlatform::LogRecord& record) {
+  QXPlatform::writeToStandardError(format_ == LogFormat::json ? jsonLine(record)
+                                                              : QXPlatform::logLine(record));
 }
 
 }  // namespace qx

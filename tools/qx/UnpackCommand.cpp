@@ -8,14 +8,14 @@ namespace qx {
 
 namespace {
 
-using platform::Dictionary;
-using platform::Error;
-using platform::Result;
 using QXExtensionSDK::kCompressedRichFeaturesKey;
 using QXExtensionSDK::kRichFeaturesKey;
+using QXPlatform::Dictionary;
+using QXPlatform::Error;
+using QXPlatform::Result;
 
 Result<Dictionary> unpacked(const Dictionary& userInfo) {
-  const platform::Value* field = userInfo.find(kCompressedRichFeaturesKey);
+  const QXPlatform::Value* field = userInfo.find(kCompressedRichFeaturesKey);
   if (field == nullptr) return Error{"no $_rf to unpack"};
   const auto richFeatures = inflateRichFeatures(*field);
   if (!richFeatures) return Error{"$_rf: " + richFeatures.error().message};

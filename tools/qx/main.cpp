@@ -15,10 +15,10 @@
 #include <utility>
 #include <vector>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
 #include "QXExtensionSDK/runtime/Version.h"
-#include "platform/notifications/PushLines.h"
-#include "platform/notifications/ServiceExtensionHost.h"
+#include "QXPlatform/notifications/PushLines.h"
+#include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "tools/qx/AuthoringCommands.h"
 #include "tools/qx/BackendCommand.h"
 #include "tools/qx/CarouselCommand.h"
@@ -129,7 +129,7 @@ void addSimulatorOptions(CLI::App& app, qx::SimulatorOptions& options) {
   app.add_flag("--pretty", options.pretty, "Indent the results");
 }
 
-constexpr double kDay = platform::ServiceExtensionHost::kLongestTimeLimit.count();
+constexpr double kDay = QXPlatform::ServiceExtensionHost::kLongestTimeLimit.count();
 
 void addPush(CLI::App& app, Invocation& invocation) {
   const auto [push, options] = addSubcommand<qx::PushOptions>(
@@ -148,8 +148,8 @@ void addPush(CLI::App& app, Invocation& invocation) {
                   "Pushes at the same time, 16 at most: more would wait for each other's threads")
       ->type_name("N")
       ->check(number<std::size_t>(
-          [](std::size_t jobs) { return jobs >= 1 && jobs <= platform::kMostPushesAtOnce; },
-          "must be from 1 to " + std::to_string(platform::kMostPushesAtOnce)))
+          [](std::size_t jobs) { return jobs >= 1 && jobs <= QXPlatform::kMostPushesAtOnce; },
+          "must be from 1 to " + std::to_string(QXPlatform::kMostPushesAtOnce)))
       ->capture_default_str();
   auto* program = push.add_option("--extension", options.extension,
                                   "A host's own service-extension program, which sets its log level itself")
@@ -221,7 +221,7 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
 
 CLI::Validator moduleNames() {
   std::vector<std::pair<std::string, ExtensionModuleName>> names;
-  for (const auto module : rawValues(platform::RawValuesOf<ExtensionModuleName>())) {
+  for (const auto module : rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>())) {
     names.emplace_back(stringValue(module), module);
   }
   return oneOf(names);

@@ -7,7 +7,7 @@
 #include "AppGroupSDK/context/ContextModuleChecker.h"
 #include "AppGroupSDK/context/PNContextUtils.h"
 #include "AppGroupSDK/context/PNDestinationModuleMapping.h"
-#include "platform/foundation/Base64.h"
+#include "QXPlatform/foundation/Base64.h"
 #include "tests/support/RecordingLogSink.h"
 
 namespace AppGroupSDK {
@@ -20,12 +20,12 @@ const PNContextInfo kDefault(PNContextSource::none, {0}, std::nullopt);
 
 PNContextInfo context(std::int64_t source, std::vector<std::int64_t> destinations,
                       std::optional<std::string> businessUnit = std::nullopt) {
-  return {platform::fromRawValue<PNContextSource>(source).value(), std::move(destinations),
+  return {QXPlatform::fromRawValue<PNContextSource>(source).value(), std::move(destinations),
           std::move(businessUnit)};
 }
 
 PNContextInfo parse(const std::string& plain) {
-  return PNContextUtils::parseContextInfoFromContextString(platform::encodeBase64(plain));
+  return PNContextUtils::parseContextInfoFromContextString(QXPlatform::encodeBase64(plain));
 }
 
 TEST(PNContext, ReadsThreeFields) {
@@ -59,13 +59,13 @@ TEST(PNContext, TakesTheDefaultForWhatIsNone) {
 }
 
 TEST(PNContext, IsTheTextUnderItsKey) {
-  platform::NotificationProperties properties;
+  QXPlatform::NotificationProperties properties;
   properties.userInfo = {{"_co", "Mzo2OkJVLTc="}};
-  const platform::UNNotificationContent content(properties);
+  const QXPlatform::UNNotificationContent content(properties);
   EXPECT_EQ(PNContextUtils::extractContextFieldFromContent(content), "Mzo2OkJVLTc=");
   EXPECT_EQ(PNContextUtils::parseContextInfoFromContent(content), parse("3:6:BU-7"));
   properties.userInfo = {{"_co", 7}};
-  const platform::UNNotificationContent other(properties);
+  const QXPlatform::UNNotificationContent other(properties);
   EXPECT_EQ(PNContextUtils::extractContextFieldFromContent(other), std::nullopt);
   EXPECT_EQ(PNContextUtils::parseContextInfoFromContent(other), kDefault);
   EXPECT_EQ(PNContextUtils::parseContextInfoFromUserInfo({}), kDefault);
@@ -88,7 +88,7 @@ TEST(PNDestinationModuleMapping, MapsDestinationsToModules) {
   EXPECT_EQ(mapping.getModules({none, unmapped}), std::vector<ExtensionModuleName>());
   EXPECT_EQ(mapping.getModules({appMessaging, engagement, unmapped, appMessaging}),
             (std::vector{mobileAppMessaging, quorixEngagement}));
-  for (const auto module : rawValues(platform::RawValuesOf<ExtensionModuleName>())) {
+  for (const auto module : rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>())) {
     EXPECT_EQ(mapping.getModule(mapping.getDestination(module)), module);
   }
 }

@@ -12,14 +12,14 @@
 #include "AppGroupSDK/records/DeliveryReceiptsModel.h"
 #include "AppGroupSDK/records/FeatureConfigDetail.h"
 #include "AppGroupSDK/records/ModuleAppMappings.h"
-#include "platform/foundation/JSON.h"
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace AppGroupSDK {
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 
 DeliveryReceiptPNModel receipt(const std::string& uuid, double date) {
   return {uuid, "m", std::nullopt, "t", date, std::nullopt, PNStatus::pending};
@@ -28,10 +28,10 @@ DeliveryReceiptPNModel receipt(const std::string& uuid, double date) {
 // What a record is in a file: equal values both ways, whatever the order of the keys.
 template <typename Record>
 void expectJSON(const Record& record, const std::string& json) {
-  const auto encoded = platform::encodeJSON(record);
+  const auto encoded = QXPlatform::encodeJSON(record);
   ASSERT_TRUE(encoded);
-  EXPECT_EQ(platform::parseJSON(*encoded).value(), platform::parseJSON(json).value()) << *encoded;
-  const auto decoded = platform::decodeJSON<Record>(json);
+  EXPECT_EQ(QXPlatform::parseJSON(*encoded).value(), QXPlatform::parseJSON(json).value()) << *encoded;
+  const auto decoded = QXPlatform::decodeJSON<Record>(json);
   ASSERT_TRUE(decoded) << json;
   EXPECT_EQ(*decoded, record);
 }
@@ -58,7 +58,7 @@ TEST(Records, HaveTheirFormInFiles) {
 }
 
 TEST(Records, AreReadFromNumbersAndNullsOfOtherWriters) {
-  const auto decoded = platform::decodeJSON<DeliveryReceiptsModel>(
+  const auto decoded = QXPlatform::decodeJSON<DeliveryReceiptsModel>(
       R"({"extra":1,"pnData":[{"status":1.0,"uuid":"u","messageId":"m","requestId":null,"messageType":"t",
           "eventDateUtc":1714554187}]})");
   ASSERT_TRUE(decoded);
@@ -67,22 +67,22 @@ TEST(Records, AreReadFromNumbersAndNullsOfOtherWriters) {
 }
 
 TEST(Records, AreRefusedWholeForOneBadField) {
-  EXPECT_FALSE(platform::decodeJSON<AppDeviceInfo>("{}"));
-  EXPECT_FALSE(platform::decodeJSON<AppDeviceInfo>(
+  EXPECT_FALSE(QXPlatform::decodeJSON<AppDeviceInfo>("{}"));
+  EXPECT_FALSE(QXPlatform::decodeJSON<AppDeviceInfo>(
       R"({"baseUrl":null,"applicationId":"a","deviceId":"d","accessToken":"t","qxsdkVersion":"9"})"));
-  EXPECT_FALSE(platform::decodeJSON<AppDeviceInfo>(
+  EXPECT_FALSE(QXPlatform::decodeJSON<AppDeviceInfo>(
       R"({"baseUrl":"","applicationId":"a","deviceId":"d","accessToken":"t","qxsdkVersion":9})"));
-  EXPECT_FALSE(platform::decodeJSON<AppDeviceInfo>(R"({"baseUrl":"","applicationId":"a","deviceId":"d",
+  EXPECT_FALSE(QXPlatform::decodeJSON<AppDeviceInfo>(R"({"baseUrl":"","applicationId":"a","deviceId":"d",
       "accessToken":"t","qxsdkVersion":"9","tenantId":7})"));
   for (const auto* status : {"2", "-1", "0.5", "true", "\"0\"", "null"}) {
-    EXPECT_FALSE(platform::decodeJSON<DeliveryReceiptsModel>(
+    EXPECT_FALSE(QXPlatform::decodeJSON<DeliveryReceiptsModel>(
         std::string(
             R"({"pnData":[{"uuid":"u","messageId":"m","messageType":"t","eventDateUtc":1,"status":)") +
         status + "}]}"))
         << status;
   }
   for (const auto* action : {"4", "-1", "1e30"}) {
-    EXPECT_FALSE(platform::decodeJSON<CarouselClickModel>(
+    EXPECT_FALSE(QXPlatform::decodeJSON<CarouselClickModel>(
         std::string(
             R"({"notificationUniqueId":"m","isCarouselClick":true,"clickIndex":0,"panelId":"p","actionType":)") +
         action + "}"))
@@ -102,13 +102,13 @@ TEST(DeliveryReceipts, AreOrderedByDateAlone) {
 TEST(DeliveryReceipts, DescribeThemselvesAsPrettyJSON) {
   const DeliveryReceiptPNModel full("u", "m", "r", "t", 1.5, "{}", PNStatus::failed);
   EXPECT_NE(full.description().find("\n  \"uuid\" : \"u\""), std::string::npos) << full.description();
-  EXPECT_EQ(platform::parseJSON(full.description()).value(), Value(Dictionary{{"uuid", "u"},
-                                                                              {"messageId", "m"},
-                                                                              {"requestId", "r"},
-                                                                              {"messageType", "t"},
-                                                                              {"eventDateUtc", 1.5},
-                                                                              {"propertyBag", "{}"},
-                                                                              {"status", 1}}));
+  EXPECT_EQ(QXPlatform::parseJSON(full.description()).value(), Value(Dictionary{{"uuid", "u"},
+                                                                                {"messageId", "m"},
+                                                                                {"requestId", "r"},
+                                                                                {"messageType", "t"},
+                                                                                {"eventDateUtc", 1.5},
+                                                                                {"propertyBag", "{}"},
+                                                                                {"status", 1}}));
   EXPECT_EQ(receipt("u", std::numeric_limits<double>::infinity()).description(), "");
 }
 
@@ -122,7 +122,7 @@ TEST(ModuleAppMappings, KeepTheLastOfEachModule) {
   EXPECT_EQ(ModuleAppMappings({a1}).fetchAppIdForModule(mobileAppMessaging), std::nullopt);
 
   // A file that names a module twice is read as it stands: its first mapping counts until the next save.
-  const auto stored = platform::decodeJSON<ModuleAppMappings>(
+  const auto stored = QXPlatform::decodeJSON<ModuleAppMappings>(
       R"({"mappings":[{"moduleName":"quorixEngagement","appId":"1"},{"moduleName":"quorixEngagement","appId":"2"},
           {"moduleName":"QUORIXENGAGEMENT","appId":"3"}]})");
   ASSERT_TRUE(stored);

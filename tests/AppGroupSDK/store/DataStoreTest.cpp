@@ -9,13 +9,13 @@
 #include "AppGroupSDK/records/FeatureConfigDetailStore.h"
 #include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
 #include "AppGroupSDK/store/DataStoreFileCoordinatorSaver.h"
-#include "platform/files/FileContents.h"
+#include "QXPlatform/files/FileContents.h"
 #include "tests/AppGroupSDK/HostBundle.h"
 
 namespace AppGroupSDK {
 namespace {
 
-using platform::URL;
+using QXPlatform::URL;
 
 const FeatureConfigDetail kEnabled{DeliveryReceiptConfig(FeatureFlagStatus::enabled)};
 constexpr const char* kFile = "com.veltro.qx.extensionsdk.featureConfigDetail.data";
@@ -111,7 +111,7 @@ TEST(ModuleDataStore, NeverWritesOutsideTheContainer) {
 }
 
 // The system grants every lock that a test can ask for, so a refusal has to be played.
-class RefusingCoordinator final : public platform::FileCoordinator {
+class RefusingCoordinator final : public QXPlatform::FileCoordinator {
  public:
   Outcome coordinateWritingForReplacing(const URL&, const WritingAccessor&) const override {
     return Outcome::calledOff;
@@ -122,7 +122,7 @@ class RefusingCoordinator final : public platform::FileCoordinator {
 TEST(FileCoordinatorSaver, WritesNothingThatItCouldNotRead) {
   const support::HostBundle host;
   const auto file = URL::file(host.file("record"));
-  const std::string largest(platform::kMaxFileContents, 'x');
+  const std::string largest(QXPlatform::kMaxFileContents, 'x');
   EXPECT_TRUE(DataStoreFileCoordinatorSaver().write(largest, file));
   EXPECT_FALSE(DataStoreFileCoordinatorSaver().write(largest + "y", file));
   EXPECT_EQ(DataStoreFileCoordinatorSaver().read(file)->size(), largest.size());

@@ -16,7 +16,7 @@ using AppGroupSDK::ExtensionModuleName;
 using testing::ElementsAre;
 
 TEST(CarouselClickTest, HoldsTheActionAsNumberAndTarget) {
-  const auto url = *platform::URL::parse("app://x?y");
+  const auto url = *QXPlatform::URL::parse("app://x?y");
   struct Case {
     std::shared_ptr<const UserAction> action;
     CarouselActionType type;

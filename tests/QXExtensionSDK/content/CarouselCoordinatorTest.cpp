@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "platform/notifications/UNUserNotificationCenter.h"
+#include "QXPlatform/notifications/UNUserNotificationCenter.h"
 #include "tests/QXExtensionSDK/content/FakeCarouselScreen.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/RecordingLogSink.h"
@@ -14,7 +14,7 @@ namespace QXExtensionSDK {
 namespace {
 
 using AppGroupSDK::ExtensionModuleName;
-using platform::UNUserNotificationCenter;
+using QXPlatform::UNUserNotificationCenter;
 using support::carousel;
 using support::plainPanels;
 using testing::ElementsAre;
@@ -68,8 +68,8 @@ class CarouselCoordinatorTest : public testing::Test {
             .dispatchMain = [this](std::function<void()> work) { mainQueue_.push_back(std::move(work)); }});
   }
 
-  static std::shared_ptr<const platform::UNNotificationRequest> pushOf(const std::string& richFeatures,
-                                                                       std::string identifier = "request") {
+  static std::shared_ptr<const QXPlatform::UNNotificationRequest> pushOf(const std::string& richFeatures,
+                                                                         std::string identifier = "request") {
     return support::makeRequest(
         support::dictionary(R"({"_sid":"VTQX","_m":"m","_r":"r","_rf":)" + richFeatures + "}"),
         std::move(identifier));

@@ -4,11 +4,11 @@
 #include <stdexcept>
 
 #include "QXExtensionSDK/content/CarouselScreen.h"
-#include "platform/ui/NSExtensionContext.h"
+#include "QXPlatform/ui/NSExtensionContext.h"
 
 namespace QXExtensionSDK {
 
-class RecordingExtensionContext final : public platform::NSExtensionContext {
+class RecordingExtensionContext final : public QXPlatform::NSExtensionContext {
  public:
   void performNotificationDefaultAction() override { ++defaultActionCount; }
 
@@ -26,14 +26,14 @@ class FakeCarouselScreen final : public CarouselScreen {
   }
   const CarouselViewModel& viewModel() const override { return applied; }
   void collapse() override { collapsed = true; }
-  platform::NSExtensionContext* extensionContext() const override { return context; }
-  platform::UIViewController& viewController() override { throw std::logic_error("no toolkit"); }
+  QXPlatform::NSExtensionContext* extensionContext() const override { return context; }
+  QXPlatform::UIViewController& viewController() override { throw std::logic_error("no toolkit"); }
 
   std::weak_ptr<CarouselViewControllerDelegate> delegate;
   CarouselViewModel applied;
   int applyCount = 0;
   bool collapsed = false;
-  platform::NSExtensionContext* context = nullptr;
+  QXPlatform::NSExtensionContext* context = nullptr;
 };
 
 }  // namespace QXExtensionSDK

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Base64.h"
+#include "QXPlatform/foundation/Base64.h"
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/RecordingLogSink.h"
@@ -13,12 +13,12 @@
 namespace QXExtensionSDK {
 namespace {
 
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 constexpr std::size_t kBombSize = 50'000'000;
 
 std::string pack(std::string_view text) {
-  return platform::encodeBase64(support::deflateRaw(text));
+  return QXPlatform::encodeBase64(support::deflateRaw(text));
 }
 
 // A JSON object of exactly so many bytes.
@@ -63,7 +63,7 @@ TEST(DecompressionDecoratorTest, EachFailureHasItsLinesAndChangesNothing) {
        {"Deflate: Typed pointer base address nil", "Deflate: Decompression success",
         "Decompression failure"}},
       {"not deflate",
-       {{"$_rf", platform::encodeBase64("\xff\xff\xff\xff")}},
+       {{"$_rf", QXPlatform::encodeBase64("\xff\xff\xff\xff")}},
        {"Deflate: Decoded char count=0", "Deflate: Returning nil as decoded char count is zero",
         "Deflate: Decompression success", "Decompression failure"}},
       {"empty output",

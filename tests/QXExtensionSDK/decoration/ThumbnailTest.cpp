@@ -10,7 +10,7 @@
 
 #include "QXExtensionSDK/decoration/DefaultMediaDownloader.h"
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSON.h"
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/RecordingLogSink.h"
@@ -56,19 +56,19 @@ std::optional<Response> answer(const Request& request) {
 
 class ThumbnailTest : public testing::Test {
  protected:
-  platform::NotificationProperties push(const std::string& url) {
+  QXPlatform::NotificationProperties push(const std::string& url) {
     Deliveries deliveries;
     const auto service = std::make_shared<TestService>();
     service->didReceiveNotificationRequest(makeRequest({{"_sid", "VTQX"}, {"_rf", carousel(url)}}),
                                            deliveries.handler());
     EXPECT_TRUE(deliveries.waitFor(1)) << url;
-    return deliveries.count() > 0 ? deliveries.at(0) : platform::NotificationProperties();
+    return deliveries.count() > 0 ? deliveries.at(0) : QXPlatform::NotificationProperties();
   }
 
   // The debug lines of the attachment step, which alone may speak of it.
   static std::ptrdiff_t attachmentLines(const std::vector<support::LogEntry>& entries) {
     return std::ranges::count_if(entries, [](const support::LogEntry& entry) {
-      return entry.category == "CarouselAttachment" && entry.type == platform::LogType::debug;
+      return entry.category == "CarouselAttachment" && entry.type == QXPlatform::LogType::debug;
     });
   }
 
@@ -163,10 +163,10 @@ TEST_F(ThumbnailTest, StalledAndTricklingDownloadsEndAfterFifteenSeconds) {
 
 TEST_F(ThumbnailTest, AFileOfTheSameNameIsReplaced) {
   DefaultMediaDownloader downloader;
-  std::optional<platform::URL> earlier;
+  std::optional<QXPlatform::URL> earlier;
   for (int i = 0; i < 2; ++i) {
-    std::promise<std::optional<platform::URL>> downloaded;
-    downloader.download(*platform::URL::parse(server_.url("/good/same.png")),
+    std::promise<std::optional<QXPlatform::URL>> downloaded;
+    downloader.download(*QXPlatform::URL::parse(server_.url("/good/same.png")),
                         [&](const auto& file) { downloaded.set_value(file); });
     const auto file = downloaded.get_future().get();
     ASSERT_TRUE(file);
@@ -180,13 +180,13 @@ TEST_F(ThumbnailTest, AFileOfTheSameNameIsReplaced) {
 
 TEST_F(ThumbnailTest, TheThumbnailReplacesTheAttachmentsThatThereWere) {
   const std::string old = temporary_.write("old.png", "GIF89a");
-  platform::NotificationProperties properties;
+  QXPlatform::NotificationProperties properties;
   properties.userInfo = {{"_sid", "VTQX"}, {"_rf", carousel(server_.url("/good/new.png"))}};
   properties.attachments.push_back(
-      *platform::UNNotificationAttachment::make("old", platform::URL::file(old)));
+      *QXPlatform::UNNotificationAttachment::make("old", QXPlatform::URL::file(old)));
   const auto request =
-      std::make_shared<const platform::UNNotificationRequest>(platform::UNNotificationRequest{
-          "i", std::make_shared<const platform::UNNotificationContent>(std::move(properties))});
+      std::make_shared<const QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
+          "i", std::make_shared<const QXPlatform::UNNotificationContent>(std::move(properties))});
   Deliveries deliveries;
   const auto service = std::make_shared<TestService>();
   service->didReceiveNotificationRequest(request, deliveries.handler());
@@ -215,7 +215,7 @@ TEST(CarouselMediaURLExtractorTest, OnlyAWellFormedFirstPanelHasAURL) {
   };
   for (const auto& row : table) {
     const auto url =
-        CarouselMediaURLExtractor().mediaURL(*platform::parseJSON(row.richFeatures)->dictionary());
+        CarouselMediaURLExtractor().mediaURL(*QXPlatform::parseJSON(row.richFeatures)->dictionary());
     const auto text = url ? std::optional<std::string>(url->absoluteString()) : std::nullopt;
     EXPECT_EQ(text, row.url != nullptr ? std::optional<std::string>(row.url) : std::nullopt)
         << row.richFeatures;

@@ -10,7 +10,7 @@ namespace {
 
 using support::carousel;
 
-platform::Result<CarouselModel, platform::DecodingError> decode(const std::string& json) {
+QXPlatform::Result<CarouselModel, QXPlatform::DecodingError> decode(const std::string& json) {
   return PayloadCarouselModelParser::decode(support::dictionary(json));
 }
 
@@ -48,7 +48,7 @@ TEST(CarouselModelTest, HoldsAllThatAPayloadSays) {
 }
 
 TEST(CarouselModelTest, IsWrittenAsItWasRead) {
-  const auto text = platform::encodeJSON(*decode(std::string(kEverything)));
+  const auto text = QXPlatform::encodeJSON(*decode(std::string(kEverything)));
   ASSERT_TRUE(text);
   EXPECT_EQ(*text, kEverything);
 }

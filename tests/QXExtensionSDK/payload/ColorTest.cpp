@@ -27,7 +27,7 @@ TEST(ColorTest, RefusesEverythingElse) {
     support::ScopedLogRecorder log;
     EXPECT_EQ(parseColor(text, Logger::content()), std::nullopt) << text;
     EXPECT_THAT(log->entries(), testing::ElementsAre(support::LogEntry{
-                                    "ContentExtension", "ContentGeneral", platform::LogType::error,
+                                    "ContentExtension", "ContentGeneral", QXPlatform::LogType::error,
                                     "Invalid color value=" + std::string(text)}));
   }
 }

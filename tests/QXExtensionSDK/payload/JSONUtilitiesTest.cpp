@@ -5,14 +5,14 @@
 #include "QXExtensionSDK/payload/JSONConvertible.h"
 #include "QXExtensionSDK/payload/JSONParser.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "tests/support/RecordingLogSink.h"
 
 namespace QXExtensionSDK {
 namespace {
 
-using platform::Date;
-using platform::Dictionary;
+using QXPlatform::Date;
+using QXPlatform::Dictionary;
 
 class JSONUtilitiesTest : public testing::Test {
  protected:
@@ -26,7 +26,7 @@ TEST_F(JSONUtilitiesTest, ADictionaryThatJSONCannotHoldIsRefusedWithItsLine) {
   EXPECT_EQ(JSONConvertible().jsonString(dated, Logger::content(), LogCategory::contentGeneral),
             std::nullopt);
   EXPECT_EQ(log_->entries().at(0),
-            (support::LogEntry{"ContentExtension", "ContentGeneral", platform::LogType::error,
+            (support::LogEntry{"ContentExtension", "ContentGeneral", QXPlatform::LogType::error,
                                "Dictionary is not valid json convertible object"}));
   EXPECT_EQ(JSONParser().jsonString(dated), std::nullopt);
   EXPECT_TRUE(log_->mentions("Error converting dictionary to JSON: "));

@@ -12,7 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 
-std::shared_ptr<const platform::UNNotificationRequest> requestOf(const std::string& json) {
+std::shared_ptr<const QXPlatform::UNNotificationRequest> requestOf(const std::string& json) {
   return support::makeRequest(support::dictionary(json));
 }
 
@@ -35,7 +35,7 @@ TEST(ViewTemplateCheckTest, AnswersOnlyForACarouselAndSaysWhyNot) {
     support::ScopedLogRecorder log;
     EXPECT_EQ(checkViewTemplate(*requestOf(each.userInfo), Logger::content()), std::nullopt);
     EXPECT_THAT(log->entries(), ElementsAre(support::LogEntry{"ContentExtension", "ContentGeneral",
-                                                              platform::LogType::error, each.message}));
+                                                              QXPlatform::LogType::error, each.message}));
   }
   support::ScopedLogRecorder log;
   EXPECT_EQ(checkViewTemplate(*requestOf(R"({"_rf":{"vt":{"t":"0"}}})"), Logger::content()),
@@ -47,13 +47,13 @@ TEST(ViewTemplateCheckTest, SpeaksUnderTheCategoryOfItsExtension) {
   support::ScopedLogRecorder log;
   checkViewTemplate({"no content", nullptr}, Logger::service());
   EXPECT_THAT(log->entries(),
-              ElementsAre(support::LogEntry{"ServiceExtension", "ServiceGeneral", platform::LogType::error,
+              ElementsAre(support::LogEntry{"ServiceExtension", "ServiceGeneral", QXPlatform::LogType::error,
                                             "Rich features payload missing"}));
 }
 
 class PayloadCarouselModelParserTest : public testing::Test {
  protected:
-  std::optional<CarouselModel> parse(const platform::UNNotificationRequest& request) const {
+  std::optional<CarouselModel> parse(const QXPlatform::UNNotificationRequest& request) const {
     return PayloadCarouselModelParser(Logger::content()).parse(request);
   }
 
@@ -80,7 +80,7 @@ TEST_F(PayloadCarouselModelParserTest, KeepsTheDecodersReasonsToItself) {
 
 TEST_F(PayloadCarouselModelParserTest, RefusesWhatJSONCannotHold) {
   const auto richFeatures = support::dictionary(support::carousel("[]"));
-  EXPECT_FALSE(parse(*support::makeRequest({{"_rf", richFeatures.setting("x", platform::Date{0})}})));
+  EXPECT_FALSE(parse(*support::makeRequest({{"_rf", richFeatures.setting("x", QXPlatform::Date{0})}})));
   EXPECT_THAT(log_->messages(), ElementsAre("Dictionary is not valid json convertible object",
                                             "Payload can't be converted to JSON string"));
 }

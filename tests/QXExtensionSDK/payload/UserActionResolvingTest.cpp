@@ -51,7 +51,7 @@ TEST(UserActionResolvingTest, SaysWhyThereIsNoAction) {
     EXPECT_EQ(resolveUserAction(each.actions, Logger::content()), nullptr);
     EXPECT_THAT(log->entries(),
                 testing::ElementsAre(support::LogEntry{"ContentExtension", "ContentGeneral",
-                                                       platform::LogType::error, each.message}));
+                                                       QXPlatform::LogType::error, each.message}));
   }
 }
 

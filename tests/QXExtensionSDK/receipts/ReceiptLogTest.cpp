@@ -19,7 +19,7 @@ namespace {
 using backend::LoopbackServer;
 using backend::Request;
 using backend::Response;
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 // The list of the one receipt of receiptPush("m"), called LIST below.
 const std::string kList = R"([{

@@ -40,8 +40,8 @@ class PushProcess {
  public:
   PushProcess(const support::TemporaryDirectory& directory, const std::string& messageId)
       : file_(directory.write(
-            messageId, *platform::writeJSON(receiptPush(messageId).setting("aps", platform::Dictionary()),
-                                            platform::JSONStyle::compact))),
+            messageId, *QXPlatform::writeJSON(receiptPush(messageId).setting("aps", QXPlatform::Dictionary()),
+                                              QXPlatform::JSONStyle::compact))),
         process_([this] {
           if (std::freopen("/dev/null", "w", stdout) == nullptr) return;
           ::execl(program_.c_str(), "qx", "push", file_.c_str(), nullptr);

@@ -5,8 +5,8 @@
 #include <regex>
 
 #include "QXExtensionSDK/receipts/UserAgentProvider.h"
-#include "platform/foundation/Device.h"
-#include "platform/foundation/Locale.h"
+#include "QXPlatform/foundation/Device.h"
+#include "QXPlatform/foundation/Locale.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
 
 namespace QXExtensionSDK {
@@ -14,10 +14,10 @@ namespace {
 
 using backend::LoopbackServer;
 using backend::Request;
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 
 std::string canonical(std::string_view json) {
-  return *platform::writeJSON(*platform::parseJSON(json), platform::JSONStyle::pretty);
+  return *QXPlatform::writeJSON(*QXPlatform::parseJSON(json), QXPlatform::JSONStyle::pretty);
 }
 
 // Without what differs from push to push.
@@ -52,12 +52,12 @@ class ReceiptRequestTest : public testing::Test {
 TEST_F(ReceiptRequestTest, TheEngagementModulePostsAnalyticEvents) {
   ReceiptHost::put(kQXE, {receipt(1), {"uuid-2", "m2", "", "t", 1e300, std::nullopt, PNStatus::failed}});
   ASSERT_TRUE(push(receiptPush("m1", 1).merging({{"_r", "r1"}, {"_pb", Dictionary{{"k", "v"}}}})));
-  const auto& device = platform::Device::current();
+  const auto& device = QXPlatform::Device::current();
   const Request request =
       sent("/devicestatistics/v1/analytic",
            {{"X-Subscriber-Token", "subscriber-secret"},
             {"User-Agent", "QuorixSdk/5.2.0 (" + device.systemName + " " + device.systemVersion + "; " +
-                               platform::Locale::currentIdentifier() + "; Apple/" + device.name +
+                               QXPlatform::Locale::currentIdentifier() + "; Apple/" + device.name +
                                ") com.example.host/3.1; QuorixExtensionSdk/1.0.0"}});
   EXPECT_EQ(bodyText(request), canonical(R"({
     "applicationId": "app-1", "deviceId": "device-1",
@@ -82,7 +82,7 @@ TEST_F(ReceiptRequestTest, TheAppMessagingModulePostsEngagementEvents) {
            {{"x-vlto-mobile-app-id", "mam-app-secret"}, {"x-vlto-tenant-id", "tenant-secret"}});
   EXPECT_EQ(request.header("X-Subscriber-Token"), std::nullopt);
   EXPECT_FALSE(request.header("User-Agent").value_or("").starts_with("QuorixSdk"));
-  const auto& device = platform::Device::current();
+  const auto& device = QXPlatform::Device::current();
   EXPECT_EQ(bodyText(request), canonical(R"({
     "deviceId": "device-1", "devicePlatform": "iPhone OS", "mobileAppName": "com.example.host",
     "nodes": [{"version": 1, "name": "event", "items": [
@@ -91,7 +91,7 @@ TEST_F(ReceiptRequestTest, TheAppMessagingModulePostsEngagementEvents) {
         "receiptDateUtc": "NOW", "dateTime": "NOW", "propertyBag": "{}"}}]}],
     "deviceModel": ")" + device.name + R"(", "deviceVersion": ")" +
                                          device.systemVersion + R"(", "locale": ")" +
-                                         platform::Locale::currentIdentifier() + "\"}"));
+                                         QXPlatform::Locale::currentIdentifier() + "\"}"));
 }
 
 TEST_F(ReceiptRequestTest, AFullBatchIsOneRequestAndTheRestGoesWithTheNextPush) {

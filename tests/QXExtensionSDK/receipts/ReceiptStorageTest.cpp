@@ -118,8 +118,8 @@ TEST_F(ReceiptStorageTest, AFileWithAReceiptTwiceDoesNotStopTheProcess) {
 
 TEST_F(ReceiptStorageTest, AReceiptCarriesThePushsIdentity) {
   auto repository = makeRepository();
-  const double before = platform::Date::now().secondsSince1970;
-  repository.storeReceipt("m", "r", "t", platform::Dictionary{{"k", 1}});
+  const double before = QXPlatform::Date::now().secondsSince1970;
+  repository.storeReceipt("m", "r", "t", QXPlatform::Dictionary{{"k", 1}});
   repository.storeReceipt("m", std::nullopt, "t", std::nullopt);
   const auto stored = onDisk();
   ASSERT_EQ(stored.size(), 2U);
@@ -127,7 +127,7 @@ TEST_F(ReceiptStorageTest, AReceiptCarriesThePushsIdentity) {
   EXPECT_NE(stored[0].uuid(), stored[1].uuid());
   EXPECT_EQ(stored[0].requestId(), "r");
   EXPECT_EQ(stored[0].propertyBag(), "{\n  \"k\" : 1\n}");
-  EXPECT_EQ(platform::parseJSON(*stored[1].propertyBag())->dictionary(), platform::Dictionary());
+  EXPECT_EQ(QXPlatform::parseJSON(*stored[1].propertyBag())->dictionary(), QXPlatform::Dictionary());
   EXPECT_EQ(stored[0].status(), PNStatus::pending);
   EXPECT_GE(stored[0].eventDateUtc(), before);
 }
@@ -182,11 +182,11 @@ TEST_F(ReceiptStorageTest, TheListNeverOutgrowsWhatCanBeReadAgain) {
 
 TEST_F(ReceiptStorageTest, AReceiptBeyondBoundsIsSentButPushesNoOtherOut) {
   // The texts of 4 KB of brackets, set out in lines, swell to hundreds of times that.
-  platform::Value nested(1);
-  for (int depth = 0; depth < 500; ++depth) nested = platform::Value(std::vector{nested});
+  QXPlatform::Value nested(1);
+  for (int depth = 0; depth < 500; ++depth) nested = QXPlatform::Value(std::vector{nested});
   put(receipts(1, 3));
   auto repository = makeRepository();
-  EXPECT_EQ(repository.storeReceipt("m", std::nullopt, "t", platform::Dictionary{{"k", nested}}),
+  EXPECT_EQ(repository.storeReceipt("m", std::nullopt, "t", QXPlatform::Dictionary{{"k", nested}}),
             DataStoreStatus::writeFailed);
   EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(1, 3)));
   EXPECT_EQ(repository.fetchPendingReceipts()->back().messageId(), "m");

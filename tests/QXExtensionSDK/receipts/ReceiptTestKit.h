@@ -9,8 +9,8 @@
 
 #include "AppGroupSDK/AppGroupSDK.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptsPNStore.h"
-#include "platform/foundation/Base64.h"
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/Base64.h"
+#include "QXPlatform/foundation/JSON.h"
 #include "tests/AppGroupSDK/HostBundle.h"
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
 #include "tests/support/RecordingLogSink.h"
@@ -99,25 +99,26 @@ inline std::vector<std::string> messageIds(const Receipts& list) {
 }
 
 // A push of this system for the modules that the destinations' bits name.
-inline platform::Dictionary receiptPush(const std::string& messageId, int destinations = 3) {
+inline QXPlatform::Dictionary receiptPush(const std::string& messageId, int destinations = 3) {
   return {{"_sid", "vtqx"},
           {"_m", messageId},
           {"_mt", "promo"},
-          {"_co", platform::encodeBase64("1:" + std::to_string(destinations) + ":")}};
+          {"_co", QXPlatform::encodeBase64("1:" + std::to_string(destinations) + ":")}};
 }
 
-inline platform::Dictionary bodyOf(const backend::Request& request) {
-  const auto body = platform::parseJSON(request.body);
-  return body ? body->dictionary().value_or(platform::Dictionary()) : platform::Dictionary();
+inline QXPlatform::Dictionary bodyOf(const backend::Request& request) {
+  const auto body = QXPlatform::parseJSON(request.body);
+  return body ? body->dictionary().value_or(QXPlatform::Dictionary()) : QXPlatform::Dictionary();
 }
 
-inline std::vector<platform::Value> itemsOf(const backend::Request& request) {
+inline std::vector<QXPlatform::Value> itemsOf(const backend::Request& request) {
   const auto body = bodyOf(request);
-  const platform::Value* nodes = body.find("nodes");
+  const QXPlatform::Value* nodes = body.find("nodes");
   if (nodes == nullptr || nodes->elements().size() != 1) return {};
-  const platform::Value* items = nodes->elements()[0].find("items");
-  return items == nullptr ? std::vector<platform::Value>()
-                          : std::vector<platform::Value>(items->elements().begin(), items->elements().end());
+  const QXPlatform::Value* items = nodes->elements()[0].find("items");
+  return items == nullptr
+             ? std::vector<QXPlatform::Value>()
+             : std::vector<QXPlatform::Value>(items->elements().begin(), items->elements().end());
 }
 
 inline bool isForMAM(const backend::Request& request) {
@@ -128,11 +129,11 @@ inline bool isForMAM(const backend::Request& request) {
 class Extension {
  public:
   // Returns when the notification has been handed back, which is when every receipt is through.
-  bool push(const platform::Dictionary& userInfo) {
+  bool push(const QXPlatform::Dictionary& userInfo) {
     start(userInfo);
     return deliveries_.waitFor(started_);
   }
-  void start(const platform::Dictionary& userInfo) {
+  void start(const QXPlatform::Dictionary& userInfo) {
     auto service = std::make_shared<TestService>();
     service->didReceiveNotificationRequest(makeRequest(userInfo), deliveries_.handler());
     services_.push_back(std::move(service));

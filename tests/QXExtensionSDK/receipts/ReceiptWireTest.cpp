@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/files/FileCoordinator.h"
+#include "QXPlatform/files/FileCoordinator.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/ManualClock.h"
@@ -207,8 +207,8 @@ TEST(ReceiptConnectionTest, AContainerThatAnotherProcessHoldsKeepsNobodyBeyondTw
   support::Signal held;
   support::Signal enough;
   support::ChildProcess holder([&] {
-    platform::FileCoordinator().coordinateWritingForReplacing(
-        platform::URL::file(host.bundle().file("other.data")), [&](const platform::URL&) {
+    QXPlatform::FileCoordinator().coordinateWritingForReplacing(
+        QXPlatform::URL::file(host.bundle().file("other.data")), [&](const QXPlatform::URL&) {
           held.send();
           enough.await(std::chrono::seconds(60));
           return false;

@@ -1,4 +1,4 @@
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 namespace QXExtensionSDK {
 namespace {
 
-using platform::LogType;
+using QXPlatform::LogType;
 
 // Read before any test or configuration changes it.
 const std::int64_t kInitialLevel = Logger::globalLoglevel();
@@ -35,7 +35,7 @@ TEST(LoggerTest, RecordsCarrySubsystemCategoryTypeAndJoinedPieces) {
   const support::ScopedLogRecorder log;
   _VTQX_Internal_Logger::setGlobalLoglevel(0);
   Logger::service().warn(LogCategory::serviceWorker, "n=", 5, " ok=", true, " ", std::string("text"));
-  Logger::content().debug(LogCategory::ui, platform::Dictionary{{"a", 1}});
+  Logger::content().debug(LogCategory::ui, QXPlatform::Dictionary{{"a", 1}});
   const std::vector<support::LogEntry> expected{
       {"ServiceExtension", "ServiceWorker", LogType::default_, "n=5 ok=true text"},
       {"ContentExtension", "UI", LogType::debug, R"({"a":1})"}};

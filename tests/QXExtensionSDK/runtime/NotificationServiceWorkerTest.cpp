@@ -11,8 +11,8 @@
 namespace QXExtensionSDK {
 namespace {
 
-using platform::Dictionary;
-using Content = platform::UNMutableNotificationContent;
+using QXPlatform::Dictionary;
+using Content = QXPlatform::UNMutableNotificationContent;
 
 // A processor that does what the test says.
 class ScriptedProcessor final : public AsyncProcessing {
@@ -21,8 +21,8 @@ class ScriptedProcessor final : public AsyncProcessing {
 
   explicit ScriptedProcessor(Script script) : script_(std::move(script)) {}
 
-  void process(const std::shared_ptr<const platform::UNNotificationRequest>&,
-               const std::shared_ptr<platform::UNMutableNotificationContent>& content,
+  void process(const std::shared_ptr<const QXPlatform::UNNotificationRequest>&,
+               const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                ProcessingCompletion completion) override {
     script_(*content, completion);
   }
@@ -131,7 +131,7 @@ TEST_F(NotificationServiceWorkerTest, WhatIsMissingIsLoggedAndNothingIsDelivered
   EXPECT_TRUE(log_->waitFor("Content handler block is nil in processServiceExtensionTimeWillExpire"));
 
   const auto unreadable = makeWorker({});
-  unreadable->workerDidReceive(std::make_shared<const platform::UNNotificationRequest>(),
+  unreadable->workerDidReceive(std::make_shared<const QXPlatform::UNNotificationRequest>(),
                                deliveries_.handler());
   EXPECT_TRUE(log_->waitFor("Mutable content is nil in processDidReceive"));
   unreadable->workerServiceExtensionTimeWillExpire();

@@ -6,7 +6,7 @@
 #include <future>
 #include <thread>
 
-#include "platform/foundation/Base64.h"
+#include "QXPlatform/foundation/Base64.h"
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/RecordingLogSink.h"
@@ -14,19 +14,19 @@
 namespace QXExtensionSDK {
 namespace {
 
-using platform::Dictionary;
-using Content = std::shared_ptr<platform::UNMutableNotificationContent>;
+using QXPlatform::Dictionary;
+using Content = std::shared_ptr<QXPlatform::UNMutableNotificationContent>;
 
 class VTQXNotificationServiceTest : public testing::Test {
  protected:
   VTQXNotificationServiceTest() { Logger::setGlobalLoglevel(static_cast<std::int64_t>(LogLevel::error)); }
 
-  platform::NotificationProperties deliver(const std::shared_ptr<VTQXNotificationService>& service,
-                                           const Dictionary& userInfo) {
+  QXPlatform::NotificationProperties deliver(const std::shared_ptr<VTQXNotificationService>& service,
+                                             const Dictionary& userInfo) {
     Deliveries deliveries;
     service->didReceiveNotificationRequest(makeRequest(userInfo), deliveries.handler());
     EXPECT_TRUE(deliveries.waitFor(1));
-    return deliveries.count() > 0 ? deliveries.at(0) : platform::NotificationProperties();
+    return deliveries.count() > 0 ? deliveries.at(0) : QXPlatform::NotificationProperties();
   }
 
   support::ScopedLogRecorder log_;
@@ -56,7 +56,7 @@ TEST_F(VTQXNotificationServiceTest, TheHooksChangesReachUserInfoForEverySender) 
 // Every line of an ordinary push with its level and category, in the order in which the caller's thread and
 // one processor alone write them.
 TEST_F(VTQXNotificationServiceTest, AnOrdinaryPushLogsItsSteps) {
-  const std::string packed = platform::encodeBase64(support::deflateRaw(R"({"vt":{}})"));
+  const std::string packed = QXPlatform::encodeBase64(support::deflateRaw(R"({"vt":{}})"));
   const auto service = std::make_shared<TestService>(VTNotificationServiceConfig(LogLevel::debug, true));
   Logger::setGlobalLoglevel(static_cast<std::int64_t>(LogLevel::debug));
   deliver(service, {{"_sid", "VTQX"}, {"$_rf", packed}});
@@ -82,7 +82,7 @@ TEST_F(VTQXNotificationServiceTest, AnOrdinaryPushLogsItsSteps) {
 TEST_F(VTQXNotificationServiceTest, ARaisingHookIsAnEmptyChangeSet) {
   const auto service = std::make_shared<TestService>(
       VTNotificationServiceConfig(LogLevel::error, true), [](const Content&, const ClientContentHandler&) {
-        throw platform::Exception("HostException", "index 7 beyond bounds");
+        throw QXPlatform::Exception("HostException", "index 7 beyond bounds");
       });
   EXPECT_EQ(deliver(service, {{"a", 1}}).userInfo, (Dictionary{{"a", 1}}));
   EXPECT_EQ(log_->messages(), std::vector<std::string>{
@@ -98,7 +98,7 @@ TEST_F(VTQXNotificationServiceTest, ABlockedHookHoldsUpNeitherDecompressionNorEx
         released.wait();
         handler(Dictionary{{"host", "late"}});
       });
-  const std::string packed = platform::encodeBase64(support::deflateRaw(R"({"vt":{}})"));
+  const std::string packed = QXPlatform::encodeBase64(support::deflateRaw(R"({"vt":{}})"));
   service->didReceiveNotificationRequest(makeRequest({{"_sid", "vtqx"}, {"$_rf", packed}}),
                                          deliveries.handler());
   EXPECT_TRUE(log_->waitFor("Carousel Thumbnail flag disabled"));
@@ -113,7 +113,7 @@ TEST_F(VTQXNotificationServiceTest, ABlockedHookHoldsUpNeitherDecompressionNorEx
 
 // The race detector's test: the hook rewrites userInfo over and over while the other processors read it.
 TEST_F(VTQXNotificationServiceTest, AHookMayRewriteUserInfoWhileOthersReadIt) {
-  const std::string packed = platform::encodeBase64(support::deflateRaw(R"({"vt":{"it":[]}})"));
+  const std::string packed = QXPlatform::encodeBase64(support::deflateRaw(R"({"vt":{"it":[]}})"));
   const auto service =
       std::make_shared<TestService>(VTNotificationServiceConfig(LogLevel::none, true),
                                     [](const Content& content, const ClientContentHandler& handler) {

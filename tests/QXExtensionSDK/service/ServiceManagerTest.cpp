@@ -6,7 +6,7 @@
 
 #include <utility>
 
-#include "QXExtensionSDK/runtime/Logger.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXExtensionSDK/service/DefaultRequestBuilder.h"
 #include "QXExtensionSDK/service/JSONResponseDecoder.h"
 #include "QXExtensionSDK/service/URLSessionExecutor.h"
@@ -15,11 +15,11 @@
 namespace QXExtensionSDK {
 namespace {
 
-using platform::Data;
-using platform::Dictionary;
-using platform::HTTPURLResponse;
-using platform::URL;
-using platform::URLError;
+using QXPlatform::Data;
+using QXPlatform::Dictionary;
+using QXPlatform::HTTPURLResponse;
+using QXPlatform::URL;
+using QXPlatform::URLError;
 
 const URL kURL = *URL::parse("https://example.com/a");
 
@@ -29,7 +29,7 @@ struct Executed {
   std::optional<std::string> error;
 
   NetworkExecutor::Completion completion() {
-    return [this](const platform::Result<Data, SendError>& answer) {
+    return [this](const QXPlatform::Result<Data, SendError>& answer) {
       ++calls;
       if (answer) {
         data = *answer;
@@ -57,7 +57,7 @@ TEST(URLSessionExecutorTest, OnlyAnHTTPAnswerFrom200To299IsGood) {
 }
 
 TEST(URLSessionExecutorTest, AnErrorComesBeforeMissingDataAndThatBeforeTheAnswersKind) {
-  const platform::URLResponse notHTTP(kURL);
+  const QXPlatform::URLResponse notHTTP(kURL);
   Executed executed;
   URLSessionExecutor::answer(std::nullopt, &notHTTP, URLError{URLError::Code::timedOut, "late"},
                              executed.completion());
@@ -70,7 +70,7 @@ TEST(URLSessionExecutorTest, AnErrorComesBeforeMissingDataAndThatBeforeTheAnswer
 }
 
 TEST(ServiceErrorTest, EveryCaseHasItsText) {
-  const platform::Error cause{"cause"};
+  const QXPlatform::Error cause{"cause"};
   const std::vector<std::pair<ServiceError, std::string>> cases{
       {ServiceError(ServiceError::EncodingError{cause}), "Error encoding data cause."},
       {ServiceError(ServiceError::DecodingError{cause}), "Error decoding data cause."},
@@ -97,7 +97,7 @@ struct TestRequest final : ServiceProtocol {
 class ScriptedExecutor final : public NetworkExecutor {
  public:
   explicit ScriptedExecutor(std::string body) : body_(std::move(body)) {}
-  void execute(platform::URLRequest request, Completion completion) override {
+  void execute(QXPlatform::URLRequest request, Completion completion) override {
     EXPECT_EQ(request.timeoutInterval, std::chrono::seconds(60));
     completion(Data(body_));
   }
@@ -134,7 +134,7 @@ TEST(ServiceManagerTest, CompletesFirstAndLogsAfterwards) {
                 "Error decoding data /code: expected an integer, found a fraction.",
                 "error Network: ServiceManager ResponseDecoder error Error decoding data /code: expected an "
                 "integer, found a fraction."}));
-  request.requestBody = Dictionary{{"when", platform::Date{0}}};
+  request.requestBody = Dictionary{{"when", QXPlatform::Date{0}}};
   const auto story = send(request, "{}");
   ASSERT_EQ(story.size(), 2U);
   EXPECT_TRUE(story[0].starts_with("Error encoding data "));

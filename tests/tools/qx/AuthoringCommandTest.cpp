@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSON.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
-using platform::Dictionary;
+using QXPlatform::Dictionary;
 using support::runProgram;
 using testing::HasSubstr;
 
@@ -89,7 +89,7 @@ TEST(AuthoringCommandTest, UnpackUndoesPackAndADeviceDoesSoToo) {
                 testing::MatchesRegex("qx pack: standard input: [0-9]+ bytes before, [0-9]+ after.*\n"));
     EXPECT_THAT(packed.output, testing::Not(HasSubstr("\"_rf\"")));
     const auto unpacked = runProgram("qx", {"unpack", "-", "--pretty"}, packed.output);
-    EXPECT_EQ(*platform::parseJSON(unpacked.output), *platform::parseJSON(push)) << unpacked.errors;
+    EXPECT_EQ(*QXPlatform::parseJSON(unpacked.output), *QXPlatform::parseJSON(push)) << unpacked.errors;
 
     const auto shown = runProgram("qx", {"push", "--no-thumbnail"}, packed.output).lines();
     ASSERT_EQ(shown.size(), 1U);

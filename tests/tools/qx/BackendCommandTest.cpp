@@ -9,17 +9,17 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/JSON.h"
-#include "platform/network/URLSession.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/network/URLSession.h"
 #include "tests/support/Deadline.h"
 #include "tests/support/Program.h"
 #include "tests/support/ScopedEnvironment.h"
 
 namespace {
 
-using platform::Dictionary;
-using platform::URLError;
-using platform::URLSession;
+using QXPlatform::Dictionary;
+using QXPlatform::URLError;
+using QXPlatform::URLSession;
 
 class Backend {
  public:
@@ -33,7 +33,7 @@ class Backend {
   Dictionary nextLine() {
     std::string line;
     std::getline(output_, line);
-    const auto parsed = platform::parseJSON(line);
+    const auto parsed = QXPlatform::parseJSON(line);
     EXPECT_TRUE(parsed) << line;
     return parsed ? parsed->dictionary().value_or(Dictionary()) : Dictionary();
   }
@@ -55,19 +55,19 @@ struct Answer {
 };
 
 Answer post(const std::string& url, const std::string& body) {
-  platform::URLRequest request(*platform::URL::parse(url));
+  QXPlatform::URLRequest request(*QXPlatform::URL::parse(url));
   request.httpMethod = "POST";
-  request.httpBody = platform::Data(body);
+  request.httpBody = QXPlatform::Data(body);
   std::promise<Answer> promise;
   URLSession session({});
   session
       .dataTask(
           request,
-          [&](std::optional<platform::Data> data,
-              const std::shared_ptr<const platform::URLResponse>& response, std::optional<URLError> error) {
+          [&](std::optional<QXPlatform::Data> data,
+              const std::shared_ptr<const QXPlatform::URLResponse>& response, std::optional<URLError> error) {
             Answer answer;
             if (error) answer.error = error->code;
-            if (const auto* http = dynamic_cast<const platform::HTTPURLResponse*>(response.get())) {
+            if (const auto* http = dynamic_cast<const QXPlatform::HTTPURLResponse*>(response.get())) {
               answer = {http->statusCode(), std::string(data->view()), std::nullopt};
             }
             promise.set_value(answer);

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Base64.h"
-#include "platform/ui/Application.h"
+#include "QXPlatform/foundation/Base64.h"
+#include "QXPlatform/ui/Application.h"
 #include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
@@ -25,8 +25,8 @@
 
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 using support::ProgramResult;
 
 // A directory with pushes, and a server with images.
@@ -123,7 +123,7 @@ TEST_F(CarouselCommand, ReportsACollapsedViewForWhatCannotBeShown) {
 }
 
 TEST_F(CarouselCommand, InflatesWhatTheServiceExtensionWouldHave) {
-  const std::string features = platform::encodeBase64(support::deflateRaw(support::carousel(panels(2))));
+  const std::string features = QXPlatform::encodeBase64(support::deflateRaw(support::carousel(panels(2))));
   const auto result = carousel({"-"}, R"({"aps":{},"_sid":"VTQX","$_rf":")" + features + "\"}\n");
   EXPECT_EQ(result.exitCode, 0) << result.errors;
   ASSERT_EQ(result.lines().size(), 1U);
@@ -213,7 +213,7 @@ TEST_F(CarouselCommand, KeepsTwentyPhotographsInLittleMemory) {
 
 // In the window that a person would see.
 TEST_F(CarouselCommand, ClosesTheWindowAtATapAsADeviceWould) {
-  const auto application = platform::makeApplication(platform::ScreenUse::none);
+  const auto application = QXPlatform::makeApplication(QXPlatform::ScreenUse::none);
   qx::CarouselInvocation invocation;
   invocation.carousel.file =
       write("tapped.json", R"({"aps":{},"_sid":"VTQX","_m":"m","_rf":)" + support::carousel(panels(2)) + "}");

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
-#include "platform/foundation/Base64.h"
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/Base64.h"
+#include "QXPlatform/foundation/JSON.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
 #include "tools/qx/CompressedRichFeatures.h"
@@ -19,10 +19,10 @@
 
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
 using qx::Finding;
 using QXExtensionSDK::Logger;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 
 constexpr std::string_view kGood =
     R"({"aps":{},"_sid":"vtqx","_m":"m","_mt":"t","_r":"r","_pb":{},"_co":"Mzo2OkJVLTc=",)"
@@ -88,8 +88,8 @@ TEST(CheckTest, WarnsOfWhatThePushItselfLacks) {
        {"warning /_m: missing", "warning /_r: neither _m nor _r"}},
       {"Mzo2OkJVLTc=", "?", {"warning /_co: says nothing"}},
       {R"("Mzo2OkJVLTc=")", "7", {"warning /_co: not text"}},
-      {"Mzo2OkJVLTc=", platform::encodeBase64("1:0:"), {"warning /_co: names no module"}},
-      {"Mzo2OkJVLTc=", platform::encodeBase64("0:4:"), {"warning /_co: names no module"}},
+      {"Mzo2OkJVLTc=", QXPlatform::encodeBase64("1:0:"), {"warning /_co: names no module"}},
+      {"Mzo2OkJVLTc=", QXPlatform::encodeBase64("0:4:"), {"warning /_co: names no module"}},
   });
 }
 
@@ -148,7 +148,9 @@ TEST(CheckTest, WarnsOfWhatIsIgnoredOrReplaced) {
 }
 
 TEST(CheckTest, SaysWhyACompressedFieldIsNotInflated) {
-  const auto packed = [](std::string_view text) { return platform::encodeBase64(support::deflateRaw(text)); };
+  const auto packed = [](std::string_view text) {
+    return QXPlatform::encodeBase64(support::deflateRaw(text));
+  };
   const struct {
     std::string field;
     std::string message;
@@ -174,8 +176,8 @@ TEST(CheckTest, SaysWhyACompressedFieldIsNotInflated) {
 
 // Every value of the tree, in turn, as something else.
 void forEachVariant(const Value& value, const std::function<void(const Value&)>& use) {
-  static const auto shapes =
-      platform::parseJSON(R"([null,true,-1,1.5,1e300,"","0","é",[],[[]],[{}],{},{"t":"1"},{"":{"~/":[]}}])");
+  static const auto shapes = QXPlatform::parseJSON(
+      R"([null,true,-1,1.5,1e300,"","0","é",[],[[]],[{}],{},{"t":"1"},{"":{"~/":[]}}])");
   for (const Value& shape : shapes->elements()) use(shape);
   if (const auto object = value.dictionary()) {
     for (const auto& [key, member] : *object) {

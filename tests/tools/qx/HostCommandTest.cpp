@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSON.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 using support::ProgramResult;
 using support::runProgram;
 
@@ -160,7 +160,7 @@ TEST_F(HostCommandTest, PrintsReceiptsAndClicksAsStored) {
   const std::string click =
       R"({"notificationUniqueId":"m:r","isCarouselClick":true,"clickIndex":1,"actionType":0,"panelId":"p"})";
   write("carousel.mobileAppMessaging.m", click);
-  const auto asStored = [](const std::string& json) { return *platform::parseJSON(json)->dictionary(); };
+  const auto asStored = [](const std::string& json) { return *QXPlatform::parseJSON(json)->dictionary(); };
   EXPECT_EQ(host({"pending", "mobileAppMessaging"}).lines(),
             (std::vector{asStored(receipt), asStored(receipt)}));
   EXPECT_EQ(host({"last-click", "mobileAppMessaging"}).lines(), std::vector{asStored(click)});

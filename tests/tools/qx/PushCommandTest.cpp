@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/foundation/Base64.h"
+#include "QXPlatform/foundation/Base64.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -15,8 +15,8 @@
 
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 using support::ProgramResult;
 using support::runProgram;
 
@@ -66,7 +66,7 @@ TEST(PushCommandTest, ACompressedCarouselIsInflatedAndGetsItsThumbnail) {
   const std::string features =
       R"({"vt":{"it":[{"id":"p","md":{"ul":")" + server.url("/files/sunrise.png") + R"("}}],"t":"0"}})";
   const std::string input = R"({"aps":{"alert":"Hi"},"_sid":"VTQX","$_rf":")" +
-                            platform::encodeBase64(support::deflateRaw(features)) + "\"}";
+                            QXPlatform::encodeBase64(support::deflateRaw(features)) + "\"}";
   const auto shown = push({}, input).lines();
   ASSERT_EQ(shown.size(), 1U);
   const Value& content = *shown[0].find("content");

@@ -4,17 +4,17 @@
 #include <utility>
 #include <vector>
 
-#include "platform/log/Log.h"
+#include "QXPlatform/log/Log.h"
 
 namespace qx {
 
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
 using QXExtensionSDK::CarouselPanelView;
 using QXExtensionSDK::CarouselViewController;
 using QXExtensionSDK::CarouselViewModel;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 
 const char* name(QXExtensionSDK::TimerState state) {
   switch (state) {
@@ -120,7 +120,7 @@ Value reportPanel(const QXExtensionSDK::PanelItemComponent& panel, const Carouse
   addText(entries, "subTitle", panel.subTitle);
   if (panel.action != nullptr) {
     const Dictionary action{{"kind", name(panel.action->kind())}};
-    const platform::URL* url = panel.action->url();
+    const QXPlatform::URL* url = panel.action->url();
     entries.emplace_back("action", url == nullptr ? action : action.setting("url", url->absoluteString()));
   }
   return Dictionary::fromEntries(entries);
@@ -135,20 +135,21 @@ Value reportNavigation(const QXExtensionSDK::ViewTemplateNavigationState& state)
   return navigation.setting("buttonClickState", isNext ? "next" : "back");
 }
 
-struct NoLog final : platform::LogSink {
-  void write(const platform::LogRecord& /*record*/) override {}
+struct NoLog final : QXPlatform::LogSink {
+  void write(const QXPlatform::LogRecord& /*record*/) override {}
 };
 
 // Asks without leaving a trace: nobody has answered the notification.
-platform::UNNotificationContentExtensionResponseOption responseOption(platform::ContentExtensionHost& host) {
+QXPlatform::UNNotificationContentExtensionResponseOption responseOption(
+    QXPlatform::ContentExtensionHost& host) {
   NoLog sink;
-  const platform::ScopedLogSink quiet(sink);
+  const QXPlatform::ScopedLogSink quiet(sink);
   return host.respond();
 }
 
 }  // namespace
 
-Dictionary reportCarousel(std::string_view step, platform::ContentExtensionHost& host,
+Dictionary reportCarousel(std::string_view step, QXPlatform::ContentExtensionHost& host,
                           const CarouselViewController* screen) {
   const bool isShown = screen != nullptr && !host.isCollapsed();
   static const CarouselViewModel nothing;
@@ -157,7 +158,7 @@ Dictionary reportCarousel(std::string_view step, platform::ContentExtensionHost&
   for (std::size_t i = 0; viewModel.panels != nullptr && i < viewModel.panels->size(); ++i) {
     panels.push_back(reportPanel((*viewModel.panels)[i], screen->panelView(i)));
   }
-  const platform::Size size = host.preferredContentSize();
+  const QXPlatform::Size size = host.preferredContentSize();
   return {
       {"step", step},
       {"outcome", isShown ? "carousel" : "collapsed"},
@@ -169,7 +170,7 @@ Dictionary reportCarousel(std::string_view step, platform::ContentExtensionHost&
       {"navigationState", reportNavigation(viewModel.navigationState)},
       {"panels", panels},
       {"defaultActionPerformed", host.isDefaultActionPerformed()},
-      {"responseOption", platform::responseOptionName(responseOption(host))}};
+      {"responseOption", QXPlatform::responseOptionName(responseOption(host))}};
 }
 
 }  // namespace qx

@@ -3,13 +3,13 @@
 #include <string_view>
 
 #include "QXExtensionSDK/content/CarouselViewController.h"
-#include "platform/foundation/Value.h"
-#include "platform/ui/ContentExtensionHost.h"
+#include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/ui/ContentExtensionHost.h"
 
 namespace qx {
 
 // How the carousel stands after a step. `screen` is null when there is none.
-platform::Dictionary reportCarousel(std::string_view step, platform::ContentExtensionHost& host,
-                                    const QXExtensionSDK::CarouselViewController* screen);
+QXPlatform::Dictionary reportCarousel(std::string_view step, QXPlatform::ContentExtensionHost& host,
+                                      const QXExtensionSDK::CarouselViewController* screen);
 
 }  // namespace qx

@@ -15,8 +15,8 @@
 
 #include "QXExtensionSDK/decoration/DecompressionDecorator.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
-#include "platform/foundation/JSON.h"
-#include "platform/notifications/NotificationJSON.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/notifications/NotificationJSON.h"
 #include "tools/qx/PushFiles.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/carousel/CarouselReport.h"
@@ -25,10 +25,10 @@ namespace qx {
 
 namespace {
 
-using platform::Error;
-using platform::Result;
 using QXExtensionSDK::CarouselViewController;
-using Request = std::shared_ptr<const platform::UNNotificationRequest>;
+using QXPlatform::Error;
+using QXPlatform::Result;
+using Request = std::shared_ptr<const QXPlatform::UNNotificationRequest>;
 
 // An image has 15 seconds without progress, and some seconds of progress.
 constexpr std::chrono::seconds kLongestWaitForImages(20);
@@ -51,15 +51,15 @@ class SimulatedContentExtension final : public QXExtensionSDK::VTQXNotificationV
 Request inflated(Request request) {
   using namespace QXExtensionSDK;
   if (request->content == nullptr || !VTQXUtility::isVTQXPushNotification(*request)) return request;
-  platform::NotificationProperties properties = request->content->snapshot();
+  QXPlatform::NotificationProperties properties = request->content->snapshot();
   if (properties.userInfo.contains("_rf") || !properties.userInfo.contains("$_rf")) return request;
   const Logger& logger = Logger::service();
   const DecompressionDecorator decorator(logger, std::make_unique<ConcreteDecompressionContext>(logger));
   const auto changes = decorator.decorate(properties.userInfo, *request);
   if (!changes) return request;
   properties.userInfo = properties.userInfo.merging(*changes);
-  return std::make_shared<platform::UNNotificationRequest>(platform::UNNotificationRequest{
-      request->identifier, std::make_shared<platform::UNNotificationContent>(std::move(properties))});
+  return std::make_shared<QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
+      request->identifier, std::make_shared<QXPlatform::UNNotificationContent>(std::move(properties))});
 }
 
 Result<Request> readPush(const std::string& file) {
@@ -67,9 +67,9 @@ Result<Request> readPush(const std::string& file) {
   const auto push = files.next();
   if (!push) return Error{file + ": no push"};
   if (push->unreadable) return *push->unreadable;
-  const auto parsed = platform::parseJSON(push->text);
+  const auto parsed = QXPlatform::parseJSON(push->text);
   if (!parsed) return Error{file + ": " + parsed.error().message};
-  const auto request = platform::notificationRequestFromJSON(*parsed);
+  const auto request = QXPlatform::notificationRequestFromJSON(*parsed);
   if (!request) return Error{file + ": " + request.error().message};
   return inflated(*request);
 }

@@ -7,8 +7,8 @@
 
 #include "QXExtensionSDK/content/CarouselViewController.h"
 #include "QXExtensionSDK/content/VTQXNotificationViewController.h"
-#include "platform/foundation/Result.h"
-#include "platform/ui/ContentExtensionHost.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/ui/ContentExtensionHost.h"
 #include "tools/qx/CarouselOptions.h"
 #include "tools/qx/CarouselSteps.h"
 
@@ -22,19 +22,19 @@ class CarouselSession {
   ~CarouselSession();
 
   // Loads, takes the steps, draws; reports to standard output.
-  std::optional<platform::Error> runScript();
+  std::optional<QXPlatform::Error> runScript();
   // Loads, then lets the user have it until the window is closed.
-  std::optional<platform::Error> runWindow();
+  std::optional<QXPlatform::Error> runWindow();
   // Loads, since there is nothing to open a window on.
-  std::optional<platform::Error> runWithoutScreen();
+  std::optional<QXPlatform::Error> runWithoutScreen();
 
  private:
-  std::optional<platform::Error> load(const std::string& file);
-  std::optional<platform::Error> take(const CarouselStep& step);
+  std::optional<QXPlatform::Error> load(const std::string& file);
+  std::optional<QXPlatform::Error> take(const CarouselStep& step);
   void wait(std::chrono::milliseconds time);
   void waitForImages();
-  std::optional<platform::Error> draw();
-  std::optional<platform::Error> drawPanel(std::size_t index, const std::filesystem::path& file);
+  std::optional<QXPlatform::Error> draw();
+  std::optional<QXPlatform::Error> drawPanel(std::size_t index, const std::filesystem::path& file);
   bool settleAt(std::size_t index);
   bool goTo(std::size_t index);
   std::size_t position() const;
@@ -45,7 +45,7 @@ class CarouselSession {
 
   const CarouselInvocation invocation_;
   const std::shared_ptr<QXExtensionSDK::VTQXNotificationViewController> extension_;
-  platform::ContentExtensionHost host_;
+  QXPlatform::ContentExtensionHost host_;
 };
 
 }  // namespace qx

@@ -6,9 +6,9 @@
 #include <iostream>
 #include <optional>
 
-#include "platform/dispatch/Activity.h"
-#include "platform/ui/Appearance.h"
-#include "platform/ui/Application.h"
+#include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/ui/Appearance.h"
+#include "QXPlatform/ui/Application.h"
 #include "tools/qx/CarouselOptions.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/StandardErrorLogSink.h"
@@ -21,7 +21,7 @@ constexpr int kWrongUsage = 2;
 constexpr std::chrono::seconds kLongestWaitForWork(5);
 
 // The session ends in here, and with it what it was still fetching.
-std::optional<platform::Error> runSession(const qx::CarouselInvocation& invocation, bool usesWindow) {
+std::optional<QXPlatform::Error> runSession(const qx::CarouselInvocation& invocation, bool usesWindow) {
   qx::CarouselSession session(invocation);
   const qx::CarouselOptions& options = invocation.carousel;
   if (options.png || options.steps) return session.runScript();
@@ -30,19 +30,19 @@ std::optional<platform::Error> runSession(const qx::CarouselInvocation& invocati
 
 int run(const qx::CarouselInvocation& invocation) {
   const qx::CarouselOptions& options = invocation.carousel;
-  const bool usesWindow = !options.png && !options.steps && platform::hasScreen();
+  const bool usesWindow = !options.png && !options.steps && QXPlatform::hasScreen();
   if (options.scale || !usesWindow) {
     qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale.value_or(qx::kDrawingScale)));
   }
   const auto application =
-      platform::makeApplication(usesWindow ? platform::ScreenUse::windows : platform::ScreenUse::none);
-  if (options.dark) platform::setUserInterfaceStyle(platform::UserInterfaceStyle::dark);
+      QXPlatform::makeApplication(usesWindow ? QXPlatform::ScreenUse::windows : QXPlatform::ScreenUse::none);
+  if (options.dark) QXPlatform::setUserInterfaceStyle(QXPlatform::UserInterfaceStyle::dark);
   if (options.rtl) QApplication::setLayoutDirection(Qt::RightToLeft);
 
   qx::StandardErrorLogSink sink(invocation.simulator.logFormat);
-  const platform::ScopedLogSink logging(sink);
+  const QXPlatform::ScopedLogSink logging(sink);
   const auto refused = runSession(invocation, usesWindow);
-  platform::Activity::waitUntilNone(platform::Clock::current().now() + kLongestWaitForWork);
+  QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);
   return qx::finish(refused ? qx::fail("carousel", refused->message) : 0);
 }
 

@@ -8,17 +8,17 @@
 #include <vector>
 
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 #include "tools/qx/check/Places.h"
 
 namespace qx {
 
 namespace {
 
-using platform::DecodingError;
-using platform::Value;
 using QXExtensionSDK::CarouselModel;
 using QXExtensionSDK::PanelItem;
+using QXPlatform::DecodingError;
+using QXPlatform::Value;
 
 constexpr std::size_t kMostErrorsARecord = 16;
 
@@ -47,7 +47,7 @@ template <typename Record>
 std::vector<DecodingError> decodingErrors(Value value, std::string_view place) {
   std::vector<DecodingError> errors;
   while (errors.size() < kMostErrorsARecord) {
-    const auto record = platform::decodeValue<Record>(value, place);
+    const auto record = QXPlatform::decodeValue<Record>(value, place);
     if (record) break;
     const std::string& path = record.error().path.text();
     if (!errors.empty() && errors.back().path.text() == path) break;

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/qx/check/Findings.h"
 
 namespace qx {
 
 // Whether the framework decodes the rich features: what keeps it from that, in every panel.
-void checkDecoding(const platform::Value& richFeatures, Findings& findings);
+void checkDecoding(const QXPlatform::Value& richFeatures, Findings& findings);
 
 }  // namespace qx

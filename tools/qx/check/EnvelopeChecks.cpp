@@ -17,8 +17,8 @@ namespace qx {
 namespace {
 
 using AppGroupSDK::ExtensionModuleName;
-using platform::Dictionary;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 
 bool isText(const Value* value) {
   return value != nullptr && value->string();
@@ -31,7 +31,7 @@ std::string problem(const Value* value) {
 
 bool actsOn(const AppGroupSDK::PNContextInfo& context) {
   const AppGroupSDK::ContextModuleChecker checker(QXExtensionSDK::Logger::service());
-  const auto modules = rawValues(platform::RawValuesOf<ExtensionModuleName>());
+  const auto modules = rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>());
   return std::ranges::any_of(modules,
                              [&](const auto module) { return checker.shouldProceed(module, context); });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/qx/check/Findings.h"
 
 namespace qx {
@@ -8,14 +8,14 @@ namespace qx {
 // What a push carries beside its rich features.
 
 // Whether the push service takes it.
-void checkSize(const platform::Dictionary& userInfo, Findings& findings);
+void checkSize(const QXPlatform::Dictionary& userInfo, Findings& findings);
 // Whether the framework acts on it.
-void checkSender(const platform::Dictionary& userInfo, Findings& findings);
+void checkSender(const QXPlatform::Dictionary& userInfo, Findings& findings);
 // Whether it leads to a receipt, and a whole one.
-void checkReceipt(const platform::Dictionary& userInfo, Findings& findings);
+void checkReceipt(const QXPlatform::Dictionary& userInfo, Findings& findings);
 // Whether a module is meant.
-void checkContext(const platform::Dictionary& userInfo, Findings& findings);
+void checkContext(const QXPlatform::Dictionary& userInfo, Findings& findings);
 // Whether a tap on its carousel does anything.
-void checkClick(const platform::Dictionary& userInfo, Findings& findings);
+void checkClick(const QXPlatform::Dictionary& userInfo, Findings& findings);
 
 }  // namespace qx

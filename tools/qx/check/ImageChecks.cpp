@@ -6,17 +6,17 @@
 #include <string_view>
 
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
-#include "platform/foundation/URL.h"
-#include "platform/linux/network/Endpoint.h"
-#include "platform/notifications/UNNotificationAttachment.h"
+#include "QXPlatform/foundation/URL.h"
+#include "QXPlatform/libraries/network/Endpoint.h"
+#include "QXPlatform/notifications/UNNotificationAttachment.h"
 #include "tools/qx/check/Places.h"
 
 namespace qx {
 
 namespace {
 
-using platform::URL;
-using platform::Value;
+using QXPlatform::URL;
+using QXPlatform::Value;
 
 std::optional<std::string_view> imageText(const Value& panel) {
   const Value* media = panel.find("md");
@@ -28,9 +28,9 @@ std::optional<std::string_view> imageText(const Value& panel) {
 std::optional<std::string> whyNotLoaded(std::string_view text) {
   const auto url = URL::parse(text);
   if (!url) return "no URL: the image is not loaded";
-  const auto refused = platform::network::refusal(*url);
+  const auto refused = QXPlatform::refusal(*url);
   if (!refused) return std::nullopt;
-  if (refused->code == platform::URLError::Code::insecureConnection) {
+  if (refused->code == QXPlatform::URLError::Code::insecureConnection) {
     return "plain http: the image is not loaded unless the host allows arbitrary loads";
   }
   return "neither https nor http: the image is not loaded";
@@ -52,7 +52,7 @@ void checkThumbnail(const Value& richFeatures, Findings& findings) {
   const auto dictionary = richFeatures.dictionary();
   const auto url =
       dictionary ? QXExtensionSDK::CarouselMediaURLExtractor().mediaURL(*dictionary) : std::nullopt;
-  if (!url || platform::UNNotificationAttachment::showsTypeOf(url->lastPathComponent())) return;
+  if (!url || QXPlatform::UNNotificationAttachment::showsTypeOf(url->lastPathComponent())) return;
   findings.warn("/_rf/vt/it/0/md/ul",
                 "no thumbnail: the file name ends in none of .png, .jpg, .jpeg and .gif");
 }

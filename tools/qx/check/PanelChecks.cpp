@@ -13,9 +13,9 @@ namespace qx {
 
 namespace {
 
-using platform::Value;
 using QXExtensionSDK::PanelItem;
 using QXExtensionSDK::TextBlock;
+using QXPlatform::Value;
 
 bool showsText(const std::optional<TextBlock>& block) {
   return block && !block->text.empty();
@@ -43,7 +43,7 @@ void checkTemplate(const Value& richFeatures, Findings& findings) {
   if (count == 0) findings.warn("/_rf/vt/it", "no panels: the carousel is empty");
   const Value* timer = richFeatures.find("vt")->find("tms");
   if (timer == nullptr) return;
-  const auto milliseconds = platform::decodeValue<std::int64_t>(*timer);
+  const auto milliseconds = QXPlatform::decodeValue<std::int64_t>(*timer);
   if (!milliseconds) return;
   if (*milliseconds < 1) {
     findings.warn("/_rf/vt/tms", "below 1: the carousel does not advance by itself");
@@ -56,7 +56,7 @@ void checkPanels(const Value& richFeatures, Findings& findings) {
   const Value* panels = findPanels(richFeatures);
   if (panels == nullptr) return;
   for (std::size_t i = 0; i < panels->elements().size(); ++i) {
-    const auto panel = platform::decodeValue<PanelItem>(panels->elements()[i]);
+    const auto panel = QXPlatform::decodeValue<PanelItem>(panels->elements()[i]);
     if (!panel) continue;
     checkText(*panel, panelPlace(i), findings);
     checkActions(*panel, panelPlace(i), findings);

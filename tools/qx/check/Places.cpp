@@ -1,11 +1,11 @@
 #include "tools/qx/check/Places.h"
 
-#include "platform/foundation/JSONPointer.h"
+#include "QXPlatform/foundation/JSONPointer.h"
 
 namespace qx {
 
 std::string memberPlace(std::string_view object, std::string_view key) {
-  platform::JSONPointer member;
+  QXPlatform::JSONPointer member;
   member.prependKey(key);
   member.prependText(object);
   return member.text();
@@ -15,9 +15,9 @@ std::string elementPlace(std::string_view array, std::size_t index) {
   return std::string(array).append("/").append(std::to_string(index));
 }
 
-const platform::Value* findPanels(const platform::Value& richFeatures) {
-  const platform::Value* viewTemplate = richFeatures.find("vt");
-  const platform::Value* panels = viewTemplate != nullptr ? viewTemplate->find("it") : nullptr;
+const QXPlatform::Value* findPanels(const QXPlatform::Value& richFeatures) {
+  const QXPlatform::Value* viewTemplate = richFeatures.find("vt");
+  const QXPlatform::Value* panels = viewTemplate != nullptr ? viewTemplate->find("it") : nullptr;
   return panels != nullptr && panels->isArray() ? panels : nullptr;
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 
 namespace qx {
 
@@ -16,7 +16,7 @@ std::string memberPlace(std::string_view object, std::string_view key);
 std::string elementPlace(std::string_view array, std::size_t index);
 
 // The array of panels in the rich features, decodable or not; null when there is none.
-const platform::Value* findPanels(const platform::Value& richFeatures);
+const QXPlatform::Value* findPanels(const QXPlatform::Value& richFeatures);
 std::string panelPlace(std::size_t index);
 
 }  // namespace qx

@@ -16,10 +16,10 @@ namespace qx {
 
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
 using QXExtensionSDK::kCompressedRichFeaturesKey;
 using QXExtensionSDK::kRichFeaturesKey;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 
 // The service extension blanks the field when it has inflated it.
 bool isLeftOver(const Value& field, const Dictionary& userInfo) {

@@ -22,7 +22,7 @@ void checkKeys(const RecordInPlace& record, Findings& findings) {
 void checkColors(const RecordInPlace& record, Findings& findings) {
   for (const std::string_view key : record.keys) {
     if (key != "bgc" && key != "fc") continue;
-    const platform::Value* value = record.object.find(key);
+    const QXPlatform::Value* value = record.object.find(key);
     const auto text = value != nullptr ? value->string() : std::nullopt;
     if (!text || QXExtensionSDK::parseColor(*text, QXExtensionSDK::Logger::content())) continue;
     findings.warn(memberPlace(record.place, key),
@@ -32,7 +32,7 @@ void checkColors(const RecordInPlace& record, Findings& findings) {
 
 }  // namespace
 
-void checkRecords(const platform::Value& richFeatures, Findings& findings) {
+void checkRecords(const QXPlatform::Value& richFeatures, Findings& findings) {
   walkRecords(richFeatures, kRichFeaturesPlace, [&](const RecordInPlace& record) {
     checkKeys(record, findings);
     checkColors(record, findings);

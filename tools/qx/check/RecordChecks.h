@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/foundation/Value.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/qx/check/Findings.h"
 
 namespace qx {
 
 // In every object of the rich features that the framework reads: keys that it does not, and colours that are
 // none.
-void checkRecords(const platform::Value& richFeatures, Findings& findings);
+void checkRecords(const QXPlatform::Value& richFeatures, Findings& findings);
 
 }  // namespace qx

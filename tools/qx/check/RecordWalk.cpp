@@ -6,15 +6,15 @@
 #include <variant>
 
 #include "QXExtensionSDK/payload/CarouselModel.h"
-#include "platform/foundation/JSONCoding.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 #include "tools/qx/check/Places.h"
 
 namespace qx {
 
 namespace {
 
-using platform::Value;
 using QXExtensionSDK::ActionSerDeWrapper;
+using QXPlatform::Value;
 using Visit = std::function<void(const RecordInPlace&)>;
 
 // How to walk what is read as a T; as it stands, a leaf.
@@ -36,7 +36,7 @@ struct Walk<std::vector<T>> {
   }
 };
 
-template <platform::JSONRecord T>
+template <QXPlatform::JSONRecord T>
 struct Walk<T> {
   static void over(const Value& value, std::string_view place, const Visit& visit) {
     const auto object = value.dictionary();
@@ -45,14 +45,14 @@ struct Walk<T> {
       visit({*object, std::string(place), {field.key...}});
       (overField(*object, place, field, visit), ...);
     };
-    constexpr auto kFields = platform::JSONRecordAccess::fields<T>();
+    constexpr auto kFields = QXPlatform::JSONRecordAccess::fields<T>();
     std::apply(visitAll, kFields);
   }
 
  private:
   template <typename Record, typename Member>
-  static void overField(const platform::Dictionary& object, std::string_view place,
-                        const platform::JSONField<Record, Member>& field, const Visit& visit) {
+  static void overField(const QXPlatform::Dictionary& object, std::string_view place,
+                        const QXPlatform::JSONField<Record, Member>& field, const Visit& visit) {
     const Value* value = object.find(field.key);
     if (value != nullptr) Walk<Member>::over(*value, memberPlace(place, field.key), visit);
   }
@@ -62,7 +62,7 @@ struct Walk<T> {
 template <>
 struct Walk<ActionSerDeWrapper> {
   static void over(const Value& value, std::string_view place, const Visit& visit) {
-    const auto wrapper = platform::decodeValue<ActionSerDeWrapper>(value);
+    const auto wrapper = QXPlatform::decodeValue<ActionSerDeWrapper>(value);
     if (!wrapper) return;
     std::visit([&]<typename Record>(const Record&) { Walk<Record>::over(value, place, visit); },
                wrapper->action);

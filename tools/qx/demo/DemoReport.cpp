@@ -6,16 +6,16 @@
 #include <array>
 #include <cstdio>
 
-#include "platform/foundation/Value.h"
-#include "platform/log/StandardError.h"
+#include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/log/StandardError.h"
 #include "tools/qx/Results.h"
 
 namespace qx {
 
 namespace {
 
-using platform::Dictionary;
-using platform::Value;
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
 
 constexpr std::string_view kGreen = "32";
 constexpr std::string_view kRed = "31";
@@ -94,7 +94,7 @@ void DemoReport::step(std::string_view title, const DemoFinding& finding,
   if (!finding.receipts.empty()) addReceipts(finding.receipts, lines);
   std::string text;
   for (const std::string& each : lines) text += each + "\n";
-  platform::writeToStandardError(text + "\n");
+  QXPlatform::writeToStandardError(text + "\n");
   if (!writesJSON_) return;
   Dictionary json{{"step", title}, {"held", held}, {"elapsedMs", elapsed.count()}};
   if (finding.failure) json = json.setting("error", *finding.failure);
@@ -105,8 +105,8 @@ void DemoReport::step(std::string_view title, const DemoFinding& finding,
 void DemoReport::end(const std::filesystem::path& directory) {
   const std::string verdict =
       everythingHeld_ ? coloured("Everything held.", kGreen) : coloured("Not everything held.", kRed);
-  platform::writeToStandardError(verdict + " What was sent, shown and received lies in " +
-                                 directory.string() + "/\n");
+  QXPlatform::writeToStandardError(verdict + " What was sent, shown and received lies in " +
+                                   directory.string() + "/\n");
 }
 
 std::string DemoReport::coloured(std::string_view text, std::string_view code) const {

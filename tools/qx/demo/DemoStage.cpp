@@ -12,10 +12,10 @@
 #include <system_error>
 
 #include "AppGroupSDK/AppGroupSDK.h"
-#include "platform/foundation/Date.h"
-#include "platform/foundation/JSON.h"
-#include "platform/foundation/UUID.h"
-#include "platform/notifications/NotificationJSON.h"
+#include "QXPlatform/foundation/Date.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/UUID.h"
+#include "QXPlatform/notifications/NotificationJSON.h"
 #include "tools/backend/RequestLine.h"
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/HostContainer.h"
@@ -28,9 +28,9 @@ namespace {
 namespace fs = std::filesystem;
 using AppGroupSDK::DataStoreStatus;
 using AppGroupSDK::ExtensionModuleName;
-using platform::Dictionary;
-using platform::Error;
-using platform::Result;
+using QXPlatform::Dictionary;
+using QXPlatform::Error;
+using QXPlatform::Result;
 
 constexpr auto kTimeLimit = std::chrono::seconds(30);
 constexpr std::array kModules{ExtensionModuleName::quorixEngagement, ExtensionModuleName::mobileAppMessaging};
@@ -73,15 +73,15 @@ bool isFor(ExtensionModuleName module, const backend::Request& request) {
 }
 
 void addMessages(const backend::Request& request, MessageIds& ids) {
-  const auto body = platform::parseJSON(request.body);
-  const platform::Value* nodes = body ? body->find("nodes") : nullptr;
+  const auto body = QXPlatform::parseJSON(request.body);
+  const QXPlatform::Value* nodes = body ? body->find("nodes") : nullptr;
   if (nodes == nullptr) return;
-  for (const platform::Value& node : nodes->elements()) {
-    const platform::Value* items = node.find("items");
+  for (const QXPlatform::Value& node : nodes->elements()) {
+    const QXPlatform::Value* items = node.find("items");
     if (items == nullptr) continue;
-    for (const platform::Value& item : items->elements()) {
-      const platform::Value* event = item.find("event");
-      const platform::Value* id = event != nullptr ? event->find("messageId") : nullptr;
+    for (const QXPlatform::Value& item : items->elements()) {
+      const QXPlatform::Value* event = item.find("event");
+      const QXPlatform::Value* id = event != nullptr ? event->find("messageId") : nullptr;
       ids.push_back(id != nullptr ? id->description() : "?");
     }
   }
@@ -96,8 +96,8 @@ bool saveHostRecords(const std::string& baseUrl) {
                DeliveryReceiptConfig(FeatureFlagStatus::enabled))) == DataStoreStatus::success;
   for (const auto module : kModules) {
     saved &= AppIdProvider().storeAppId(appIdOf(module), module) == DataStoreStatus::success;
-    DeliveryReceiptPNModel receipt(platform::makeUUIDString(), "yesterday", std::nullopt, "promo",
-                                   platform::Date::now().secondsSince1970 - kSecondsADay, "{}",
+    DeliveryReceiptPNModel receipt(QXPlatform::makeUUIDString(), "yesterday", std::nullopt, "promo",
+                                   QXPlatform::Date::now().secondsSince1970 - kSecondsADay, "{}",
                                    PNStatus::failed);
     saved &= receiptStore(module).saveModuleScopedModelData(DeliveryReceiptsModel({std::move(receipt)})) ==
              DataStoreStatus::success;
@@ -138,7 +138,7 @@ Result<fs::path> DemoStage::setUpHost() const {
 }
 
 Result<DemoPush> DemoStage::push(const std::string& name, const Dictionary& payload) {
-  const auto request = platform::notificationRequestFromJSON(payload);
+  const auto request = QXPlatform::notificationRequestFromJSON(payload);
   if (!request) return request.error();
   write(name + ".push.json", payload);
   DemoPush push;
@@ -148,7 +148,7 @@ Result<DemoPush> DemoStage::push(const std::string& name, const Dictionary& payl
   const std::size_t requestsBefore = server_.requests().size();
   const auto result = extension_.run(*request);
   write(name + ".shown.json", result.toJSON());
-  if (result.outcome != platform::ServiceExtensionResult::Outcome::delivered) {
+  if (result.outcome != QXPlatform::ServiceExtensionResult::Outcome::delivered) {
     return Error{"the time limit came before the notification"};
   }
   push.shown = result.content;
@@ -176,8 +176,8 @@ void DemoStage::writeRequests() const {
   writeFile(directory_ / "requests.ndjson", lines);
 }
 
-void DemoStage::write(const std::string& name, const platform::Value& value) const {
-  const auto text = platform::writeJSON(value, platform::JSONStyle::pretty);
+void DemoStage::write(const std::string& name, const QXPlatform::Value& value) const {
+  const auto text = QXPlatform::writeJSON(value, QXPlatform::JSONStyle::pretty);
   writeFile(directory_ / name, (text ? *text : value.description()) + "\n");
 }
 

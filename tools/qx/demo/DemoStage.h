@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "AppGroupSDK/context/ExtensionModuleName.h"
-#include "platform/foundation/Result.h"
-#include "platform/notifications/ServiceExtensionHost.h"
+#include "AppGroupSDK/ExtensionModuleName.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/qx/SimulatorOptions.h"
 
@@ -27,7 +27,7 @@ struct ReceiptTrail {
 using ReceiptTrails = std::map<AppGroupSDK::ExtensionModuleName, ReceiptTrail>;
 
 struct DemoPush {
-  platform::NotificationProperties shown;
+  QXPlatform::NotificationProperties shown;
   ReceiptTrails receipts;
 };
 
@@ -58,25 +58,25 @@ class DemoStage {
   const std::filesystem::path& directory() const { return directory_; }
 
   // The host application's records, and a receipt for each module that an earlier push has left.
-  platform::Result<std::filesystem::path> setUpHost() const;
+  QXPlatform::Result<std::filesystem::path> setUpHost() const;
 
   // Sends a push over the air through the service extension. Leaves <name>.push.json and <name>.shown.json.
-  platform::Result<DemoPush> push(const std::string& name, const platform::Dictionary& payload);
+  QXPlatform::Result<DemoPush> push(const std::string& name, const QXPlatform::Dictionary& payload);
 
   // Draws each panel of the carousel that was pushed under that name, as <name>-0.png and so on.
-  std::optional<platform::Error> drawPanels(const std::string& name) const;
+  std::optional<QXPlatform::Error> drawPanels(const std::string& name) const;
 
   // Leaves every request that the back end has received in requests.ndjson.
   void writeRequests() const;
 
  private:
-  void write(const std::string& name, const platform::Value& value) const;
+  void write(const std::string& name, const QXPlatform::Value& value) const;
 
   const SimulatorOptions simulator_;
   const std::filesystem::path directory_;
   const DemoRoot root_;
   const backend::LoopbackServer server_;
-  platform::ServiceExtensionHost extension_;
+  QXPlatform::ServiceExtensionHost extension_;
 };
 
 }  // namespace qx

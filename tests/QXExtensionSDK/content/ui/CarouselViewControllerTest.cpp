@@ -209,7 +209,7 @@ std::vector<int> textTops(const Expanded& expanded) {
   std::vector<int> tops;
   const auto& panel = *expanded.screen().contentView().currentPanelView();
   for (const QObject* child : panel.children()) {
-    const auto* label = dynamic_cast<const platform::UILabel*>(child);
+    const auto* label = dynamic_cast<const QXPlatform::UILabel*>(child);
     if (label != nullptr && !label->isHidden()) tops.push_back(label->y());
   }
   return tops;

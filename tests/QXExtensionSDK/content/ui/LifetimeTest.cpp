@@ -3,7 +3,7 @@
 #include <future>
 #include <random>
 
-#include "platform/ui/ImageDecoding.h"
+#include "QXPlatform/ui/ImageDecoding.h"
 #include "tests/QXExtensionSDK/content/ui/UITestKit.h"
 
 namespace QXExtensionSDK {
@@ -81,15 +81,15 @@ TEST(CarouselLifetime, TheExtensionMayBeClosedFromWithinItsOwnCallbacks) {
 // Ends the application while an image is being decoded and another waits; exits with what went wrong, or 0.
 [[noreturn]] void endWhileDecoding() {
   const std::string photograph = support::encodedImage("JPEG", {6000, 4000}, Qt::red);
-  const auto bytes = std::make_shared<const platform::Data>(photograph);
+  const auto bytes = std::make_shared<const QXPlatform::Data>(photograph);
   std::promise<void> begun;
   auto inUse = std::make_shared<int>();
   const std::weak_ptr decoding = inUse;
   bool isNextBegun = false;
   const auto ignore = [](const QImage&) {};
-  platform::decodeImageFillingAsync(
+  QXPlatform::decodeImageFillingAsync(
       bytes, {1200, 800}, [&begun, inUse = std::move(inUse)] { return begun.set_value(), true; }, ignore);
-  platform::decodeImageFillingAsync(
+  QXPlatform::decodeImageFillingAsync(
       bytes, {1200, 800}, [&] { return isNextBegun = true; }, ignore);
   begun.get_future().wait();
   delete qApp;

@@ -14,7 +14,7 @@
 
 #include "QXExtensionSDK/content/CarouselViewController.h"
 #include "QXExtensionSDK/content/VTQXNotificationViewController.h"
-#include "platform/ui/ContentExtensionHost.h"
+#include "QXPlatform/ui/ContentExtensionHost.h"
 #include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deadline.h"
@@ -114,7 +114,7 @@ class TestExtension final : public QXExtensionSDK::VTQXNotificationViewControlle
 
 struct Expanded {
   explicit Expanded(int width = 360)
-      : host(std::make_unique<platform::ContentExtensionHost>(extension, width)) {}
+      : host(std::make_unique<QXPlatform::ContentExtensionHost>(extension, width)) {}
 
   void deliverItems(const std::string& items, std::string_view more = "") {
     auto push = R"({"_sid":"VTQX","_m":"m","_rf":)" + carousel(items, more) + "}";
@@ -140,7 +140,7 @@ struct Expanded {
   QColor colorAt(const QPoint& point) const { return drawn().pixelColor(point * 2); }
 
   std::shared_ptr<TestExtension> extension = std::make_shared<TestExtension>();
-  std::unique_ptr<platform::ContentExtensionHost> host;
+  std::unique_ptr<QXPlatform::ContentExtensionHost> host;
 };
 
 }  // namespace support

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "platform/notifications/UNUserNotificationCenter.h"
+#include "QXPlatform/notifications/UNUserNotificationCenter.h"
 #include "tests/QXExtensionSDK/content/ui/UITestKit.h"
 
 namespace QXExtensionSDK {
@@ -11,7 +11,7 @@ namespace {
 using support::Expanded;
 using support::ScopedLogRecorder;
 
-using Option = platform::UNNotificationContentExtensionResponseOption;
+using Option = QXPlatform::UNNotificationContentExtensionResponseOption;
 
 struct Unshowable {
   const char* name;
@@ -39,7 +39,7 @@ TEST(ContentExtension, TakesNoRoomForWhatItCannotShow) {
     const ScopedLogRecorder log;
     Expanded expanded;
     expanded.host->deliver(support::makeRequest(support::dictionary(unshowable.userInfo)));
-    EXPECT_EQ(expanded.host->contentSize(), (platform::Size{360, 1}));
+    EXPECT_EQ(expanded.host->contentSize(), (QXPlatform::Size{360, 1}));
     for (const std::string& line : unshowable.logged) EXPECT_TRUE(log->has(line)) << line;
   }
 }
@@ -67,7 +67,7 @@ TEST(ContentExtension, StaysCollapsedForAnotherSendersNotification) {
   expanded.screen().nextButton().click();
   expanded.screen().tapGesturePerformed();
   QCoreApplication::sendPostedEvents();
-  EXPECT_EQ(expanded.host->contentSize(), (platform::Size{360, 1}));
+  EXPECT_EQ(expanded.host->contentSize(), (QXPlatform::Size{360, 1}));
   EXPECT_EQ(expanded.screen().viewModel().currentPanelIndex, 0);
   EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
   expanded.deliver({{"u", "Four"}, {"u", "Five"}}, R"("tms":10,)");
@@ -86,7 +86,7 @@ TEST(ContentExtension, ForwardsEveryResponseOnceThereIsACarousel) {
 }
 
 TEST(ContentExtension, OpensTheAppAndLeavesNoNotificationBehindAfterATap) {
-  auto& center = platform::UNUserNotificationCenter::current();
+  auto& center = QXPlatform::UNUserNotificationCenter::current();
   Expanded expanded;
   expanded.deliver({{"u", "One"}});
   EXPECT_EQ(center.deliveredNotifications().size(), 1U);
@@ -99,7 +99,7 @@ TEST(ContentExtension, AsksTheHostForTheLogLevelAtEachNotification) {
   Logger::setGlobalLoglevel(2);
   {
     const auto silent = std::make_shared<VTQXNotificationViewController>();
-    platform::ContentExtensionHost host(silent, 360);
+    QXPlatform::ContentExtensionHost host(silent, 360);
     host.deliver(support::makeRequest(support::dictionary("{}")));
     EXPECT_EQ(Logger::globalLoglevel(), 4);
   }

@@ -2,13 +2,13 @@
 
 #include <QApplication>
 
-#include "platform/ui/Application.h"
+#include "QXPlatform/ui/Application.h"
 
 // One application object for the process, at twice the pixels, that never waits for a slide.
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   qputenv("QT_SCALE_FACTOR", "2");
   if (!qEnvironmentVariableIsSet("QX_REDUCE_MOTION")) qputenv("QX_REDUCE_MOTION", "1");
-  const auto application = platform::makeApplication(platform::ScreenUse::none);
+  const auto application = QXPlatform::makeApplication(QXPlatform::ScreenUse::none);
   return RUN_ALL_TESTS();
 }

@@ -1,0 +1,83 @@
+#include "QXPlatform/dispatch/Activity.h"
+
+#include <atomic>
+#include <cstdint>
+#include <utility>
+
+#include "QXPlatform/dispatch/ThreadSet.h"
+
+namespace QXPlatform {
+namespace {
+
+struct WorkInFlight {
+  std::atomic<std::int64_t> count{0};
+  std::mutex mutex;
+  std::condition_variable none;
+};
+
+WorkInFlight& workInFlight() {
+  // Never destroyed: threads may still work while the process exits.
+  static WorkInFlight& shared = *new WorkInFlight;
+  return shared;
+}
+
+thread_local Activity* currentActivity = nullptr;
+
+}  // namespace
+
+Activity::Activity() {
+  begin();
+}
+
+Activity::Activity(Activity&& other) noexcept : counted_(std::exchange(other.counted_, false)) {}
+
+Activity::~Activity() {
+  if (counted_) end();
+}
+
+void Activity::begin() {
+  counted_ = true;
+  workInFlight().count.fetch_add(1, std::memory_order_relaxed);
+}
+
+void Activity::end() {
+  counted_ = false;
+  WorkInFlight& work = workInFlight();
+  if (work.count.fetch_sub(1, std::memory_order_acq_rel) > 1) return;
+  // The lock keeps this from falling between a waiter's look at the count and its going to sleep.
+  { const std::lock_guard lock(work.mutex); }
+  work.none.notify_all();
+}
+
+bool Activity::waitUntilNone(Clock::TimePoint deadline) {
+  WorkInFlight& work = workInFlight();
+  std::unique_lock lock(work.mutex);
+  return Clock::current().waitUntil(lock, work.none, deadline,
+                                    [&] { return work.count.load(std::memory_order_acquire) == 0; });
+}
+
+CurrentActivityScope::CurrentActivityScope(Activity& activity)
+    : previous_(std::exchange(currentActivity, &activity)) {}
+
+CurrentActivityScope::~CurrentActivityScope() {
+  currentActivity = previous_;
+}
+
+bool CurrentActivityScope::exists() {
+  return currentActivity != nullptr;
+}
+
+ForeignCodeScope::ForeignCodeScope()
+    : suspended_(currentActivity != nullptr && currentActivity->counted_ ? currentActivity : nullptr) {
+  if (suspended_ == nullptr) return;
+  suspended_->end();
+  ThreadSet::shared().enterForeignCode();
+}
+
+ForeignCodeScope::~ForeignCodeScope() {
+  if (suspended_ == nullptr) return;
+  ThreadSet::shared().leaveForeignCode();
+  suspended_->begin();
+}
+
+}  // namespace QXPlatform

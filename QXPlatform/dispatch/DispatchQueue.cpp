@@ -1,0 +1,165 @@
+#include "QXPlatform/dispatch/DispatchQueue.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "QXPlatform/dispatch/ThreadName.h"
+#include "QXPlatform/dispatch/ThreadSet.h"
+#include "QXPlatform/dispatch/WorkItem.h"
+
+namespace QXPlatform {
+
+struct SyncTurn {
+  std::condition_variable changed;
+  bool come = false;
+};
+
+namespace {
+
+// An exception that leaves the work ends the process, here as on the platform.
+void runWork(const DispatchQueue::Work& work) noexcept {
+  work();
+}
+
+// The work and all it holds are gone before the group and the count of activities hear of its end.
+void runToEnd(WorkItem item) {
+  const CurrentActivityScope scope(item.activity);
+  runWork(item.work);
+  item.work = nullptr;
+  if (item.group) item.group->leave();
+}
+
+// Inside another item it is that one's activity that counts, since that one waits for this.
+void runInPlace(const DispatchQueue::Work& work) {
+  if (CurrentActivityScope::exists()) return runWork(work);
+  Activity activity;
+  const CurrentActivityScope scope(activity);
+  runWork(work);
+}
+
+}  // namespace
+
+// A rule over the set of threads: items start in order, and an exclusive one starts when none runs and keeps
+// the later ones waiting. On a serial queue every item is exclusive, on a concurrent one barriers are.
+class DispatchQueue::State final : public WorkRunner, public std::enable_shared_from_this<State> {
+ public:
+  State(std::string label, Attribute attribute)
+      : label_(std::move(label)), serial_(attribute == Attribute::serial) {}
+
+  const std::string& label() const { return label_; }
+
+  void submit(WorkItem item) {
+    item.exclusive = item.exclusive || serial_;
+    const std::lock_guard lock(mutex_);
+    pending_.push_back(std::move(item));
+    startPending();
+  }
+
+  // On the caller's thread: no hand-off, and none of the 64 threads is needed for it.
+  void runInTurn(const Work& work) {
+    waitForTurn();
+    runInPlace(work);
+    const std::lock_guard lock(mutex_);
+    noteEnd();
+    startPending();
+  }
+
+  void run(WorkItem item) override {
+    setCurrentThreadName(label_);
+    runToEnd(std::move(item));
+    while (std::optional<WorkItem> next = nextForThisThread()) runToEnd(std::move(*next));
+  }
+
+ private:
+  bool mayStart(bool exclusive) const { return !exclusiveRuns_ && (running_ == 0 || !exclusive); }
+  bool frontMayStart() const { return !pending_.empty() && mayStart(pending_.front().exclusive); }
+
+  void noteStart(bool exclusive) {
+    ++running_;
+    exclusiveRuns_ = exclusive;
+  }
+  void noteEnd() {
+    --running_;
+    exclusiveRuns_ = false;
+  }
+
+  WorkItem takeFront() {
+    WorkItem item = std::move(pending_.front());
+    pending_.pop_front();
+    noteStart(item.exclusive);
+    return item;
+  }
+
+  // Under the lock, so that what is started later comes later.
+  void startPending() {
+    while (frontMayStart()) {
+      WorkItem item = takeFront();
+      if (item.turn != nullptr) {
+        item.turn->come = true;
+        item.turn->changed.notify_one();
+      } else {
+        ThreadSet::shared().start(shared_from_this(), std::move(item));
+      }
+    }
+  }
+
+  // An exclusive item follows on the thread that is there already; others may start several at a time.
+  std::optional<WorkItem> nextForThisThread() {
+    const std::lock_guard lock(mutex_);
+    noteEnd();
+    if (frontMayStart() && pending_.front().exclusive && pending_.front().turn == nullptr) return takeFront();
+    startPending();
+    return std::nullopt;
+  }
+
+  void waitForTurn() {
+    std::unique_lock lock(mutex_);
+    if (pending_.empty() && mayStart(serial_)) {
+      noteStart(serial_);
+      return;
+    }
+    SyncTurn turn;
+    pending_.push_back({.work = nullptr, .turn = &turn, .exclusive = serial_});
+    turn.changed.wait(lock, [&] { return turn.come; });
+  }
+
+  const std::string label_;
+  const bool serial_;
+  std::mutex mutex_;
+  // Below, guarded by mutex_.
+  std::deque<WorkItem> pending_;
+  std::size_t running_ = 0;
+  bool exclusiveRuns_ = false;
+};
+
+DispatchQueue::DispatchQueue(std::string label, Attribute attribute)
+    : state_(std::make_shared<State>(std::move(label), attribute)) {}
+
+const std::string& DispatchQueue::label() const {
+  return state_->label();
+}
+
+void DispatchQueue::async(Work work) const {
+  state_->submit({.work = std::move(work)});
+}
+
+void DispatchQueue::async(const DispatchGroup& group, Work work) const {
+  group.enter();
+  state_->submit({.work = std::move(work), .group = group});
+}
+
+void DispatchQueue::sync(const Work& work) const {
+  // Held here, since the work may drop the handle it was called through.
+  const std::shared_ptr<State> state = state_;
+  state->runInTurn(work);
+}
+
+void DispatchQueue::asyncBarrier(Work work) const {
+  state_->submit({.work = std::move(work), .exclusive = true});
+}
+
+}  // namespace QXPlatform

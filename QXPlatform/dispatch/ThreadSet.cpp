@@ -1,0 +1,103 @@
+#include "QXPlatform/dispatch/ThreadSet.h"
+
+#include <algorithm>
+#include <chrono>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "QXPlatform/foundation/FatalError.h"
+
+namespace QXPlatform {
+namespace {
+
+constexpr std::chrono::seconds kIdleLifetime{2};
+
+}  // namespace
+
+ThreadSet& ThreadSet::shared() {
+  // Never destroyed: its threads may still run while the process exits.
+  static ThreadSet& threads = *new ThreadSet;
+  return threads;
+}
+
+void ThreadSet::start(std::shared_ptr<WorkRunner> runner, WorkItem item) {
+  std::unique_lock lock(mutex_);
+  waiting_.push_back({std::move(runner), std::move(item)});
+  if (!idle_.empty()) {
+    Worker& worker = *idle_.back();
+    idle_.pop_back();
+    worker.mayWork = true;
+    lock.unlock();
+    worker.called.notify_one();
+  } else if (Worker* worker = hireWorker()) {
+    lock.unlock();
+    launch(*worker);
+  }
+}
+
+void ThreadSet::enterForeignCode() {
+  std::unique_lock lock(mutex_);
+  ++inForeignCode_;
+  if (waiting_.empty() || !idle_.empty()) return;
+  if (Worker* worker = hireWorker()) {
+    lock.unlock();
+    launch(*worker);
+  }
+}
+
+void ThreadSet::leaveForeignCode() {
+  const std::lock_guard lock(mutex_);
+  --inForeignCode_;
+}
+
+// A worker for a new thread, or null when there are threads enough.
+ThreadSet::Worker* ThreadSet::hireWorker() {
+  if (alive_ >= std::min(kMostThreads + inForeignCode_, kMostThreadsEver)) return nullptr;
+  auto place = std::ranges::find_if(workers_, [](const auto& each) { return !each->alive; });
+  if (place == workers_.end()) place = workers_.insert(place, std::make_unique<Worker>());
+  (*place)->alive = true;
+  ++alive_;
+  return place->get();
+}
+
+void ThreadSet::launch(Worker& worker) {
+  try {
+    std::thread([this, &worker] { serve(worker); }).detach();
+  } catch (const std::system_error&) {
+    // The job stays for the threads there are.
+    const std::lock_guard lock(mutex_);
+    worker.alive = false;
+    if (--alive_ == 0) fatalError("No thread can be started for a work item");
+  }
+}
+
+void ThreadSet::serve(Worker& worker) {
+  std::unique_lock lock(mutex_);
+  do {
+    while (!waiting_.empty()) runNext(lock);
+  } while (waitForCall(worker, lock));
+  worker.alive = false;
+  --alive_;
+}
+
+void ThreadSet::runNext(std::unique_lock<std::mutex>& lock) {
+  Job job = std::move(waiting_.front());
+  waiting_.pop_front();
+  lock.unlock();
+  job.runner->run(std::move(job.item));
+  job.runner.reset();  // may be the last one that holds the queue, so not under the lock
+  lock.lock();
+}
+
+// Returns whether the worker was called before its time as an idle one was over.
+bool ThreadSet::waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock) {
+  worker.mayWork = false;
+  idle_.push_back(&worker);
+  // In real time: an idle thread is no business of a clock that a test installs and takes away again.
+  if (worker.called.wait_for(lock, kIdleLifetime, [&] { return worker.mayWork; })) return true;
+  std::erase(idle_, &worker);
+  return false;
+}
+
+}  // namespace QXPlatform

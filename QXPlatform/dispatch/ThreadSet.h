@@ -1,0 +1,67 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "QXPlatform/dispatch/WorkItem.h"
+
+namespace QXPlatform {
+
+// What a thread of the set runs items for. run() is called on such a thread, with no lock held.
+class WorkRunner {
+ public:
+  virtual ~WorkRunner() = default;
+  virtual void run(WorkItem item) = 0;
+};
+
+// The threads that all queues of the process share: made when an item finds none free, up to 64 beside those
+// that are inside foreign code; one that has been idle for some seconds ends. Items are taken in the order in
+// which they were started. Any thread.
+class ThreadSet {
+ public:
+  static constexpr std::size_t kMostThreads = 64;
+  // However many of them foreign code may hold.
+  static constexpr std::size_t kMostThreadsEver = 1024;
+
+  static ThreadSet& shared();
+
+  // Returns at once. Beyond 64 busy threads the item waits for the first that is free.
+  void start(std::shared_ptr<WorkRunner> runner, WorkItem item);
+
+  // The calling thread, one of the set, enters code that may never return, and is replaced meanwhile.
+  void enterForeignCode();
+  void leaveForeignCode();
+
+ private:
+  struct Job {
+    std::shared_ptr<WorkRunner> runner;
+    WorkItem item;
+  };
+  struct Worker {
+    std::condition_variable called;
+    bool mayWork = false;
+    bool alive = false;
+  };
+
+  ThreadSet() = default;
+  Worker* hireWorker();
+  void launch(Worker& worker);
+  void serve(Worker& worker);
+  void runNext(std::unique_lock<std::mutex>& lock);
+  bool waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock);
+
+  std::mutex mutex_;
+  // Below, guarded by mutex_. For every waiting job a thread is on its way, unless all are busy.
+  std::deque<Job> waiting_;
+  std::vector<std::unique_ptr<Worker>> workers_;
+  std::size_t alive_ = 0;
+  std::size_t inForeignCode_ = 0;
+  // The last one to fall idle is called first, so that the others may end.
+  std::vector<Worker*> idle_;
+};
+
+}  // namespace QXPlatform

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "QXPlatform/foundation/URL.h"
+
+namespace QXPlatform {
+
+// Coordinated access to record files across threads and processes: readers of a file exclude its writers. A
+// crash at any instant leaves the old or the new content, never a mixture. Blocks until the others are done,
+// so an accessor must not coordinate access to the same directory itself. Any thread.
+class FileCoordinator {
+ public:
+  using WritingAccessor = std::function<bool(const URL&)>;
+  using ReadingAccessor = std::function<void(const URL&)>;
+
+  enum class Outcome : std::uint8_t {
+    replaced,   // the new content is in place, and durable
+    failed,     // the target is as it was; only a failed sync of its directory can leave it new
+    calledOff,  // the system granted no lock, so the accessor never ran
+  };
+
+  FileCoordinator() = default;
+  virtual ~FileCoordinator() = default;
+  FileCoordinator(const FileCoordinator&) = delete;
+  FileCoordinator& operator=(const FileCoordinator&) = delete;
+
+  // Writing for replacing: the accessor gets the URL of an empty staging file (mode 0600) beside the target
+  // and returns whether it has written it. If so, the staging file takes the target's place in one step;
+  // otherwise it goes. What else bears its name goes too: a staging file left behind by a killed writer, or a
+  // directory with all that is in it. `failed` without running the accessor: the target is a symbolic link or
+  // no file URL, its directory is missing, or the staging file cannot be made (a read-only directory, a full
+  // disk).
+  virtual Outcome coordinateWritingForReplacing(const URL& target, const WritingAccessor& accessor) const;
+
+  // The accessor gets the target's own URL, whether or not there is such a file. A staging file that a killed
+  // writer has left goes first, where the directory may be written. The accessor is not called when the
+  // target is a symbolic link or no file URL, its directory is missing, or no lock is granted.
+  virtual void coordinateReading(const URL& target, const ReadingAccessor& accessor) const;
+};
+
+}  // namespace QXPlatform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "QXPlatform/foundation/JSONPointer.h"
+#include "QXPlatform/foundation/Value.h"
+
+namespace QXPlatform {
+
+// Why something cannot be written as JSON, and where it stands.
+struct JSONFault {
+  JSONPointer where;
+  std::string_view reason;
+
+  // "/pnData/0/eventDateUtc: not a finite number"
+  std::string description() const;
+};
+
+// The pieces that JSON text is put together from, appended to `out`. False: `fault` says why, and what `out`
+// has gained is of no use.
+bool appendJSONText(std::string& out, std::string_view text, JSONFault& fault);
+bool appendJSONNumber(std::string& out, double number, JSONFault& fault);
+bool appendJSONValue(std::string& out, const Value& value, JSONFault& fault);
+void appendJSONInteger(std::string& out, std::int64_t integer);
+
+}  // namespace QXPlatform

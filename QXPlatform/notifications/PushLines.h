@@ -1,0 +1,87 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <iosfwd>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/notifications/UNNotificationRequest.h"
+
+namespace QXPlatform {
+
+// A push over the air has 4 KiB; a thousand times that is a mistake.
+inline constexpr std::size_t kLongestPush = std::size_t{4} * 1024 * 1024;
+// Such a push sent on as a full request nests two levels deeper, holds the alert twice and may write its
+// numbers in more digits.
+inline constexpr std::size_t kLongestFullRequest = 4 * kLongestPush;
+inline constexpr JSONLimits kFullRequestLimits{kJSONWritingDepthLimit, 2 * kJSONTreeLimit};
+
+// One push as text, and where it stood.
+struct PushText {
+  std::string text;
+  std::size_t line;                 // counted from 1
+  std::string source;               // names the file in an error; empty for the only one
+  std::optional<Error> unreadable;  // in place of a text
+};
+
+// Hands out pushes one after the other; called on one thread at a time.
+class PushSource {
+ public:
+  virtual ~PushSource() = default;
+  // Nothing at the end.
+  virtual std::optional<PushText> next() = 0;
+};
+
+// One push a line. Blank lines are skipped but counted; one of more than the limit is unreadable.
+class PushLineSource final : public PushSource {
+ public:
+  explicit PushLineSource(std::istream& input, std::string name = {}, std::size_t limit = kLongestPush);
+
+  std::optional<PushText> next() override;
+
+ private:
+  PushText readLine();
+  // Takes up to a newline, which goes too; returns how far it came.
+  enum class Taken { line, part, nothing };
+  Taken takePart(std::string& text);
+
+  std::istream& input_;
+  const std::string name_;
+  const std::size_t limit_;
+  std::size_t line_ = 0;
+  std::array<char, 16384> buffer_;
+};
+
+// A push may block three of the process's threads while it waits for its receipts; more pushes at once than
+// this would wait for each other.
+inline constexpr std::size_t kMostPushesAtOnce = 16;
+
+// How a batch of pushes is answered.
+struct PushAnswering {
+  // Answers one push; called on up to `jobs` threads at once. An error takes the answer's place.
+  std::function<Result<Dictionary>(const std::shared_ptr<const UNNotificationRequest>&)> answer;
+  std::size_t jobs = 1;    // at most kMostPushesAtOnce
+  JSONLimits limits = {};  // of a push's text
+  bool pretty = false;
+  // Called after each answer with the number of pushes answered so far; one call at a time.
+  std::function<void(std::size_t)> progress;
+};
+
+struct PushAnswers {
+  std::size_t errors = 0;     // pushes that ended in an error
+  bool outputFailed = false;  // answers were lost
+};
+
+// Writes one answer a push, in the order of the source, each as soon as it and all before it are there. What
+// is no push is answered with {"line": N, "error": "..."}, and with "file" when the source has a name.
+//
+// Stops taking pushes when the output fails.
+PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering);
+
+}  // namespace QXPlatform

@@ -1,0 +1,74 @@
+#include "QXPlatform/notifications/ServiceExtensionMain.h"
+
+#include <charconv>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <iostream>
+#include <optional>
+#include <string_view>
+
+#include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/notifications/PushLines.h"
+#include "QXPlatform/notifications/ServiceExtensionHost.h"
+#include "QXPlatform/notifications/StandardInput.h"
+
+namespace QXPlatform {
+
+namespace {
+
+constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
+
+struct Arguments {
+  double timeLimitSeconds = 30;
+  std::size_t jobs = 1;
+};
+
+// Above zero, and not above the most; what is not a number is neither.
+template <typename Number>
+bool readNumber(std::string_view text, Number& number, Number most) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size() && number > 0 && number <= most;
+}
+
+std::optional<Arguments> readArguments(int argc, const char* const* argv) {
+  Arguments arguments;
+  for (int i = 1; i < argc; i += 2) {
+    const std::string_view name = argv[i];
+    if (i + 1 == argc) return std::nullopt;
+    const bool known = name == "--time-limit" ? readNumber(argv[i + 1], arguments.timeLimitSeconds,
+                                                           ServiceExtensionHost::kLongestTimeLimit.count())
+                       : name == "--jobs"     ? readNumber(argv[i + 1], arguments.jobs, kMostPushesAtOnce)
+                                              : false;
+    if (!known) return std::nullopt;
+  }
+  return arguments;
+}
+
+}  // namespace
+
+int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensionFactory& makeExtension) {
+  const auto arguments = readArguments(argc, argv);
+  if (!arguments) {
+    std::cerr
+        << "usage: " << (argc > 0 ? argv[0] : "extension")
+        << " [--time-limit SECONDS] [--jobs N]  (notifications on standard input, one JSON object a line;"
+           " a day and "
+        << kMostPushesAtOnce << " at most)\n";
+    return 2;
+  }
+  // A reader that goes away ends the answers, not the work in flight.
+  std::signal(SIGPIPE, SIG_IGN);
+  ServiceExtensionHost host(makeExtension, std::chrono::duration<double>(arguments->timeLimitSeconds));
+  PushLineSource source(standardInput(), {}, kLongestFullRequest);
+  const PushAnswers answers = answerPushes(
+      source, std::cout,
+      {.answer = [&](const auto& request) -> Result<Dictionary> { return host.run(request).toJSON(); },
+       .jobs = arguments->jobs,
+       .limits = kFullRequestLimits,
+       .progress = nullptr});
+  Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
+  return answers.errors == 0 && !answers.outputFailed ? 0 : 1;
+}
+
+}  // namespace QXPlatform

@@ -1,0 +1,53 @@
+#include "QXPlatform/files/Container.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <system_error>
+
+namespace QXPlatform {
+
+namespace {
+
+bool canNameContainer(std::string_view group) {
+  const auto isForbidden = [](char c) {
+    return c == '/' || static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+  };
+  return !group.empty() && group != "." && group.find("..") == std::string_view::npos &&
+         std::none_of(group.begin(), group.end(), isForbidden);
+}
+
+std::filesystem::path environmentPath(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+// Empty when nothing names a place.
+std::filesystem::path containersRoot() {
+  if (auto root = environmentPath("QX_APP_GROUPS_ROOT"); !root.empty()) return root;
+  // A relative data home is to be ignored, by the base-directory rules.
+  if (const auto data = environmentPath("XDG_DATA_HOME"); data.is_absolute()) return data / "app-groups";
+  const auto home = environmentPath("HOME");
+  return home.empty() ? home : home / ".local" / "share" / "app-groups";
+}
+
+}  // namespace
+
+std::optional<std::filesystem::path> containerPathForGroup(std::string_view group) {
+  if (!canNameContainer(group)) return std::nullopt;
+  const auto root = containersRoot();
+  if (root.empty()) return std::nullopt;
+  std::error_code error;
+  auto path = std::filesystem::absolute(root / group, error);
+  if (error) return std::nullopt;
+  return path;
+}
+
+std::optional<URL> containerURLForSecurityApplicationGroupIdentifier(std::string_view group) {
+  const auto path = containerPathForGroup(group);
+  std::error_code error;
+  if (!path || !std::filesystem::is_directory(*path, error)) return std::nullopt;
+  return URL::file(path->native());
+}
+
+}  // namespace QXPlatform

@@ -1,0 +1,99 @@
+#include "QXPlatform/ui/Appearance.h"
+
+#include <QApplication>
+#include <QFont>
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QPalette>
+#include <QPointF>
+#include <QWidget>
+#include <algorithm>
+#include <array>
+
+namespace QXPlatform {
+
+namespace {
+
+QPalette palette(UserInterfaceStyle style) {
+  const bool isDark = style == UserInterfaceStyle::dark;
+  const QColor surface(isDark ? "#1C1C1E" : "#F2F2F7");
+  const QColor ink(isDark ? "#FFFFFF" : "#1C1C1E");
+  QPalette colors(ink, surface, surface, surface, surface, ink, surface);
+  colors.setColor(QPalette::Window, surface);
+  colors.setColor(QPalette::WindowText, ink);
+  colors.setColor(QPalette::Highlight, QColor(isDark ? "#0A84FF" : "#0066D6"));
+  return colors;
+}
+
+const QStringList& fontFamilies() {
+  static const QStringList families{"Inter", QFontDatabase::systemFont(QFontDatabase::GeneralFont).family()};
+  return families;
+}
+
+}  // namespace
+
+UserInterfaceStyle userInterfaceStyle(const QWidget& view) {
+  constexpr int kHalf = 128;
+  return view.palette().color(QPalette::Window).lightness() < kHalf ? UserInterfaceStyle::dark
+                                                                    : UserInterfaceStyle::light;
+}
+
+void setUserInterfaceStyle(UserInterfaceStyle style) {
+  QApplication::setPalette(palette(style));
+}
+
+bool isReduceMotionEnabled() {
+  return qEnvironmentVariable("QX_REDUCE_MOTION") == "1";
+}
+
+QFont systemFont(SystemFontStyle style, double pointSize) {
+  QFont font;
+  font.setFamilies(fontFamilies());
+  font.setPixelSize(qRound(pointSize));
+  font.setBold(style == SystemFontStyle::bold);
+  font.setItalic(style == SystemFontStyle::italic);
+  font.setHintingPreference(QFont::PreferNoHinting);
+  return font;
+}
+
+QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {
+  // Of one corner, along its two sides from the corner point, in radii: three curves, each two control points
+  // and an end point.
+  constexpr double kReach = 1.528665;
+  struct Point {
+    double before;
+    double after;
+  };
+  constexpr std::array<Point, 9> kCurves{{{1.08849296, 0},
+                                          {0.86840694, 0},
+                                          {0.63149379, 0.07491139},
+                                          {0.37282383, 0.16905956},
+                                          {0.16905956, 0.37282383},
+                                          {0.07491139, 0.63149379},
+                                          {0, 0.86840694},
+                                          {0, 1.08849296},
+                                          {0, kReach}}};
+  const double unit = std::min(radius, std::min(rect.width(), rect.height()) / 2 / kReach);
+  QPainterPath path(rect.topLeft() + QPointF(kReach * unit, 0));
+  const auto addCorner = [&](QPointF corner, QPointF before, QPointF after) {
+    const auto at = [&](const Point& point) {
+      return corner + (before * point.before + after * point.after) * unit;
+    };
+    path.lineTo(corner + before * kReach * unit);
+    for (std::size_t i = 0; i < kCurves.size(); i += 3) {
+      path.cubicTo(at(kCurves[i]), at(kCurves[i + 1]), at(kCurves[i + 2]));
+    }
+  };
+  const QPointF left(-1, 0);
+  const QPointF right(1, 0);
+  const QPointF up(0, -1);
+  const QPointF down(0, 1);
+  addCorner(rect.topRight(), left, down);
+  addCorner(rect.bottomRight(), up, left);
+  addCorner(rect.bottomLeft(), right, up);
+  addCorner(rect.topLeft(), down, right);
+  path.closeSubpath();
+  return path;
+}
+
+}  // namespace QXPlatform

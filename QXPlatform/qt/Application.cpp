@@ -1,0 +1,43 @@
+#include "QXPlatform/ui/Application.h"
+
+#include <QApplication>
+#include <QLocale>
+#include <iostream>
+
+#include "QXPlatform/ui/Appearance.h"
+#include "QXPlatform/ui/MainQueue.h"
+
+namespace QXPlatform {
+
+bool hasScreen() {
+  if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+    const QString name = qEnvironmentVariable("QT_QPA_PLATFORM");
+    return name != "offscreen" && name != "minimal";
+  }
+  return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+namespace {
+
+// The toolkit's remarks about its surroundings are not the extension's to make.
+void printSevere(QtMsgType type, const QMessageLogContext& /*context*/, const QString& message) {
+  if (type == QtCriticalMsg || type == QtFatalMsg) std::cerr << message.toStdString() << '\n';
+}
+
+}  // namespace
+
+std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse) {
+  if (screenUse == ScreenUse::none) qputenv("QT_QPA_PLATFORM", "offscreen");
+  // The toolkit keeps a reference to these; its own options are none of the program's.
+  static int argc = 1;
+  static char name[] = "qx";
+  static char* argv[] = {name, nullptr};
+  qInstallMessageHandler(printSevere);
+  auto application = std::make_unique<QApplication>(argc, argv);
+  beginMainQueue();
+  setUserInterfaceStyle(UserInterfaceStyle::light);
+  QApplication::setLayoutDirection(QLocale::system().textDirection());
+  return application;
+}
+
+}  // namespace QXPlatform

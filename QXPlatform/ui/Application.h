@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+
+class QApplication;
+
+namespace QXPlatform {
+
+enum class ScreenUse {
+  none,     // everything is drawn into memory
+  windows,  // what is shown appears on the user's screen
+};
+
+// The one application object that a process with views needs, to be made first and destroyed last. It has the
+// light appearance, and the reading direction of the environment's locale. Main thread.
+std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse);
+
+// Whether there is a screen to open windows on. To be asked before the application is made.
+bool hasScreen();
+
+}  // namespace QXPlatform

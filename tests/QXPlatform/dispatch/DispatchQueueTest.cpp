@@ -1,0 +1,290 @@
+#include "QXPlatform/dispatch/DispatchQueue.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <future>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "QXPlatform/dispatch/DispatchGroup.h"
+#include "tests/support/Deadline.h"
+
+namespace QXPlatform {
+namespace {
+
+using support::eventually;
+using support::soon;
+using Attribute = DispatchQueue::Attribute;
+
+std::string threadName() {
+  std::array<char, 16> name{};
+  pthread_getname_np(pthread_self(), name.data(), name.size());
+  return name.data();
+}
+
+std::ptrdiff_t threadsOfProcess() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
+// Holds items back until it is opened.
+class Gate {
+ public:
+  void open() { opened_.set_value(); }
+  void wait() const { future_.wait(); }
+
+ private:
+  std::promise<void> opened_;
+  std::shared_future<void> future_ = opened_.get_future().share();
+};
+
+TEST(DispatchQueueTest, SerialRunsInOrderOneAtATime) {
+  constexpr int kThreads = 4;
+  constexpr int kItems = 500;
+  const DispatchQueue queue("serial", Attribute::serial);
+  const DispatchGroup group;
+  // Without a lock on purpose: the queue is the lock.
+  std::vector<std::vector<int>> seen(kThreads);
+  int total = 0;
+  std::vector<std::thread> threads;
+  for (std::size_t thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&, thread] {
+      for (int i = 0; i < kItems; ++i) {
+        const auto work = [&, thread, i] {
+          seen[thread].push_back(i);
+          ++total;
+        };
+        if (i % 10 == 9) {
+          queue.sync(work);
+        } else {
+          queue.async(group, work);
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  ASSERT_TRUE(group.wait(soon()));
+  EXPECT_EQ(total, kThreads * kItems);
+  for (const std::vector<int>& each : seen) {
+    ASSERT_EQ(each.size(), std::size_t{kItems});
+    EXPECT_TRUE(std::is_sorted(each.begin(), each.end()));
+  }
+}
+
+TEST(DispatchQueueTest, BlockedItemsKeepNoneFromStarting) {
+  const DispatchQueue concurrent("concurrent", Attribute::concurrent);
+  const DispatchQueue serial("serial", Attribute::serial);
+  const DispatchGroup blocked;
+  const DispatchGroup others;
+  Gate gate;
+  std::atomic<int> started = 0;
+  for (int i = 0; i < 62; ++i) {
+    concurrent.async(blocked, [&] {
+      ++started;
+      gate.wait();
+    });
+  }
+  for (int i = 0; i < 60; ++i) concurrent.async(others, [] {});
+  serial.async(others, [] {});
+  EXPECT_TRUE(others.wait(soon()));
+  EXPECT_TRUE(eventually([&] { return started == 62; }));
+  gate.open();
+  EXPECT_TRUE(blocked.wait(soon()));
+}
+
+TEST(DispatchQueueTest, Beyond64BlockedItemsTheNextOnesWait) {
+  const DispatchQueue queue("concurrent", Attribute::concurrent);
+  const DispatchGroup group;
+  Gate gate;
+  std::atomic<int> started = 0;
+  for (int i = 0; i < 200; ++i) {
+    queue.async(group, [&] {
+      ++started;
+      gate.wait();
+    });
+  }
+  EXPECT_TRUE(eventually([&] { return started == 64; }));
+  // The work of sync() needs no thread of the set.
+  queue.sync([&] { EXPECT_EQ(started, 64); });
+  gate.open();
+  EXPECT_TRUE(group.wait(soon()));
+  EXPECT_EQ(started, 200);
+}
+
+TEST(DispatchQueueTest, ABarrierRunsAloneBetweenEarlierAndLaterItems) {
+  const DispatchQueue queue("concurrent", Attribute::concurrent);
+  const DispatchGroup group;
+  std::atomic<int> running = 0;
+  std::atomic<int> finished = 0;
+  std::atomic<int> faults = 0;
+  const auto item = [&](int least) {
+    ++running;
+    if (finished < least) ++faults;
+    std::this_thread::yield();
+    ++finished;
+    --running;
+  };
+  for (int round = 0; round < 40; ++round) {
+    const int before = round * 12;
+    for (int i = 0; i < 10; ++i) queue.async(group, [&, before] { item(before - 1); });
+    group.enter();
+    queue.asyncBarrier([&, before] {
+      if (running != 0 || finished != before + 10) ++faults;
+      ++finished;
+      group.leave();
+    });
+    queue.async(group, [&, before] { item(before + 11); });
+  }
+  EXPECT_TRUE(group.wait(soon()));
+  queue.sync([&] { EXPECT_EQ(finished, 480); });
+  EXPECT_EQ(faults, 0);
+}
+
+TEST(DispatchQueueTest, SyncWaitsForABarrierAndABarrierForSync) {
+  const DispatchQueue queue("concurrent", Attribute::concurrent);
+  Gate gate;
+  std::atomic<int> step = 0;
+  queue.asyncBarrier([&] {
+    gate.wait();
+    step = 1;
+  });
+  std::thread caller([&] {
+    queue.sync([&] {
+      EXPECT_EQ(step, 1);
+      queue.asyncBarrier([&] { step = 3; });
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      step = 2;
+    });
+  });
+  gate.open();
+  caller.join();
+  EXPECT_TRUE(eventually([&] { return step == 3; }));
+}
+
+TEST(DispatchQueueTest, NothingIsDroppedWhenTheHandlesGo) {
+  std::atomic<int> ran = 0;
+  Gate gate;
+  {
+    const DispatchQueue serial("serial", Attribute::serial);
+    const DispatchQueue concurrent("concurrent", Attribute::concurrent);
+    serial.async([&] { gate.wait(); });
+    concurrent.asyncBarrier([&] { gate.wait(); });
+    for (int i = 0; i < 100; ++i) {
+      serial.async([&] { ++ran; });
+      concurrent.async([&] { ++ran; });
+    }
+  }
+  EXPECT_EQ(ran, 0);
+  gate.open();
+  EXPECT_TRUE(eventually([&] { return ran == 200; }));
+}
+
+TEST(DispatchQueueTest, WorkMayDropTheLastHandleItRunsThrough) {
+  auto queue = std::make_unique<DispatchQueue>("serial", Attribute::serial);
+  bool ran = false;
+  const DispatchQueue& handle = *queue;
+  handle.sync([&] {
+    queue.reset();
+    ran = true;
+  });
+  EXPECT_TRUE(ran);
+}
+
+TEST(DispatchQueueTest, WorkIsDestroyedBeforeItsGroupHearsOfTheEnd) {
+  for (const Attribute attribute : {Attribute::serial, Attribute::concurrent}) {
+    const DispatchQueue queue("queue", attribute);
+    for (int i = 0; i < 200; ++i) {
+      auto held = std::make_shared<int>(i);
+      const std::weak_ptr<int> watched = held;
+      const DispatchGroup group;
+      queue.async(group, [held = std::move(held)] {});
+      ASSERT_TRUE(group.wait(soon()));
+      ASSERT_TRUE(watched.expired());
+    }
+  }
+}
+
+TEST(DispatchQueueTest, WhatWorkHoldsMaySubmitWhileItIsDestroyed) {
+  const DispatchQueue queue("serial", Attribute::serial);
+  const DispatchGroup group;
+  group.enter();
+  queue.async(
+      [last = std::shared_ptr<void>(nullptr, [&](void*) { queue.async([&] { group.leave(); }); })] {});
+  EXPECT_TRUE(group.wait(soon()));
+}
+
+TEST(DispatchQueueTest, TheThreadBearsTheLabelsLastCharacters) {
+  const DispatchGroup group;
+  const std::vector<std::pair<std::string, std::string>> table{
+      {"com.example.service.serialQueue", "ice.serialQueue"},
+      {"exactly15chars!", "exactly15chars!"},
+      {"short", "short"},
+      {"", ""},
+  };
+  for (const auto& [label, name] : table) {
+    for (int i = 0; i < 3; ++i) {
+      DispatchQueue(label, Attribute::serial).async(group, [expected = name] {
+        EXPECT_EQ(threadName(), expected);
+      });
+      ASSERT_TRUE(group.wait(soon()));
+    }
+  }
+  const std::string own = threadName();
+  DispatchQueue("other", Attribute::serial).sync([&] { EXPECT_EQ(threadName(), own); });
+}
+
+TEST(DispatchQueueTest, IdleThreadsRetireAndComeBack) {
+  const DispatchQueue queue("concurrent", Attribute::concurrent);
+  const DispatchGroup group;
+  // A sanitizer starts a thread of its own beside the first one.
+  std::thread([] {}).join();
+  const std::ptrdiff_t before = threadsOfProcess();
+  for (int round = 0; round < 2; ++round) {
+    Gate gate;
+    for (int i = 0; i < 20; ++i) queue.async(group, [&] { gate.wait(); });
+    EXPECT_GE(threadsOfProcess(), 20);
+    gate.open();
+    ASSERT_TRUE(group.wait(soon()));
+    EXPECT_TRUE(eventually([&] { return threadsOfProcess() <= before; }));
+  }
+}
+
+TEST(DispatchQueueDeathTest, AnExceptionThatLeavesAnItemEndsTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const DispatchQueue queue("serial", Attribute::serial);
+  EXPECT_DEATH(
+      {
+        queue.async([] { throw 1; });
+        eventually([] { return false; });
+      },
+      "");
+  EXPECT_DEATH(queue.sync([] { throw 1; }), "");
+}
+
+TEST(DispatchQueueDeathTest, TheProcessExitsWhateverItsThreadsDo) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        const DispatchQueue serial("serial", Attribute::serial);
+        const DispatchQueue concurrent("concurrent", Attribute::concurrent);
+        for (int i = 0; i < 100; ++i) {
+          serial.async([] { std::this_thread::yield(); });
+          concurrent.async([i] { std::this_thread::sleep_for(std::chrono::seconds(i % 2)); });
+        }
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace QXPlatform

@@ -1,0 +1,187 @@
+#include "QXPlatform/files/FileCoordinator.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "QXPlatform/files/FileContents.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace QXPlatform {
+namespace {
+
+using namespace std::chrono_literals;
+using Outcome = FileCoordinator::Outcome;
+
+class FileCoordinatorTest : public testing::Test {
+ protected:
+  std::string path(const std::string& name) const { return directory_.path(name); }
+  URL url(const std::string& name) const { return URL::file(path(name)); }
+
+  Outcome replace(const std::string& name, const std::string& bytes) const {
+    return coordinator_.coordinateWritingForReplacing(
+        url(name), [&](const URL& file) { return writeContents(bytes, file); });
+  }
+  std::string read(const std::string& name) const {
+    std::string text = "(not read)";
+    coordinator_.coordinateReading(url(name), [&](const URL& file) {
+      const auto bytes = readContents(file);
+      text = bytes ? std::string(bytes->view()) : "(nothing)";
+    });
+    return text;
+  }
+  std::vector<std::string> names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(directory_.path())) {
+      names.push_back(entry.path().filename());
+    }
+    return names;
+  }
+
+  support::TemporaryDirectory directory_;
+  FileCoordinator coordinator_;
+};
+
+TEST_F(FileCoordinatorTest, ReplacesAFileThatIsTheOwnersAlone) {
+  const auto mask = ::umask(0777);
+  EXPECT_EQ(replace("record", "first, the longer one"), Outcome::replaced);
+  ::umask(mask);
+  EXPECT_EQ(replace("record", "second"), Outcome::replaced);
+  EXPECT_EQ(read("record"), "second");
+  EXPECT_EQ(std::filesystem::status(path("record")).permissions(), std::filesystem::perms(0600));
+  EXPECT_EQ(names(), std::vector<std::string>{"record"});
+}
+
+TEST_F(FileCoordinatorTest, LeavesTheOldContentWhenTheAccessorFails) {
+  ASSERT_EQ(replace("record", "old"), Outcome::replaced);
+  const auto halfWritten = [](const URL& file) { return writeContents("ne", file); };
+  EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"),
+                                                       [&](const URL& file) {
+                                                         halfWritten(file);
+                                                         return false;
+                                                       }),
+            Outcome::failed);
+  EXPECT_THROW(coordinator_.coordinateWritingForReplacing(url("record"),
+                                                          [&](const URL& file) -> bool {
+                                                            halfWritten(file);
+                                                            throw std::runtime_error("accessor");
+                                                          }),
+               std::runtime_error);
+  EXPECT_EQ(read("record"), "old");
+  EXPECT_EQ(names(), std::vector<std::string>{"record"});
+}
+
+TEST_F(FileCoordinatorTest, DoesNotFollowSymbolicLinks) {
+  directory_.write("elsewhere", "foreign");
+  std::filesystem::create_symlink("elsewhere", path("record"));
+  EXPECT_EQ(replace("record", "new"), Outcome::failed);
+  EXPECT_EQ(read("record"), "(not read)");
+  EXPECT_TRUE(std::filesystem::is_symlink(path("record")));
+  EXPECT_EQ(read("elsewhere"), "foreign");
+}
+
+TEST_F(FileCoordinatorTest, RemovesWhatAKilledWriterLeft) {
+  support::Signal staged;
+  support::ChildProcess writer([&] {
+    coordinator_.coordinateWritingForReplacing(url("record"), [&](const URL& file) {
+      writeContents("half", file);
+      staged.send();
+      std::this_thread::sleep_for(30000ms);
+      return true;
+    });
+  });
+  ASSERT_TRUE(staged.await());
+  writer.kill();
+  ASSERT_EQ(names().size(), 1U);
+  const std::string leftover = names().front();
+
+  EXPECT_EQ(replace("record", "whole"), Outcome::replaced);
+  EXPECT_EQ(names(), std::vector<std::string>{"record"});
+
+  // A link in its place is removed, not followed.
+  std::filesystem::create_symlink("record", path(leftover));
+  EXPECT_EQ(replace("other", "x"), Outcome::replaced);
+  EXPECT_EQ(read("record"), "whole");
+  EXPECT_EQ(names().size(), 2U);
+}
+
+TEST_F(FileCoordinatorTest, ADirectoryInTheWayOfTheStagingFileGoes) {
+  const support::TemporaryDirectory elsewhere;
+  elsewhere.write("kept", "x");
+  std::filesystem::create_directories(path(".coordinated-write/inside"));
+  directory_.write(".coordinated-write/inside/file", "x");
+  std::filesystem::create_symlink(elsewhere.path(), path(".coordinated-write/link"));
+  EXPECT_EQ(replace("record", "new"), Outcome::replaced);
+  EXPECT_EQ(names(), std::vector<std::string>{"record"});
+  EXPECT_TRUE(std::filesystem::exists(elsewhere.path("kept")));
+}
+
+TEST_F(FileCoordinatorTest, FailsWhereNothingCanBeWritten) {
+  std::filesystem::create_directory(path("directory"));
+  EXPECT_EQ(replace("directory", "x"), Outcome::failed);
+  EXPECT_EQ(replace("missing/record", "x"), Outcome::failed);
+  EXPECT_EQ(replace(std::string(300, 'x'), "x"), Outcome::failed);
+  EXPECT_EQ(replace(std::string("record\0", 7), "x"), Outcome::failed);
+  EXPECT_EQ(replace("..", "x"), Outcome::failed);
+  for (const auto* other : {"https://example.com/record", "file:record"}) {
+    EXPECT_EQ(coordinator_.coordinateWritingForReplacing(*URL::parse(other), [](const URL&) { return true; }),
+              Outcome::failed);
+  }
+  EXPECT_EQ(names(), std::vector<std::string>{"directory"});
+}
+
+TEST_F(FileCoordinatorTest, HoldsWritersOffWhileAProcessReads) {
+  ASSERT_EQ(replace("record", "old"), Outcome::replaced);
+  support::Signal reading;
+  support::Signal enough;
+  support::ChildProcess reader([&] {
+    coordinator_.coordinateReading(url("record"), [&](const URL& file) {
+      reading.send();
+      EXPECT_TRUE(enough.await());
+      EXPECT_EQ(readContents(file)->view(), "old");
+    });
+  });
+  ASSERT_TRUE(reading.await());
+  EXPECT_EQ(read("record"), "old") << "readers share";
+
+  support::ChildProcess writer([&] { EXPECT_EQ(replace("record", "new"), Outcome::replaced); });
+  std::this_thread::sleep_for(50ms);
+  EXPECT_TRUE(writer.running());
+  enough.send();
+  EXPECT_TRUE(reader.succeeds());
+  EXPECT_TRUE(writer.succeeds());
+  EXPECT_EQ(read("record"), "new");
+}
+
+TEST_F(FileCoordinatorTest, HoldsReadersAndWritersOffWhileAThreadWrites) {
+  std::atomic<bool> written = false;
+  support::Signal writing;
+  std::thread writer([&] {
+    coordinator_.coordinateWritingForReplacing(url("record"), [&](const URL& file) {
+      writing.send();
+      std::this_thread::sleep_for(50ms);
+      written = true;
+      return writeContents("new", file);
+    });
+  });
+  EXPECT_TRUE(writing.await());
+  std::thread otherWriter([&] {
+    EXPECT_EQ(replace("other", "x"), Outcome::replaced);
+    EXPECT_TRUE(written);
+  });
+  EXPECT_EQ(read("record"), "new");
+  EXPECT_TRUE(written);
+  writer.join();
+  otherWriter.join();
+}
+
+}  // namespace
+}  // namespace QXPlatform

@@ -1,0 +1,240 @@
+#include "QXPlatform/foundation/JSON.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <random>
+
+namespace QXPlatform {
+namespace {
+
+using testing::HasSubstr;
+
+std::string nested(int levels) {
+  const auto count = static_cast<std::size_t>(levels);
+  return std::string(count, '[') + std::string(count, ']');
+}
+
+Value parsed(std::string_view text) {
+  auto value = parseJSON(text);
+  EXPECT_TRUE(value) << text;
+  return value ? *value : Value();
+}
+
+std::string compact(const Value& value) {
+  auto text = writeJSON(value, JSONStyle::compact);
+  return text ? *text : "refused: " + text.error().message;
+}
+
+TEST(JSONTest, ReadsWhatTheGrammarAllows) {
+  const std::pair<std::string_view, Value> cases[] = {
+      {" null\r\n\t", nullptr},
+      {"true", true},
+      {"-0", 0},
+      {"-0.0", -0.0},
+      {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
+      {"-9223372036854775808", std::numeric_limits<std::int64_t>::min()},
+      {"9223372036854775808", 9223372036854775808.0},
+      {"18446744073709551616", 18446744073709551616.0},
+      {"-9223372036854775809", -9223372036854775809.0},
+      {"1e2", 100.0},
+      {"1E+2", 100.0},
+      {"1.7976931348623157e308", std::numeric_limits<double>::max()},
+      {"4.9406564584124654e-324", std::numeric_limits<double>::denorm_min()},
+      {"1e-400", 0.0},
+      {"0e400", 0.0},
+      {"123456789012345678901234567890.5e-20", 1234567890.1234567890},
+      {R"("")", ""},
+      {R"("\u0041\n\/\"\\\b\f\r\t")", "A\n/\"\\\b\f\r\t"},
+      {R"("\ud83d\ude00 \u20AC")", "\U0001F600 \u20AC"},
+      {"\"\xF0\x9F\x98\x80\x7F\"", "\U0001F600\x7F"},
+      {R"("a\u0000b")", std::string_view("a\0b", 3)},
+      {"[]", std::vector<Value>{}},
+      {"{}", Dictionary()},
+      {R"([1,[2,{"a":[3]}],4])",
+       std::vector<Value>{1, std::vector<Value>{2, Dictionary{{"a", std::vector<Value>{3}}}}, 4}},
+      {R"({"b":1,"a":{"x":[]},"b":2})", Dictionary{{"a", Dictionary{{"x", std::vector<Value>{}}}}, {"b", 2}}},
+      {R"({"k\u0065y":{"":null}})", Dictionary{{"key", Dictionary{{"", nullptr}}}}},
+  };
+  for (const auto& [text, expected] : cases) {
+    const Value value = parsed(text);
+    EXPECT_EQ(value, expected) << text;
+    EXPECT_EQ(parsed(compact(value)), expected) << text;
+  }
+  EXPECT_TRUE(std::signbit(*parsed("-0.0").number()));
+  EXPECT_EQ(compact(parsed(nested(512))), nested(512));
+}
+
+TEST(JSONTest, RefusesEverythingElse) {
+  const std::string_view cases[] = {
+      "",
+      " ",
+      "nul",
+      "truefalse",
+      "True",
+      "NaN",
+      "Infinity",
+      "-",
+      "+1",
+      "01",
+      "-01",
+      "1.",
+      ".5",
+      "1e",
+      "1e+",
+      "0x10",
+      "1 2",
+      "1e400",
+      "-1e400",
+      "1e99999999999",
+      "[1,]",
+      "[,1]",
+      "[1 2]",
+      "[1",
+      "]",
+      "{",
+      "{\"a\"}",
+      "{\"a\":}",
+      "{\"a\":1,}",
+      "{a:1}",
+      "{1:1}",
+      "{\"a\":1 \"b\":2}",
+      "'a'",
+      "\"",
+      "\"\n\"",
+      "\"\t\"",
+      R"("\x41")",
+      R"("\u12")",
+      R"("\u12G4")",
+      R"("\ud800")",
+      R"("\ud800x")",
+      R"("\ud800\u0041")",
+      R"("\udc00")",
+      R"("\udc00\ud800")",
+      "// c\n1",
+      "/* c */1",
+      "[1]//",
+      "1;",
+      "{}{}",
+      "\xEF\xBB\xBF{}",
+      "\"\x80\"",
+      "\"\xC0\x80\"",
+      "\"\xC3\"",
+      "\"\xE0\x80\x80\"",
+      "\"\xED\xA0\x80\"",
+      "\"\xF4\x90\x80\x80\"",
+      "\"\xF5\x80\x80\x80\"",
+      "\"\xE2\x82\"",
+      "[\"a\\\xFF\"]",
+  };
+  for (const std::string_view text : cases) {
+    const auto value = parseJSON(text);
+    ASSERT_FALSE(value) << text;
+    EXPECT_FALSE(value.error().message.empty()) << text;
+  }
+  EXPECT_FALSE(parseJSON({"\0", 1}));
+  EXPECT_FALSE(parseJSON({"1\0", 2}));
+  EXPECT_FALSE(parseJSON({"\"\0\"", 3}));
+  EXPECT_FALSE(parseJSON(std::string(400, '9')));
+  EXPECT_FALSE(parseJSON(nested(513)));
+  EXPECT_FALSE(parseJSON(std::string(1 << 20, '[')));
+}
+
+TEST(JSONTest, SaysWhereATextIsWrong) {
+  const struct {
+    std::string_view text;
+    std::string_view message;
+  } table[] = {
+      {R"({"é": ?})", "syntax error at column 7"},
+      {"[1,\n 2,\n\"\xFF\"]", "syntax error at line 3, column 2"},
+      {"[]\n []", "extra data at line 2, column 2"},
+      {"{\n", "incomplete JSON at line 2, column 1"},
+      {"", "incomplete JSON at column 1"},
+  };
+  for (const auto& [text, message] : table) EXPECT_EQ(parseJSON(text).error().message, message) << text;
+}
+
+TEST(JSONTest, KeepsEveryDoubleToTheLastBit) {
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 20000; ++i) {
+    const std::uint64_t bits = random();
+    double number = 0;
+    std::memcpy(&number, &bits, sizeof number);
+    if (!std::isfinite(number)) continue;
+    ASSERT_EQ(parsed(compact(number)), Value(number));
+    char digits[40];
+    std::snprintf(digits, sizeof digits, "%.16e", number);
+    ASSERT_EQ(parsed(digits), Value(number)) << digits;
+  }
+  EXPECT_EQ(compact(3000.0), "3000.0");
+  EXPECT_EQ(compact(-0.0), "-0.0");
+  EXPECT_EQ(compact(1e22), "1e+22");
+}
+
+TEST(JSONTest, LongTextsAndEscapesInAnyPlaceSurvive) {
+  for (std::size_t length : {7U, 8U, 9U, 63U, 5000U}) {
+    for (const std::string_view odd : {"\"", "\\", "\n", "\x1F", "\x7F", "\u00E9", "\U0001F600"}) {
+      for (std::size_t place = 0; place <= std::min<std::size_t>(length, 20); ++place) {
+        const Value text(std::string(length, 'x').insert(place, odd));
+        const Value tree(Dictionary{{*text.string(), text}});
+        ASSERT_EQ(parsed(compact(tree)), tree);
+      }
+    }
+  }
+}
+
+TEST(JSONTest, WritesBothStyles) {
+  const Value tree = parsed(R"({"b":[1,2.5,{}],"a":{"t":"x\u0001\u00e9/"},"e":[]})");
+  EXPECT_EQ(compact(tree), "{\"a\":{\"t\":\"x\\u0001\u00E9/\"},\"b\":[1,2.5,{}],\"e\":[]}");
+  EXPECT_EQ(*writeJSON(tree, JSONStyle::pretty), R"({
+  "a" : {
+    "t" : "x\u0001é/"
+  },
+  "b" : [
+    1,
+    2.5,
+    {}
+  ],
+  "e" : []
+})");
+}
+
+TEST(JSONTest, RefusesToWriteWhatJSONCannotHoldAndSaysWhere) {
+  Value deep;
+  for (int i = 0; i <= kJSONWritingDepthLimit; ++i) deep = Value(std::vector<Value>{deep});
+  const Value misfits[] = {Date{0}, Data("ab"), std::numeric_limits<double>::infinity(), "\xC3", deep};
+  for (const Value& misfit : misfits) {
+    const Value tree(Dictionary{{"a/b", std::vector<Value>{1, misfit}}});
+    const auto text = writeJSON(tree, JSONStyle::compact);
+    ASSERT_FALSE(text);
+    EXPECT_THAT(text.error().message, HasSubstr("/a~1b/1"));
+    EXPECT_FALSE(isValidJSONObject(tree));
+  }
+  EXPECT_FALSE(writeJSON(Dictionary{{"\xFF", 1}}, JSONStyle::compact));
+  EXPECT_TRUE(isValidJSONObject(std::vector<Value>{1}));
+  EXPECT_TRUE(isValidJSONObject(Dictionary()));
+  EXPECT_FALSE(isValidJSONObject(1));
+  EXPECT_FALSE(isValidJSONObject(nullptr));
+}
+
+TEST(JSONTest, EveryValueHasADescription) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const Value tree(
+      Dictionary{{"d", Date{0.25}}, {"b", Data("abc")}, {"n", nan}, {"t", "x\xFFy"}, {"e", Date{nan}}});
+  EXPECT_EQ(tree.description(),
+            "{\"b\":\"3 "
+            "bytes\",\"d\":\"1970-01-01T00:00:00.250Z\",\"e\":\"nan\",\"n\":\"nan\",\"t\":\"x\uFFFDy\"}");
+  EXPECT_EQ(Value("plain \"text\"").description(), "plain \"text\"");
+  EXPECT_EQ(Value(Date{0}).description(), "1970-01-01T00:00:00.000Z");
+  EXPECT_EQ(Value(-nan).description(), "nan");
+  EXPECT_EQ(Value(7).description(), "7");
+  EXPECT_EQ(Value().description(), "null");
+  Value deep(1);
+  for (int i = 0; i < 600; ++i) deep = Value(std::vector<Value>{deep});
+  EXPECT_THAT(deep.description(), HasSubstr("[\"...\"]"));
+}
+
+}  // namespace
+}  // namespace QXPlatform

@@ -6,6 +6,7 @@
 
 #include "QXPlatform/foundation/Data.h"
 #include "QXPlatform/foundation/Result.h"
+#include "QXPlatform/foundation/URL.h"
 
 namespace QXAgent {
 
@@ -17,9 +18,12 @@ inline constexpr std::chrono::hours kLongestVAPIDValidity{24};
 // A fresh private key, 32 bytes.
 QXPlatform::Data makeVAPIDKey();
 
+// The origin of an endpoint: "https://push.example.net". REQUIRES: the endpoint has a host.
+std::string vapidAudience(const QXPlatform::URL& endpoint);
+
 struct VAPIDClaims {
-  std::string audience;  // the origin of the endpoint: "https://push.example.net"
-  std::string subject;   // whom the push service can write to: "mailto:…" or "https://…"
+  std::string audience;
+  std::string subject;  // whom the push service can write to: "mailto:…" or "https://…"
   std::chrono::sys_seconds expiry;
 };
 

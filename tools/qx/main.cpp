@@ -28,6 +28,7 @@
 #include "tools/qx/HostCommands.h"
 #include "tools/qx/PushCommand.h"
 #include "tools/qx/Results.h"
+#include "tools/qx/SendCommand.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace {
@@ -322,6 +323,30 @@ void addAuthoring(CLI::App& app, Invocation& invocation) {
       "Examples:\n  qx unpack packed.json --pretty\n  qx pack push.json | qx unpack -", qx::runUnpack);
 }
 
+void addSend(CLI::App& app, Invocation& invocation) {
+  constexpr int kLongestTTL = 28 * 24 * 3600;
+  const auto [send, options] = addSubcommand<qx::SendOptions>(
+      app, "send", "Seal a push for a Web Push subscription and post it",
+      "Examples:\n  qx-agent endpoint --app com.example.Shop > subscription.json\n"
+      "  qx send --subscription subscription.json push.json\n\n"
+      "Prints the answer of the push service. A sender's key is made when there is none.",
+      invocation, qx::runSend);
+  addArgument(send, "PUSH", options.push, "File with a push; - for standard input");
+  send.add_option("--subscription", options.subscription, "Endpoint and keys of the receiver")
+      ->type_name("FILE")
+      ->required();
+  auto* vapid =
+      send.add_option("--vapid", options.vapid, "Key and address of the sender [in $XDG_STATE_HOME]")
+          ->type_name("FILE");
+  auto* ttl = send.add_option("--ttl", options.ttlSeconds, "How long the push service keeps the push")
+                  ->type_name("SECONDS")
+                  ->check(CLI::Range(0, kLongestTTL))
+                  ->capture_default_str();
+  send.add_flag("--seal-only", options.sealOnly, "Write the sealed body to standard output instead")
+      ->excludes(vapid)
+      ->excludes(ttl);
+}
+
 void addBitSet(CLI::App& command, const std::string& name, std::int64_t& value,
                const std::string& description) {
   command.add_option(name, value, description)
@@ -416,6 +441,7 @@ int main(int argc, char** argv) {
   addPush(app, invocation);
   addCarousel(app, invocation);
   addAuthoring(app, invocation);
+  addSend(app, invocation);
   addHost(app, invocation);
   addBackend(app, invocation);
   addContext(app, invocation);

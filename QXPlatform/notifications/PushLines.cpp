@@ -19,7 +19,7 @@ namespace {
 // How many answers may wait for an earlier one before no more pushes are taken.
 constexpr std::size_t kMostWaiting = 4 * kMostPushesAtOnce;
 
-// Lets several threads take from one source and puts their answers back into its order.
+// Lets several threads take from one source and, if asked to, puts their answers back into its order.
 class OrderedAnswers {
  public:
   OrderedAnswers(PushSource& source, std::ostream& output, const PushAnswering& answering)
@@ -40,7 +40,7 @@ class OrderedAnswers {
     std::string line = text ? *std::move(text) : answer.description();
     line += '\n';
     const std::lock_guard lock(outputMutex_);
-    waiting_.emplace(position, std::move(line));
+    waiting_.emplace(answering_.inOrder ? position : written_, std::move(line));
     for (auto next = waiting_.begin(); next != waiting_.end() && next->first == written_;
          next = waiting_.erase(next)) {
       // In one piece, so that what a host prints comes between the lines.

@@ -69,6 +69,7 @@ struct PushAnswering {
   std::size_t jobs = 1;    // at most kMostPushesAtOnce
   JSONLimits limits = {};  // of a push's text
   bool pretty = false;
+  bool inOrder = true;  // of the source; else each answer is written when it is there
   // Called after each answer with the number of pushes answered so far; one call at a time.
   std::function<void(std::size_t)> progress;
 };
@@ -78,8 +79,8 @@ struct PushAnswers {
   bool outputFailed = false;  // answers were lost
 };
 
-// Writes one answer a push, in the order of the source, each as soon as it and all before it are there. What
-// is no push is answered with {"line": N, "error": "..."}, and with "file" when the source has a name.
+// Writes one answer a push, each as soon as it and, in order, all before it are there. What is no push is
+// answered with {"line": N, "error": "..."}, and with "file" when the source has a name.
 //
 // Stops taking pushes when the output fails.
 PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering);

@@ -66,6 +66,7 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
       {.answer = [&](const auto& request) -> Result<Dictionary> { return host.run(request).toJSON(); },
        .jobs = arguments->jobs,
        .limits = kFullRequestLimits,
+       .inOrder = false,
        .progress = nullptr});
   Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
   return answers.errors == 0 && !answers.outputFailed ? 0 : 1;

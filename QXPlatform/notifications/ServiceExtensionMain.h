@@ -11,7 +11,8 @@ namespace QXPlatform {
 using ServiceExtensionFactory = std::function<std::shared_ptr<UNNotificationServiceExtension>()>;
 
 // The process of a service extension: reads notifications from standard input, one JSON object a line, and
-// answers one line each on standard output, in the same order.
+// answers one line each on standard output, as soon as each is there: with the notification's identifier, or
+// with the number of a line that is none.
 //
 // The arguments --time-limit SECONDS (default 30) and --jobs N (default 1, at most 16: notifications at the
 // same time) set how. Ends when the input ends and no work is in flight, without waiting for host code that

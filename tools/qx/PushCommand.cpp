@@ -10,7 +10,7 @@
 #include "QXPlatform/notifications/NotificationJSON.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
-#include "tools/qx/ExtensionProcess.h"
+#include "tools/qx/ExtensionClient.h"
 #include "tools/qx/Progress.h"
 #include "tools/qx/PushFiles.h"
 #include "tools/qx/Results.h"
@@ -69,7 +69,7 @@ void preferBundleOf(const std::filesystem::path& program, const SimulatorOptions
 
 Result<QXPlatform::PushAnswers> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
   preferBundleOf(*options.extension, simulator);
-  const auto process = ExtensionProcess::start(
+  const auto process = ExtensionClient::start(
       *options.extension,
       {"--time-limit", std::to_string(options.timeLimitSeconds), "--jobs", std::to_string(options.jobs)});
   if (!process) return process.error();

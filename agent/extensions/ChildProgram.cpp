@@ -1,0 +1,130 @@
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "agent/extensions/Program.h"
+
+namespace QXAgent {
+
+namespace {
+
+using QXPlatform::Error;
+using QXPlatform::FileDescriptor;
+using QXPlatform::Result;
+
+// The C library's own declaration is none for C++.
+FileDescriptor openExit(pid_t process) {
+  return FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+}
+
+class ChildProgram final : public Program {
+ public:
+  ChildProgram(pid_t process, FileDescriptor exit) : process_(process), exit_(std::move(exit)) {}
+  ~ChildProgram() override {
+    if (status_) return;
+    kill();
+    QXPlatform::retryInterrupted([this] { return waitpid(process_, nullptr, 0); });
+  }
+  ChildProgram(const ChildProgram&) = delete;
+  ChildProgram& operator=(const ChildProgram&) = delete;
+
+  int exitDescriptor() const override { return exit_.get(); }
+  void kill() override {
+    if (!status_) ::kill(process_, SIGKILL);
+  }
+  std::optional<int> exitStatus() override {
+    int status = 0;
+    if (!status_ && waitpid(process_, &status, WNOHANG) == process_) status_ = status;
+    return status_;
+  }
+  int processId() const override { return process_; }
+
+ private:
+  const pid_t process_;
+  const FileDescriptor exit_;
+  std::optional<int> status_;  // known once it has been reaped
+};
+
+std::vector<std::string> mergedEnvironment(const std::vector<std::string>& changes) {
+  std::vector<std::string> merged = changes;
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string_view variable(*entry);
+    const std::string_view assignment = variable.substr(0, variable.find('=') + 1);
+    if (std::ranges::none_of(changes,
+                             [&](const std::string& change) { return change.starts_with(assignment); }))
+      merged.emplace_back(variable);
+  }
+  return merged;
+}
+
+std::vector<char*> pointers(const std::vector<std::string>& texts) {
+  std::vector<char*> list;
+  for (const std::string& text : texts) list.push_back(const_cast<char*>(text.c_str()));
+  list.push_back(nullptr);
+  return list;
+}
+
+int spawn(const ProgramStart& start, const ProgramPipes& pipes, pid_t& process) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, pipes.itsInput.get(), STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, pipes.itsOutput.get(), STDOUT_FILENO);
+  // The program finds the signals as it would from a shell, whatever this process does with them.
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  sigset_t defaults;
+  sigemptyset(&defaults);
+  sigaddset(&defaults, SIGPIPE);
+  posix_spawnattr_setsigdefault(&attributes, &defaults);
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  posix_spawnattr_setsigmask(&attributes, &blocked);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+
+  std::vector<std::string> arguments{start.program.native()};
+  arguments.insert(arguments.end(), start.arguments.begin(), start.arguments.end());
+  const auto environment = mergedEnvironment(start.environment);
+  const int error = posix_spawn(&process, start.program.c_str(), &actions, &attributes,
+                                pointers(arguments).data(), pointers(environment).data());
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  return error;
+}
+
+}  // namespace
+
+Result<ProgramPipes> ProgramPipes::open() {
+  std::array<int, 2> input{};
+  std::array<int, 2> output{};
+  if (pipe2(input.data(), O_CLOEXEC) != 0) return Error{std::strerror(errno)};
+  FileDescriptor itsInput(input[0]);
+  FileDescriptor ourInput(input[1]);
+  if (pipe2(output.data(), O_CLOEXEC) != 0) return Error{std::strerror(errno)};
+  FileDescriptor ourOutput(output[0]);
+  FileDescriptor itsOutput(output[1]);
+  fcntl(ourInput.get(), F_SETFL, O_NONBLOCK);
+  fcntl(ourOutput.get(), F_SETFL, O_NONBLOCK);
+  return ProgramPipes{std::move(ourInput), std::move(ourOutput), std::move(itsInput), std::move(itsOutput)};
+}
+
+Result<StartedProgram> startChild(const ProgramStart& start) {
+  auto pipes = ProgramPipes::open();
+  if (!pipes) return pipes.error();
+  pid_t process = 0;
+  if (const int error = spawn(start, *pipes, process); error != 0)
+    return Error{"cannot start " + start.program.string() + ": " + std::strerror(error)};
+  return StartedProgram{std::make_unique<ChildProgram>(process, openExit(process)),
+                        std::move(pipes.value().ourInput), std::move(pipes.value().ourOutput)};
+}
+
+}  // namespace QXAgent

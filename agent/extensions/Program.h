@@ -1,0 +1,56 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/foundation/Result.h"
+
+namespace QXAgent {
+
+// What a program is started with.
+struct ProgramStart {
+  std::filesystem::path program;
+  std::vector<std::string> arguments;
+  std::vector<std::string> environment;  // NAME=VALUE, in place of what this process has under the name
+};
+
+// A program that runs. One thread.
+class Program {
+ public:
+  virtual ~Program() = default;
+
+  // Becomes readable when the program has exited; -1 when its exit shows by the end of its output alone.
+  virtual int exitDescriptor() const = 0;
+  // Ends it at once, with what it has started where the system can tell.
+  virtual void kill() = 0;
+  // How it exited, as waitpid() says; nothing while it runs, or when it is not this process's child.
+  virtual std::optional<int> exitStatus() = 0;
+  // For measuring; 0 when it is not known.
+  virtual int processId() const = 0;
+};
+
+struct StartedProgram {
+  std::unique_ptr<Program> program;
+  QXPlatform::FileDescriptor input;   // what is written here, it reads; does not block
+  QXPlatform::FileDescriptor output;  // what it prints; does not block
+};
+
+// Two pipes, of which the program gets the ends that are not in StartedProgram.
+struct ProgramPipes {
+  static QXPlatform::Result<ProgramPipes> open();
+
+  QXPlatform::FileDescriptor ourInput;
+  QXPlatform::FileDescriptor ourOutput;
+  QXPlatform::FileDescriptor itsInput;
+  QXPlatform::FileDescriptor itsOutput;
+};
+
+// Starts a child of this process; what it prints to standard error goes to this process's. Killed, if need
+// be, and waited for when the Program goes.
+QXPlatform::Result<StartedProgram> startChild(const ProgramStart& start);
+
+}  // namespace QXAgent

@@ -3,11 +3,11 @@
 #include <chrono>
 #include <utility>
 
-#include "QXExtensionSDK/receipts/DeliveryReceiptRepositoryManager.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptRepository.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptsPNStore.h"
-#include "QXExtensionSDK/receipts/MAMDeliveryReceiptManager.h"
+#include "QXExtensionSDK/receipts/MAMDeliveryReceipts.h"
 #include "QXExtensionSDK/receipts/MAMEventResponse.h"
-#include "QXExtensionSDK/receipts/QXEDeliveryReceiptManager.h"
+#include "QXExtensionSDK/receipts/QXEDeliveryReceipts.h"
 #include "QXExtensionSDK/service/DefaultRequestBuilder.h"
 #include "QXExtensionSDK/service/JSONResponseDecoder.h"
 #include "QXExtensionSDK/service/URLSessionExecutor.h"
@@ -48,13 +48,13 @@ std::shared_ptr<DeliveryReceiptManaging> DeliveryReceiptManagerProvider::makeMan
   auto repository = makeRepository(module_, appId_);
   const auto deviceInfo = std::make_shared<AppDeviceInfoProvider>(module_, appId_);
   if (module_ == ExtensionModuleName::quorixEngagement) {
-    return std::make_shared<QXEDeliveryReceiptManager>(std::move(repository),
-                                                       QXEDeliveryReceiptPayloadCreator(deviceInfo),
-                                                       makeHandler<QXEDeliveryReceiptResponse>(), deviceInfo);
+    return std::make_shared<QXEDeliveryReceiptManager>(
+        std::move(repository), std::make_unique<const QXEDeliveryReceiptPayloadCreator>(deviceInfo),
+        makeHandler<QXEDeliveryReceiptResponse>(), deviceInfo);
   }
-  return std::make_shared<MAMDeliveryReceiptManager>(std::move(repository),
-                                                     MAMDeliveryReceiptPayloadCreator(deviceInfo),
-                                                     makeHandler<MAMEventResponse>(), deviceInfo, appId_);
+  return std::make_shared<MAMDeliveryReceiptManager>(
+      std::move(repository), std::make_unique<const MAMDeliveryReceiptPayloadCreator>(deviceInfo),
+      makeHandler<MAMEventResponse>(), deviceInfo, appId_);
 }
 
 }  // namespace QXExtensionSDK

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "AppGroupSDK/ExtensionModuleName.h"
-#include "QXExtensionSDK/receipts/DeliveryReceiptManaging.h"
+#include "QXExtensionSDK/receipts/ReceiptManager.h"
 
 namespace QXExtensionSDK {
 

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "AppGroupSDK/store/DataStoreStatus.h"
-#include "QXExtensionSDK/receipts/ReceiptListText.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptService.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptsPNStore.h"
 #include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
@@ -15,9 +15,6 @@ namespace QXExtensionSDK {
 // The most receipts that one module keeps on disk, and that one request carries.
 inline constexpr std::size_t maxStoredReceipts = 300;
 inline constexpr std::size_t maxReceiptsPerRequest = 150;
-
-// Told once whether a module's receipts have reached the back end; on any thread.
-using ReceiptCompletion = std::function<void(bool succeeded)>;
 
 // Makes receipts, chooses which to send, and records what became of them, for one messaging module. Calls on
 // one object must not overlap; they block until the file operation is done.
@@ -34,6 +31,31 @@ class DeliveryReceiptRepository {
   // Removes what was acknowledged, marks as failed what was not, then calls the completion.
   virtual void handleSendResult(bool succeeded, const Receipts& receipts,
                                 const ReceiptCompletion& completion) = 0;
+};
+
+// The repository over a receipt list. What it hands out to be sent stays its own until the outcome is known
+// or it goes.
+class DeliveryReceiptRepositoryManager final : public DeliveryReceiptRepository {
+ public:
+  // `file`: that of the list.
+  DeliveryReceiptRepositoryManager(std::unique_ptr<DeliveryReceiptStoring> storing,
+                                   std::shared_ptr<ReceiptFile> file);
+  ~DeliveryReceiptRepositoryManager() override;
+  DeliveryReceiptRepositoryManager(const DeliveryReceiptRepositoryManager&) = delete;
+  DeliveryReceiptRepositoryManager& operator=(const DeliveryReceiptRepositoryManager&) = delete;
+
+  AppGroupSDK::DataStoreStatus storeReceipt(
+      std::string_view messageId, const std::optional<std::string>& requestId, std::string_view messageType,
+      const std::optional<QXPlatform::Dictionary>& propertyBag) override;
+  std::optional<Receipts> fetchPendingReceipts() override;
+  void handleSendResult(bool succeeded, const Receipts& receipts,
+                        const ReceiptCompletion& completion) override;
+
+ private:
+  void record(bool succeeded, const Receipts& receipts);
+
+  const std::unique_ptr<DeliveryReceiptStoring> storing_;
+  const std::shared_ptr<ReceiptFile> file_;
 };
 
 }  // namespace QXExtensionSDK

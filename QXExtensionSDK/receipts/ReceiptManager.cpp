@@ -16,10 +16,14 @@ bool isWebAddress(const QXPlatform::URL& url) {
 
 ReceiptManager::ReceiptManager(std::string_view shortName,
                                std::shared_ptr<DeliveryReceiptRepository> repositoryManager,
-                               std::unique_ptr<const DeliveryReceiptHandling> receiptHandler)
+                               std::unique_ptr<const ReceiptPayloadCreator> payloadCreator,
+                               std::unique_ptr<const DeliveryReceiptHandling> receiptHandler,
+                               std::shared_ptr<AppDeviceInfoProvider> appDeviceInfoProvider)
     : shortName_(shortName),
       repositoryManager_(std::move(repositoryManager)),
-      receiptHandler_(std::move(receiptHandler)) {}
+      payloadCreator_(std::move(payloadCreator)),
+      receiptHandler_(std::move(receiptHandler)),
+      appDeviceInfoProvider_(std::move(appDeviceInfoProvider)) {}
 
 bool ReceiptManager::storeReceipt(const DeliveryReceiptData& data) {
   return repositoryManager_->storeReceipt(data.messageId, data.requestId, data.messageType,
@@ -41,9 +45,9 @@ void ReceiptManager::sendReceipts(ReceiptCompletion completion) {
 }
 
 void ReceiptManager::sendReceipts(Receipts receipts, ReceiptCompletion completion) {
-  auto payload = makePayload(receipts);
+  auto payload = payloadCreator_->createPayload(receipts);
   if (!payload) return completion(false);
-  const auto request = makeRequest(*std::move(payload));
+  const auto request = makeRequest(appDeviceInfoProvider_->appDeviceInfo(), *std::move(payload));
   if (request == nullptr) {
     Logger::service().error(LogCategory::deliveryReceipt, "DeliveryReceiptRequest creation failure");
     return completion(false);
@@ -55,12 +59,15 @@ void ReceiptManager::sendReceipts(Receipts receipts, ReceiptCompletion completio
   });
 }
 
-std::optional<QXPlatform::URL> ReceiptManager::makeBaseURL(
-    const std::optional<AppGroupSDK::AppDeviceInfo>& info) {
+std::optional<QXPlatform::URL> ReceiptManager::makeBaseURL(const std::optional<Info>& info) {
   auto baseURL = info ? QXPlatform::URL::parse(info->baseUrl()) : std::nullopt;
   if (baseURL && !isWebAddress(*baseURL)) baseURL.reset();
   if (!baseURL) Logger::service().error(LogCategory::deliveryReceipt, "Base URL not available");
   return baseURL;
+}
+
+void ReceiptManager::logMissingHeaders() const {
+  Logger::service().error(LogCategory::deliveryReceipt, shortName_, " Request Headers not available");
 }
 
 }  // namespace QXExtensionSDK

@@ -1,5 +1,6 @@
 #include "QXExtensionSDK/receipts/ReceiptPayloadCreator.h"
 
+#include <array>
 #include <utility>
 
 #include "QXExtensionSDK/runtime/logging/Logger.h"
@@ -7,7 +8,42 @@
 
 namespace QXExtensionSDK {
 
-ReceiptPayloadCreator::ReceiptPayloadCreator(std::shared_ptr<AppDeviceInfoProviding> appDeviceInfoProvider)
+namespace {
+
+constexpr std::size_t kTypicalItemBytes = 1024;
+
+}  // namespace
+
+ReceiptItems::ReceiptItems(std::size_t expectedCount) : arena_((expectedCount + 1) * kTypicalItemBytes) {
+  items_.reserve(expectedCount);
+}
+
+void ReceiptItems::add(int eventType, std::initializer_list<Field> event) {
+  add(QXPlatform::ValueArena::integer(eventType), event);
+}
+
+void ReceiptItems::add(std::string_view eventType, std::initializer_list<Field> event) {
+  add(text(eventType), event);
+}
+
+void ReceiptItems::add(const RawValue& eventType, std::initializer_list<Field> event) {
+  fields_.clear();
+  for (const Field& field : event) {
+    if (field.text) fields_.push_back({field.key, text(*field.text)});
+  }
+  std::array item{RawEntry{"eventType", eventType}, RawEntry{"event", arena_.dictionary(fields_)}};
+  items_.push_back(arena_.dictionary(item));
+}
+
+QXPlatform::Value ReceiptItems::nodes() && {
+  std::array node{RawEntry{"version", QXPlatform::ValueArena::integer(1)}, RawEntry{"name", text("event")},
+                  RawEntry{"items", arena_.array(items_)}};
+  const std::array nodes{arena_.dictionary(node)};
+  const RawValue list = arena_.array(nodes);
+  return std::move(arena_).finish(list);
+}
+
+ReceiptPayloadCreator::ReceiptPayloadCreator(std::shared_ptr<AppDeviceInfoProvider> appDeviceInfoProvider)
     : appDeviceInfoProvider_(std::move(appDeviceInfoProvider)) {}
 
 std::optional<QXPlatform::Dictionary> ReceiptPayloadCreator::createPayload(const Receipts& receipts) const {
@@ -25,10 +61,14 @@ std::optional<QXPlatform::Dictionary> ReceiptPayloadCreator::createPayload(const
     }
     return std::nullopt;
   }
-  const std::string receiptDateUtc = receiptDate(QXPlatform::Date::now().secondsSince1970);
+  const auto receiptDateUtc = formatted(QXPlatform::Date::now().secondsSince1970);
   ReceiptItems items(receipts.size());
   for (const auto& receipt : receipts) addEvent(items, receipt, *info, receiptDateUtc);
   return makeBody(*info, std::move(items).nodes());
+}
+
+std::optional<std::string> ReceiptPayloadCreator::formatted(double secondsSince1970) {
+  return QXPlatform::formatUTCMilliseconds({secondsSince1970});
 }
 
 }  // namespace QXExtensionSDK

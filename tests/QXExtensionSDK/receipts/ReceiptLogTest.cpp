@@ -8,9 +8,8 @@
 #include <regex>
 
 #include "QXExtensionSDK/receipts/DeliveryReceiptProcessor.h"
-#include "QXExtensionSDK/receipts/DeliveryReceiptRepositoryManager.h"
-#include "QXExtensionSDK/receipts/MAMDeliveryReceiptManager.h"
-#include "QXExtensionSDK/receipts/QXEDeliveryReceiptManager.h"
+#include "QXExtensionSDK/receipts/MAMDeliveryReceipts.h"
+#include "QXExtensionSDK/receipts/QXEDeliveryReceipts.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
 
 namespace QXExtensionSDK {
@@ -304,9 +303,11 @@ TEST(ReceiptLogTest, ManagersWithNothingToSendOrNoApplicationIdSendNothing) {
   Logger::setGlobalLoglevel(0);
   const ReceiptHost host("http://127.0.0.1:1");
   const auto info = std::make_shared<AppDeviceInfoProvider>(kQXE, appIdOf(kQXE));
-  QXEDeliveryReceiptManager engagement(repository(kQXE), QXEDeliveryReceiptPayloadCreator(info),
+  QXEDeliveryReceiptManager engagement(repository(kQXE),
+                                       std::make_unique<const QXEDeliveryReceiptPayloadCreator>(info),
                                        std::make_unique<NoHandler>(), info);
-  MAMDeliveryReceiptManager messaging(repository(kMAM), MAMDeliveryReceiptPayloadCreator(info),
+  MAMDeliveryReceiptManager messaging(repository(kMAM),
+                                      std::make_unique<const MAMDeliveryReceiptPayloadCreator>(info),
                                       std::make_unique<NoHandler>(), info, "");
   const support::ScopedLogRecorder log;
   std::string results;

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "QXExtensionSDK/receipts/DeliveryReceiptRepositoryManager.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptRepository.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
 #include "tests/support/ManualClock.h"
 

@@ -1,4 +1,4 @@
-#include "QXExtensionSDK/receipts/DeliveryReceiptHandler.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptService.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "QXExtensionSDK/receipts/DeliveryReceiptRepositoryManager.h"
+#include "QXExtensionSDK/receipts/DeliveryReceiptRepository.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,0 +1,135 @@
+#include "agent/loop/Bus.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+namespace QXAgent {
+
+namespace {
+
+using QXPlatform::Error;
+using QXPlatform::Result;
+
+constexpr const char* kBusName = "org.freedesktop.DBus";
+constexpr const char* kBusPath = "/org/freedesktop/DBus";
+
+int callHandler(sd_bus_message* message, void* handler, sd_bus_error*) {
+  (*static_cast<Bus::Handler*>(handler))(*message);
+  return 0;
+}
+
+void deleteHandler(void* handler) {
+  delete static_cast<Bus::Handler*>(handler);
+}
+
+// Leaves slot and handler to the bus.
+void giveToBus(sd_bus_slot* slot) {
+  sd_bus_slot_set_destroy_callback(slot, deleteHandler);
+  sd_bus_slot_set_floating(slot, 1);
+  sd_bus_slot_unref(slot);
+}
+
+std::uint64_t limitOf(std::chrono::microseconds limit) {
+  return limit == kNoLimit ? UINT64_MAX : static_cast<std::uint64_t>(limit.count());
+}
+
+}  // namespace
+
+Result<Bus> Bus::connect(EventLoop& loop) {
+  sd_bus* bus = nullptr;
+  if (const int error = sd_bus_open_user(&bus); error < 0)
+    return Error{std::string("there is no session bus: ") + std::strerror(-error)};
+  Bus connection(bus);
+  sd_bus_set_exit_on_disconnect(bus, 1);
+  if (const int error = sd_bus_attach_event(bus, loop.get(), SD_EVENT_PRIORITY_NORMAL); error < 0)
+    return Error{std::string("the session bus cannot be used: ") + std::strerror(-error)};
+  return connection;
+}
+
+std::string Bus::identifier() const {
+  sd_id128_t id{};
+  std::array<char, SD_ID128_STRING_MAX> text{};
+  return sd_bus_get_bus_id(bus_.get(), &id) < 0 ? std::string() : sd_id128_to_string(id, text.data());
+}
+
+BusMessage Bus::newCall(const char* destination, const char* path, const char* interface,
+                        const char* member) const {
+  sd_bus_message* message = nullptr;
+  sd_bus_message_new_method_call(bus_.get(), &message, destination, path, interface, member);
+  return BusMessage(message);
+}
+
+void Bus::send(BusMessage call, Handler handler, std::chrono::microseconds limit) const {
+  auto owned = std::make_unique<Handler>(std::move(handler));
+  sd_bus_slot* slot = nullptr;
+  if (sd_bus_call_async(bus_.get(), &slot, call.get(), callHandler, owned.get(), limitOf(limit)) < 0) return;
+  static_cast<void>(owned.release());
+  giveToBus(slot);
+}
+
+BusMessage Bus::ask(const BusMessage& call, std::string* error, std::chrono::microseconds limit) const {
+  sd_bus_message* reply = nullptr;
+  sd_bus_error problem = SD_BUS_ERROR_NULL;
+  const int status = sd_bus_call(bus_.get(), call.get(), limitOf(limit), &problem, &reply);
+  if (status < 0 && error != nullptr)
+    *error = problem.message != nullptr ? problem.message : std::strerror(-status);
+  sd_bus_error_free(&problem);
+  return BusMessage(reply);
+}
+
+void Bus::onSignal(const char* sender, const char* path, const char* interface, const char* member,
+                   Handler handler) const {
+  auto owned = std::make_unique<Handler>(std::move(handler));
+  sd_bus_slot* slot = nullptr;
+  if (sd_bus_match_signal(bus_.get(), &slot, sender, path, interface, member, callHandler, owned.get()) < 0)
+    return;
+  static_cast<void>(owned.release());
+  giveToBus(slot);
+}
+
+void Bus::onOwnerChange(const std::string& name,
+                        std::function<void(const std::string& owner)> handler) const {
+  auto owned = std::make_unique<Handler>([handler = std::move(handler)](sd_bus_message& signal) {
+    const char* changed = nullptr;
+    const char* before = nullptr;
+    const char* now = nullptr;
+    if (sd_bus_message_read(&signal, "sss", &changed, &before, &now) > 0) handler(now);
+  });
+  const std::string rule = std::string("type='signal',sender='") + kBusName + "',path='" + kBusPath +
+                           "',interface='" + kBusName + "',member='NameOwnerChanged',arg0='" + name + "'";
+  sd_bus_slot* slot = nullptr;
+  if (sd_bus_add_match(bus_.get(), &slot, rule.c_str(), callHandler, owned.get()) < 0) return;
+  static_cast<void>(owned.release());
+  giveToBus(slot);
+}
+
+std::string Bus::ownerOf(const std::string& name) const {
+  auto call = newCall(kBusName, kBusPath, kBusName, "GetNameOwner");
+  sd_bus_message_append(call.get(), "s", name.c_str());
+  const auto reply = ask(call);
+  const char* owner = nullptr;
+  return reply != nullptr && sd_bus_message_read(reply.get(), "s", &owner) > 0 ? owner : "";
+}
+
+std::optional<int> Bus::processOf(const std::string& name) const {
+  auto call = newCall(kBusName, kBusPath, kBusName, "GetConnectionUnixProcessID");
+  sd_bus_message_append(call.get(), "s", name.c_str());
+  const auto reply = ask(call);
+  std::uint32_t process = 0;
+  if (reply == nullptr || sd_bus_message_read(reply.get(), "u", &process) <= 0) return std::nullopt;
+  return static_cast<int>(process);
+}
+
+bool Bus::requestName(const std::string& name) const {
+  return sd_bus_request_name(bus_.get(), name.c_str(), 0) >= 0;
+}
+
+std::optional<std::string> errorOf(sd_bus_message& reply) {
+  const sd_bus_error* error = sd_bus_message_get_error(&reply);
+  if (error == nullptr) return std::nullopt;
+  return std::string(error->name) + (error->message != nullptr ? std::string(": ") + error->message : "");
+}
+
+}  // namespace QXAgent

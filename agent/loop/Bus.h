@@ -1,0 +1,64 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "QXPlatform/foundation/Handle.h"
+#include "QXPlatform/foundation/Result.h"
+#include "agent/loop/EventLoop.h"
+
+namespace QXAgent {
+
+using BusMessage = QXPlatform::Handle<sd_bus_message, sd_bus_message_unref>;
+using BusSlot = QXPlatform::Handle<sd_bus_slot, sd_bus_slot_unref>;
+
+// Calls with this limit end with their reply, or with the program that was called.
+inline constexpr std::chrono::microseconds kNoLimit = std::chrono::microseconds::max();
+
+// This process's connection to the session bus, on the agent's one thread. The loop ends with the connection.
+class Bus {
+ public:
+  using Handler = std::function<void(sd_bus_message& message)>;
+
+  static QXPlatform::Result<Bus> connect(EventLoop& loop);
+
+  sd_bus* get() const { return bus_.get(); }
+  // Differs between two runs of a bus, whose names and numbers begin anew.
+  std::string identifier() const;
+
+  BusMessage newCall(const char* destination, const char* path, const char* interface,
+                     const char* member) const;
+  // Sends the call; the handler gets the reply, which may be an error, once.
+  void send(BusMessage call, Handler handler,
+            std::chrono::microseconds limit = std::chrono::seconds(25)) const;
+  // Sends the call and waits: for the bus itself, which answers at once. Null after an error.
+  BusMessage ask(const BusMessage& call, std::string* error = nullptr,
+                 std::chrono::microseconds limit = std::chrono::seconds(2)) const;
+
+  void onSignal(const char* sender, const char* path, const char* interface, const char* member,
+                Handler handler) const;
+  // Called with the new owner's unique name, or an empty one, whenever that changes.
+  void onOwnerChange(const std::string& name, std::function<void(const std::string& owner)> handler) const;
+
+  // The unique name of a well-known name's owner; empty when nobody has it.
+  std::string ownerOf(const std::string& name) const;
+  // The process that owns a name, when one does.
+  std::optional<int> processOf(const std::string& name) const;
+  // Whether this process has the name now.
+  bool requestName(const std::string& name) const;
+
+ private:
+  explicit Bus(sd_bus* bus) : bus_(bus) {}
+
+  QXPlatform::Handle<sd_bus, sd_bus_flush_close_unref> bus_;
+};
+
+// "name: text" of an error reply; nothing for any other.
+std::optional<std::string> errorOf(sd_bus_message& reply);
+
+}  // namespace QXAgent

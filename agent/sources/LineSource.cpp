@@ -1,0 +1,81 @@
+#include "agent/sources/LineSource.h"
+
+#include <sys/epoll.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <utility>
+
+#include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/notifications/PushLines.h"
+
+namespace QXAgent {
+
+namespace {
+
+constexpr std::size_t kReadSize = 65536;
+constexpr std::chrono::seconds kPause{2};
+
+}  // namespace
+
+LineSource::LineSource(EventLoop& loop, int descriptor, std::function<bool(std::string_view)> take,
+                       std::function<void()> ended)
+    : descriptor_(descriptor),
+      take_(std::move(take)),
+      ended_(std::move(ended)),
+      watch_(loop, descriptor, EPOLLIN, [this] { read(); }),
+      again_(loop, [this] { goOn(); }) {
+  // A file is always ready, and cannot be watched.
+  if (!watch_.isUsable()) again_.start(std::chrono::microseconds(0));
+}
+
+void LineSource::read() {
+  const std::size_t before = unread_.size();
+  unread_.resize(before + kReadSize);
+  const ssize_t count =
+      QXPlatform::retryInterrupted([&] { return ::read(descriptor_, &unread_[before], kReadSize); });
+  unread_.resize(before + (count > 0 ? static_cast<std::size_t>(count) : 0));
+  if (count <= 0) {
+    atEnd_ = true;
+    unread_ += '\n';
+  }
+  goOn();
+}
+
+void LineSource::goOn() {
+  if (!takeLines()) {
+    if (watch_.isUsable()) watch_.setEnabled(false);
+    return again_.start(kPause);
+  }
+  if (atEnd_) {
+    if (watch_.isUsable()) watch_.setEnabled(false);
+    return ended_();
+  }
+  if (watch_.isUsable()) {
+    watch_.setEnabled(true);
+  } else {
+    again_.start(std::chrono::microseconds(0));
+  }
+}
+
+bool LineSource::takeLines() {
+  std::size_t start = 0;
+  bool taken = true;
+  for (std::size_t end = 0; taken && (end = unread_.find('\n', start)) != std::string::npos;) {
+    taken = takeLine(std::string_view(unread_).substr(start, end - start));
+    if (taken) start = end + 1;
+  }
+  unread_.erase(0, start);
+  if (taken && unread_.size() > QXPlatform::kLongestPush) {
+    tooLong_ = true;
+    unread_.clear();
+  }
+  return taken;
+}
+
+bool LineSource::takeLine(std::string_view line) {
+  if (std::exchange(tooLong_, false)) return true;
+  return line.find_first_not_of(" \t\r") == std::string_view::npos || take_(line);
+}
+
+}  // namespace QXAgent

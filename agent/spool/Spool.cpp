@@ -1,0 +1,211 @@
+#include "agent/spool/Spool.h"
+
+#include "agent/spool/Attempt.h"
+
+namespace QXAgent {
+
+namespace {
+
+constexpr const char* kSchema = R"(
+  CREATE TABLE IF NOT EXISTS waiting (
+    number INTEGER PRIMARY KEY AUTOINCREMENT, identifier TEXT NOT NULL, text BLOB NOT NULL,
+    deaths INTEGER NOT NULL DEFAULT 0, answer TEXT);
+  CREATE TABLE IF NOT EXISTS seen (number INTEGER PRIMARY KEY AUTOINCREMENT, key BLOB NOT NULL UNIQUE);
+  CREATE TABLE IF NOT EXISTS aside (number INTEGER PRIMARY KEY AUTOINCREMENT, text BLOB NOT NULL, reason TEXT NOT NULL);
+  CREATE TABLE IF NOT EXISTS shown (
+    identifier TEXT PRIMARY KEY, server TEXT NOT NULL, id INTEGER NOT NULL, content TEXT NOT NULL, files TEXT NOT NULL);
+  CREATE TABLE IF NOT EXISTS account (
+    received INTEGER NOT NULL, shown INTEGER NOT NULL, refused INTEGER NOT NULL, aside INTEGER NOT NULL, error TEXT);
+  INSERT INTO account SELECT 0, 0, 0, 0, NULL WHERE NOT EXISTS (SELECT 1 FROM account);
+)";
+
+// How far back a repetition is recognised, and how much of what is no push is kept.
+constexpr std::int64_t kKeysKept = 4'096;
+constexpr std::int64_t kAsideKept = 100;
+// A server that never tells of a closed notification must not fill the disk.
+constexpr std::int64_t kShownKept = 500;
+
+std::string joinPaths(const std::vector<std::filesystem::path>& files) {
+  std::string text;
+  for (const auto& file : files) text.append(file.native()).push_back('\0');
+  return text;
+}
+
+std::vector<std::filesystem::path> splitPaths(std::string_view text) {
+  std::vector<std::filesystem::path> files;
+  for (std::size_t end = 0; (end = text.find('\0')) != std::string_view::npos; text.remove_prefix(end + 1)) {
+    files.emplace_back(text.substr(0, end));
+  }
+  return files;
+}
+
+}  // namespace
+
+Spool::Spool(const Database& database) : database_(database) {
+  database_.execute(kSchema);
+}
+
+Spool::Reception Spool::take(std::string_view key, std::string_view identifier, std::string_view text) {
+  return attempt("a push cannot be kept", Reception::failed, [&] {
+    // The answer to its source lets the push be forgotten there, so it has to survive a power cut here.
+    database_.execute("PRAGMA synchronous = FULL");
+    Transaction transaction(database_);
+    if (!isNew(key)) return Reception::repeated;
+    Statement(database_, "INSERT INTO waiting (identifier, text) VALUES (?, ?)")
+        .bind(identifier)
+        .bindBytes(text)
+        .run();
+    count("received");
+    transaction.commit();
+    return Reception::taken;
+  });
+}
+
+Spool::Reception Spool::putAside(std::string_view key, std::string_view text, std::string_view reason) {
+  return attempt("what is no push cannot be kept", Reception::failed, [&] {
+    Transaction transaction(database_);
+    if (!isNew(key)) return Reception::repeated;
+    Statement(database_, "INSERT INTO aside (text, reason) VALUES (?, ?)").bindBytes(text).bind(reason).run();
+    Statement(database_, "DELETE FROM aside WHERE number <= (SELECT max(number) FROM aside) - ?")
+        .bind(kAsideKept)
+        .run();
+    count("aside");
+    Statement(database_, "UPDATE account SET error = ?").bind(reason).run();
+    transaction.commit();
+    return Reception::taken;
+  });
+}
+
+bool Spool::isNew(std::string_view key) const {
+  if (key.empty()) return true;
+  Statement known(database_, "SELECT 1 FROM seen WHERE key = ?");
+  if (known.bindBytes(key).step()) return false;
+  Statement(database_, "INSERT INTO seen (key) VALUES (?)").bindBytes(key).run();
+  Statement(database_, "DELETE FROM seen WHERE number <= (SELECT max(number) FROM seen) - ?")
+      .bind(kKeysKept)
+      .run();
+  return true;
+}
+
+void Spool::count(const char* column) const {
+  const std::string name(column);
+  Statement(database_, "UPDATE account SET " + name + " = " + name + " + 1").run();
+}
+
+void Spool::countRefusal(std::string_view reason) {
+  attempt("a refusal cannot be counted", [&] {
+    Statement(database_, "UPDATE account SET refused = refused + 1, error = ?").bind(reason).run();
+  });
+}
+
+void Spool::noteError(std::string_view reason) {
+  attempt("an error cannot be kept",
+          [&] { Statement(database_, "UPDATE account SET error = ?").bind(reason).run(); });
+}
+
+std::vector<WaitingPush> Spool::waitingAfter(std::int64_t number, std::size_t limit) {
+  return attempt("the waiting pushes cannot be read", std::vector<WaitingPush>(), [&] {
+    Statement statement(database_,
+                        "SELECT number, identifier, text, deaths, answer FROM waiting WHERE number > ? "
+                        "ORDER BY number LIMIT ?");
+    statement.bind(number).bind(static_cast<std::int64_t>(limit));
+    std::vector<WaitingPush> pushes;
+    while (statement.step()) {
+      pushes.push_back({statement.integer(0), statement.text(1), statement.text(2),
+                        static_cast<int>(statement.integer(3)), statement.optionalText(4)});
+    }
+    return pushes;
+  });
+}
+
+void Spool::recordAnswer(std::int64_t number, std::string_view content) {
+  attempt("an answer cannot be kept", [&] {
+    database_.execute("PRAGMA synchronous = NORMAL");
+    Statement(database_, "UPDATE waiting SET answer = ? WHERE number = ?").bind(content).bind(number).run();
+  });
+}
+
+void Spool::recordDeath(std::int64_t number) {
+  attempt("a death cannot be kept", [&] {
+    Statement(database_, "UPDATE waiting SET deaths = deaths + 1 WHERE number = ?").bind(number).run();
+  });
+}
+
+void Spool::recordShown(std::int64_t number, const ShownNotification& notification) {
+  attempt("a notification cannot be kept", [&] {
+    database_.execute("PRAGMA synchronous = NORMAL");
+    Transaction transaction(database_);
+    Statement(database_, "DELETE FROM waiting WHERE number = ?").bind(number).run();
+    Statement(database_,
+              "INSERT OR REPLACE INTO shown (identifier, server, id, content, files) VALUES (?, ?, ?, ?, ?)")
+        .bind(std::string_view(notification.identifier))
+        .bind(std::string_view(notification.server))
+        .bind(std::int64_t{notification.id})
+        .bind(std::string_view(notification.content))
+        .bindBytes(joinPaths(notification.files))
+        .run();
+    Statement(database_, "DELETE FROM shown WHERE rowid <= (SELECT max(rowid) FROM shown) - ?")
+        .bind(kShownKept)
+        .run();
+    count("shown");
+    transaction.commit();
+  });
+}
+
+std::optional<ShownNotification> Spool::firstShown(Statement& statement) const {
+  if (!statement.step()) return std::nullopt;
+  return ShownNotification{statement.text(0), statement.text(1),
+                           static_cast<std::uint32_t>(statement.integer(2)), statement.text(3),
+                           splitPaths(statement.text(4))};
+}
+
+std::optional<ShownNotification> Spool::shown(std::string_view identifier) {
+  return attempt("a notification cannot be read", std::optional<ShownNotification>(), [&] {
+    Statement statement(database_,
+                        "SELECT identifier, server, id, content, files FROM shown WHERE identifier = ?");
+    return firstShown(statement.bind(identifier));
+  });
+}
+
+std::optional<ShownNotification> Spool::shown(std::string_view server, std::uint32_t id) {
+  return attempt("a notification cannot be read", std::optional<ShownNotification>(), [&] {
+    Statement statement(
+        database_, "SELECT identifier, server, id, content, files FROM shown WHERE server = ? AND id = ?");
+    return firstShown(statement.bind(server).bind(std::int64_t{id}));
+  });
+}
+
+std::vector<ShownNotification> Spool::allShown() {
+  return attempt("the notifications cannot be read", std::vector<ShownNotification>(), [&] {
+    Statement statement(database_, "SELECT identifier, server, id, content, files FROM shown ORDER BY rowid");
+    std::vector<ShownNotification> all;
+    while (auto notification = firstShown(statement)) all.push_back(*std::move(notification));
+    return all;
+  });
+}
+
+bool Spool::hasShown() {
+  return attempt("the notifications cannot be read", false,
+                 [&] { return Statement(database_, "SELECT 1 FROM shown LIMIT 1").step(); });
+}
+
+void Spool::forgetShown(std::string_view identifier) {
+  attempt("a notification cannot be forgotten",
+          [&] { Statement(database_, "DELETE FROM shown WHERE identifier = ?").bind(identifier).run(); });
+}
+
+Account Spool::account() {
+  return attempt("the account cannot be read", Account(), [&] {
+    Statement statement(
+        database_,
+        "SELECT received, shown, (SELECT count(*) FROM waiting), refused, aside, error FROM account");
+    Account account;
+    if (statement.step()) {
+      account = {statement.integer(0), statement.integer(1), statement.integer(2),
+                 statement.integer(3), statement.integer(4), statement.optionalText(5)};
+    }
+    return account;
+  });
+}
+
+}  // namespace QXAgent

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -31,7 +32,7 @@ class ChildProgram final : public Program {
  public:
   ChildProgram(pid_t process, FileDescriptor exit) : process_(process), exit_(std::move(exit)) {}
   ~ChildProgram() override {
-    if (status_) return;
+    if (status_ || released_) return;
     kill();
     QXPlatform::retryInterrupted([this] { return waitpid(process_, nullptr, 0); });
   }
@@ -42,6 +43,7 @@ class ChildProgram final : public Program {
   void kill() override {
     if (!status_) ::kill(process_, SIGKILL);
   }
+  void release() override { released_ = true; }
   std::optional<int> exitStatus() override {
     int status = 0;
     if (!status_ && waitpid(process_, &status, WNOHANG) == process_) status_ = status;
@@ -53,6 +55,7 @@ class ChildProgram final : public Program {
   const pid_t process_;
   const FileDescriptor exit_;
   std::optional<int> status_;  // known once it has been reaped
+  bool released_ = false;
 };
 
 std::vector<std::string> mergedEnvironment(const std::vector<std::string>& changes) {
@@ -74,31 +77,52 @@ std::vector<char*> pointers(const std::vector<std::string>& texts) {
   return list;
 }
 
-int spawn(const ProgramStart& start, const ProgramPipes& pipes, pid_t& process) {
+// The program finds the signals as it would from a shell, whatever this process does with them.
+class SpawnAttributes {
+ public:
+  explicit SpawnAttributes(short flags) {
+    posix_spawnattr_init(&attributes_);
+    sigset_t signals;
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&attributes_, &signals);
+    sigaddset(&signals, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes_, &signals);
+    posix_spawnattr_setflags(&attributes_,
+                             static_cast<short>(flags | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK));
+  }
+  ~SpawnAttributes() { posix_spawnattr_destroy(&attributes_); }
+  SpawnAttributes(const SpawnAttributes&) = delete;
+  SpawnAttributes& operator=(const SpawnAttributes&) = delete;
+
+  const posix_spawnattr_t* get() const { return &attributes_; }
+
+ private:
+  posix_spawnattr_t attributes_;
+};
+
+Result<int> spawn(const ProgramStart& start, int input, int output, short flags) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, pipes.itsInput.get(), STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, pipes.itsOutput.get(), STDOUT_FILENO);
-  // The program finds the signals as it would from a shell, whatever this process does with them.
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  sigset_t defaults;
-  sigemptyset(&defaults);
-  sigaddset(&defaults, SIGPIPE);
-  posix_spawnattr_setsigdefault(&attributes, &defaults);
-  sigset_t blocked;
-  sigemptyset(&blocked);
-  posix_spawnattr_setsigmask(&attributes, &blocked);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-
+  posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
   std::vector<std::string> arguments{start.program.native()};
   arguments.insert(arguments.end(), start.arguments.begin(), start.arguments.end());
   const auto environment = mergedEnvironment(start.environment);
-  const int error = posix_spawn(&process, start.program.c_str(), &actions, &attributes,
-                                pointers(arguments).data(), pointers(environment).data());
-  posix_spawnattr_destroy(&attributes);
+  pid_t process = 0;
+  const int error = posix_spawnp(&process, start.program.c_str(), &actions, SpawnAttributes(flags).get(),
+                                 pointers(arguments).data(), pointers(environment).data());
   posix_spawn_file_actions_destroy(&actions);
-  return error;
+  if (error != 0) return Error{"cannot start " + start.program.string() + ": " + std::strerror(error)};
+  return process;
+}
+
+// A file without a name that holds the text, ready to be read.
+Result<FileDescriptor> openText(const std::string& text) {
+  FileDescriptor file(memfd_create("input", MFD_CLOEXEC));
+  if (!file.valid() || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
+      lseek(file.get(), 0, SEEK_SET) != 0)
+    return Error{std::strerror(errno)};
+  return file;
 }
 
 }  // namespace
@@ -118,13 +142,21 @@ Result<ProgramPipes> ProgramPipes::open() {
 }
 
 Result<StartedProgram> startChild(const ProgramStart& start) {
-  auto pipes = ProgramPipes::open();
-  if (!pipes) return pipes.error();
-  pid_t process = 0;
-  if (const int error = spawn(start, *pipes, process); error != 0)
-    return Error{"cannot start " + start.program.string() + ": " + std::strerror(error)};
-  return StartedProgram{std::make_unique<ChildProgram>(process, openExit(process)),
-                        std::move(pipes.value().ourInput), std::move(pipes.value().ourOutput)};
+  auto opened = ProgramPipes::open();
+  if (!opened) return opened.error();
+  ProgramPipes pipes = *std::move(opened);
+  const auto text = openText(start.input.value_or(""));
+  if (!text) return text.error();
+  const auto process =
+      spawn(start, start.input ? text->get() : pipes.itsInput.get(), pipes.itsOutput.get(), 0);
+  if (!process) return process.error();
+  return StartedProgram{std::make_unique<ChildProgram>(*process, openExit(*process)),
+                        std::move(pipes.ourInput), std::move(pipes.ourOutput)};
+}
+
+Result<int> startDetached(const ProgramStart& start) {
+  const FileDescriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  return spawn(start, nothing.get(), STDERR_FILENO, POSIX_SPAWN_SETSID);
 }
 
 }  // namespace QXAgent

@@ -16,6 +16,7 @@ struct ProgramStart {
   std::filesystem::path program;
   std::vector<std::string> arguments;
   std::vector<std::string> environment;  // NAME=VALUE, in place of what this process has under the name
+  std::optional<std::string> input = std::nullopt;  // all that it reads; else what is written while it runs
 };
 
 // A program that runs. One thread.
@@ -25,8 +26,10 @@ class Program {
 
   // Becomes readable when the program has exited; -1 when its exit shows by the end of its output alone.
   virtual int exitDescriptor() const = 0;
-  // Ends it at once, with what it has started where the system can tell.
+  // Ends it at once.
   virtual void kill() = 0;
+  // Lets it go on when this object goes.
+  virtual void release() = 0;
   // How it exited, as waitpid() says; nothing while it runs, or when it is not this process's child.
   virtual std::optional<int> exitStatus() = 0;
   // For measuring; 0 when it is not known.
@@ -50,7 +53,11 @@ struct ProgramPipes {
 };
 
 // Starts a child of this process; what it prints to standard error goes to this process's. Killed, if need
-// be, and waited for when the Program goes.
+// be, and waited for when the Program goes, unless it was released.
 QXPlatform::Result<StartedProgram> startChild(const ProgramStart& start);
+
+// Starts a program that lives on by itself, with nothing to read and its output going to standard error; the
+// program may be a name to be looked for. Returns its process id, which is to be waited for.
+QXPlatform::Result<int> startDetached(const ProgramStart& start);
 
 }  // namespace QXAgent

@@ -1,0 +1,180 @@
+#include "agent/Commands.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <iostream>
+#include <utility>
+#include <vector>
+
+#include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/notifications/PushLines.h"
+#include "QXPlatform/notifications/StandardInput.h"
+#include "agent/Agent.h"
+#include "agent/setup/Directories.h"
+#include "agent/webpush/Base64URL.h"
+
+namespace QXAgent {
+
+namespace {
+
+using QXPlatform::Dictionary;
+using QXPlatform::Error;
+using QXPlatform::FileDescriptor;
+using QXPlatform::Result;
+using QXPlatform::Value;
+
+// The distributor may take its time, and the agent gives up before this.
+constexpr std::chrono::seconds kLongestRegistration{25};
+
+int fail(const std::string& what) {
+  std::cerr << "qx-agent: " << what << '\n';
+  return 1;
+}
+
+int print(const Dictionary& result) {
+  std::cout << QXPlatform::writeJSON(result, QXPlatform::JSONStyle::compact).value() << std::endl;
+  return std::cout ? 0 : fail("the result cannot be written");
+}
+
+int printFiles(const std::vector<std::filesystem::path>& files) {
+  std::vector<Value> list;
+  for (const auto& file : files) list.emplace_back(file.native());
+  return print({{"status", "success"}, {"files", list}});
+}
+
+// The app's state directory, which this process alone has until the descriptor is closed.
+Result<FileDescriptor> lockState(const std::filesystem::path& directory) {
+  std::error_code error;
+  std::filesystem::create_directories(directory.parent_path(), error);
+  if (mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST)
+    return Error{directory.string() + ": " + std::strerror(errno)};
+  FileDescriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!lock.valid()) return Error{directory.string() + ": " + std::strerror(errno)};
+  if (flock(lock.get(), LOCK_EX | LOCK_NB) != 0) return Error{"another agent uses " + directory.string()};
+  return lock;
+}
+
+// Gives what comes on standard input to the agent that runs.
+int handOverLines(const Bus& bus, const std::string& agent) {
+  QXPlatform::PushLineSource source(QXPlatform::standardInput());
+  while (const auto push = source.next()) {
+    auto call = bus.newCall(agent.c_str(), kPushPath, kPushInterface, "Deliver");
+    sd_bus_message_append_array(call.get(), 'y', push->text.data(), push->text.size());
+    std::string error;
+    if (push->unreadable)
+      return fail("line " + std::to_string(push->line) + ": " + push->unreadable->message);
+    if (bus.ask(call, &error, kLongestRegistration) == nullptr)
+      return fail("line " + std::to_string(push->line) + ": the running agent does not take it: " + error);
+  }
+  return 0;
+}
+
+int runOn(EventLoop& loop, const Bus& bus, const Installation& installation, const RunOptions& options) {
+  const auto state = stateDirectory(options.app);
+  const auto lock = lockState(state);
+  if (!lock) return fail(lock.error().message);
+  const Database database(state / kDatabaseName);
+  Agent agent(loop, bus, database, {installation, state, options.idle, options.readsLines});
+  agent.start();
+  return loop.run();
+}
+
+// Ends the registration, so that whoever sends is told by the distributor that nobody listens any more, and
+// the agent, should it run.
+void endAgent(const Installation& installation) {
+  EventLoop loop;
+  const auto bus = Bus::connect(loop);
+  if (!bus) return;
+  const std::string name = installation.busName();
+  if (std::filesystem::exists(stateDirectory(installation.app) / kDatabaseName))
+    bus->ask(bus->newCall(name.c_str(), kPushPath, kPushInterface, "Unregister"), nullptr,
+             kLongestRegistration);
+  if (const auto process = bus->processOf(name)) kill(*process, SIGTERM);
+}
+
+}  // namespace
+
+int runAgent(const RunOptions& options) {
+  std::signal(SIGPIPE, SIG_IGN);
+  const auto installation = Installation::read(options.app);
+  if (!installation) return fail(installation.error().message);
+  EventLoop loop;
+  const auto bus = Bus::connect(loop);
+  if (!bus) return fail(bus.error().message);
+  try {
+    // Calls wait until the loop runs, when all who answer them are there.
+    if (bus->requestName(installation->busName())) return runOn(loop, *bus, *installation, options);
+  } catch (const DatabaseError& error) {
+    return fail(stateDirectory(options.app).string() + ": " + error.message);
+  }
+  return options.readsLines ? handOverLines(*bus, installation->busName())
+                            : fail("an agent of " + options.app + " runs already");
+}
+
+int runInstall(Installation installation) {
+  std::error_code error;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (error) return fail("where this program lies cannot be told: " + error.message());
+  const auto done = install(std::move(installation), self);
+  return done ? printFiles(done->files) : fail(done.error().message);
+}
+
+int runUninstall(const std::string& app) {
+  const auto installation = Installation::read(app);
+  if (!installation) return fail(installation.error().message);
+  endAgent(*installation);
+  const auto removed = removeFiles(*installation);
+  std::error_code ignored;
+  std::filesystem::remove_all(stateDirectory(app), ignored);
+  return printFiles(removed);
+}
+
+int runEndpoint(const std::string& app) {
+  const auto installation = Installation::read(app);
+  if (!installation) return fail(installation.error().message);
+  EventLoop loop;
+  const auto bus = Bus::connect(loop);
+  if (!bus) return fail(bus.error().message);
+  std::string error;
+  const auto call = bus->newCall(installation->busName().c_str(), kPushPath, kPushInterface, "Register");
+  if (bus->ask(call, &error, kLongestRegistration) == nullptr) return fail(error);
+  try {
+    const Database database(stateDirectory(app) / kDatabaseName);
+    const auto registration = RegistrationStore(database).load();
+    if (!registration) return fail("the registration cannot be read");
+    return print({{"endpoint", registration->endpoint},
+                  {"publicKey", encodeBase64URL(registration->keys.publicKey.view())},
+                  {"auth", encodeBase64URL(registration->keys.auth.view())}});
+  } catch (const DatabaseError& problem) {
+    return fail(stateDirectory(app).string() + ": " + problem.message);
+  }
+}
+
+int runStatus(const std::string& app) {
+  const auto installation = Installation::read(app);
+  if (!installation) return fail(installation.error().message);
+  Account account;
+  const auto file = stateDirectory(app) / kDatabaseName;
+  try {
+    if (std::filesystem::exists(file)) {
+      const Database database(file);
+      account = Spool(database).account();
+    }
+  } catch (const DatabaseError& error) {
+    return fail(file.string() + ": " + error.message);
+  }
+  const Dictionary counts{{"received", account.received},
+                          {"shown", account.shown},
+                          {"waiting", account.waiting},
+                          {"refused", account.refused},
+                          {"putAside", account.putAside}};
+  return print(account.lastError ? counts.setting("lastError", *account.lastError) : counts);
+}
+
+}  // namespace QXAgent

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "agent/setup/Installation.h"
+
+namespace QXAgent {
+
+// What the program's subcommands do; each returns the exit code. Results go to standard output as JSON, one
+// object a line; an error is one line on standard error.
+
+struct RunOptions {
+  std::string app;
+  bool readsLines = false;
+  std::chrono::seconds idle{120};
+};
+int runAgent(const RunOptions& options);
+int runInstall(Installation installation);
+int runUninstall(const std::string& app);
+int runEndpoint(const std::string& app);
+int runStatus(const std::string& app);
+
+}  // namespace QXAgent

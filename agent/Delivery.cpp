@@ -1,0 +1,172 @@
+#include "agent/Delivery.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/log/Log.h"
+#include "QXPlatform/notifications/NotificationJSON.h"
+#include "QXPlatform/notifications/PushLines.h"
+#include "agent/presentation/Attachments.h"
+
+namespace QXAgent {
+
+namespace {
+
+using QXPlatform::Dictionary;
+using QXPlatform::Result;
+
+constexpr std::size_t kMostInHand = QXPlatform::kMostPushesAtOnce;
+constexpr int kMostDeaths = 2;
+constexpr std::chrono::seconds kLongestWaitForEarlier{2};
+constexpr std::chrono::seconds kLongestPause{60};
+
+std::string compact(const Dictionary& dictionary) {
+  auto text = QXPlatform::writeJSON(dictionary, QXPlatform::JSONStyle::compact);
+  return text ? *std::move(text) : "{}";
+}
+
+std::optional<Dictionary> readDictionary(std::string_view text) {
+  const auto value = QXPlatform::parseJSON(text, QXPlatform::kFullRequestLimits);
+  return value ? value->dictionary() : std::nullopt;
+}
+
+std::optional<Dictionary> dictionaryAt(const Dictionary& parent, std::string_view key) {
+  const auto* value = parent.find(key);
+  return value == nullptr ? std::nullopt : value->dictionary();
+}
+
+void removeFiles(const std::vector<std::filesystem::path>& files) {
+  std::error_code ignored;
+  for (const auto& file : files) std::filesystem::remove(file, ignored);
+}
+
+}  // namespace
+
+Delivery::Delivery(EventLoop& loop, Spool& spool, ServiceExtension& extension, Setting setting,
+                   std::function<void()> idle)
+    : spool_(spool),
+      extension_(extension),
+      setting_(std::move(setting)),
+      idle_(std::move(idle)),
+      turn_(loop, [this] { showNext(); }),
+      retry_(loop, [this] { showNext(); }) {}
+
+void Delivery::takeUp() {
+  if (inHand_.size() < kMostInHand) {
+    for (WaitingPush& push : spool_.waitingAfter(lastTaken_, kMostInHand - inHand_.size()))
+      take(std::move(push));
+  }
+  if (inHand_.empty()) idle_();
+}
+
+void Delivery::take(WaitingPush push) {
+  const std::int64_t number = lastTaken_ = push.number;
+  const auto parsed = QXPlatform::parseJSON(push.text, QXPlatform::kFullRequestLimits);
+  const auto request = parsed ? QXPlatform::notificationRequestFromJSON(*parsed) : parsed.error();
+  if (!request) {
+    QXPlatform::os_log({"qx-agent", "Delivery", QXPlatform::LogType::error,
+                        "a push in the spool is damaged: " + request.error().message});
+    return;
+  }
+  push.text.clear();
+  InHand& taken = inHand_[number];
+  taken.push = std::move(push);
+  taken.request =
+      QXPlatform::notificationRequestToJSON(**request).setting("identifier", taken.push.identifier);
+  if (const auto answer = readDictionary(taken.push.answer.value_or(""))) return makeReady(taken, *answer);
+  ask(number);
+}
+
+void Delivery::ask(std::int64_t number) {
+  InHand& push = inHand_.at(number);
+  const auto isEarlierOne = [&](const auto& other) {
+    return other.first < number && other.second.push.identifier == push.push.identifier;
+  };
+  // Its place is to be taken, so it has to be there first; and answers are told apart by their identifiers.
+  if (std::ranges::any_of(inHand_, isEarlierOne)) return;
+  push.isAsked = true;
+  extension_.ask(push.request, [this, number](const auto& outcome) { finishAsking(number, outcome); });
+}
+
+void Delivery::finishAsking(std::int64_t number, const ServiceExtension::Outcome& outcome) {
+  InHand& push = inHand_.at(number);
+  if (outcome.end == ServiceExtension::End::answered) {
+    auto content = adoptAttachments(dictionaryAt(outcome.answer, "content").value_or(Dictionary()), number,
+                                    setting_.temporary, setting_.files);
+    spool_.recordAnswer(number, compact(content));
+    return makeReady(push, std::move(content));
+  }
+  spool_.noteError(outcome.problem);
+  if (outcome.end == ServiceExtension::End::died) {
+    spool_.recordDeath(number);
+    if (++push.push.deaths < kMostDeaths) return ask(number);
+  }
+  makeReady(push, dictionaryAt(push.request, "content").value_or(Dictionary()));
+}
+
+void Delivery::makeReady(InHand& push, Dictionary content) {
+  push.content = std::move(content);
+  push.ready = SteadyClock::now();
+  turn_.start(std::chrono::microseconds(0));
+}
+
+Delivery::Position Delivery::next() {
+  const auto first = inHand_.begin();
+  if (first == inHand_.end() || first->second.content) return first;
+  const auto latest = SteadyClock::now() - kLongestWaitForEarlier;
+  return std::ranges::find_if(
+      inHand_, [&](const auto& push) { return push.second.content && push.second.ready <= latest; });
+}
+
+void Delivery::showNext() {
+  if (isShowing_ || retry_.isRunning()) return;
+  const auto position = next();
+  if (position == inHand_.end()) return waitForTurn();
+  const auto& [number, push] = *position;
+  const auto earlier = spool_.shown(push.push.identifier);
+  const bool replaces = earlier && earlier->server == presenter_->session();
+  isShowing_ = true;
+  presenter_->show(makeBanner(push.push.identifier, *push.content, setting_.appName),
+                   replaces ? earlier->id : 0,
+                   [this, number = number](const auto& result) { finishShowing(number, result); });
+}
+
+void Delivery::waitForTurn() {
+  std::optional<SteadyClock::time_point> soonest;
+  for (const auto& [number, push] : inHand_) {
+    if (push.content && (!soonest || push.ready < *soonest)) soonest = push.ready;
+  }
+  if (soonest)
+    turn_.start(
+        std::chrono::ceil<std::chrono::microseconds>(*soonest + kLongestWaitForEarlier - SteadyClock::now()));
+}
+
+void Delivery::finishShowing(std::int64_t number, const Result<std::uint32_t>& result) {
+  isShowing_ = false;
+  if (!result) {
+    spool_.noteError(result.error().message);
+    pause_ = std::clamp(2 * pause_, std::chrono::seconds(1), kLongestPause);
+    return retry_.start(pause_);
+  }
+  pause_ = std::chrono::seconds(0);
+  const auto shown = inHand_.extract(number);
+  const auto& [push, request, isAsked, content, ready] = shown.mapped();
+  if (const auto earlier = spool_.shown(push.identifier)) removeFiles(earlier->files);
+  spool_.recordShown(
+      number, {push.identifier, presenter_->session(), *result, compact(content->removing("attachments")),
+               attachmentsIn(setting_.files, *content)});
+  for (const auto& [other, waiting] : inHand_) {
+    if (!waiting.isAsked && !waiting.content) ask(other);
+  }
+  takeUp();
+  turn_.start(std::chrono::microseconds(0));
+}
+
+void Delivery::presenterChanged() {
+  if (presenter_->session().empty() || isShowing_) return;
+  retry_.stop();
+  turn_.start(std::chrono::microseconds(0));
+}
+
+}  // namespace QXAgent

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "QXPlatform/foundation/Value.h"
+#include "agent/extensions/ServiceExtension.h"
+#include "agent/loop/EventLoop.h"
+#include "agent/presentation/Presenter.h"
+#include "agent/spool/Spool.h"
+
+namespace QXAgent {
+
+// Leads the pushes that wait in the spool through the extension and onto the desktop: in the order in which
+// they came, though none waits for an earlier one longer than two seconds.
+class Delivery {
+ public:
+  struct Setting {
+    std::string appName;
+    std::filesystem::path temporary;  // where the extension leaves what it has downloaded
+    std::filesystem::path files;      // where it lies while a notification shows it
+  };
+
+  // `idle` is called when nothing waits any more.
+  Delivery(EventLoop& loop, Spool& spool, ServiceExtension& extension, Setting setting,
+           std::function<void()> idle);
+
+  // REQUIRES: to be called once, before anything else.
+  void setPresenter(Presenter& presenter) { presenter_ = &presenter; }
+  // There may be something new in the spool.
+  void takeUp();
+  // Whoever shows notifications is there again, or another one.
+  void presenterChanged();
+  bool isIdle() const { return inHand_.empty(); }
+
+ private:
+  using SteadyClock = std::chrono::steady_clock;
+  struct InHand {
+    WaitingPush push;
+    QXPlatform::Dictionary request;
+    bool isAsked = false;
+    std::optional<QXPlatform::Dictionary> content;  // what is to be shown
+    SteadyClock::time_point ready;
+  };
+  using Position = std::map<std::int64_t, InHand>::iterator;
+
+  void take(WaitingPush push);
+  void ask(std::int64_t number);
+  void askThoseThatWereHeldBack();
+  void finishAsking(std::int64_t number, const ServiceExtension::Outcome& outcome);
+  void makeReady(InHand& push, QXPlatform::Dictionary content);
+
+  // Shows the one whose turn it is, unless one is being shown.
+  void showNext();
+  Position next();
+  void waitForTurn();
+  void finishShowing(std::int64_t number, const QXPlatform::Result<std::uint32_t>& result);
+
+  Spool& spool_;
+  ServiceExtension& extension_;
+  Presenter* presenter_ = nullptr;
+  const Setting setting_;
+  const std::function<void()> idle_;
+  std::map<std::int64_t, InHand> inHand_;  // by number
+  std::int64_t lastTaken_ = 0;
+  bool isShowing_ = false;
+  std::chrono::seconds pause_{0};  // before the next attempt, after a failed one
+  Timer turn_;
+  Timer retry_;
+};
+
+}  // namespace QXAgent

@@ -1,0 +1,67 @@
+#include "agent/presentation/Attachments.h"
+
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "QXPlatform/foundation/URL.h"
+
+namespace QXAgent {
+
+namespace {
+
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
+
+std::optional<std::filesystem::path> fileOf(const Value& attachment) {
+  const Value* text = attachment.find("url");
+  const auto url = QXPlatform::URL::parse(text == nullptr ? "" : text->string().value_or(""));
+  if (!url || !url->isFileURL()) return std::nullopt;
+  return std::filesystem::path(url->filePath()).lexically_normal();
+}
+
+bool liesBelow(const std::filesystem::path& directory, const std::filesystem::path& file) {
+  const auto relative = file.lexically_relative(directory);
+  return !relative.empty() && relative != "." && *relative.begin() != "..";
+}
+
+bool move(const std::filesystem::path& from, const std::filesystem::path& to) {
+  std::error_code error;
+  std::filesystem::rename(from, to, error);
+  return !error;
+}
+
+}  // namespace
+
+Dictionary adoptAttachments(const Dictionary& content, std::int64_t number,
+                            const std::filesystem::path& temporary, const std::filesystem::path& files) {
+  const Value* attachments = content.find("attachments");
+  if (attachments == nullptr) return content;
+  std::vector<Value> adopted;
+  for (const Value& attachment : attachments->elements()) {
+    const auto file = fileOf(attachment);
+    if (!file || !liesBelow(temporary, *file)) {
+      adopted.push_back(attachment);
+      continue;
+    }
+    const auto target =
+        files / (std::to_string(number) + "-" + std::to_string(adopted.size()) + file->extension().native());
+    if (move(*file, target))
+      adopted.emplace_back(
+          attachment.dictionary()->setting("url", QXPlatform::URL::file(target.native()).absoluteString()));
+  }
+  return content.setting("attachments", adopted);
+}
+
+std::vector<std::filesystem::path> attachmentsIn(const std::filesystem::path& files,
+                                                 const Dictionary& content) {
+  std::vector<std::filesystem::path> found;
+  const Value* attachments = content.find("attachments");
+  if (attachments == nullptr) return found;
+  for (const Value& attachment : attachments->elements()) {
+    if (const auto file = fileOf(attachment); file && liesBelow(files, *file)) found.push_back(*file);
+  }
+  return found;
+}
+
+}  // namespace QXAgent

@@ -1,0 +1,133 @@
+#include "agent/presentation/Banner.h"
+
+#include <algorithm>
+#include <array>
+
+#include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
+#include "QXPlatform/foundation/URL.h"
+#include "QXPlatform/foundation/UTF8.h"
+
+namespace QXAgent {
+
+namespace {
+
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
+
+constexpr std::size_t kLongestTitle = 512;
+constexpr std::size_t kLongestBody = 4'096;
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+const Value* find(const Value* value, std::string_view key) {
+  return value == nullptr ? nullptr : value->find(key);
+}
+
+std::string_view textAt(const Value& content, std::string_view key) {
+  const Value* value = content.find(key);
+  return value == nullptr ? std::string_view() : value->string().value_or(std::string_view());
+}
+
+// U+FDD0 to U+FDEF, and the last two of each plane.
+bool isNoncharacter(std::string_view sequence) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(sequence[i]); };
+  if (sequence.size() == 3)
+    return (byte(0) == 0xEF && byte(1) == 0xB7 && byte(2) >= 0x90 && byte(2) <= 0xAF) ||
+           (byte(0) == 0xEF && byte(1) == 0xBF && byte(2) >= 0xBE);
+  return sequence.size() == 4 && (byte(1) & 0x0F) == 0x0F && byte(2) == 0xBF && byte(3) >= 0xBE;
+}
+
+bool isControl(std::string_view sequence) {
+  const auto first = static_cast<unsigned char>(sequence[0]);
+  if (sequence.size() == 1) return (first < 0x20 && first != '\n' && first != '\t') || first == 0x7F;
+  return first == 0xC2 && static_cast<unsigned char>(sequence[1]) < 0xA0;
+}
+
+Urgency urgencyOf(const Value& content) {
+  const Value* level = find(find(content.find("userInfo"), "aps"), "interruption-level");
+  const auto name = level == nullptr ? std::nullopt : level->string();
+  if (name == "passive") return Urgency::low;
+  return name == "critical" || name == "time-sensitive" ? Urgency::critical : Urgency::normal;
+}
+
+bool isCarousel(const Value& content) {
+  const Value* richFeatures = find(content.find("userInfo"), "_rf");
+  const auto dictionary = richFeatures == nullptr ? std::nullopt : richFeatures->dictionary();
+  return dictionary && QXExtensionSDK::PayloadCarouselModelParser::decode(*dictionary).ok();
+}
+
+std::optional<std::filesystem::path> firstImage(const Value& content) {
+  const Value* attachments = content.find("attachments");
+  if (attachments == nullptr) return std::nullopt;
+  for (const Value& attachment : attachments->elements()) {
+    const auto url = QXPlatform::URL::parse(textAt(attachment, "url"));
+    if (!url || !url->isFileURL()) continue;
+    std::filesystem::path file = url->filePath();
+    std::string extension = file.extension().native();
+    std::ranges::transform(extension, extension.begin(), [](char c) {
+      return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    constexpr std::array kShown{".jpg", ".jpeg", ".png", ".gif"};
+    if (std::ranges::find(kShown, extension) != kShown.end()) return file;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::string displayText(std::string_view text, std::size_t limit) {
+  std::string shown;
+  shown.reserve(std::min(text.size(), limit));
+  while (!text.empty()) {
+    const std::size_t length = QXPlatform::leadingUTF8Length(text);
+    const std::string_view sequence = text.substr(0, std::max<std::size_t>(length, 1));
+    text.remove_prefix(sequence.size());
+    if (length > 0 && isControl(sequence)) continue;
+    const std::string_view visible = length == 0 || isNoncharacter(sequence) ? kReplacement : sequence;
+    if (shown.size() + visible.size() > limit) return shown + "\xE2\x80\xA6";
+    shown += visible;
+  }
+  return shown;
+}
+
+Banner makeBanner(const std::string& identifier, const Dictionary& properties, const std::string& appName) {
+  const Value content(properties);
+  Banner banner;
+  banner.identifier = identifier;
+  banner.title = displayText(textAt(content, "title"), kLongestTitle);
+  if (banner.title.empty()) banner.title = displayText(appName, kLongestTitle);
+  banner.subtitle = displayText(textAt(content, "subtitle"), kLongestTitle);
+  banner.body = displayText(textAt(content, "body"), kLongestBody);
+  banner.image = firstImage(content);
+  if (const auto sound = textAt(content, "sound"); !sound.empty())
+    banner.sound = displayText(sound, kLongestTitle);
+  if (const Value* badge = content.find("badge")) banner.badge = badge->integer();
+  banner.urgency = urgencyOf(content);
+  banner.isExpandable = isCarousel(content);
+  return banner;
+}
+
+std::string bannerBody(const Banner& banner, bool rendersMarkup) {
+  std::string body = banner.subtitle;
+  if (!banner.subtitle.empty() && !banner.body.empty()) body += '\n';
+  body += banner.body;
+  if (!rendersMarkup) return body;
+  std::string escaped;
+  for (const char c : body) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace QXAgent

@@ -1,0 +1,159 @@
+#include "agent/presentation/NotificationServer.h"
+
+#include <cstdint>
+#include <system_error>
+
+#include "QXPlatform/foundation/URL.h"
+
+namespace QXAgent {
+
+namespace {
+
+using QXPlatform::Error;
+
+constexpr const char* kName = "org.freedesktop.Notifications";
+constexpr const char* kPath = "/org/freedesktop/Notifications";
+
+BusMessage newServerCall(const Bus& bus, const char* member) {
+  return bus.newCall(kName, kPath, kName, member);
+}
+
+void appendHint(sd_bus_message* call, const char* key, const char* type, const std::string& text) {
+  sd_bus_message_append(call, "{sv}", key, type, text.c_str());
+}
+
+}  // namespace
+
+NotificationServer::NotificationServer(const Bus& bus, AppIdentity identity, PresenterEvents events)
+    : bus_(bus), identity_(std::move(identity)), events_(std::move(events)) {
+  // Only the server itself may say what became of a notification: the match is by its name's owner.
+  bus_.onSignal(kName, kPath, kName, "ActivationToken", [this](sd_bus_message& signal) {
+    const char* token = nullptr;
+    if (sd_bus_message_read(&signal, "us", &activationToken_.first, &token) > 0)
+      activationToken_.second = token;
+  });
+  bus_.onSignal(kName, kPath, kName, "ActionInvoked", [this](sd_bus_message& signal) {
+    std::uint32_t id = 0;
+    const char* action = nullptr;
+    if (sd_bus_message_read(&signal, "us", &id, &action) <= 0) return;
+    const auto token = std::exchange(activationToken_, {});
+    events_.invoked(id, action, token.first == id ? token.second : "");
+  });
+  bus_.onSignal(kName, kPath, kName, "NotificationClosed", [this](sd_bus_message& signal) {
+    std::uint32_t id = 0;
+    std::uint32_t reason = 0;
+    if (sd_bus_message_read(&signal, "uu", &id, &reason) > 0) events_.closed(id);
+  });
+  bus_.onOwnerChange(kName, [this](const std::string& owner) { serverChanged(owner); });
+  owner_ = bus_.ownerOf(kName);
+  if (!owner_.empty()) session_ = bus_.identifier() + owner_;
+}
+
+void NotificationServer::serverChanged(const std::string& owner) {
+  owner_ = owner;
+  session_ = owner.empty() ? "" : bus_.identifier() + owner;
+  capabilitiesKnown_ = false;
+  events_.sessionChanged();
+}
+
+void NotificationServer::show(const Banner& banner, std::uint32_t replaces, Completion completion) {
+  if (capabilitiesKnown_) return notify(banner, replaces, std::move(completion));
+  // Starts a server that the bus can start.
+  bus_.send(
+      newServerCall(bus_, "GetCapabilities"),
+      [this, banner, replaces, completion = std::move(completion)](sd_bus_message& reply) {
+        if (const auto error = errorOf(reply)) return completion(Error{"no notification server: " + *error});
+        std::set<std::string, std::less<>> capabilities;
+        int status = sd_bus_message_enter_container(&reply, 'a', "s");
+        const char* capability = nullptr;
+        while (status > 0 && (status = sd_bus_message_read(&reply, "s", &capability)) > 0)
+          capabilities.insert(capability);
+        if (status < 0)
+          return completion(Error{"the notification server's capabilities are no list of texts"});
+        capabilities_ = std::move(capabilities);
+        capabilitiesKnown_ = true;
+        notify(banner, replaces, completion);
+      },
+      kNoLimit);
+}
+
+void NotificationServer::notify(const Banner& banner, std::uint32_t replaces, Completion completion) {
+  auto call = notifyCall(banner, replaces);
+  // Without a limit: a server that hangs may still show it, and one that is gone is reported by the bus.
+  bus_.send(
+      std::move(call),
+      [this, banner, completion = std::move(completion)](sd_bus_message& reply) {
+        if (const auto error = errorOf(reply))
+          return completion(Error{"the notification server failed: " + *error});
+        std::uint32_t id = 0;
+        if (sd_bus_message_read(&reply, "u", &id) <= 0 || id == 0)
+          return completion(Error{"the notification server gave no number"});
+        showBadge(banner);
+        completion(id);
+      },
+      kNoLimit);
+}
+
+BusMessage NotificationServer::notifyCall(const Banner& banner, std::uint32_t replaces) const {
+  const bool hasBody = can("body");
+  // The summary is plain whatever the server does with a body.
+  const std::string text = bannerBody(banner, hasBody && can("body-markup"));
+  const std::string summary = hasBody || text.empty() ? banner.title : banner.title + ": " + text;
+  auto call = newServerCall(bus_, "Notify");
+  sd_bus_message_append(call.get(), "susss", identity_.name.c_str(), replaces, identity_.icon.c_str(),
+                        summary.c_str(), hasBody ? text.c_str() : "");
+  appendActions(call.get(), banner);
+  appendHints(call.get(), banner);
+  sd_bus_message_append(call.get(), "i", -1);
+  return call;
+}
+
+void NotificationServer::appendActions(sd_bus_message* call, const Banner& banner) const {
+  sd_bus_message_open_container(call, 'a', "s");
+  if (can("actions")) {
+    sd_bus_message_append(call, "ss", "default", "Open");
+    if (banner.isExpandable) sd_bus_message_append(call, "ss", "expand", "Show more");
+  }
+  sd_bus_message_close_container(call);
+}
+
+void NotificationServer::appendHints(sd_bus_message* call, const Banner& banner) const {
+  sd_bus_message_open_container(call, 'a', "{sv}");
+  appendHint(call, "desktop-entry", "s", identity_.app);
+  sd_bus_message_append(call, "{sv}", "urgency", "y", static_cast<int>(banner.urgency));
+  if (banner.image && can("icon-static"))
+    appendHint(call, "image-path", "s", QXPlatform::URL::file(banner.image->native()).absoluteString());
+  if (can("sound")) {
+    std::error_code ignored;
+    const auto file = identity_.sounds / banner.sound.value_or("");
+    if (!banner.sound) {
+      sd_bus_message_append(call, "{sv}", "suppress-sound", "b", 1);
+    } else if (banner.sound->find('/') == std::string::npos &&
+               std::filesystem::is_regular_file(file, ignored)) {
+      appendHint(call, "sound-file", "s", file.native());
+    } else {
+      appendHint(call, "sound-name", "s", "message-new-instant");
+    }
+  }
+  sd_bus_message_close_container(call);
+}
+
+void NotificationServer::showBadge(const Banner& banner) const {
+  if (!banner.badge) return;
+  sd_bus_message* signal = nullptr;
+  sd_bus_message_new_signal(bus_.get(), &signal, "/push", "com.canonical.Unity.LauncherEntry", "Update");
+  const BusMessage owned(signal);
+  const std::string entry = "application://" + identity_.app + ".desktop";
+  sd_bus_message_append(signal, "sa{sv}", entry.c_str(), 2, "count", "x", *banner.badge, "count-visible", "b",
+                        static_cast<int>(*banner.badge > 0));
+  sd_bus_send(bus_.get(), signal, nullptr);
+}
+
+void NotificationServer::close(std::uint32_t id) {
+  auto call = newServerCall(bus_, "CloseNotification");
+  sd_bus_message_append(call.get(), "u", id);
+  sd_bus_message_set_expect_reply(call.get(), 0);
+  sd_bus_send(bus_.get(), call.get(), nullptr);
+}
+
+}  // namespace QXAgent

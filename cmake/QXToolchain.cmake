@@ -1,5 +1,8 @@
 # How every target of this build is compiled. Nothing here is exported to users of the libraries.
 
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Debug, Release, RelWithDebInfo or MinSizeRel" FORCE)
+endif()
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -10,8 +13,11 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 
 find_program(QX_CCACHE ccache)
-if(QX_CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${QX_CCACHE}")
+if(QX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  # The sloppiness is what the cache asks for to keep what uses precompiled headers.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+    "${QX_CCACHE}")
 endif()
 
 set(QX_SANITIZE_FLAGS "")

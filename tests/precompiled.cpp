@@ -1,0 +1,1 @@
+// Nothing: its target carries the headers that the tests share.

@@ -49,7 +49,11 @@ Delivery::Delivery(EventLoop& loop, Spool& spool, ServiceExtension& extension, S
       extension_(extension),
       setting_(std::move(setting)),
       idle_(std::move(idle)),
-      turn_(loop, [this] { showNext(); }),
+      turn_(loop,
+            [this] {
+              askAll();
+              showNext();
+            }),
       retry_(loop, [this] { showNext(); }) {}
 
 void Delivery::takeUp() {
@@ -57,7 +61,8 @@ void Delivery::takeUp() {
     for (WaitingPush& push : spool_.waitingAfter(lastTaken_, kMostInHand - inHand_.size()))
       take(std::move(push));
   }
-  if (inHand_.empty()) idle_();
+  if (inHand_.empty()) return idle_();
+  goOnSoon();
 }
 
 void Delivery::take(WaitingPush push) {
@@ -74,23 +79,32 @@ void Delivery::take(WaitingPush push) {
   taken.push = std::move(push);
   taken.request =
       QXPlatform::notificationRequestToJSON(**request).setting("identifier", taken.push.identifier);
-  if (const auto answer = readDictionary(taken.push.answer.value_or(""))) return makeReady(taken, *answer);
-  ask(number);
+  if (const auto answer = readDictionary(taken.push.answer.value_or(""))) makeReady(taken, *answer);
 }
 
-void Delivery::ask(std::int64_t number) {
-  InHand& push = inHand_.at(number);
-  const auto isEarlierOne = [&](const auto& other) {
-    return other.first < number && other.second.push.identifier == push.push.identifier;
-  };
-  // Its place is to be taken, so it has to be there first; and answers are told apart by their identifiers.
-  if (std::ranges::any_of(inHand_, isEarlierOne)) return;
-  push.isAsked = true;
-  extension_.ask(push.request, [this, number](const auto& outcome) { finishAsking(number, outcome); });
+bool Delivery::mayBeAsked(std::int64_t number) const {
+  const WaitingPush& push = inHand_.at(number).push;
+  return std::ranges::none_of(inHand_, [&](const auto& other) {
+    // Its place is to be taken, so it has to be there first; and answers are told apart by their identifiers.
+    if (other.first < number && other.second.push.identifier == push.identifier) return true;
+    // One after the other, those that were in hand when the extension died show which of them it was.
+    return other.second.isAsked && other.second.push.deaths > 0 && push.deaths > 0;
+  });
+}
+
+void Delivery::askAll() {
+  for (auto& [number, push] : inHand_) {
+    if (push.isAsked || push.content || !mayBeAsked(number)) continue;
+    push.isAsked = true;
+    extension_.ask(push.request,
+                   [this, number = number](const auto& outcome) { finishAsking(number, outcome); });
+  }
 }
 
 void Delivery::finishAsking(std::int64_t number, const ServiceExtension::Outcome& outcome) {
   InHand& push = inHand_.at(number);
+  push.isAsked = false;
+  goOnSoon();
   if (outcome.end == ServiceExtension::End::answered) {
     auto content = adoptAttachments(dictionaryAt(outcome.answer, "content").value_or(Dictionary()), number,
                                     setting_.temporary, setting_.files);
@@ -100,7 +114,7 @@ void Delivery::finishAsking(std::int64_t number, const ServiceExtension::Outcome
   spool_.noteError(outcome.problem);
   if (outcome.end == ServiceExtension::End::died) {
     spool_.recordDeath(number);
-    if (++push.push.deaths < kMostDeaths) return ask(number);
+    if (++push.push.deaths < kMostDeaths) return;
   }
   makeReady(push, dictionaryAt(push.request, "content").value_or(Dictionary()));
 }
@@ -108,7 +122,6 @@ void Delivery::finishAsking(std::int64_t number, const ServiceExtension::Outcome
 void Delivery::makeReady(InHand& push, Dictionary content) {
   push.content = std::move(content);
   push.ready = SteadyClock::now();
-  turn_.start(std::chrono::microseconds(0));
 }
 
 Delivery::Position Delivery::next() {
@@ -156,17 +169,13 @@ void Delivery::finishShowing(std::int64_t number, const Result<std::uint32_t>& r
   spool_.recordShown(
       number, {push.identifier, presenter_->session(), *result, compact(content->removing("attachments")),
                attachmentsIn(setting_.files, *content)});
-  for (const auto& [other, waiting] : inHand_) {
-    if (!waiting.isAsked && !waiting.content) ask(other);
-  }
   takeUp();
-  turn_.start(std::chrono::microseconds(0));
 }
 
 void Delivery::presenterChanged() {
   if (presenter_->session().empty() || isShowing_) return;
   retry_.stop();
-  turn_.start(std::chrono::microseconds(0));
+  goOnSoon();
 }
 
 }  // namespace QXAgent

@@ -43,15 +43,17 @@ class Delivery {
   struct InHand {
     WaitingPush push;
     QXPlatform::Dictionary request;
-    bool isAsked = false;
+    bool isAsked = false;                           // the extension has it
     std::optional<QXPlatform::Dictionary> content;  // what is to be shown
     SteadyClock::time_point ready;
   };
   using Position = std::map<std::int64_t, InHand>::iterator;
 
   void take(WaitingPush push);
-  void ask(std::int64_t number);
-  void askThoseThatWereHeldBack();
+  // Asks and shows what can be, but not from within somebody's call.
+  void goOnSoon() { turn_.start(std::chrono::microseconds(0)); }
+  bool mayBeAsked(std::int64_t number) const;
+  void askAll();
   void finishAsking(std::int64_t number, const ServiceExtension::Outcome& outcome);
   void makeReady(InHand& push, QXPlatform::Dictionary content);
 

@@ -1,0 +1,106 @@
+#include "agent/spool/Spool.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace QXAgent {
+namespace {
+
+using Reception = Spool::Reception;
+
+class SpoolTest : public testing::Test {
+ protected:
+  SpoolTest() { reopen(); }
+
+  void reopen() {
+    spool_.reset();
+    database_ = std::make_unique<Database>(directory_.path(kDatabaseName));
+    spool_ = std::make_unique<Spool>(*database_);
+  }
+
+  const support::TemporaryDirectory directory_;
+  std::unique_ptr<Database> database_;
+  std::unique_ptr<Spool> spool_;
+};
+
+TEST_F(SpoolTest, WhatWaitsIsThereAfterARestartInTheOrderOfItsArrival) {
+  EXPECT_EQ(spool_->take("k1", "a", "first"), Reception::taken);
+  EXPECT_EQ(spool_->take("k1", "a", "first"), Reception::repeated);
+  EXPECT_EQ(spool_->take("", "a", "second"), Reception::taken);
+  spool_->recordAnswer(1, R"({"title":"changed"})");
+  spool_->recordDeath(2);
+  reopen();
+  EXPECT_EQ(spool_->take("k1", "a", "first"), Reception::repeated);
+  const auto waiting = spool_->waitingAfter(0, 10);
+  ASSERT_EQ(waiting.size(), 2U);
+  EXPECT_EQ(waiting[0].text, "first");
+  EXPECT_EQ(waiting[0].answer, R"({"title":"changed"})");
+  EXPECT_EQ(waiting[1].text, "second");
+  EXPECT_EQ(waiting[1].deaths, 1);
+  EXPECT_EQ(spool_->waitingAfter(1, 10).size(), 1U);
+  EXPECT_EQ(spool_->waitingAfter(0, 1).size(), 1U);
+}
+
+TEST_F(SpoolTest, WhatIsShownIsFoundUntilItIsForgottenOrReplaced) {
+  spool_->take("", "a", "one");
+  spool_->take("", "a", "two");
+  spool_->recordShown(1, {"a", "server", 7, "{}", {"/x/1", "/x/2"}});
+  reopen();
+  EXPECT_FALSE(spool_->shown("another server", 7));
+  const auto shown = spool_->shown("server", 7);
+  ASSERT_TRUE(shown);
+  EXPECT_EQ(shown->files, (std::vector<std::filesystem::path>{"/x/1", "/x/2"}));
+  spool_->recordShown(2, {"a", "server", 8, "{}", {}});
+  EXPECT_FALSE(spool_->shown("server", 7));
+  EXPECT_EQ(spool_->allShown().size(), 1U);
+  spool_->forgetShown("a");
+  EXPECT_FALSE(spool_->hasShown());
+}
+
+TEST_F(SpoolTest, TheAccountCountsWhatBecameOfAllAndNothingGrowsWithoutBound) {
+  for (int i = 0; i < 150; ++i) spool_->putAside("", "nonsense", "no push: " + std::to_string(i));
+  spool_->take("", "a", "one");
+  spool_->take("", "b", "two");
+  spool_->recordShown(1, {"a", "server", 1, "{}", {}});
+  spool_->countRefusal("stranger");
+  const Account account = spool_->account();
+  EXPECT_EQ(account.received, 2);
+  EXPECT_EQ(account.shown, 1);
+  EXPECT_EQ(account.waiting, 1);
+  EXPECT_EQ(account.refused, 1);
+  EXPECT_EQ(account.putAside, 150);
+  EXPECT_EQ(account.lastError, "stranger");
+  Statement kept(*database_, "SELECT count(*) FROM aside");
+  ASSERT_TRUE(kept.step());
+  EXPECT_EQ(kept.integer(0), 100);
+}
+
+TEST_F(SpoolTest, WhatWasTakenSurvivesAKill) {
+  const support::Signal taken;
+  support::ChildProcess child([&] {
+    const Database database(directory_.path(kDatabaseName));
+    Spool spool(database);
+    for (int i = 0; i < 50; ++i) spool.take(std::to_string(i), "a", "push");
+    taken.send();
+    pause();
+  });
+  ASSERT_TRUE(taken.await());
+  child.kill();
+  EXPECT_EQ(spool_->waitingAfter(0, 100).size(), 50U);
+}
+
+TEST_F(SpoolTest, AFullDiskIsAnAnswerAndChangesNothing) {
+  spool_->take("", "a", "push");
+  database_->execute("PRAGMA max_page_count = 1");
+  EXPECT_EQ(spool_->take("key", "b", std::string(1'000'000, 'x')), Reception::failed);
+  EXPECT_EQ(spool_->account().received, 1);
+  database_->execute("PRAGMA max_page_count = 100000");
+  EXPECT_EQ(spool_->take("key", "b", "x"), Reception::taken);
+}
+
+}  // namespace
+}  // namespace QXAgent

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string_view>
 
@@ -21,6 +22,11 @@ class ModelStoreProtocol {
   // `moduleStoreUnavailable` on a store that was made without a module.
   virtual DataStoreResult<Model> fetchModuleScopedModelData() const = 0;
   virtual DataStoreStatus saveModuleScopedModelData(const Model& model) const = 0;
+
+  // As DataStore::update().
+  using Change = std::function<const Model&(std::optional<StoredRecord<Model>>)>;
+  virtual DataStoreStatus updateModuleScopedModelData(std::optional<QXPlatform::FileVersion>& version,
+                                                      const Change& change) const = 0;
 };
 
 // The same in the shared container.
@@ -41,6 +47,12 @@ class ModelStore final : public ModelStoreProtocol<Model> {
   }
   DataStoreStatus saveModuleScopedModelData(const Model& model) const override {
     return moduleDataStore_ ? moduleDataStore_->save(model) : DataStoreStatus::moduleStoreUnavailable;
+  }
+  DataStoreStatus updateModuleScopedModelData(
+      std::optional<QXPlatform::FileVersion>& version,
+      const typename ModelStoreProtocol<Model>::Change& change) const override {
+    if (!moduleDataStore_) return DataStoreStatus::moduleStoreUnavailable;
+    return moduleDataStore_->template update<Model>(version, change);
   }
 
  private:

@@ -15,6 +15,15 @@
 
 namespace AppGroupSDK {
 
+// What a change finds where its record is kept.
+template <typename Model>
+struct StoredRecord {
+  // Nothing when there is no record, or what is there is none.
+  std::optional<Model> value;
+  // Then: the name under which that is kept beside the record from now on. Nothing for an empty file.
+  std::optional<std::string> setAsideAs;
+};
+
 // Keeps one record of each kind, each whole in a JSON file of its own directly in the container. Nothing is
 // cached: a save replaces the file and a fetch reads it. Neither logs nor throws; blocks until the file
 // operation is done. Any thread.
@@ -42,6 +51,32 @@ class DataStore {
     return {DataStoreStatus::success, *std::move(model)};
   }
 
+  // Changes a record while nobody else saves it. `change(std::optional<StoredRecord<Model>>)` gets what is
+  // there now, or nothing when that is still what `version` stands for: what this store saved or found when
+  // it was last called with it. It returns the record to be saved, a `const Model&` that outlives the call.
+  // It is not called when there is no container or no lock, or when the file cannot be read: then nothing is
+  // saved.
+  template <DataStoreModelable Model, typename Change>
+  DataStoreStatus update(std::optional<QXPlatform::FileVersion>& version, const Change& change) const {
+    const auto file = fileURL<Model>();
+    if (!file) return file.error();
+    auto status = DataStoreStatus::writeFailed;
+    const auto changed = [&](const DataStoreSaving::Found* found) -> std::optional<std::string> {
+      std::optional<StoredRecord<Model>> stored;
+      if (found != nullptr) stored.emplace();
+      if (found != nullptr && *found) {
+        auto model = QXPlatform::decodeJSON<Model>((*found)->view());
+        if (model) stored->value = *std::move(model);
+        if (!model && !setAside(**found, *file, stored->setAsideAs)) return std::nullopt;
+      }
+      auto bytes = QXPlatform::encodeJSON(change(std::move(stored)));
+      if (bytes) return *std::move(bytes);
+      status = DataStoreStatus::encodingFailed;
+      return std::nullopt;
+    };
+    return dataSaver_->update(*file, version, changed) ? DataStoreStatus::success : status;
+  }
+
   // Where a kind of record is kept, whether or not there is one; or the status why there can be none.
   template <DataStoreModelable Model>
   QXPlatform::Result<QXPlatform::URL, DataStoreStatus> fileURL() const {
@@ -56,6 +91,9 @@ class DataStore {
  private:
   virtual std::string fileName(std::string_view baseName) const = 0;
 
+  // Keeps what is no record beside the file that is about to be replaced. False when it could not.
+  static bool setAside(const QXPlatform::Data& bytes, const QXPlatform::URL& file,
+                       std::optional<std::string>& name);
   QXPlatform::Result<QXPlatform::URL, DataStoreStatus> locate(std::string_view baseName) const;
 
   std::unique_ptr<const DataStoreDirectoryProviding> directoryProvider_;

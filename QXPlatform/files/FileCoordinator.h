@@ -7,18 +7,21 @@
 
 namespace QXPlatform {
 
-// Coordinated access to record files across threads and processes: readers of a file exclude its writers. A
-// crash at any instant leaves the old or the new content, never a mixture. Blocks until the others are done,
-// so an accessor must not coordinate access to the same directory itself. Any thread.
+// Coordinated access to record files across threads and processes: readers of a file exclude its replacing,
+// and writers each other. A crash at any instant leaves the old or the new content, never a mixture; a power
+// failure may undo the last replacings, too, but no more. Blocks until the others are done, though for five
+// seconds at most: then the access fails, a line in the log names the process that holds the lock, and
+// accesses to that directory do not wait any more until one has been served again. An accessor must not
+// coordinate access to the same directory itself. Any thread.
 class FileCoordinator {
  public:
   using WritingAccessor = std::function<bool(const URL&)>;
   using ReadingAccessor = std::function<void(const URL&)>;
 
   enum class Outcome : std::uint8_t {
-    replaced,   // the new content is in place, and durable
-    failed,     // the target is as it was; only a failed sync of its directory can leave it new
-    calledOff,  // the system granted no lock, so the accessor never ran
+    replaced,   // the new content is in place
+    failed,     // the target is as it was
+    calledOff,  // the system has no lock to grant, so the accessor never ran
   };
 
   FileCoordinator() = default;
@@ -27,16 +30,17 @@ class FileCoordinator {
   FileCoordinator& operator=(const FileCoordinator&) = delete;
 
   // Writing for replacing: the accessor gets the URL of an empty staging file (mode 0600) beside the target
-  // and returns whether it has written it. If so, the staging file takes the target's place in one step;
-  // otherwise it goes. What else bears its name goes too: a staging file left behind by a killed writer, or a
-  // directory with all that is in it. `failed` without running the accessor: the target is a symbolic link or
-  // no file URL, its directory is missing, or the staging file cannot be made (a read-only directory, a full
-  // disk).
+  // and returns whether it has written it. If so, that file takes the target's place in one step; otherwise
+  // it goes. No other writer replaces anything in the directory meanwhile, so the accessor may read the
+  // target and write what follows from it. What else bears the staging file's name goes too: one left behind
+  // by a killed writer, or a directory with all that is in it. `failed` without running the accessor: the
+  // target is a symbolic link, a file that this user may not write, or no file URL, its directory is missing,
+  // or the staging file cannot be made (a read-only directory, a full disk).
   virtual Outcome coordinateWritingForReplacing(const URL& target, const WritingAccessor& accessor) const;
 
-  // The accessor gets the target's own URL, whether or not there is such a file. A staging file that a killed
-  // writer has left goes first, where the directory may be written. The accessor is not called when the
-  // target is a symbolic link or no file URL, its directory is missing, or no lock is granted.
+  // The accessor gets the target's own URL, whether or not there is such a file. What a killed writer has
+  // left goes first, where the directory may be written. The accessor is not called when the target is a
+  // symbolic link or no file URL, its directory is missing, or no lock is granted.
   virtual void coordinateReading(const URL& target, const ReadingAccessor& accessor) const;
 };
 

@@ -41,11 +41,11 @@ inline bool isScarcity(int error) {
   return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOLCK;
 }
 
-// Repeats a system call that fails for want of descriptors, memory or locks for up to half a second: a file
+// Repeats a system call that fails for want of descriptors, memory or locks for up to two seconds: a file
 // that cannot be opened for the moment must not pass for one that is not there.
 template <typename Call>
 auto retryScarce(const Call& call) {
-  constexpr int kAttempts = 50;
+  constexpr int kAttempts = 200;
   for (int attempt = 1;; ++attempt) {
     const auto result = retryInterrupted(call);
     if (result != -1 || !isScarcity(errno) || attempt == kAttempts) return result;

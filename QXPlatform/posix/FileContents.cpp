@@ -4,7 +4,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/posix/FilePath.h"
@@ -20,34 +24,57 @@ FileDescriptor open(const std::string& path, int flags) {
   return FileDescriptor(retryScarce([&] { return ::open(path.c_str(), flags | kOpenFlags, 0600); }));
 }
 
-// The file's size when it is a regular one.
-std::optional<std::size_t> regularFileSize(const FileDescriptor& file) {
+std::optional<struct stat> regularFile(const FileDescriptor& file) {
   struct stat status {};
   if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-  return static_cast<std::size_t>(status.st_size);
+  return status;
+}
+
+FileVersion versionOf(const struct stat& status) {
+  constexpr std::int64_t kNanoseconds = 1'000'000'000;
+  return {static_cast<std::uint64_t>(status.st_ino), static_cast<std::uint64_t>(status.st_size),
+          status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec};
+}
+
+// The system's own time of change is some milliseconds coarse: too coarse to tell two contents apart, the
+// second of which has got the number and size of the first.
+bool setExactTime(const FileDescriptor& file) {
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  const timespec times[] = {{0, UTIME_OMIT}, now};
+  return ::futimens(file.get(), times) == 0;
 }
 
 }  // namespace
 
-std::optional<Data> readContents(const URL& file) {
+FileVersion fileVersion(const URL& file) {
   const auto path = filePath(file);
-  if (!path) return std::nullopt;
+  struct stat status {};
+  return path && ::lstat(path->c_str(), &status) == 0 ? versionOf(status) : FileVersion();
+}
+
+Result<Data, ReadFailure> readContents(const URL& file, FileVersion* version) {
+  const auto path = filePath(file);
+  if (!path) return ReadFailure::absent;
   const FileDescriptor descriptor = open(*path, O_RDONLY);
-  if (!descriptor.valid()) return std::nullopt;
-  const auto size = regularFileSize(descriptor);
-  if (!size || *size > kMaxFileContents) return std::nullopt;
+  if (!descriptor.valid()) return errno == ENOENT ? ReadFailure::absent : ReadFailure::unreadable;
+  const auto status = regularFile(descriptor);
+  if (!status) return ReadFailure::unreadable;
+  const auto size = static_cast<std::size_t>(status->st_size);
+  if (size > kMaxFileContents) return ReadFailure::unreadable;
+  if (version != nullptr) *version = versionOf(*status);
 
   // One byte more than expected, so that the end shows without growing. The size is but a hint: it may have
   // changed since.
-  std::string bytes(*size + 1, '\0');
+  std::string bytes(size + 1, '\0');
   std::size_t count = 0;
   while (true) {
     const auto read = retryInterrupted(
         [&] { return ::read(descriptor.get(), bytes.data() + count, bytes.size() - count); });
-    if (read < 0) return std::nullopt;
+    if (read < 0) return ReadFailure::unreadable;
     count += static_cast<std::size_t>(read);
-    if (read == 0 || count == *size) break;
-    if (count > kMaxFileContents) return std::nullopt;
+    if (read == 0 || count == size) break;
+    if (count > kMaxFileContents) return ReadFailure::unreadable;
     if (count == bytes.size()) bytes.resize(std::min(2 * count, kMaxFileContents + 1));
   }
   bytes.resize(count);
@@ -59,7 +86,7 @@ bool writeContents(std::string_view bytes, const URL& file) {
   if (!path) return false;
   FileDescriptor descriptor = open(*path, O_WRONLY | O_CREAT);
   // Truncated only once it is known to be a regular file.
-  if (!descriptor.valid() || !regularFileSize(descriptor)) return false;
+  if (!descriptor.valid() || !regularFile(descriptor)) return false;
   if (::ftruncate(descriptor.get(), 0) != 0) return false;
   while (!bytes.empty()) {
     const auto written =
@@ -67,7 +94,7 @@ bool writeContents(std::string_view bytes, const URL& file) {
     if (written < 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
-  return descriptor.close();
+  return setExactTime(descriptor) && descriptor.close();
 }
 
 }  // namespace QXPlatform

@@ -12,18 +12,24 @@
 #include <utility>
 
 #include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/files/LockHolder.h"
 #include "QXPlatform/posix/FilePath.h"
+#include "QXPlatform/posix/LockWait.h"
 
-// The directory itself is what is locked: a lock file would stay behind in it, and a lock on the record would
-// be lost with each replacing. The lock belongs to the open file description, and every access opens its own,
-// so threads exclude each other as processes do; the system drops it with the process that held it.
+// Two locks, both of which the system drops with the process that held them, and which hold between threads
+// as between processes, since they belong to an open file description and every access opens its own.
+//
+// Writers exclude each other by the staging file, which each makes and locks before it reads or writes
+// anything. Readers and the replacing exclude each other by a lock on the directory itself: a lock file would
+// stay behind in it, and a lock on the record would be lost with each replacing. So readers wait for a rename
+// only, never for a disk.
 
 namespace QXPlatform {
 
 namespace {
 
-// One name serves a whole directory, since writers in it exclude each other. What bears it when a writer
-// or reader has the lock was left by one that was killed, or has no business there: it goes.
+// One name serves a whole directory. What bears it without being locked was left by a writer that was killed,
+// or has no business there: it goes.
 constexpr const char* kStagingName = ".coordinated-write";
 
 struct Target {
@@ -46,12 +52,30 @@ FileDescriptor openDirectory(const std::string& path) {
       retryScarce([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
 }
 
-// Holds the lock of a directory.
+bool isStillNamed(const FileDescriptor& directory, const FileDescriptor& stagingFile) {
+  struct stat opened {};
+  struct stat named {};
+  return ::fstat(stagingFile.get(), &opened) == 0 &&
+         ::fstatat(directory.get(), kStagingName, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+         opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+FileDescriptor openStagingFile(const FileDescriptor& directory, int flags) {
+  constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  return FileDescriptor(
+      retryScarce([&] { return ::openat(directory.get(), kStagingName, flags | kFlags, 0600); }));
+}
+
+// Holds the lock of a directory, if it is granted in time.
 class DirectoryLock {
  public:
-  DirectoryLock(const FileDescriptor& directory, int operation)
-      : directory_(directory),
-        held_(retryScarce([&] { return ::flock(directory_.get(), operation); }) == 0) {}
+  static DirectoryLock forReading(const FileDescriptor& directory, LockWait& wait) {
+    wait.holdBack(WaitingLine::directoryLock);
+    return {directory, wait.wait(wanted(directory, LOCK_SH))};
+  }
+  static DirectoryLock forReplacing(const FileDescriptor& directory, LockWait& wait) {
+    return {directory, wait.wait(WaitingLine::directoryLock, wanted(directory, LOCK_EX))};
+  }
   // Unlocks in so many words: closing would not do while a forked child has a copy of the descriptor.
   ~DirectoryLock() {
     if (held_) ::flock(directory_.get(), LOCK_UN);
@@ -62,66 +86,109 @@ class DirectoryLock {
   bool held() const { return held_; }
 
  private:
+  DirectoryLock(const FileDescriptor& directory, LockAnswer answer)
+      : directory_(directory), held_(answer == LockAnswer::granted) {}
+
+  static LockWait::Wanted wanted(const FileDescriptor& directory, int operation) {
+    return {[&directory, operation] { return tryLock(directory, operation); },
+            [&directory] { return lockHolder(directory); }};
+  }
+
   const FileDescriptor& directory_;
   const bool held_;
 };
+
+// Removes what bears the staging file's name, unless it is the file of a writer that lives: then `busy`.
+LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& path) {
+  const FileDescriptor found = openStagingFile(directory, O_RDONLY);
+  if (!found.valid() && errno == ENOENT) return LockAnswer::granted;
+  if (found.valid()) {
+    if (tryLock(found, LOCK_EX) == LockAnswer::busy) return LockAnswer::busy;
+    if (!isStillNamed(directory, found)) return LockAnswer::granted;
+  }
+  if (::unlinkat(directory.get(), kStagingName, 0) == 0) return LockAnswer::granted;
+  std::error_code error;
+  const bool removed = errno == EISDIR && std::filesystem::remove_all(path, error) > 0 && !error;
+  return removed ? LockAnswer::granted : LockAnswer::refused;
+}
+
+// The file that is about to take the target's place. As long as it lives, there is no other writer.
+class StagingFile {
+ public:
+  StagingFile(const FileDescriptor& directory, std::string path, LockWait& wait)
+      : directory_(directory), path_(std::move(path)) {
+    wait.holdBack(WaitingLine::stagingFile);
+    const auto holder = [&] { return lockHolder(openStagingFile(directory_, O_RDONLY)); };
+    answer_ = wait.wait(WaitingLine::stagingFile, {[&] { return make(); }, holder});
+  }
+  ~StagingFile() {
+    if (!made_) return;
+    if (!moved_) ::unlinkat(directory_.get(), kStagingName, 0);
+    ::flock(file_->get(), LOCK_UN);
+  }
+  StagingFile(const StagingFile&) = delete;
+  StagingFile& operator=(const StagingFile&) = delete;
+
+  bool made() const { return made_; }
+  // When it is not made: the system has no lock for it.
+  bool lockRefused() const { return answer_ == LockAnswer::refused; }
+  const std::string& path() const { return path_; }
+
+  // Its bytes must be on the disk before its name is, else a power failure could leave an empty record. The
+  // name may come later: until then the old record stays.
+  bool sync() const {
+    return retryInterrupted([&] { return ::fsync(file_->get()); }) == 0;
+  }
+
+  // REQUIRES: the directory's lock.
+  bool replace(const std::string& name) {
+    moved_ = isStillNamed(directory_, *file_) &&
+             ::renameat(directory_.get(), kStagingName, directory_.get(), name.c_str()) == 0;
+    return moved_;
+  }
+
+ private:
+  // `granted` also when there is nothing to wait for, since none can be made.
+  LockAnswer make() {
+    open();
+    if (!file_->valid() && errno == EEXIST) {
+      const auto removed = removeLeftover(directory_, path_);
+      if (removed != LockAnswer::granted) return removed == LockAnswer::busy ? removed : LockAnswer::granted;
+      open();
+    }
+    if (!file_->valid()) return errno == EEXIST ? LockAnswer::busy : LockAnswer::granted;
+    const auto answer = tryLock(*file_, LOCK_EX);
+    if (answer == LockAnswer::refused) ::unlinkat(directory_.get(), kStagingName, 0);
+    if (answer != LockAnswer::granted) return answer;
+    // Before it was locked, another may have taken it for left behind.
+    if (!isStillNamed(directory_, *file_)) return LockAnswer::busy;
+    // The creation mask may have taken bits away.
+    made_ = ::fchmod(file_->get(), 0600) == 0;
+    return answer;
+  }
+  void open() { file_.emplace(openStagingFile(directory_, O_WRONLY | O_CREAT | O_EXCL)); }
+
+  const FileDescriptor& directory_;
+  const std::string path_;
+  std::optional<FileDescriptor> file_;
+  LockAnswer answer_;
+  bool made_ = false;
+  bool moved_ = false;
+};
+
+// A symbolic link is not followed. What this user may not write, a rename would take away from its owner.
+bool mayBeReplaced(const FileDescriptor& directory, const std::string& name) {
+  struct stat status {};
+  if (::fstatat(directory.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return errno == ENOENT;
+  if (S_ISLNK(status.st_mode)) return false;
+  return !S_ISREG(status.st_mode) || ::faccessat(directory.get(), name.c_str(), W_OK, AT_EACCESS) == 0;
+}
 
 bool isSymbolicLink(const FileDescriptor& directory, const std::string& name) {
   struct stat status {};
   return ::fstatat(directory.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
          S_ISLNK(status.st_mode);
 }
-
-// The file that is about to take the target's place. REQUIRES: the directory's lock, for this object's life.
-class StagingFile {
- public:
-  StagingFile(const FileDescriptor& directory, std::string path)
-      : directory_(directory), path_(std::move(path)) {
-    remove();
-    const FileDescriptor file = open(O_CREAT | O_EXCL);
-    // The creation mask may have taken bits away.
-    made_ = file.valid() && ::fchmod(file.get(), 0600) == 0;
-  }
-  ~StagingFile() {
-    if (!moved_) remove();
-  }
-  StagingFile(const StagingFile&) = delete;
-  StagingFile& operator=(const StagingFile&) = delete;
-
-  bool made() const { return made_; }
-  const std::string& path() const { return path_; }
-
-  bool replace(const std::string& name) {
-    // Its bytes must be on the disk before its name is, else a power failure could leave an empty record.
-    if (!synced() || ::renameat(directory_.get(), kStagingName, directory_.get(), name.c_str()) != 0) {
-      return false;
-    }
-    moved_ = true;
-    return retryInterrupted([&] { return ::fsync(directory_.get()); }) == 0;
-  }
-
- private:
-  FileDescriptor open(int flags) const {
-    constexpr int kFlags = O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    return FileDescriptor(
-        retryScarce([&] { return ::openat(directory_.get(), kStagingName, flags | kFlags, 0600); }));
-  }
-  // Opened again by name, since the accessor may have put another file there.
-  bool synced() const {
-    const FileDescriptor file = open(0);
-    return file.valid() && retryInterrupted([&] { return ::fsync(file.get()); }) == 0;
-  }
-  void remove() const {
-    if (::unlinkat(directory_.get(), kStagingName, 0) == 0 || errno != EISDIR) return;
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-
-  const FileDescriptor& directory_;
-  const std::string path_;
-  bool made_ = false;
-  bool moved_ = false;
-};
 
 }  // namespace
 
@@ -131,14 +198,13 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(
   if (!file) return Outcome::failed;
   const FileDescriptor directory = openDirectory(file->directory);
   if (!directory.valid()) return Outcome::failed;
-  const DirectoryLock lock(directory, LOCK_EX);
-  if (!lock.held()) return Outcome::calledOff;
-
-  if (isSymbolicLink(directory, file->name)) return Outcome::failed;
-  StagingFile staging(directory, file->directory + kStagingName);
-  if (!staging.made()) return Outcome::failed;
-  if (!accessor(URL::file(staging.path()))) return Outcome::failed;
-  return staging.replace(file->name) ? Outcome::replaced : Outcome::failed;
+  LockWait wait(file->directory, directory);
+  StagingFile staging(directory, file->directory + kStagingName, wait);
+  if (!staging.made()) return staging.lockRefused() ? Outcome::calledOff : Outcome::failed;
+  if (!mayBeReplaced(directory, file->name)) return Outcome::failed;
+  if (!accessor(URL::file(staging.path())) || !staging.sync()) return Outcome::failed;
+  const auto lock = DirectoryLock::forReplacing(directory, wait);
+  return lock.held() && staging.replace(file->name) ? Outcome::replaced : Outcome::failed;
 }
 
 void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor& accessor) const {
@@ -146,10 +212,10 @@ void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor
   if (!file) return;
   const FileDescriptor directory = openDirectory(file->directory);
   if (!directory.valid()) return;
-  const DirectoryLock lock(directory, LOCK_SH);
+  LockWait wait(file->directory, directory);
+  const auto lock = DirectoryLock::forReading(directory, wait);
   if (!lock.held()) return;
-  // Nobody is writing: a staging file is what a killed writer has left.
-  ::unlinkat(directory.get(), kStagingName, 0);
+  removeLeftover(directory, file->directory + kStagingName);
   if (!isSymbolicLink(directory, file->name)) accessor(target);
 }
 

@@ -32,6 +32,8 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
+  pid_t id() const { return process_; }
+
   // Stops it at once, as the system does with an extension that takes too long.
   void kill() {
     if (status_) return;

@@ -80,7 +80,7 @@ TEST_F(FileContents, WaitsOutAPassingWantOfDescriptors) {
     ::setrlimit(RLIMIT_NOFILE, &usual);
   });
   std::optional<Data> read;
-  FileCoordinator().coordinateReading(file("record"), [&](const URL& url) { read = readContents(url); });
+  FileCoordinator().coordinateReading(file("record"), [&](const URL& url) { read = *readContents(url); });
   relief.join();
   EXPECT_EQ(read, Data("x"));
 }

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -13,6 +14,8 @@
 
 #include "QXPlatform/files/FileContents.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/RecordingLogSink.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace QXPlatform {
@@ -161,26 +164,92 @@ TEST_F(FileCoordinatorTest, HoldsWritersOffWhileAProcessReads) {
   EXPECT_EQ(read("record"), "new");
 }
 
-TEST_F(FileCoordinatorTest, HoldsReadersAndWritersOffWhileAThreadWrites) {
+TEST_F(FileCoordinatorTest, HoldsWritersOffWhileAThreadWritesButNoReaders) {
+  ASSERT_EQ(replace("record", "old"), Outcome::replaced);
   std::atomic<bool> written = false;
   support::Signal writing;
+  support::Signal enough;
   std::thread writer([&] {
-    coordinator_.coordinateWritingForReplacing(url("record"), [&](const URL& file) {
-      writing.send();
-      std::this_thread::sleep_for(50ms);
-      written = true;
-      return writeContents("new", file);
-    });
+    EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"),
+                                                         [&](const URL& file) {
+                                                           writing.send();
+                                                           EXPECT_TRUE(enough.await());
+                                                           written = true;
+                                                           return writeContents("new", file);
+                                                         }),
+              Outcome::replaced);
   });
   EXPECT_TRUE(writing.await());
+  EXPECT_EQ(read("record"), "old");
   std::thread otherWriter([&] {
     EXPECT_EQ(replace("other", "x"), Outcome::replaced);
     EXPECT_TRUE(written);
   });
-  EXPECT_EQ(read("record"), "new");
-  EXPECT_TRUE(written);
+  std::this_thread::sleep_for(50ms);
+  enough.send();
   writer.join();
   otherWriter.join();
+  EXPECT_EQ(read("record"), "new");
+}
+
+TEST_F(FileCoordinatorTest, LetsAWriterInAmongReadersAndWritersThatNeverStop) {
+  ASSERT_EQ(replace("record", "old"), Outcome::replaced);
+  std::vector<std::unique_ptr<support::ChildProcess>> others;
+  for (int number = 0; number < 8; ++number) {
+    others.push_back(std::make_unique<support::ChildProcess>([&] {
+      while (true) number < 7 ? void(read("record")) : void(replace("other", "x"));
+    }));
+  }
+  const auto start = std::chrono::steady_clock::now();
+  for (int round = 0; round < 20; ++round) EXPECT_EQ(replace("record", "new"), Outcome::replaced);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+}
+
+TEST_F(FileCoordinatorTest, WaitsFiveSecondsForALockThatIsHeldForEverAndNamesItsHolder) {
+  ASSERT_EQ(replace("record", "old"), Outcome::replaced);
+  for (const bool reads : {true, false}) {
+    support::Signal holding;
+    support::ChildProcess holder([&] {
+      const auto hold = [&] {
+        holding.send();
+        std::this_thread::sleep_for(60s);
+        return false;
+      };
+      if (reads) coordinator_.coordinateReading(url("record"), [&](const URL&) { hold(); });
+      coordinator_.coordinateWritingForReplacing(url("record"), [&](const URL&) { return hold(); });
+    });
+    ASSERT_TRUE(holding.await());
+    const support::ScopedLogRecorder log;
+    support::InstalledManualClock clock;
+    std::atomic<bool> ended = false;
+    std::thread writer([&] {
+      EXPECT_EQ(replace("record", "new"), Outcome::failed);
+      EXPECT_EQ(replace("record", "new"), Outcome::failed) << "without waiting again";
+      ended = true;
+    });
+    // The first second may pass before the writer has come to the lock.
+    const auto seconds = clock.secondsUntil([&] { return ended.load(); }, 5);
+    EXPECT_TRUE(seconds == 5 || seconds == 6) << seconds.value_or(0);
+    writer.join();
+    EXPECT_EQ(log->entries().size(), 1U);
+    EXPECT_TRUE(log->mentions("by process " + std::to_string(holder.id()) + " ("));
+    EXPECT_EQ(read("record"), "old");
+    holder.kill();
+    EXPECT_EQ(replace("record", "old"), Outcome::replaced);
+  }
+}
+
+TEST_F(FileCoordinatorTest, LeavesAFileAloneThatThisUserMayNotWrite) {
+  std::filesystem::permissions(directory_.path(), std::filesystem::perms::all);
+  support::ChildProcess stranger([&] {
+    constexpr uid_t kNobody = 65534;
+    ASSERT_TRUE(::geteuid() != 0 || ::seteuid(kNobody) == 0);
+    directory_.write("record", "old");
+    ::chmod(path("record").c_str(), 0400);
+    EXPECT_EQ(replace("record", "new"), Outcome::failed);
+    EXPECT_EQ(read("record"), "old");
+  });
+  EXPECT_TRUE(stranger.succeeds());
 }
 
 }  // namespace

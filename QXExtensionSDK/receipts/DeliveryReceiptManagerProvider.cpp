@@ -22,11 +22,11 @@ constexpr auto kTimeoutIntervalForRequest = std::chrono::seconds(20);
 
 std::shared_ptr<DeliveryReceiptRepository> makeRepository(ExtensionModuleName module,
                                                           const std::string& appId) {
-  const auto file = ReceiptFile::shared(module, appId);
+  const auto run = std::make_shared<ReceiptRun>(module, appId);
   return std::make_shared<DeliveryReceiptRepositoryManager>(
       std::make_unique<DeliveryReceiptsPNStore>(
-          std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(module, appId), file),
-      file);
+          std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(module, appId), run),
+      run);
 }
 
 template <typename Response>

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
+#include <unordered_set>
 #include <utility>
 
 #include "QXExtensionSDK/payload/JSONParser.h"
@@ -16,13 +18,8 @@ using AppGroupSDK::DeliveryReceiptPNModel;
 using AppGroupSDK::PNStatus;
 
 DeliveryReceiptRepositoryManager::DeliveryReceiptRepositoryManager(
-    std::unique_ptr<DeliveryReceiptStoring> storing, std::shared_ptr<ReceiptFile> file)
-    : storing_(std::move(storing)), file_(std::move(file)) {}
-
-DeliveryReceiptRepositoryManager::~DeliveryReceiptRepositoryManager() {
-  const std::lock_guard lock(file_->mutex);
-  file_->releaseAll(this);
-}
+    std::unique_ptr<DeliveryReceiptStoring> storing, std::shared_ptr<ReceiptRun> run)
+    : storing_(std::move(storing)), run_(std::move(run)) {}
 
 DataStoreStatus DeliveryReceiptRepositoryManager::storeReceipt(
     std::string_view messageId, const std::optional<std::string>& requestId, std::string_view messageType,
@@ -36,15 +33,17 @@ DataStoreStatus DeliveryReceiptRepositoryManager::storeReceipt(
 }
 
 std::optional<Receipts> DeliveryReceiptRepositoryManager::fetchPendingReceipts() {
-  const std::lock_guard lock(file_->mutex);
-  file_->releaseAll(this);
+  run_->releaseAll();
   Receipts candidates = storing_->fetchReceipts(PNStatus::failed).value_or(Receipts());
   if (auto pending = storing_->fetchReceipts(PNStatus::pending)) {
     std::ranges::move(*pending, std::back_inserter(candidates));
   }
   Receipts batch;
+  // Another writer may have put a receipt into the file twice.
+  std::unordered_set<std::string> taken;
   while (!candidates.empty() && batch.size() < maxReceiptsPerRequest) {
-    if (file_->claim(candidates.back().uuid(), this)) batch.push_back(std::move(candidates.back()));
+    const std::string& uuid = candidates.back().uuid();
+    if (taken.insert(uuid).second && run_->claim(uuid)) batch.push_back(std::move(candidates.back()));
     candidates.pop_back();
   }
   if (batch.empty()) return std::nullopt;
@@ -54,13 +53,7 @@ std::optional<Receipts> DeliveryReceiptRepositoryManager::fetchPendingReceipts()
 
 void DeliveryReceiptRepositoryManager::handleSendResult(bool succeeded, const Receipts& receipts,
                                                         const ReceiptCompletion& completion) {
-  record(succeeded, receipts);
-  completion(succeeded);
-}
-
-void DeliveryReceiptRepositoryManager::record(bool succeeded, const Receipts& receipts) {
   const Logger& logger = Logger::service();
-  const std::lock_guard lock(file_->mutex);
   if (succeeded) {
     storing_->removeReceipts(receipts);
     logger.debug(LogCategory::deliveryReceipt, "DeliveryReceipts ", ReceiptListText{receipts}, " sent");
@@ -69,7 +62,8 @@ void DeliveryReceiptRepositoryManager::record(bool succeeded, const Receipts& re
     logger.debug(LogCategory::deliveryReceipt, "DeliveryReceipts ", ReceiptListText{receipts},
                  " marked failed with result: ", result.value_or(DataStoreStatus::noData));
   }
-  file_->releaseAll(this);
+  run_->releaseAll();
+  completion(succeeded);
 }
 
 }  // namespace QXExtensionSDK

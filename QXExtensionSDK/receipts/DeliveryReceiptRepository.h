@@ -12,8 +12,7 @@
 
 namespace QXExtensionSDK {
 
-// The most receipts that one module keeps on disk, and that one request carries.
-inline constexpr std::size_t maxStoredReceipts = 300;
+// The most receipts that one request carries.
 inline constexpr std::size_t maxReceiptsPerRequest = 150;
 
 // Makes receipts, chooses which to send, and records what became of them, for one messaging module. Calls on
@@ -33,16 +32,13 @@ class DeliveryReceiptRepository {
                                 const ReceiptCompletion& completion) = 0;
 };
 
-// The repository over a receipt list. What it hands out to be sent stays its own until the outcome is known
-// or it goes.
+// The repository over a receipt list. What it hands out to be sent stays its run's own until the outcome is
+// known or the run ends.
 class DeliveryReceiptRepositoryManager final : public DeliveryReceiptRepository {
  public:
-  // `file`: that of the list.
+  // `run`: that of the list.
   DeliveryReceiptRepositoryManager(std::unique_ptr<DeliveryReceiptStoring> storing,
-                                   std::shared_ptr<ReceiptFile> file);
-  ~DeliveryReceiptRepositoryManager() override;
-  DeliveryReceiptRepositoryManager(const DeliveryReceiptRepositoryManager&) = delete;
-  DeliveryReceiptRepositoryManager& operator=(const DeliveryReceiptRepositoryManager&) = delete;
+                                   std::shared_ptr<ReceiptRun> run);
 
   AppGroupSDK::DataStoreStatus storeReceipt(
       std::string_view messageId, const std::optional<std::string>& requestId, std::string_view messageType,
@@ -52,10 +48,8 @@ class DeliveryReceiptRepositoryManager final : public DeliveryReceiptRepository 
                         const ReceiptCompletion& completion) override;
 
  private:
-  void record(bool succeeded, const Receipts& receipts);
-
   const std::unique_ptr<DeliveryReceiptStoring> storing_;
-  const std::shared_ptr<ReceiptFile> file_;
+  const std::shared_ptr<ReceiptRun> run_;
 };
 
 }  // namespace QXExtensionSDK

@@ -31,6 +31,11 @@ void log(const Pieces&... pieces) {
   Logger::service().debug(LogCategory::deliveryReceipt, pieces...);
 }
 
+template <typename... Pieces>
+void logError(const Pieces&... pieces) {
+  Logger::service().error(LogCategory::deliveryReceipt, pieces...);
+}
+
 std::unordered_set<std::string_view> uniqueIds(const Receipts& receipts) {
   std::unordered_set<std::string_view> ids;
   for (const auto& receipt : receipts) {
@@ -92,78 +97,83 @@ Receipts newestThatFit(std::span<const DeliveryReceiptPNModel> receipts) {
 
 DeliveryReceiptsPNStore::DeliveryReceiptsPNStore(
     std::unique_ptr<const AppGroupSDK::DeliveryReceiptsModelStoreProtocol> store,
-    std::shared_ptr<ReceiptFile> file)
-    : store_(std::move(store)), file_(std::move(file)) {}
+    std::shared_ptr<ReceiptRun> run)
+    : store_(std::move(store)), run_(std::move(run)) {}
 
 const Receipts& DeliveryReceiptsPNStore::load() {
-  if (writesSeen_ != file_->writes || storedReceipts_.empty()) reload();
+  if (storedReceipts_.empty()) {
+    if (auto model = store_->fetchModuleScopedModelData().value()) adopt(std::move(*model).pnData());
+  }
   if (storedReceipts_.empty()) log("No DeliveryReceipts in store");
   return storedReceipts_;
 }
 
-void DeliveryReceiptsPNStore::reload() {
-  writesSeen_ = file_->writes;
-  const auto isAcknowledged = [this](const auto& receipt) {
-    return file_->acknowledged.contains(receipt.uuid());
-  };
-  auto fetched = store_->fetchModuleScopedModelData();
-  if (!fetched.value()) {
-    // What was read before is all there is to go by.
-    std::erase_if(storedReceipts_, isAcknowledged);
-    return;
-  }
-  Receipts before = std::exchange(storedReceipts_, std::move(fetched).value()->pnData());
-  std::erase_if(storedReceipts_, isAcknowledged);
-  for (auto& receipt : before) {
-    const std::string& id = receipt.uuid();
-    const bool isMissing =
-        ownIds_.contains(id) && !isAcknowledged(receipt) &&
-        std::ranges::find(storedReceipts_, id, &DeliveryReceiptPNModel::uuid) == storedReceipts_.end();
-    if (isMissing) storedReceipts_.push_back(std::move(receipt));
-  }
+void DeliveryReceiptsPNStore::adopt(Receipts inFile) {
+  const std::size_t surplus = inFile.size() - std::min(inFile.size(), maxStoredReceipts);
+  inFile.erase(inFile.begin(), inFile.begin() + static_cast<std::ptrdiff_t>(surplus));
+  const Receipts before = std::exchange(storedReceipts_, std::move(inFile));
+  std::ranges::copy_if(before, std::back_inserter(storedReceipts_),
+                       [this](const auto& receipt) { return unsaved_.contains(receipt.uuid()); });
+  std::erase_if(storedReceipts_, [this](const auto& receipt) {
+    if (!run_->isAcknowledged(receipt.uuid())) return false;
+    acknowledged_.push_back(receipt.uuid());
+    return true;
+  });
 }
 
-DataStoreStatus DeliveryReceiptsPNStore::save(const DeliveryReceiptsModel& model) {
-  writesSeen_ = ++file_->writes;
-  return store_->saveModuleScopedModelData(model);
+DataStoreStatus DeliveryReceiptsPNStore::save(const Change& change) {
+  bool isChanged = false;
+  bool isWhole = false;
+  std::size_t dropped = 0;
+  std::optional<std::string> setAsideAs;
+  DeliveryReceiptsModel written{Receipts()};
+  const auto status = store_->updateModuleScopedModelData(
+      version_, [&](std::optional<AppGroupSDK::StoredRecord<DeliveryReceiptsModel>> found) -> const auto& {
+        if (found) {
+          setAsideAs = std::move(found->setAsideAs);
+          adopt(found->value ? std::move(*found->value).pnData() : Receipts());
+        }
+        isChanged = true;
+        const std::size_t wanted = change();
+        const std::size_t count = std::min(wanted, storedReceipts_.size());
+        const auto newest = std::span(std::as_const(storedReceipts_)).last(count);
+        isWhole = count == storedReceipts_.size() && surelyFit(newest);
+        written.setPnData(isWhole ? std::move(storedReceipts_) : newestThatFit(newest));
+        dropped = count - written.pnData().size();
+        return written;
+      });
+  if (isWhole) storedReceipts_ = std::move(written).pnData();
+  if (!isChanged) change();
+  if (status == DataStoreStatus::success) noteSaved();
+  if (setAsideAs) logError("DeliveryReceipts that cannot be read are kept in ", *setAsideAs);
+  if (dropped > 0) logError("DeliveryReceipts dropped for want of room: ", dropped);
+  return status;
 }
 
-DataStoreStatus DeliveryReceiptsPNStore::saveAll() {
-  return saveNewest(storedReceipts_.size());
-}
-
-DataStoreStatus DeliveryReceiptsPNStore::saveNewest(std::size_t count) {
-  const std::span newest = std::span(storedReceipts_).last(std::min(count, storedReceipts_.size()));
-  if (newest.size() == storedReceipts_.size() && surelyFit(newest)) {
-    DeliveryReceiptsModel model(std::move(storedReceipts_));
-    const auto result = save(model);
-    storedReceipts_ = std::move(model).pnData();
-    return result;
-  }
-  Receipts fitting = newestThatFit(newest);
-  const std::size_t dropped = newest.size() - fitting.size();
-  if (dropped > 0) {
-    Logger::service().error(LogCategory::deliveryReceipt,
-                            "DeliveryReceipts dropped for want of room: ", dropped);
-  }
-  return save(DeliveryReceiptsModel(std::move(fitting)));
+void DeliveryReceiptsPNStore::noteSaved() {
+  unsaved_.clear();
+  run_->removed(acknowledged_);
+  acknowledged_.clear();
 }
 
 std::optional<Receipts> DeliveryReceiptsPNStore::fetchAllReceipts() {
-  const std::lock_guard lock(file_->mutex);
   const Receipts& stored = load();
   return stored.empty() ? std::nullopt : std::optional(stored);
 }
 
 DataStoreStatus DeliveryReceiptsPNStore::storeReceipts(const Receipts& receipts, std::size_t maxCount) {
-  const std::lock_guard lock(file_->mutex);
-  const std::size_t storedCount = load().size();
-  // Storing nothing carries nothing over.
-  const std::size_t carriedOver = receipts.empty() ? 0 : storedCount;
+  std::size_t storedCount = 0;
+  std::size_t carriedOver = 0;
+  const auto saved = save([&] {
+    storedCount = storedReceipts_.size();
+    // Storing nothing carries nothing over.
+    carriedOver = receipts.empty() ? 0 : storedCount;
+    storedReceipts_.insert(storedReceipts_.end(), receipts.begin(), receipts.end());
+    for (const auto& receipt : receipts) unsaved_.insert(receipt.uuid());
+    return std::min(carriedOver + receipts.size(), maxCount);
+  });
+  if (storedCount == 0) log("No DeliveryReceipts in store");
   log("All receipts count before storing any new receipt is ", carriedOver);
-  storedReceipts_.insert(storedReceipts_.end(), receipts.begin(), receipts.end());
-  for (const auto& receipt : receipts) ownIds_.insert(receipt.uuid());
-  const auto saved = saveNewest(std::min(carriedOver + receipts.size(), maxCount));
   const bool isWhole = surelyFit(receipts) || std::ranges::all_of(receipts, fitsAlone);
   const auto result = isWhole ? saved : DataStoreStatus::writeFailed;
   log("DeliveryReceipts ", ReceiptListText{receipts}, " saved with result: ", result);
@@ -171,7 +181,6 @@ DataStoreStatus DeliveryReceiptsPNStore::storeReceipts(const Receipts& receipts,
 }
 
 std::optional<Receipts> DeliveryReceiptsPNStore::fetchReceipts(PNStatus status) {
-  const std::lock_guard lock(file_->mutex);
   const Receipts& stored = load();
   if (stored.empty()) return std::nullopt;
   Receipts kept;
@@ -183,28 +192,31 @@ std::optional<Receipts> DeliveryReceiptsPNStore::fetchReceipts(PNStatus status) 
 
 std::optional<DataStoreStatus> DeliveryReceiptsPNStore::updateStatus(const Receipts& receipts,
                                                                      PNStatus status) {
-  const std::lock_guard lock(file_->mutex);
   if (load().empty()) {
     log("No DeliveryReceipts to update status: ", rawValue(status));
     return std::nullopt;
   }
   const auto ids = uniqueIds(receipts);
-  for (auto& stored : storedReceipts_) {
-    if (ids.contains(stored.uuid())) stored.setStatus(status);
-  }
-  const auto result = saveAll();
+  const auto result = save([&] {
+    for (auto& stored : storedReceipts_) {
+      if (ids.contains(stored.uuid())) stored.setStatus(status);
+    }
+    return storedReceipts_.size();
+  });
   log("DeliveryReceipts ", ReceiptListText{receipts}, " updated status: ", rawValue(status),
       " with result: ", result);
   return result;
 }
 
 void DeliveryReceiptsPNStore::removeReceipts(const Receipts& receipts) {
-  const std::lock_guard lock(file_->mutex);
   if (load().empty()) return log("No DeliveryReceipts to remove");
   const auto ids = uniqueIds(receipts);
-  std::erase_if(storedReceipts_, [&ids](const auto& stored) { return ids.contains(stored.uuid()); });
-  for (const auto& receipt : receipts) file_->acknowledged.insert(receipt.uuid());
-  const auto result = saveAll();
+  for (const auto& receipt : receipts) acknowledged_.push_back(receipt.uuid());
+  run_->acknowledge(acknowledged_);
+  const auto result = save([&] {
+    std::erase_if(storedReceipts_, [&ids](const auto& stored) { return ids.contains(stored.uuid()); });
+    return storedReceipts_.size();
+  });
   log("DeliveryReceipts ", ReceiptListText{receipts}, " saved with result: ", result);
 }
 

@@ -1,18 +1,21 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "AppGroupSDK/records/DeliveryReceiptsModelStore.h"
-#include "QXExtensionSDK/receipts/ReceiptFile.h"
 #include "QXExtensionSDK/receipts/ReceiptListText.h"
+#include "QXExtensionSDK/receipts/ReceiptRun.h"
 
 namespace QXExtensionSDK {
 
+// The most receipts that one module keeps on disk.
+inline constexpr std::size_t maxStoredReceipts = 300;
 // The room of one module's list on disk. Read, parsed and taken apart it needs several times as much.
 inline constexpr std::size_t kMaxReceiptListBytes = std::size_t{2} << 20;
 // The room of one receipt in it. A push has 4 KB; one that is made to swell must not push out all others.
@@ -37,17 +40,17 @@ class DeliveryReceiptStoring {
 };
 
 // The receipt list of one module, in the module-scoped record of the shared container. What has been read or
-// stored is kept in memory, untrimmed, and is what later calls go by; the file is read again only while the
-// list is empty, and after another run of this process has written it. What this run itself has stored
-// outlives such a reading even if the file does not have it, its save having failed.
+// stored is kept in memory, untrimmed, and is what later calls go by. Every change is made to what the file
+// holds at that moment: the file is read again when it is no longer what this run has read or written last.
+// What this run could not save stays in memory beside it; what a back end has acknowledged does not.
 //
-// No more than kMaxReceiptListBytes are written: beyond, the oldest receipts are left out, as beyond the
-// count. A receipt over kMaxReceiptBytes is never written, and pushes no other out.
+// Of more than maxStoredReceipts the newest are read. No more than kMaxReceiptListBytes are written: beyond,
+// the oldest receipts are left out. A receipt over kMaxReceiptBytes is never written, and pushes no other
+// out.
 class DeliveryReceiptsPNStore final : public DeliveryReceiptStoring {
  public:
-  // `file`: that of the record behind `store`.
   DeliveryReceiptsPNStore(std::unique_ptr<const AppGroupSDK::DeliveryReceiptsModelStoreProtocol> store,
-                          std::shared_ptr<ReceiptFile> file);
+                          std::shared_ptr<ReceiptRun> run);
 
   std::optional<Receipts> fetchAllReceipts() override;
   AppGroupSDK::DataStoreStatus storeReceipts(const Receipts& receipts, std::size_t maxCount) override;
@@ -57,18 +60,20 @@ class DeliveryReceiptsPNStore final : public DeliveryReceiptStoring {
   void removeReceipts(const Receipts& receipts) override;
 
  private:
-  // With the file's mutex held.
+  // Changes the list and gives how many of its newest receipts are to be written.
+  using Change = std::function<std::size_t()>;
+
   const Receipts& load();
-  AppGroupSDK::DataStoreStatus save(const AppGroupSDK::DeliveryReceiptsModel& model);
-  AppGroupSDK::DataStoreStatus saveAll();
-  AppGroupSDK::DataStoreStatus saveNewest(std::size_t count);
-  void reload();
+  void adopt(Receipts inFile);
+  AppGroupSDK::DataStoreStatus save(const Change& change);
+  void noteSaved();
 
   const std::unique_ptr<const AppGroupSDK::DeliveryReceiptsModelStoreProtocol> store_;
-  const std::shared_ptr<ReceiptFile> file_;
+  const std::shared_ptr<ReceiptRun> run_;
   Receipts storedReceipts_;
-  std::unordered_set<std::string> ownIds_;  // of the receipts that this run has stored
-  std::uint64_t writesSeen_ = 0;
+  std::unordered_set<std::string> unsaved_;         // those of storedReceipts_ that no save has written
+  std::vector<std::string> acknowledged_;           // those that the next save is the first to leave out
+  std::optional<QXPlatform::FileVersion> version_;  // of the file, when it was last read or written
 };
 
 }  // namespace QXExtensionSDK

@@ -32,10 +32,9 @@ bool ReceiptManager::storeReceipt(const DeliveryReceiptData& data) {
 
 std::optional<Receipts> ReceiptManager::pendingReceipts() {
   auto receipts = repositoryManager_->fetchPendingReceipts();
-  if (!receipts) {
-    Logger::service().debug(LogCategory::deliveryReceipt, "No pending receipts to send for ", shortName_);
-  }
-  return receipts;
+  if (receipts && !receipts->empty()) return receipts;
+  Logger::service().debug(LogCategory::deliveryReceipt, "No pending receipts to send for ", shortName_);
+  return std::nullopt;
 }
 
 void ReceiptManager::sendReceipts(ReceiptCompletion completion) {

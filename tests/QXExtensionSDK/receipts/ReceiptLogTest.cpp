@@ -294,11 +294,11 @@ TEST(ReceiptLogTest, ManagersWithNothingToSendOrNoApplicationIdSendNothing) {
     void send(const ServiceProtocol&, ReceiptCompletion) const override { ADD_FAILURE() << "sent"; }
   };
   const auto repository = [](ExtensionModuleName module) {
-    const auto file = ReceiptFile::shared(module, appIdOf(module));
+    const auto run = std::make_shared<ReceiptRun>(module, appIdOf(module));
     return std::make_shared<DeliveryReceiptRepositoryManager>(
         std::make_unique<DeliveryReceiptsPNStore>(
-            std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(module, appIdOf(module)), file),
-        file);
+            std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(module, appIdOf(module)), run),
+        run);
   };
   Logger::setGlobalLoglevel(0);
   const ReceiptHost host("http://127.0.0.1:1");

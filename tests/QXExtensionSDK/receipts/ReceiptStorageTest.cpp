@@ -20,16 +20,19 @@ class ReceiptStorageTest : public testing::Test {
  protected:
   ReceiptStorageTest() { Logger::setGlobalLoglevel(0); }
 
-  std::unique_ptr<DeliveryReceiptsPNStore> makeStore() const {
+  static std::shared_ptr<ReceiptRun> makeRun() { return std::make_shared<ReceiptRun>(kQXE, appIdOf(kQXE)); }
+  static std::unique_ptr<DeliveryReceiptsPNStore> makeStore(std::shared_ptr<ReceiptRun> run = makeRun()) {
     return std::make_unique<DeliveryReceiptsPNStore>(
-        std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(kQXE, appIdOf(kQXE)), file_);
+        std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(kQXE, appIdOf(kQXE)), std::move(run));
   }
-  DeliveryReceiptRepositoryManager makeRepository() const { return {makeStore(), file_}; }
+  static DeliveryReceiptRepositoryManager makeRepository() {
+    const auto run = makeRun();
+    return {makeStore(run), run};
+  }
   static Receipts onDisk() { return ReceiptHost::stored(kQXE); }
   static void put(Receipts list) { ReceiptHost::put(kQXE, std::move(list)); }
 
   const ReceiptHost host_{"https://example.com"};
-  const std::shared_ptr<ReceiptFile> file_ = ReceiptFile::shared(kQXE, appIdOf(kQXE));
   support::ScopedLogRecorder log_;
 };
 
@@ -252,8 +255,10 @@ TEST_F(ReceiptStorageTest, WhatIsAcknowledgedIsNotSentAgainWhenItsRemovalCouldNo
 }
 
 TEST_F(ReceiptStorageTest, OneFileIsOneWhateverBlanksSurroundTheApplicationId) {
-  EXPECT_EQ(ReceiptFile::shared(kQXE, " " + appIdOf(kQXE) + "\n"), file_);
-  EXPECT_NE(ReceiptFile::shared(kMAM, appIdOf(kQXE)), file_);
+  ReceiptRun run(kQXE, " " + appIdOf(kQXE) + "\n");
+  EXPECT_TRUE(run.claim("uuid"));
+  EXPECT_FALSE(makeRun()->claim("uuid"));
+  EXPECT_TRUE(ReceiptRun(kMAM, appIdOf(kQXE)).claim("uuid"));
 }
 
 }  // namespace

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "AppGroupSDK/ExtensionModuleName.h"
+
+namespace QXExtensionSDK {
+
+inline constexpr std::chrono::seconds kClaimLifetime{22};
+
+// The life of a receipt, as far as this process has a part in it:
+//
+//   stored        in the module's file, pending                      DeliveryReceiptsPNStore
+//   claimed       by the run that sends it: no other run of this     ReceiptRun::claim
+//                 process does meanwhile
+//   acknowledged  by the back end: no run claims it any more         ReceiptRun::acknowledge
+//   removed       from the file, by the same or a later save         ReceiptRun::removed
+//   given back    when its request failed, as failed                 ReceiptRun::releaseAll
+//
+// A run is what one push does with one module's receipts. The runs at work on one file keep a ledger of what
+// is claimed and acknowledged; the receipts themselves they share through the file alone. Any thread.
+class ReceiptRun {
+ public:
+  ReceiptRun(AppGroupSDK::ExtensionModuleName module, std::string_view appId);
+  // Gives back what it has claimed.
+  ~ReceiptRun();
+  ReceiptRun(const ReceiptRun&) = delete;
+  ReceiptRun& operator=(const ReceiptRun&) = delete;
+
+  // False when it is acknowledged, or when another run has been sending it for less than kClaimLifetime. By
+  // then that run has given its push back, whatever its back end still does.
+  bool claim(const std::string& uuid);
+  void releaseAll();
+
+  void acknowledge(std::span<const std::string> uuids);
+  bool isAcknowledged(const std::string& uuid) const;
+  // The file is known to be without them. Their entries stay for the runs that have read it before.
+  void removed(std::span<const std::string> uuids);
+
+ private:
+  struct Ledger;
+
+  const std::shared_ptr<Ledger> ledger_;
+  std::uint64_t number_;  // in the order of their beginning
+};
+
+}  // namespace QXExtensionSDK

@@ -1,21 +1,28 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "QXPlatform/foundation/FatalError.h"
-#include "QXPlatform/images/ImageBytes.h"
+#include "QXPlatform/images/ImageDecoder.h"
 
-// What tells whole images from cut ones, and what they cost, reads bytes that a server chose; neither changes
-// with what follows a whole image.
+// Every decoder reads bytes that a server chose. What comes of them fits its place and is whole, and colours
+// are no stronger than alpha allows; and whether an image is shown does not depend on the place.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  std::string image(reinterpret_cast<const char*>(data), size);
-  const auto format = QXPlatform::imageFormatOf(image);
-  const bool affordable = QXPlatform::isImageAffordable(image, format);
-  if (!QXPlatform::isImageComplete(image, format)) return 0;
-  image += '\xFF';
-  if (QXPlatform::imageFormatOf(image) != format || !QXPlatform::isImageComplete(image, format) ||
-      QXPlatform::isImageAffordable(image, format) != affordable) {
-    QXPlatform::fatalError("Followed by another byte, the image is another");
+  constexpr QXPlatform::PixelSize kPlace{32, 18};
+  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  const auto bitmap = QXPlatform::decodeImage(bytes, kPlace);
+  if (bitmap.has_value() != QXPlatform::decodeImage(bytes, {9, 16}).has_value()) {
+    QXPlatform::fatalError("The image is shown at one size only");
+  }
+  if (!bitmap) return 0;
+  const auto [width, height] = bitmap->size;
+  const bool fits = width > 0 && height > 0 && width <= kPlace.width && height <= kPlace.height &&
+                    bitmap->pixels.size() == static_cast<std::size_t>(width * height) * 4;
+  if (!fits) QXPlatform::fatalError("The bitmap does not fit");
+  for (std::size_t i = 0; i < bitmap->pixels.size(); i += 4) {
+    const std::uint8_t* pixel = bitmap->pixels.data() + i;
+    if (*std::max_element(pixel, pixel + 3) > pixel[3]) QXPlatform::fatalError("A colour beyond its alpha");
   }
   return 0;
 }

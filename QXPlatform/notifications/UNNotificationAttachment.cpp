@@ -9,7 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "QXPlatform/images/ImageBytes.h"
+#include "QXPlatform/images/ImageFormat.h"
 
 namespace QXPlatform {
 namespace {
@@ -52,6 +52,8 @@ bool beginsAsImage(const std::filesystem::path& path) {
       return true;
     case ImageFormat::none:
     case ImageFormat::webp:
+    case ImageFormat::bmp:
+    case ImageFormat::avif:
       return false;
   }
   return false;

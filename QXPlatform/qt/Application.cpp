@@ -4,6 +4,7 @@
 #include <QLocale>
 #include <iostream>
 
+#include "QXPlatform/images/ImageProcess.h"
 #include "QXPlatform/ui/Appearance.h"
 #include "QXPlatform/ui/MainQueue.h"
 
@@ -27,6 +28,8 @@ void printSevere(QtMsgType type, const QMessageLogContext& /*context*/, const QS
 }  // namespace
 
 std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse) {
+  // While there is a single thread.
+  ImageProcess::shared().start();
   if (screenUse == ScreenUse::none) qputenv("QT_QPA_PLATFORM", "offscreen");
   // The toolkit keeps a reference to these; its own options are none of the program's.
   static int argc = 1;

@@ -1,59 +1,34 @@
 #include "QXPlatform/ui/ImageDecoding.h"
 
-#include <malloc.h>
-
-#include <QBuffer>
-#include <QByteArray>
 #include <QCoreApplication>
-#include <QImageReader>
-#include <QRect>
+#include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <utility>
 
 #include "QXPlatform/dispatch/DispatchQueue.h"
-#include "QXPlatform/images/ImageBytes.h"
+#include "QXPlatform/images/ImageProcess.h"
 #include "QXPlatform/ui/MainQueue.h"
 
 namespace QXPlatform {
 
 namespace {
 
-constexpr qint64 kMostPixels = 100'000'000;
-// For decoders that cannot scale while they read: a photograph of 12 megapixels fits.
-constexpr int kMostMegabytes = 64;
-
-const char* readerName(ImageFormat format) {
-  switch (format) {
-    case ImageFormat::none:
-      break;
-    case ImageFormat::png:
-      return "png";
-    case ImageFormat::jpeg:
-      return "jpeg";
-    case ImageFormat::gif:
-      return "gif";
-    case ImageFormat::webp:
-      return "webp";
-  }
-  return "";
+QImage makeImage(const Bitmap& bitmap, QSize size) {
+  constexpr std::size_t kBytesAPixel = 4;
+  QImage image(bitmap.size.width, bitmap.size.height, QImage::Format_RGBA8888_Premultiplied);
+  if (image.isNull()) return image;
+  std::memcpy(image.bits(), bitmap.pixels.data(), bitmap.pixels.size());
+  bool isOpaque = true;
+  for (std::size_t i = 3; i < bitmap.pixels.size() && isOpaque; i += kBytesAPixel)
+    isOpaque = bitmap.pixels[i] == 0xFF;
+  if (image.size() != size) image = image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+  image.convertTo(isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
+  return image;
 }
 
-void limitAllocation() {
-  [[maybe_unused]] static const bool once = [] {
-    QImageReader::setAllocationLimit(kMostMegabytes);
-    return true;
-  }();
-}
-
-// The middle of the image, in the shape of what it is to fill. Cut out before anything is scaled, so that a
-// picture of a thousand by one pixel does not grow without bounds.
-QRect middlePart(QSize image, QSize shape) {
-  QRect part({}, shape.scaled(image, Qt::KeepAspectRatio).expandedTo({1, 1}));
-  part.moveCenter(QRect({}, image).center());
-  return part;
-}
-
-// The thread that decodes must not outlive the application object, whose end takes the decoders down.
+// One image after the other. The thread must not outlive the application object, whose end takes the toolkit
+// down.
 class Decoder {
  public:
   static Decoder& shared() {
@@ -61,18 +36,20 @@ class Decoder {
     return decoder;
   }
 
-  void async(std::function<void()> decode) {
-    queue_.async([this, decode = std::move(decode)] {
-      if (!ended_) decode();
+  void async(std::shared_ptr<const Data> bytes, QSize size, std::function<bool()> isWanted,
+             std::function<void(QImage)> completion) {
+    queue_.async([this, bytes = std::move(bytes), size, isWanted = std::move(isWanted),
+                  completion = std::move(completion)] {
+      const auto goesOn = [this, &isWanted] { return !ended_ && isWanted(); };
+      const auto bitmap = ImageProcess::shared().decode(bytes->view(), {size.width(), size.height()}, goesOn);
+      if (!goesOn()) return;
+      dispatchMainAsync(
+          [completion, image = bitmap ? makeImage(*bitmap, size) : QImage()] { completion(image); });
     });
   }
 
  private:
   Decoder() {
-    // Large blocks go back to the system when they are freed. By default the allocator would begin to keep
-    // them after the first image.
-    constexpr int kLargeBlock = 256 * 1024;
-    mallopt(M_MMAP_THRESHOLD, kLargeBlock);
     qAddPostRoutine([] { shared().end(); });
   }
 
@@ -87,38 +64,9 @@ class Decoder {
 
 }  // namespace
 
-QImage decodeImageFilling(std::string_view bytes, QSize size) {
-  const ImageFormat format = imageFormatOf(bytes);
-  if (size.isEmpty() || !isImageComplete(bytes, format) || !isImageAffordable(bytes, format)) return {};
-  limitAllocation();
-  auto encoded = QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
-  QBuffer buffer(&encoded);
-  QImageReader reader(&buffer, readerName(format));
-  reader.setAutoTransform(true);
-  const QSize natural = reader.size();
-  if (natural.isEmpty() || qint64{natural.width()} * natural.height() > kMostPixels) return {};
-
-  const bool isTurned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
-  const QSize shape = isTurned ? size.transposed() : size;
-  const QRect part = middlePart(natural, shape);
-  reader.setClipRect(part);
-  // Half as much again leaves the last, smooth step enough to work on.
-  const QSize generous = shape * 3 / 2;
-  if (part.width() > generous.width()) reader.setScaledSize(generous);
-  const QImage read = reader.read();
-  if (read.isNull()) return {};
-  QImage image = read.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-  image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-  return image;
-}
-
 void decodeImageFillingAsync(std::shared_ptr<const Data> bytes, QSize size, std::function<bool()> isWanted,
                              std::function<void(QImage)> completion) {
-  Decoder::shared().async([bytes = std::move(bytes), size, isWanted = std::move(isWanted),
-                           completion = std::move(completion)] {
-    if (!isWanted()) return;
-    dispatchMainAsync([completion, image = decodeImageFilling(bytes->view(), size)] { completion(image); });
-  });
+  Decoder::shared().async(std::move(bytes), size, std::move(isWanted), std::move(completion));
 }
 
 }  // namespace QXPlatform

@@ -5,9 +5,17 @@
 #include <QColor>
 #include <QImage>
 #include <QImageWriter>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace support {
+
+inline std::string contentsOf(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
 
 // An image as a server would send it.
 inline std::string encoded(const QImage& image, const char* format) {

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace QXPlatform {
+
+// In pixels.
+struct PixelSize {
+  int width = 0;
+  int height = 0;
+
+  bool empty() const { return width <= 0 || height <= 0; }
+  PixelSize transposed() const { return {height, width}; }
+
+  friend bool operator==(PixelSize, PixelSize) = default;
+};
+
+// Pixels row by row from the top, four bytes each: red, green, blue, alpha, in sRGB, the colours multiplied
+// by alpha.
+struct Bitmap {
+  PixelSize size;
+  std::vector<std::uint8_t> pixels;
+};
+
+}  // namespace QXPlatform

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "QXPlatform/images/Bitmap.h"
+#include "QXPlatform/images/ColorConversion.h"
+#include "QXPlatform/images/Orientation.h"
+
+namespace QXPlatform {
+
+// Takes a picture row by row as it is decoded and keeps the middle part that fills a place, each pixel the
+// mean of those it stands for. So no decoder needs to hold the picture.
+class ImageSink {
+ public:
+  explicit ImageSink(PixelSize place) : place_(place) {}
+
+  // To be called first, with the size before it is made upright; what came before is forgotten. False when
+  // the size is nothing or too much.
+  bool begin(PixelSize size, Orientation orientation, ColorDescription color);
+  // How many times smaller, 1, 2, 4 or 8, the picture may come without loss.
+  int reduction() const;
+  // It comes smaller, rounded up; to be called before the first row.
+  void reduce(int reduction);
+  PixelSize size() const { return size_; }
+  // Four bytes a pixel, alpha last and not multiplied; or the four inks.
+  void addRow(const std::uint8_t* row);
+
+  // REQUIRES: all rows have been added.
+  Bitmap finish() &&;
+
+ private:
+  struct Span {
+    int first = 0;
+    int count = 0;
+  };
+
+  void layOut();
+  void sumUpRow(const std::uint8_t* row);
+  void putOutRow();
+
+  const PixelSize place_;
+  PixelSize size_;
+  Orientation orientation_;
+  ColorDescription color_;
+  Span columns_;  // of the part that is kept
+  Span rows_;
+  PixelSize result_;
+  int nextRow_ = 0;
+  std::vector<float> rowSums_;  // of the row at hand, by column of the result
+  std::vector<float> sums_;     // of the result's row that is being made
+  float weight_ = 0;            // that sums_ has so far
+  std::vector<std::uint8_t> pixels_;
+};
+
+}  // namespace QXPlatform

@@ -1,0 +1,256 @@
+#include "QXPlatform/images/ImageProcess.h"
+
+#include <fcntl.h>
+#include <linux/close_range.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/images/ImageDecoder.h"
+
+namespace QXPlatform {
+
+namespace {
+
+constexpr rlim_t kMostProcessorSeconds = 2;
+// What a process may take beside the decoding: the picture that comes of it and what the allocator rounds up.
+constexpr rlim_t kAllowanceBytes = 16'000'000;
+constexpr std::chrono::seconds kLongestWait(20);
+constexpr std::chrono::milliseconds kWantedInterval(20);
+
+struct Request {
+  PixelSize place;
+  std::uint64_t length = 0;
+};
+
+bool sendAll(int socket, const void* bytes, std::size_t count) {
+  const auto* next = static_cast<const char*>(bytes);
+  while (count > 0) {
+    const ssize_t sent = retryInterrupted([&] { return ::send(socket, next, count, MSG_NOSIGNAL); });
+    if (sent <= 0) return false;
+    next += sent;
+    count -= static_cast<std::size_t>(sent);
+  }
+  return true;
+}
+
+// `mayGoOn` is asked before each piece.
+template <typename MayGoOn>
+bool receiveAll(int socket, void* bytes, std::size_t count, const MayGoOn& mayGoOn) {
+  auto* next = static_cast<char*>(bytes);
+  while (count > 0) {
+    if (!mayGoOn()) return false;
+    const ssize_t received = retryInterrupted([&] { return ::recv(socket, next, count, 0); });
+    if (received <= 0) return false;
+    next += received;
+    count -= static_cast<std::size_t>(received);
+  }
+  return true;
+}
+
+// A message of one byte and, beside it, a descriptor.
+struct DescriptorMessage {
+  explicit DescriptorMessage() {
+    message.msg_iov = &piece;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+  }
+  DescriptorMessage(const DescriptorMessage&) = delete;
+  DescriptorMessage& operator=(const DescriptorMessage&) = delete;
+
+  char byte = 0;
+  iovec piece{&byte, 1};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control{};
+  msghdr message{};
+};
+
+bool sendDescriptor(int socket, int descriptor) {
+  DescriptorMessage holder;
+  cmsghdr* header = CMSG_FIRSTHDR(&holder.message);
+  header->cmsg_level = SOL_SOCKET;
+  header->cmsg_type = SCM_RIGHTS;
+  header->cmsg_len = CMSG_LEN(sizeof descriptor);
+  std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+  return retryInterrupted([&] { return ::sendmsg(socket, &holder.message, MSG_NOSIGNAL); }) > 0;
+}
+
+// Invalid when the other end is closed.
+FileDescriptor receiveDescriptor(int socket) {
+  DescriptorMessage holder;
+  const ssize_t count =
+      retryInterrupted([&] { return ::recvmsg(socket, &holder.message, MSG_CMSG_CLOEXEC); });
+  const cmsghdr* header = CMSG_FIRSTHDR(&holder.message);
+  if (count <= 0 || header == nullptr || header->cmsg_type != SCM_RIGHTS) return FileDescriptor(-1);
+  int descriptor = -1;
+  std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
+  return FileDescriptor(descriptor);
+}
+
+rlim_t addressSpaceInUse() {
+  unsigned long pages = 0;
+  std::FILE* file = std::fopen("/proc/self/statm", "re");
+  if (file == nullptr) return 0;
+  if (std::fscanf(file, "%lu", &pages) != 1) pages = 0;
+  std::fclose(file);
+  return pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE));
+}
+
+void limit(__rlimit_resource resource, rlim_t most) {
+  const rlimit limits{most, most};
+  ::setrlimit(resource, &limits);
+}
+
+// Ends this process as soon as nobody waits for its answer any more, by the signal's default action.
+void endWithoutReceiver(int socket) {
+  ::fcntl(socket, F_SETOWN, ::getpid());
+  ::fcntl(socket, F_SETFL, O_ASYNC);
+  pollfd hangUp{socket, 0, 0};
+  if (::poll(&hangUp, 1, 0) > 0) ::_exit(1);
+}
+
+// In the process of one image. Whatever fails ends it, which the receiver takes for the answer.
+void answer(int socket) {
+  limit(RLIMIT_CORE, 0);
+  limit(RLIMIT_CPU, kMostProcessorSeconds);
+  const auto always = [] { return true; };
+  Request request;
+  if (!receiveAll(socket, &request, sizeof request, always)) return;
+  std::string bytes(request.length, '\0');
+  if (!receiveAll(socket, bytes.data(), bytes.size(), always)) return;
+  limit(RLIMIT_AS, addressSpaceInUse() + kMostDecodingBytes + kAllowanceBytes);
+  endWithoutReceiver(socket);
+  const auto bitmap = decodeImage(bytes, request.place);
+  if (!bitmap) return;
+  ::fcntl(socket, F_SETFL, 0);
+  if (!sendAll(socket, &bitmap->size, sizeof bitmap->size)) return;
+  sendAll(socket, bitmap->pixels.data(), bitmap->pixels.size());
+}
+
+// In the process to fork from: one more for each descriptor that arrives, until the program ends.
+[[noreturn]] void serve(int control) {
+  constexpr int kKept = 3;
+  ::prctl(PR_SET_NAME, "image decoding");
+  std::signal(SIGCHLD, SIG_IGN);  // Nobody waits for them.
+  std::signal(SIGINT, SIG_IGN);
+  std::signal(SIGTERM, SIG_DFL);
+  std::signal(SIGIO, SIG_DFL);
+  // Nobody else's pipes and sockets are to be held open by this process.
+  const FileDescriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  ::dup2(null.get(), STDIN_FILENO);
+  ::dup2(null.get(), STDOUT_FILENO);
+  ::dup2(control, kKept);
+  ::close_range(kKept + 1, ~0U, 0);
+  for (;;) {
+    const FileDescriptor socket = receiveDescriptor(kKept);
+    if (!socket.valid()) ::_exit(0);
+    if (::fork() != 0) continue;
+    try {
+      answer(socket.get());
+    } catch (const std::bad_alloc&) {
+      ::_exit(1);
+    }
+    ::_exit(0);
+  }
+}
+
+// Both ends, closed when a program is started.
+std::array<FileDescriptor, 2> socketPair(int type) {
+  std::array<int, 2> ends{-1, -1};
+  if (::socketpair(AF_UNIX, type | SOCK_CLOEXEC, 0, ends.data()) != 0) ends = {-1, -1};
+  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
+class ForkedImageProcess final : public ImageProcess {
+ public:
+  void start() override {
+    const std::lock_guard lock(mutex_);
+    if (!control_) fork();
+  }
+
+  std::optional<Bitmap> decode(std::string_view bytes, PixelSize place,
+                               const std::function<bool()>& isWanted) override {
+    if (!isWanted()) return std::nullopt;
+    const auto [own, others] = connect();
+    const Request request{place, bytes.size()};
+    const bool isAsked = own.valid() && sendAll(own.get(), &request, sizeof request) &&
+                         sendAll(own.get(), bytes.data(), bytes.size());
+    return isAsked ? receive(own.get(), place, isWanted) : std::nullopt;
+  }
+
+ private:
+  // A channel to a new process; invalid when there can be none.
+  std::array<FileDescriptor, 2> connect() {
+    const std::lock_guard lock(mutex_);
+    auto ends = socketPair(SOCK_STREAM);
+    constexpr int kAttempts = 2;
+    for (int attempt = 0; attempt < kAttempts && ends[1].valid(); ++attempt) {
+      if (!control_) fork();
+      if (!control_) break;
+      if (sendDescriptor(control_->get(), ends[1].get())) {
+        return {std::move(ends[0]), FileDescriptor(-1)};
+      }
+      // Somebody has ended it.
+      control_.reset();
+      retryInterrupted([this] { return ::waitpid(process_, nullptr, 0); });
+    }
+    return {FileDescriptor(-1), FileDescriptor(-1)};
+  }
+
+  void fork() {
+    auto ends = socketPair(SOCK_SEQPACKET);
+    if (!ends[0].valid()) return;
+    process_ = ::fork();
+    if (process_ == 0) serve(ends[1].get());
+    if (process_ > 0) control_.emplace(std::move(ends[0]));
+  }
+
+  static std::optional<Bitmap> receive(int socket, PixelSize place, const std::function<bool()>& isWanted) {
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    const auto hasArrived = [&] {
+      for (pollfd arrival{socket, POLLIN, 0}; isWanted() && std::chrono::steady_clock::now() < deadline;) {
+        if (::poll(&arrival, 1, static_cast<int>(kWantedInterval.count())) > 0) return true;
+      }
+      return false;
+    };
+    Bitmap bitmap;
+    if (!receiveAll(socket, &bitmap.size, sizeof bitmap.size, hasArrived)) return std::nullopt;
+    const PixelSize size = bitmap.size;
+    const PixelSize most = place;
+    if (size.empty() || size.width > most.width || size.height > most.height) return std::nullopt;
+    bitmap.pixels.resize(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 4);
+    if (!receiveAll(socket, bitmap.pixels.data(), bitmap.pixels.size(), hasArrived)) return std::nullopt;
+    return bitmap;
+  }
+
+  std::mutex mutex_;
+  std::optional<FileDescriptor> control_;
+  pid_t process_ = -1;  // while there is control_
+};
+
+}  // namespace
+
+ImageProcess& ImageProcess::shared() {
+  // Never destroyed: a decoding thread may outlast the objects of the program.
+  static ForkedImageProcess& process = *new ForkedImageProcess;
+  return process;
+}
+
+}  // namespace QXPlatform

@@ -5,7 +5,9 @@
 
 #include "QXPlatform/foundation/URL.h"
 #include "QXPlatform/foundation/UUID.h"
+#include "agent/sources/Apart.h"
 #include "agent/sources/Distributors.h"
+#include "agent/webpush/P256.h"
 
 namespace QXAgent {
 
@@ -19,6 +21,7 @@ constexpr const char* kInterface = "org.unifiedpush.Distributor2";
 constexpr const char* kOldInterface = "org.unifiedpush.Distributor1";
 constexpr std::size_t kLongestEndpoint = 1'000;
 constexpr std::size_t kKeyPart = 16;
+constexpr std::size_t kKeysSize = kPrivateKeySize + kPublicKeySize + 16;
 constexpr std::chrono::seconds kLongestRegistration{20};
 constexpr std::chrono::seconds kBeforeRegisteringAgain{10};
 
@@ -27,6 +30,32 @@ std::string keyOf(const UnifiedPush::Message& message) {
   if (!message.id.empty()) return "id:" + message.id;
   if (message.bytes.size() < 2 * kKeyPart) return message.bytes;
   return message.bytes.substr(0, kKeyPart) + message.bytes.substr(message.bytes.size() - kKeyPart);
+}
+
+std::optional<SubscriptionKeys> makeKeysApart() {
+  const auto bytes = runApart([] {
+    const SubscriptionKeys keys = makeSubscriptionKeys();
+    return std::string(keys.privateKey.view()).append(keys.publicKey.view()).append(keys.auth.view());
+  });
+  if (!bytes || bytes->size() != kKeysSize) return std::nullopt;
+  return SubscriptionKeys{QXPlatform::Data(bytes->substr(0, kPrivateKeySize)),
+                          QXPlatform::Data(bytes->substr(kPrivateKeySize, kPublicKeySize)),
+                          QXPlatform::Data(bytes->substr(kPrivateKeySize + kPublicKeySize))};
+}
+
+constexpr char kOpened = '+';
+constexpr char kSealed = '-';
+
+// As openMessage(), with nothing in place of a result when there was no opportunity to try.
+std::optional<Result<std::string>> openApart(const SubscriptionKeys& keys, std::string_view sealed) {
+  auto outcome = runApart([&] {
+    const auto opened = openMessage(keys, sealed);
+    return opened ? kOpened + *opened : kSealed + opened.error().message;
+  });
+  if (!outcome || outcome->empty()) return std::nullopt;
+  const bool isOpen = outcome->front() == kOpened;
+  outcome->erase(0, 1);
+  return isOpen ? Result<std::string>(*std::move(outcome)) : Error{*std::move(outcome)};
 }
 
 }  // namespace
@@ -59,8 +88,11 @@ Result<Registration> UnifiedPush::obtainRegistration() {
   auto distributor = chooseDistributor();
   if (!distributor) return distributor.error();
   auto registration = registration_;
-  if (!registration)
-    registration = Registration{{}, QXPlatform::makeUUIDString(), {}, makeSubscriptionKeys()};
+  if (!registration) {
+    auto keys = makeKeysApart();
+    if (!keys) return Error{"no keys can be made"};
+    registration = Registration{{}, QXPlatform::makeUUIDString(), {}, *std::move(keys)};
+  }
   if (registration->distributor != *distributor) {
     registration->distributor = *std::move(distributor);
     registration->endpoint.clear();
@@ -149,12 +181,13 @@ std::optional<UnifiedPush::Answer> UnifiedPush::refusal(const std::string& sende
 
 UnifiedPush::Answer UnifiedPush::message(const std::string& sender, const Message& message) {
   if (const auto refused = refusal(sender, message.token)) return *refused;
-  const auto opened = openMessage(registration_->keys, message.bytes);
-  if (!opened) {
-    receiver_.refuse("a message that does not open: " + opened.error().message);
+  const auto opened = openApart(registration_->keys, message.bytes);
+  if (!opened) return Answer::tryAgain;
+  if (!*opened) {
+    receiver_.refuse("a message that does not open: " + opened->error().message);
     return Answer::done;
   }
-  return receiver_.receive(keyOf(message), *opened) ? Answer::done : Answer::tryAgain;
+  return receiver_.receive(keyOf(message), **opened) ? Answer::done : Answer::tryAgain;
 }
 
 UnifiedPush::Answer UnifiedPush::newEndpoint(const std::string& sender, const std::string& token,

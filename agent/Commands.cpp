@@ -1,6 +1,7 @@
 #include "agent/Commands.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
@@ -80,7 +81,10 @@ int runOn(EventLoop& loop, const Bus& bus, const Installation& installation, con
   const auto lock = lockState(state);
   if (!lock) return fail(lock.error().message);
   const Database database(state / kDatabaseName);
-  Agent agent(loop, bus, database, {installation, state, options.idle, options.readsLines});
+  // What starting has left behind is not to stay for as long as the agent does.
+  malloc_trim(0);
+  Agent agent(loop, bus, database,
+              {installation, state, std::chrono::seconds(options.idleSeconds), options.readsLines});
   agent.start();
   return loop.run();
 }
@@ -121,6 +125,11 @@ int runInstall(Installation installation) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) return fail("where this program lies cannot be told: " + error.message());
+  installation.serviceExtension = std::filesystem::absolute(installation.serviceExtension);
+  for (auto* path : {&installation.contentExtension, &installation.bundle}) {
+    if (*path) *path = std::filesystem::absolute(**path);
+  }
+  if (installation.name.empty()) installation.name = installation.app;
   const auto done = install(std::move(installation), self);
   return done ? printFiles(done->files) : fail(done.error().message);
 }

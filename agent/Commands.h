@@ -1,8 +1,6 @@
 #pragma once
 
-#include <chrono>
-#include <filesystem>
-#include <optional>
+#include <cstdint>
 #include <string>
 
 #include "agent/setup/Installation.h"
@@ -15,9 +13,10 @@ namespace QXAgent {
 struct RunOptions {
   std::string app;
   bool readsLines = false;
-  std::chrono::seconds idle{120};
+  std::int64_t idleSeconds = 120;
 };
 int runAgent(const RunOptions& options);
+// Relative paths become absolute; the name is the app's id when there is none.
 int runInstall(Installation installation);
 int runUninstall(const std::string& app);
 int runEndpoint(const std::string& app);

@@ -1,11 +1,12 @@
 // The agent's command line: the only file that knows the argument parser.
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <exception>
-#include <filesystem>
 #include <functional>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "QXExtensionSDK/runtime/Version.h"
@@ -27,91 +28,96 @@ void addApp(CLI::App& command, std::string& app) {
       ->check(CLI::Validator(checkApp, ""));
 }
 
-void addProgram(CLI::App& command, const std::string& name, std::filesystem::path& path,
-                const std::string& description) {
-  command.add_option(name, path, description)
+template <typename Path>
+CLI::Option* addProgram(CLI::App& command, const std::string& name, Path& path,
+                        const std::string& description) {
+  return command.add_option(name, path, description)
       ->type_name("PROGRAM")
       ->check(CLI::Validator(CLI::ExistingFile).description(""));
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  CLI::App program("qx-agent: brings pushes through an app's extensions onto the desktop", "qx-agent");
-  program.set_version_flag("--version",
-                           reinterpret_cast<const char*>(QXExtensionSDK::QXExtensionSDKVersionString));
-  program.require_subcommand(1);
-  std::function<int()> command;
-
+// What the arguments say; the parser itself is gone when the command runs.
+struct Invocation {
   QXAgent::Installation installation;
-  std::filesystem::path contentExtension;
-  std::filesystem::path bundle;
-  std::string distributor;
+  QXAgent::RunOptions run;
+  std::string app;
+  std::function<int()> command;
+};
+
+void addInstall(CLI::App& program, Invocation& invocation) {
+  auto& [app, serviceExtension, contentExtension, bundle, name, icon, distributor, files] =
+      invocation.installation;
   CLI::App& install = *program.add_subcommand("install", "Make the agent known to the desktop for an app");
   install.footer(
       "Example:\n  qx-agent install --app com.example.Shop --service-extension /opt/shop/service-extension");
-  addApp(install, installation.app);
-  addProgram(install, "--service-extension", installation.serviceExtension, "The app's service extension");
-  install.get_option("--service-extension")->required();
+  addApp(install, app);
+  addProgram(install, "--service-extension", serviceExtension, "The app's service extension")->required();
   addProgram(install, "--content-extension", contentExtension, "The app's content extension");
   install.add_option("--bundle", bundle, "Directory of the Info.plist that both read")
       ->type_name("DIR")
       ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
-  install.add_option("--name", installation.name, "How notifications name the app [its id]")
-      ->type_name("NAME");
-  install.add_option("--icon", installation.icon, "Icon name or file")->type_name("ICON");
+  install.add_option("--name", name, "How notifications name the app [its id]")->type_name("NAME");
+  install.add_option("--icon", icon, "Icon name or file")->type_name("ICON");
   install.add_option("--distributor", distributor, "The distributor to be used")->type_name("BUS-NAME");
-  install.callback([&] {
-    command = [&] {
-      installation.serviceExtension = std::filesystem::absolute(installation.serviceExtension);
-      if (!contentExtension.empty())
-        installation.contentExtension = std::filesystem::absolute(contentExtension);
-      if (!bundle.empty()) installation.bundle = std::filesystem::absolute(bundle);
-      if (!distributor.empty()) installation.distributor = distributor;
-      if (installation.name.empty()) installation.name = installation.app;
-      return QXAgent::runInstall(installation);
-    };
-  });
+  install.callback(
+      [&] { invocation.command = [&] { return QXAgent::runInstall(invocation.installation); }; });
+}
 
-  QXAgent::RunOptions options;
+void addRun(CLI::App& program, Invocation& invocation) {
+  constexpr std::int64_t kDay = 86'400;
+  QXAgent::RunOptions& options = invocation.run;
   CLI::App& run = *program.add_subcommand("run", "Deliver an app's pushes; what the bus starts");
   run.footer("Example:\n  mosquitto_sub -t pushes | qx-agent run --app com.example.Shop --source lines");
   addApp(run, options.app);
   run.add_option("--source", options.readsLines,
-                 "Where pushes come from: unifiedpush, or lines on standard input")
+                 "Where pushes come from: unifiedpush, or lines on standard input [unifiedpush]")
       ->type_name("SOURCE")
-      ->transform(CLI::Transformer(std::map<std::string, bool>{{"unifiedpush", false}, {"lines", true}}));
-  std::int64_t idleSeconds = options.idle.count();
-  run.add_option("--idle", idleSeconds, "How long it stays with nothing to do")
+      ->transform(
+          CLI::CheckedTransformer(std::map<std::string, bool>{{"unifiedpush", false}, {"lines", true}}));
+  run.add_option("--idle", options.idleSeconds, "How long it stays with nothing to do")
       ->type_name("SECONDS")
-      ->check(CLI::Range(std::int64_t{0}, std::int64_t{86'400}))
+      ->check(CLI::Range(std::int64_t{0}, kDay))
       ->capture_default_str();
-  run.callback([&] {
-    command = [&] {
-      options.idle = std::chrono::seconds(idleSeconds);
-      return QXAgent::runAgent(options);
-    };
-  });
+  run.callback([&] { invocation.command = [&] { return QXAgent::runAgent(options); }; });
+}
 
-  std::string app;
-  const auto addQuery = [&](const char* name, const char* description, int (*query)(const std::string&)) {
-    CLI::App& subcommand = *program.add_subcommand(name, description);
-    subcommand.footer(std::string("Example:\n  qx-agent ") + name + " --app com.example.Shop");
-    addApp(subcommand, app);
-    subcommand.callback([&command, &app, query] { command = [&app, query] { return query(app); }; });
-  };
-  addQuery("uninstall", "Undo an installation, and end the registration", QXAgent::runUninstall);
-  addQuery("endpoint", "Print where pushes for the app are to be sent, registering it if need be",
-           QXAgent::runEndpoint);
-  addQuery("status", "Print what became of the app's pushes", QXAgent::runStatus);
+void addQuery(CLI::App& program, Invocation& invocation, const char* name, const char* description,
+              int (*query)(const std::string&)) {
+  CLI::App& subcommand = *program.add_subcommand(name, description);
+  subcommand.footer(std::string("Example:\n  qx-agent ") + name + " --app com.example.Shop");
+  addApp(subcommand, invocation.app);
+  subcommand.callback(
+      [&invocation, query] { invocation.command = [&, query] { return query(invocation.app); }; });
+}
 
+// The exit code when there is nothing to run.
+std::optional<int> parse(int argc, char** argv, Invocation& invocation) {
+  CLI::App program("qx-agent: brings pushes through an app's extensions onto the desktop", "qx-agent");
+  program.set_version_flag("--version",
+                           reinterpret_cast<const char*>(QXExtensionSDK::QXExtensionSDKVersionString));
+  program.require_subcommand(1);
+  addInstall(program, invocation);
+  addRun(program, invocation);
+  addQuery(program, invocation, "uninstall", "Undo an installation, and end the registration",
+           QXAgent::runUninstall);
+  addQuery(program, invocation, "endpoint",
+           "Print where pushes for the app are to be sent, registering it if need be", QXAgent::runEndpoint);
+  addQuery(program, invocation, "status", "Print what became of the app's pushes", QXAgent::runStatus);
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return program.exit(error) == 0 ? 0 : kWrongUsage;
   }
+  return std::nullopt;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Invocation invocation;
+  if (const auto exitCode = parse(argc, argv, invocation)) return *exitCode;
   try {
-    return command();
+    return invocation.command();
   } catch (const std::exception& error) {
     std::cerr << "qx-agent: " << error.what() << '\n';
     return 1;

@@ -3,6 +3,7 @@
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 find_package(CURL 7.88 REQUIRED)
+set(Boost_USE_STATIC_LIBS ON)
 find_package(Boost 1.81 REQUIRED COMPONENTS json)
 pkg_check_modules(libdeflate REQUIRED IMPORTED_TARGET libdeflate)
 pkg_check_modules(liburiparser REQUIRED IMPORTED_TARGET liburiparser)

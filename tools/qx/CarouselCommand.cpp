@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "tools/qx/Results.h"
 
@@ -28,8 +29,7 @@ std::filesystem::path drawingProgram() {
 
 // What the drawing program is started with.
 struct Arguments {
-  Arguments(const SimulatorOptions& simulator, const CarouselOptions& options)
-      : invocation(encodeInvocation({simulator, options})) {}
+  explicit Arguments(std::string encodedInvocation) : invocation(std::move(encodedInvocation)) {}
 
   std::string name = "qx-carousel";
   std::string invocation;
@@ -45,7 +45,9 @@ std::string cannotStart(const std::string& program, int error) {
 
 int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& options) {
   const std::string program = drawingProgram();
-  Arguments arguments(simulator, options);
+  const auto invocation = QXPlatform::encodeJSON(CarouselInvocation{simulator, options});
+  if (!invocation) return fail("carousel", invocation.error().message);
+  Arguments arguments(*invocation);
   execv(program.c_str(), arguments.pointers.data());
   return fail("carousel", cannotStart(program, errno));
 }
@@ -53,7 +55,9 @@ int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& option
 std::optional<QXPlatform::Error> drawCarousel(const SimulatorOptions& simulator,
                                               const CarouselOptions& options) {
   const std::string program = drawingProgram();
-  Arguments arguments(simulator, options);
+  const auto invocation = QXPlatform::encodeJSON(CarouselInvocation{simulator, options});
+  if (!invocation) return invocation.error();
+  Arguments arguments(*invocation);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 
-#include "QXPlatform/foundation/Result.h"
-#include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace qx {
@@ -16,25 +14,38 @@ constexpr double kDrawingScale = 2;
 constexpr int kMostPixelsAcross = 16'384;
 
 struct CarouselOptions {
-  std::string file;                          // "-" is standard input
-  std::optional<std::filesystem::path> png;  // draws instead of opening a window
-  std::optional<int> panel;                  // from 0; with png
-  bool all = false;                          // every panel; with png
-  int width = 360;                           // points
-  std::optional<double> scale;               // absent: kDrawingScale for a drawing, the screen's for a window
+  std::string file;                // "-" is standard input
+  std::optional<std::string> png;  // draws instead of opening a window
+  std::optional<int> panel;        // from 0; with png
+  bool all = false;                // every panel; with png
+  int width = 360;                 // points
+  std::optional<double> scale;     // absent: kDrawingScale for a drawing, the screen's for a window
   bool dark = false;
   bool rtl = false;
   std::optional<std::string> steps;  // "next,back,wait:500"
+
+  static constexpr auto jsonFields() {
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(
+        jsonField("file", &CarouselOptions::file), jsonField("png", &CarouselOptions::png),
+        jsonField("panel", &CarouselOptions::panel), jsonField("all", &CarouselOptions::all),
+        jsonField("width", &CarouselOptions::width), jsonField("scale", &CarouselOptions::scale),
+        jsonField("dark", &CarouselOptions::dark), jsonField("rtl", &CarouselOptions::rtl),
+        jsonField("steps", &CarouselOptions::steps));
+  }
 };
 
 // What the simulator's own program hands to the one that draws.
 struct CarouselInvocation {
   SimulatorOptions simulator;
   CarouselOptions carousel;
-};
 
-// As the single argument of that program, and back.
-std::string encodeInvocation(const CarouselInvocation& invocation);
-QXPlatform::Result<CarouselInvocation> decodeInvocation(std::string_view argument);
+  // As the single argument of that program.
+  static constexpr auto jsonFields() {
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(jsonField("simulator", &CarouselInvocation::simulator),
+                                  jsonField("carousel", &CarouselInvocation::carousel));
+  }
+};
 
 }  // namespace qx

@@ -4,10 +4,15 @@
 #include <optional>
 
 #include "QXExtensionSDK/runtime/logging/LogLevel.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 
 namespace qx {
 
 enum class LogFormat { text, json };
+constexpr auto rawValues(QXPlatform::RawValuesOf<LogFormat>) {
+  return std::to_array<QXPlatform::RawCase<LogFormat>>(
+      {{LogFormat::text, "text"}, {LogFormat::json, "json"}});
+}
 
 // What every subcommand takes. The bundle may also be named by the environment.
 struct SimulatorOptions {
@@ -16,6 +21,14 @@ struct SimulatorOptions {
   QXExtensionSDK::LogLevel logLevel = QXExtensionSDK::LogLevel::none;
   LogFormat logFormat = LogFormat::text;
   bool pretty = false;
+
+  // Without what travels in the environment.
+  static constexpr auto jsonFields() {
+    using QXPlatform::jsonField;
+    return QXPlatform::jsonFields(jsonField("logLevel", &SimulatorOptions::logLevel),
+                                  jsonField("logFormat", &SimulatorOptions::logFormat),
+                                  jsonField("pretty", &SimulatorOptions::pretty));
+  }
 };
 
 // The bundle that $QX_BUNDLE names; none when it is not set, or empty.

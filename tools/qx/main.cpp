@@ -1,13 +1,13 @@
 // The simulator's command line: the only file that knows the argument parser.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <csignal>
 #include <cstdint>
 #include <exception>
 #include <functional>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -80,22 +80,29 @@ CLI::App& addGroup(CLI::App& parent, const std::string& name, const std::string&
   return app;
 }
 
-// One of a few words, each of which the parser then reads by the number behind it.
+// One of a few words, each of which the parser then reads by the number behind it. (The parser's own
+// transformer takes the numbers as well.)
 template <typename Value>
 CLI::Validator oneOf(const std::vector<std::pair<std::string, Value>>& words) {
-  std::map<std::string, std::string> numbers;
   std::string list;
-  for (const auto& [word, value] : words) {
-    numbers[word] = std::to_string(static_cast<std::int64_t>(value));
-    list += (list.empty() ? "" : ",") + word;
-  }
+  for (const auto& [word, value] : words) list += (list.empty() ? "" : ",") + word;
   const auto toNumber = [=](std::string& text) {
-    const auto found = numbers.find(text);
-    if (found == numbers.end()) return text + " is not one of " + list;
-    text = found->second;
+    const auto found = std::ranges::find(words, text, &std::pair<std::string, Value>::first);
+    if (found == words.end()) return text + " is not one of " + list;
+    text = std::to_string(static_cast<std::int64_t>(found->second));
     return std::string();
   };
   return {toNumber, "{" + list + "}"};
+}
+
+// One of an enumeration's names.
+template <typename Enumeration>
+CLI::Validator nameOf() {
+  std::vector<std::pair<std::string, Enumeration>> names;
+  for (const auto& [value, name] : rawValues(QXPlatform::RawValuesOf<Enumeration>())) {
+    names.emplace_back(name, value);
+  }
+  return oneOf(names);
 }
 
 // A number that passes the test; what is no number does not.
@@ -111,7 +118,6 @@ CLI::Validator number(bool (*isGood)(Number), const std::string& demand) {
 }
 
 void addSimulatorOptions(CLI::App& app, qx::SimulatorOptions& options) {
-  using QXExtensionSDK::LogLevel;
   app.add_option("--groups-root", options.groupsRoot, "Directory that holds the app groups' containers")
       ->type_name("DIR");
   app.add_option("--bundle", options.bundle, "Host bundle whose Info.plist is read")
@@ -119,14 +125,10 @@ void addSimulatorOptions(CLI::App& app, qx::SimulatorOptions& options) {
       ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
   app.add_option("--log-level", options.logLevel, "Level that the simulated host asks for")
       ->type_name("LEVEL")
-      ->transform(oneOf<LogLevel>({{"debug", LogLevel::debug},
-                                   {"warn", LogLevel::warn},
-                                   {"error", LogLevel::error},
-                                   {"fault", LogLevel::fault},
-                                   {"none", LogLevel::none}}));
+      ->transform(nameOf<QXExtensionSDK::LogLevel>());
   app.add_option("--log-format", options.logFormat, "How log lines are written to standard error")
       ->type_name("FORMAT")
-      ->transform(oneOf<qx::LogFormat>({{"text", qx::LogFormat::text}, {"json", qx::LogFormat::json}}));
+      ->transform(nameOf<qx::LogFormat>());
   app.add_flag("--pretty", options.pretty, "Indent the results");
 }
 
@@ -148,9 +150,7 @@ void addPush(CLI::App& app, Invocation& invocation) {
   push.add_option("--jobs", options.jobs,
                   "Pushes at the same time, 16 at most: more would wait for each other's threads")
       ->type_name("N")
-      ->check(number<std::size_t>(
-          [](std::size_t jobs) { return jobs >= 1 && jobs <= QXPlatform::kMostPushesAtOnce; },
-          "must be from 1 to " + std::to_string(QXPlatform::kMostPushesAtOnce)))
+      ->check(CLI::Range(std::size_t{1}, QXPlatform::kMostPushesAtOnce).description(""))
       ->capture_default_str();
   auto* program = push.add_option("--extension", options.extension,
                                   "A host's own service-extension program, which sets its log level itself")
@@ -382,8 +382,7 @@ void addBackend(CLI::App& app, Invocation& invocation) {
       invocation, qx::runBackend);
   backend.add_option("--port", options.port, "Port to listen on; 0: a free one")
       ->type_name("P")
-      ->check(
-          number<int>([](int port) { return port >= 0 && port <= 65535; }, "must be between 0 and 65535"));
+      ->check(CLI::Range(0, 65535).description(""));
   backend.add_option("--status", options.status, "Status of every answer")
       ->type_name("N")
       ->check(CLI::Range(100, 599))

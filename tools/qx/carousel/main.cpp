@@ -50,9 +50,9 @@ int run(const qx::CarouselInvocation& invocation) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  const auto invocation = qx::decodeInvocation(argc == 2 ? argv[1] : "");
+  const auto invocation = QXPlatform::decodeJSON<qx::CarouselInvocation>(argc == 2 ? argv[1] : "");
   if (!invocation) {
-    std::cerr << "qx-carousel: " << invocation.error().message << '\n';
+    std::cerr << "qx-carousel: to be started by qx carousel: " << invocation.error().description() << '\n';
     return kWrongUsage;
   }
   return run(*invocation);

@@ -7,19 +7,15 @@ namespace QXExtensionSDK {
 
 namespace {
 
-bool isWhatItDeclares(const UserAction& action) {
-  switch (action.kind()) {
-    case ActionType::openApp:
-      return true;
-    case ActionType::openDeepLink:
-      return dynamic_cast<const OpenDeeplinkUserAction*>(&action) != nullptr;
-    case ActionType::openWebUrl:
-      return dynamic_cast<const OpenWebUrlUserAction*>(&action) != nullptr;
-    case ActionType::openCloudPage:
-      return dynamic_cast<const OpenCloudPageUserAction*>(&action) != nullptr;
-  }
-  return false;
-}
+// A click is stored under the number of the action's kind.
+static_assert(static_cast<int>(ActionType::openApp) ==
+              static_cast<int>(AppGroupSDK::CarouselActionType::openApp));
+static_assert(static_cast<int>(ActionType::openDeepLink) ==
+              static_cast<int>(AppGroupSDK::CarouselActionType::openDeepLink));
+static_assert(static_cast<int>(ActionType::openWebUrl) ==
+              static_cast<int>(AppGroupSDK::CarouselActionType::openWebUrl));
+static_assert(static_cast<int>(ActionType::openCloudPage) ==
+              static_cast<int>(AppGroupSDK::CarouselActionType::openCloudPage));
 
 constexpr std::string_view linkName(ActionType linkKind) {
   if (linkKind == ActionType::openDeepLink) return "OpenDeepLink";
@@ -33,16 +29,14 @@ std::optional<AppGroupSDK::CarouselClickModel> makeCarouselClick(const std::stri
                                                                  const std::string& panelId,
                                                                  const UserAction& action,
                                                                  const Logger& logger) {
-  const ActionType kind = action.kind();
-  if (!isWhatItDeclares(action)) {
-    logger.error(LogCategory::contentGeneral, "Invalid User Action Type: ", linkName(kind));
+  if (action.kind != ActionType::openApp && !action.url) {
+    logger.error(LogCategory::contentGeneral, "Invalid User Action Type: ", linkName(action.kind));
     return std::nullopt;
   }
-  std::optional<std::string> url;
-  if (kind != ActionType::openApp) url = action.url()->absoluteString();
+  auto url = action.url ? std::optional(action.url->absoluteString()) : std::nullopt;
   return AppGroupSDK::CarouselClickModel(notificationUniqueId, true, index,
-                                         static_cast<AppGroupSDK::CarouselActionType>(kind), std::move(url),
-                                         panelId);
+                                         static_cast<AppGroupSDK::CarouselActionType>(action.kind),
+                                         std::move(url), panelId);
 }
 
 }  // namespace QXExtensionSDK

@@ -110,7 +110,7 @@ void CarouselCoordinator::panelTapped() {
     return logger_.error(kCategory,
                          "Backing out from saving carousel click data in App Group as unique id is nil");
   }
-  if (panel->action != nullptr) saveClick(*uniqueId, item->identifier, *panel->action);
+  if (panel->action) saveClick(*uniqueId, item->identifier, *panel->action);
   performDefaultAction();
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -26,8 +25,8 @@ struct PanelItemComponent {
   MediaComponent media;
   std::optional<TextComponent> title;
   std::optional<TextComponent> subTitle;
-  // Null when a tap on the panel has no action.
-  std::shared_ptr<const UserAction> action;
+  // Nothing when a tap on the panel has no action.
+  std::optional<UserAction> action;
   Color panelColor;
   ViewTextState textState;
 };

@@ -1,42 +1,25 @@
 #pragma once
 
-#include <utility>
+#include <optional>
 
 #include "QXExtensionSDK/payload/Action.h"
 #include "QXPlatform/foundation/URL.h"
 
 namespace QXExtensionSDK {
 
-// What a tap on a panel really does: an action of the payload whose target has proved to be a URL. Immutable;
-// any thread.
-class UserAction {
- public:
-  virtual ~UserAction() = default;
+// What a tap on a panel really does: an action of the payload whose target has proved to be a URL. A plain
+// value.
+struct UserAction {
+  ActionType kind = ActionType::openApp;
+  // Where a link leads; nothing for openApp.
+  std::optional<QXPlatform::URL> url;
 
-  virtual ActionType kind() const = 0;
-  // Null unless this is a link. Lives as long as the action.
-  virtual const QXPlatform::URL* url() const { return nullptr; }
+  friend bool operator==(const UserAction&, const UserAction&) = default;
 };
 
-class OpenAppUserAction final : public UserAction {
- public:
-  ActionType kind() const override { return ActionType::openApp; }
-};
-
-template <ActionType kKind>
-class LinkUserAction final : public UserAction {
- public:
-  explicit LinkUserAction(QXPlatform::URL url) : url_(std::move(url)) {}
-
-  ActionType kind() const override { return kKind; }
-  const QXPlatform::URL* url() const override { return &url_; }
-
- private:
-  QXPlatform::URL url_;
-};
-
-using OpenDeeplinkUserAction = LinkUserAction<ActionType::openDeepLink>;
-using OpenWebUrlUserAction = LinkUserAction<ActionType::openWebUrl>;
-using OpenCloudPageUserAction = LinkUserAction<ActionType::openCloudPage>;
+using OpenAppUserAction = UserAction;
+using OpenDeeplinkUserAction = UserAction;
+using OpenWebUrlUserAction = UserAction;
+using OpenCloudPageUserAction = UserAction;
 
 }  // namespace QXExtensionSDK

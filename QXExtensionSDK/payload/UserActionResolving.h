@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -10,9 +9,9 @@
 
 namespace QXExtensionSDK {
 
-// What a tap on a panel with these actions does: the first of them. Null, after one error line, when there is
-// none or when it lacks a target that is a URL. Any thread.
-std::shared_ptr<const UserAction> resolveUserAction(
-    const std::optional<std::vector<ActionSerDeWrapper>>& actions, const Logger& logger);
+// What a tap on a panel with these actions does: the first of them. Nothing, after one error line, when there
+// is none or when it lacks a target that is a URL. Any thread.
+std::optional<UserAction> resolveUserAction(const std::optional<std::vector<ActionSerDeWrapper>>& actions,
+                                            const Logger& logger);
 
 }  // namespace QXExtensionSDK

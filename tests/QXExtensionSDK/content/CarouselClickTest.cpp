@@ -18,32 +18,27 @@ using testing::ElementsAre;
 TEST(CarouselClickTest, HoldsTheActionAsNumberAndTarget) {
   const auto url = *QXPlatform::URL::parse("app://x?y");
   struct Case {
-    std::shared_ptr<const UserAction> action;
+    UserAction action;
     CarouselActionType type;
     std::optional<std::string> url;
   };
   const Case cases[] = {
-      {std::make_shared<OpenAppUserAction>(), CarouselActionType::openApp, std::nullopt},
-      {std::make_shared<OpenDeeplinkUserAction>(url), CarouselActionType::openDeepLink, "app://x?y"},
-      {std::make_shared<OpenWebUrlUserAction>(url), CarouselActionType::openWebUrl, "app://x?y"},
-      {std::make_shared<OpenCloudPageUserAction>(url), CarouselActionType::openCloudPage, "app://x?y"},
+      {{ActionType::openApp, std::nullopt}, CarouselActionType::openApp, std::nullopt},
+      {{ActionType::openDeepLink, url}, CarouselActionType::openDeepLink, "app://x?y"},
+      {{ActionType::openWebUrl, url}, CarouselActionType::openWebUrl, "app://x?y"},
+      {{ActionType::openCloudPage, url}, CarouselActionType::openCloudPage, "app://x?y"},
   };
   for (const Case& each : cases) {
-    EXPECT_EQ(makeCarouselClick("m:r", 2, "p", *each.action, Logger::content()),
+    EXPECT_EQ(makeCarouselClick("m:r", 2, "p", each.action, Logger::content()),
               AppGroupSDK::CarouselClickModel("m:r", true, 2, each.type, each.url, "p"));
   }
 }
 
-TEST(CarouselClickTest, RefusesAnActionThatIsNotWhatItDeclares) {
-  struct Impostor final : UserAction {
-    explicit Impostor(ActionType declared) : declared_(declared) {}
-    ActionType kind() const override { return declared_; }
-    ActionType declared_;
-  };
+TEST(CarouselClickTest, RefusesALinkWithoutATarget) {
   support::ScopedLogRecorder log;
   for (const ActionType kind :
        {ActionType::openDeepLink, ActionType::openWebUrl, ActionType::openCloudPage}) {
-    EXPECT_EQ(makeCarouselClick("m:r", 0, "p", Impostor(kind), Logger::content()), std::nullopt);
+    EXPECT_EQ(makeCarouselClick("m:r", 0, "p", {kind, std::nullopt}, Logger::content()), std::nullopt);
   }
   EXPECT_THAT(log->messages(),
               ElementsAre("Invalid User Action Type: OpenDeepLink", "Invalid User Action Type: OpenWebUrl",

@@ -34,8 +34,8 @@ TEST(CarouselPresenterTest, FillsInTheDefaultsOfEachSlot) {
   EXPECT_EQ(panel.subTitle,
             (TextComponent{"s", {FontStyle::regular, 12}, TextAlignment::beginning, Color(0x5C5C5C)}));
   EXPECT_EQ(panel.panelColor, Color(0xFFFFFF));
-  ASSERT_NE(panel.action, nullptr);
-  EXPECT_EQ(panel.action->kind(), ActionType::openApp);
+  ASSERT_TRUE(panel.action);
+  EXPECT_EQ(panel.action->kind, ActionType::openApp);
 }
 
 TEST(CarouselPresenterTest, TakesEachAttributeOfATextByItself) {

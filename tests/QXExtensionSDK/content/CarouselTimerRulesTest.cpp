@@ -11,7 +11,7 @@ CarouselViewModel viewModelAt(std::int64_t index, std::size_t panelCount, std::i
   const PanelItemComponent panel{.media = {.url = "", .backgroundColor = kWhite, .altText = {}},
                                  .title = {},
                                  .subTitle = {},
-                                 .action = nullptr,
+                                 .action = std::nullopt,
                                  .panelColor = kWhite,
                                  .textState = ViewTextState::none};
   return {.hasValidTimer = timer >= 1,

@@ -37,7 +37,7 @@ TEST(PayloadGuideTest, ShowsAPushThatWorksInEveryPart) {
   const auto viewModel = CarouselPresenter(Logger::content()).viewModel(*model);
   EXPECT_TRUE(viewModel.hasValidTimer);
   ASSERT_EQ(viewModel.panels->size(), 2U);
-  for (const auto& panel : *viewModel.panels) EXPECT_NE(panel.action, nullptr);
+  for (const auto& panel : *viewModel.panels) EXPECT_TRUE(panel.action);
   EXPECT_TRUE(log->entries().empty());
 }
 

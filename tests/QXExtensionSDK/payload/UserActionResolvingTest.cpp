@@ -14,9 +14,7 @@ TEST(UserActionResolvingTest, TakesTheFirstActionAndItsURL) {
   support::ScopedLogRecorder log;
   const auto app = resolveUserAction(Actions{{OpenAppAction{}}, {OpenWebUrlAction{.url = "https://b"}}},
                                      Logger::content());
-  ASSERT_NE(app, nullptr);
-  EXPECT_EQ(app->kind(), ActionType::openApp);
-  EXPECT_EQ(app->url(), nullptr);
+  EXPECT_EQ(app, (UserAction{ActionType::openApp, std::nullopt}));
 
   struct Case {
     Action action;
@@ -26,10 +24,8 @@ TEST(UserActionResolvingTest, TakesTheFirstActionAndItsURL) {
                         {OpenWebUrlAction{.url = "app:x"}, ActionType::openWebUrl},
                         {OpenCloudPageAction{.url = "app:x"}, ActionType::openCloudPage}};
   for (const Case& each : links) {
-    const auto link = resolveUserAction(Actions{{each.action}}, Logger::content());
-    ASSERT_NE(link, nullptr);
-    EXPECT_EQ(link->kind(), each.kind);
-    EXPECT_EQ(link->url()->absoluteString(), "app:x");
+    EXPECT_EQ(resolveUserAction(Actions{{each.action}}, Logger::content()),
+              (UserAction{each.kind, QXPlatform::URL::parse("app:x")}));
   }
   EXPECT_TRUE(log->entries().empty());
 }
@@ -48,7 +44,7 @@ TEST(UserActionResolvingTest, SaysWhyThereIsNoAction) {
   };
   for (const Case& each : cases) {
     support::ScopedLogRecorder log;
-    EXPECT_EQ(resolveUserAction(each.actions, Logger::content()), nullptr);
+    EXPECT_EQ(resolveUserAction(each.actions, Logger::content()), std::nullopt);
     EXPECT_THAT(log->entries(),
                 testing::ElementsAre(support::LogEntry{"ContentExtension", "ContentGeneral",
                                                        QXPlatform::LogType::error, each.message}));

@@ -118,10 +118,10 @@ Value reportPanel(const QXExtensionSDK::PanelItemComponent& panel, const Carouse
   addText(entries, "altText", panel.media.altText);
   addText(entries, "title", panel.title);
   addText(entries, "subTitle", panel.subTitle);
-  if (panel.action != nullptr) {
-    const Dictionary action{{"kind", name(panel.action->kind())}};
-    const QXPlatform::URL* url = panel.action->url();
-    entries.emplace_back("action", url == nullptr ? action : action.setting("url", url->absoluteString()));
+  if (panel.action) {
+    const Dictionary action{{"kind", name(panel.action->kind)}};
+    const auto& url = panel.action->url;
+    entries.emplace_back("action", url ? action.setting("url", url->absoluteString()) : action);
   }
   return Dictionary::fromEntries(entries);
 }

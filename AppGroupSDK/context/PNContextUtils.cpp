@@ -22,11 +22,6 @@ PNContextInfo defaultContext() {
   return {PNContextSource::none, {QXPlatform::rawValue(PNContextDestination::none)}, std::nullopt};
 }
 
-std::optional<std::string_view> contextField(const Dictionary& userInfo) {
-  const auto* field = userInfo.find(kContextKey);
-  return field == nullptr ? std::nullopt : field->string();
-}
-
 // The three fields; nothing when there are more or fewer.
 std::optional<std::array<std::string_view, 3>> splitFields(std::string_view text) {
   if (std::ranges::count(text, ':') != 2) return std::nullopt;
@@ -70,7 +65,7 @@ std::vector<std::int64_t> makeDestinations(std::int64_t bits) {
 std::optional<std::string> PNContextUtils::extractContextFieldFromContent(
     const QXPlatform::UNNotificationContent& content) {
   const Dictionary userInfo = content.userInfo();
-  const auto field = contextField(userInfo);
+  const auto field = userInfo[kContextKey].string();
   return field ? std::optional<std::string>(*field) : std::nullopt;
 }
 
@@ -85,7 +80,7 @@ PNContextInfo PNContextUtils::parseContextInfoFromContextString(std::string_view
 }
 
 PNContextInfo PNContextUtils::parseContextInfoFromUserInfo(const Dictionary& userInfo) {
-  const auto field = contextField(userInfo);
+  const auto field = userInfo[kContextKey].string();
   return field ? parseContextInfoFromContextString(*field) : defaultContext();
 }
 

@@ -7,8 +7,7 @@ namespace AppGroupSDK {
 namespace {
 
 std::string textUnder(std::string_view key, const QXPlatform::Dictionary& userInfo) {
-  const auto* value = userInfo.find(key);
-  return std::string(value == nullptr ? "" : value->string().value_or(""));
+  return std::string(userInfo[key].string().value_or(""));
 }
 
 }  // namespace

@@ -11,8 +11,7 @@ std::optional<QXPlatform::URL> AppGroupDirectoryProvider::containerURL() const {
 }
 
 std::optional<std::string> AppGroupDirectoryProvider::groupIdentifier() {
-  const auto* entry = QXPlatform::Bundle::main().objectForInfoDictionaryKey("VT_QUORIX_APP_GROUP_KEY");
-  const auto text = entry == nullptr ? std::nullopt : entry->string();
+  const auto text = QXPlatform::Bundle::main().objectForInfoDictionaryKey("VT_QUORIX_APP_GROUP_KEY").string();
   return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 

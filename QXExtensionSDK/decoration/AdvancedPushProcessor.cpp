@@ -12,9 +12,8 @@ namespace {
 // The freshly inflated payload before the one that the push carried plainly.
 std::optional<QXPlatform::Dictionary> richFeatures(const UserInfoChanges& changes,
                                                    const QXPlatform::Dictionary& userInfo) {
-  const QXPlatform::Value* value = changes ? changes->find(kRichFeaturesKey) : nullptr;
-  if (value == nullptr || !value->isDictionary()) value = userInfo.find(kRichFeaturesKey);
-  return value != nullptr ? value->dictionary() : std::nullopt;
+  auto inflated = changes ? (*changes)[kRichFeaturesKey].dictionary() : std::nullopt;
+  return inflated ? inflated : userInfo[kRichFeaturesKey].dictionary();
 }
 
 }  // namespace

@@ -5,29 +5,27 @@
 #include <cstddef>
 #include <system_error>
 
+#include "QXPlatform/foundation/ASCII.h"
+
 namespace QXExtensionSDK {
 
 namespace {
 
 constexpr std::size_t kDigitCount = 6;
 
-bool isHexDigit(char character) {
-  return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f') ||
-         (character >= 'A' && character <= 'F');
-}
-
 }  // namespace
 
 std::string Color::hexString() const {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string text(kDigitCount, '0');
-  for (std::size_t i = 0; i < kDigitCount; ++i)
-    text[i] = kDigits[(rgb_ >> (4 * (kDigitCount - 1 - i))) & 0xFU];
+  std::string text;
+  for (const unsigned shift : {16U, 8U, 0U}) {
+    QXPlatform::appendHexByte(text, static_cast<unsigned char>(rgb_ >> shift),
+                              QXPlatform::kUppercaseHexDigits);
+  }
   return text;
 }
 
 std::optional<Color> parseColor(std::string_view text, const Logger& logger) {
-  if (text.size() != kDigitCount || !std::ranges::all_of(text, isHexDigit)) {
+  if (text.size() != kDigitCount || !std::ranges::all_of(text, QXPlatform::isHexDigit)) {
     logger.error(logger.generalCategory(), "Invalid color value=", text);
     return std::nullopt;
   }

@@ -12,9 +12,7 @@ namespace {
 
 std::optional<QXPlatform::Dictionary> findRichFeatures(const QXPlatform::UNNotificationRequest& request) {
   if (request.content == nullptr) return std::nullopt;
-  const QXPlatform::Dictionary userInfo = request.content->userInfo();
-  const QXPlatform::Value* richFeatures = userInfo.find(kRichFeaturesKey);
-  return richFeatures != nullptr ? richFeatures->dictionary() : std::nullopt;
+  return request.content->userInfo()[kRichFeaturesKey].dictionary();
 }
 
 }  // namespace

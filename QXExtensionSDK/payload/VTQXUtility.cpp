@@ -1,8 +1,7 @@
 #include "QXExtensionSDK/payload/VTQXUtility.h"
 
-#include <algorithm>
-
 #include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/foundation/UTF8.h"
 
@@ -12,11 +11,6 @@ namespace {
 
 constexpr std::string_view kSenderKey = "_sid";
 constexpr std::string_view kSender = "VTQX";
-
-// No other character's upper case is one of the sender's four letters, so ASCII is all there is to fold.
-char upperCase(char letter) {
-  return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
 
 }  // namespace
 
@@ -45,10 +39,8 @@ bool VTQXUtility::isVTQXPushNotification(const QXPlatform::UNNotificationRequest
 }
 
 bool VTQXUtility::isVTQXPush(const QXPlatform::Dictionary& userInfo) {
-  const QXPlatform::Value* sender = userInfo.find(kSenderKey);
-  if (sender == nullptr) return false;
-  const auto text = sender->string();
-  return text && std::ranges::equal(*text, kSender, {}, upperCase);
+  // No other character's upper case is one of the sender's four letters, so ASCII is all there is to fold.
+  return QXPlatform::equalsIgnoringCase(userInfo[kSenderKey].string().value_or(""), kSender);
 }
 
 }  // namespace QXExtensionSDK

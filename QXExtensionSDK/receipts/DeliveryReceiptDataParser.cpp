@@ -10,15 +10,8 @@ namespace QXExtensionSDK {
 namespace {
 
 std::optional<std::string> text(const QXPlatform::Dictionary& userInfo, std::string_view key) {
-  const QXPlatform::Value* value = userInfo.find(key);
-  const auto found = value != nullptr ? value->string() : std::nullopt;
+  const auto found = userInfo[key].string();
   return found ? std::optional<std::string>(*found) : std::nullopt;
-}
-
-std::optional<QXPlatform::Dictionary> dictionary(const QXPlatform::Dictionary& userInfo,
-                                                 std::string_view key) {
-  const QXPlatform::Value* value = userInfo.find(key);
-  return value != nullptr ? value->dictionary() : std::nullopt;
 }
 
 }  // namespace
@@ -37,7 +30,7 @@ std::optional<DeliveryReceiptData> DeliveryReceiptDataParser::parse(
                             "Missing required messageType so unable to generate delivery receipt");
     return std::nullopt;
   }
-  return DeliveryReceiptData{*std::move(messageId), dictionary(userInfo, "_pb"), text(userInfo, "_r"),
+  return DeliveryReceiptData{*std::move(messageId), userInfo["_pb"].dictionary(), text(userInfo, "_r"),
                              *std::move(messageType)};
 }
 

@@ -4,6 +4,7 @@
 #include "QXPlatform/foundation/Bundle.h"
 #include "QXPlatform/foundation/Device.h"
 #include "QXPlatform/foundation/Locale.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXExtensionSDK {
 
@@ -14,8 +15,7 @@ constexpr std::string_view kVersionPlaceholder = "{qxsdk_version}";
 std::string hostApplication() {
   const auto& bundle = QXPlatform::Bundle::main();
   const auto identifier = bundle.bundleIdentifier();
-  const QXPlatform::Value* value = bundle.objectForInfoDictionaryKey("CFBundleShortVersionString");
-  const auto version = value != nullptr ? value->string() : std::nullopt;
+  const auto version = bundle.objectForInfoDictionaryKey("CFBundleShortVersionString").string();
   return identifier && version ? (*identifier + "/").append(*version) : std::string();
 }
 
@@ -30,8 +30,8 @@ std::string makeTemplate() {
 }  // namespace
 
 std::string UserAgentProvider::userAgent(std::string_view qxsdkVersion) {
-  static const std::string& userAgentTemplate = *new std::string(makeTemplate());
-  std::string text = userAgentTemplate;
+  static const QXPlatform::NeverDestroyed<std::string> userAgentTemplate(makeTemplate());
+  std::string text = *userAgentTemplate;
   for (auto at = text.find(kVersionPlaceholder); at != std::string::npos;
        at = text.find(kVersionPlaceholder, at + qxsdkVersion.size())) {
     text.replace(at, kVersionPlaceholder.size(), qxsdkVersion);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "QXPlatform/dispatch/ThreadSet.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXPlatform {
 namespace {
@@ -16,9 +17,8 @@ struct WorkInFlight {
 };
 
 WorkInFlight& workInFlight() {
-  // Never destroyed: threads may still work while the process exits.
-  static WorkInFlight& shared = *new WorkInFlight;
-  return shared;
+  static NeverDestroyed<WorkInFlight> shared;
+  return *shared;
 }
 
 thread_local Activity* currentActivity = nullptr;

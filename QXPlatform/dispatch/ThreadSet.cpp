@@ -16,9 +16,8 @@ constexpr std::chrono::seconds kIdleLifetime{2};
 }  // namespace
 
 ThreadSet& ThreadSet::shared() {
-  // Never destroyed: its threads may still run while the process exits.
-  static ThreadSet& threads = *new ThreadSet;
-  return threads;
+  static NeverDestroyed<ThreadSet> threads;
+  return *threads;
 }
 
 void ThreadSet::start(std::shared_ptr<WorkRunner> runner, WorkItem item) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "QXPlatform/dispatch/WorkItem.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXPlatform {
 
@@ -37,6 +38,7 @@ class ThreadSet {
   void leaveForeignCode();
 
  private:
+  friend class NeverDestroyed<ThreadSet>;
   struct Job {
     std::shared_ptr<WorkRunner> runner;
     WorkItem item;

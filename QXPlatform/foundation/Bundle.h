@@ -19,7 +19,8 @@ class Bundle {
 
   const std::filesystem::path& directory() const { return directory_; }
   const Dictionary& infoDictionary() const { return info_; }
-  const Value* objectForInfoDictionaryKey(std::string_view key) const { return info_.find(key); }
+  // A null value when there is none.
+  const Value& objectForInfoDictionaryKey(std::string_view key) const { return info_[key]; }
   // CFBundleIdentifier, when it is text.
   std::optional<std::string> bundleIdentifier() const;
 

@@ -1,11 +1,13 @@
 #include "QXPlatform/foundation/JSONText.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/UTF8.h"
 
 namespace QXPlatform {
@@ -27,9 +29,12 @@ constexpr std::uint64_t specialBytes(std::uint64_t bytes) {
          zeroBytes(bytes ^ (kEveryByte * '\\')) | (bytes & kHighBits);
 }
 
+constexpr bool needsEscape(char character) {
+  return static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\';
+}
+
 constexpr bool isSpecial(char character) {
-  const auto byte = static_cast<unsigned char>(character);
-  return byte < 0x20 || byte >= 0x80 || byte == '"' || byte == '\\';
+  return static_cast<unsigned char>(character) >= 0x80 || needsEscape(character);
 }
 
 // The place of the first special byte among the eight at `bytes`; eight when there is none.
@@ -80,11 +85,8 @@ void appendEscaped(std::string& out, char character) {
       out += "\\t";
       return;
     default:
-      constexpr std::string_view kDigits = "0123456789abcdef";
-      const auto byte = static_cast<unsigned char>(character);
       out += "\\u00";
-      out += kDigits[byte >> 4U];
-      out += kDigits[byte & 0xFU];
+      appendHexByte(out, static_cast<unsigned char>(character));
   }
 }
 
@@ -102,28 +104,22 @@ std::string JSONFault::description() const {
 }
 
 bool appendJSONText(std::string& out, std::string_view text, JSONFault& fault) {
-  std::size_t plain = plainPrefix(text);
+  const std::size_t plain = plainPrefix(text);
   if (plain == text.size()) {
     appendQuoted(out, text);
     return true;
   }
+  if (!isValidUTF8(text.substr(plain))) {
+    fault.reason = "not UTF-8 text";
+    return false;
+  }
   out += '"';
-  for (;; plain = plainPrefix(text)) {
-    out.append(text.substr(0, plain));
-    text.remove_prefix(plain);
-    if (text.empty()) break;
-    std::size_t length = 1;
-    if (static_cast<unsigned char>(text.front()) < 0x80) {
-      appendEscaped(out, text.front());
-    } else {
-      length = leadingUTF8Length(text);
-      if (length == 0) {
-        fault.reason = "not UTF-8 text";
-        return false;
-      }
-      out.append(text.substr(0, length));
-    }
-    text.remove_prefix(length);
+  for (;;) {
+    const auto* const escaped = std::ranges::find_if(text, needsEscape);
+    out.append(text.begin(), escaped);
+    if (escaped == text.end()) break;
+    appendEscaped(out, *escaped);
+    text.remove_prefix(static_cast<std::size_t>(escaped - text.begin()) + 1);
   }
   out += '"';
   return true;

@@ -31,16 +31,6 @@ std::string describeBytes(std::string_view bytes) {
   return std::to_string(bytes.size()) + " bytes";
 }
 
-std::string withoutMalformedParts(std::string_view text) {
-  std::string repaired;
-  while (!text.empty()) {
-    const std::size_t length = leadingUTF8Length(text);
-    repaired += length == 0 ? std::string_view("\xEF\xBF\xBD") : text.substr(0, length);
-    text.remove_prefix(length == 0 ? 1 : length);
-  }
-  return repaired;
-}
-
 class Writer {
  public:
   Writer(std::string& out, JSONStyle style, Misfits misfits) : out_(out), style_(style), misfits_(misfits) {}
@@ -90,7 +80,7 @@ class Writer {
     if (appendJSONText(out_, text, fault_)) return true;
     if (misfits_ == Misfits::refused) return false;
     out_.resize(before);
-    return appendJSONText(out_, withoutMalformedParts(text), fault_);
+    return appendJSONText(out_, replacingInvalidUTF8(text), fault_);
   }
 
   bool writeArray(const Value& array) {

@@ -15,6 +15,8 @@ class URL {
   static URL file(std::string_view absolutePath);
 
   const std::string& absoluteString() const { return text_; }
+  // Fit for a log line: without user, password, query and fragment, any of which may carry a secret.
+  std::string withoutSecrets() const;
   // In lower case; empty when the reference has none.
   std::string scheme() const;
   // In lower case, without brackets; empty when there is no authority.

@@ -6,26 +6,14 @@
 #include <new>
 
 #include "QXPlatform/foundation/FatalError.h"
-#include "QXPlatform/foundation/ValueBlock.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXPlatform {
-
-namespace detail {
-
-void retain(Block* block) noexcept {
-  block->references.fetch_add(1, std::memory_order_relaxed);
-}
-
-void release(Block* block) noexcept {
-  if (block->references.fetch_sub(1, std::memory_order_acq_rel) == 1) block->destroy(block);
-}
-
-}  // namespace detail
 
 namespace {
 
 using detail::Block;
-using detail::Entry;
+using Entry = DictionaryEntry;
 
 // Below this many entries comparing sizes one by one beats a binary search.
 constexpr std::size_t kLinearSearchLimit = 8;
@@ -158,7 +146,7 @@ std::span<const Value> Value::elements() const {
   return {static_cast<const Value*>(raw_.payload.children), raw_.size};
 }
 
-std::span<const detail::Entry> Value::entries() const {
+std::span<const DictionaryEntry> Value::entries() const {
   if (!isDictionary()) return {};
   return {static_cast<const Entry*>(raw_.payload.children), raw_.size};
 }
@@ -175,6 +163,12 @@ const Value* Value::find(std::string_view key) const {
       std::lower_bound(all.begin(), all.end(), key,
                        [](const Entry& entry, std::string_view wanted) { return entry.key < wanted; });
   return found != all.end() && found->key == key ? &found->value : nullptr;
+}
+
+const Value& Value::operator[](std::string_view key) const {
+  static const NeverDestroyed<Value> null;
+  const Value* found = find(key);
+  return found != nullptr ? *found : *null;
 }
 
 bool operator==(const Value& left, const Value& right) {

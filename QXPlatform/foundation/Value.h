@@ -13,36 +13,13 @@
 
 #include "QXPlatform/foundation/Data.h"
 #include "QXPlatform/foundation/Date.h"
+#include "QXPlatform/foundation/ValueStorage.h"
 
 namespace QXPlatform {
 
 class Dictionary;
 class ValueArena;
-
-namespace detail {
-
-struct Block;
-struct Entry;
-
-// The bits of a Value without its ownership; trivially copyable, so that a parser can keep a stack of them.
-struct RawValue {
-  union Payload {
-    bool boolean;
-    std::int64_t integer;
-    double number;
-    const char* bytes;
-    const void* children;
-  };
-  Block* owner;
-  Payload payload;
-  std::uint32_t size;
-  std::uint8_t kind;
-};
-
-void retain(Block* block) noexcept;
-void release(Block* block) noexcept;
-
-}  // namespace detail
+struct DictionaryEntry;
 
 // One node of a property list: null, boolean, 64-bit integer, double, text, date, bytes, array, or a
 // dictionary with text keys.
@@ -111,10 +88,12 @@ class Value {
   // The elements of an array, in order; empty for any other kind.
   std::span<const Value> elements() const;
   // The entries of a dictionary, in key order; empty for any other kind.
-  std::span<const detail::Entry> entries() const;
+  std::span<const DictionaryEntry> entries() const;
 
-  // The value under a key; null when this is no dictionary or has no such key. O(log n).
+  // The value under a key; a null pointer when this is no dictionary or has no such key. O(log n).
   const Value* find(std::string_view key) const;
+  // The same for those to whom absent and null are one: a null value in place of what is not there.
+  const Value& operator[](std::string_view key) const;
 
   // For a dictionary or an array its compact JSON text, for text the text itself. Any value has one: dates,
   // bytes and non-finite numbers, which JSON lacks, are written as readable text.
@@ -132,21 +111,17 @@ class Value {
   detail::RawValue raw_;
 };
 
-namespace detail {
-
-struct Entry {
+struct DictionaryEntry {
   std::string_view key;
   Value value;
 };
-
-}  // namespace detail
 
 // A Value known to be a dictionary. Keys are unique and iterate in byte order.
 //
 //   for (const auto& [key, value] : dictionary) ...
 class Dictionary {
  public:
-  using Entry = detail::Entry;
+  using Entry = DictionaryEntry;
 
   Dictionary();
   // Of several entries with one key the last counts.
@@ -156,6 +131,7 @@ class Dictionary {
   std::size_t size() const { return entries().size(); }
   bool empty() const { return entries().empty(); }
   const Value* find(std::string_view key) const { return value_.find(key); }
+  const Value& operator[](std::string_view key) const { return value_[key]; }
   bool contains(std::string_view key) const { return find(key) != nullptr; }
   auto begin() const { return entries().begin(); }
   auto end() const { return entries().end(); }

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "QXPlatform/foundation/FatalError.h"
-#include "QXPlatform/foundation/ValueBlock.h"
 
 namespace QXPlatform {
 
@@ -140,12 +139,12 @@ detail::RawValue ValueArena::array(std::span<const RawValue> elements) {
 
 detail::RawValue ValueArena::dictionary(std::span<RawEntry> entries) {
   stableSort(entries);
-  auto* place =
-      static_cast<detail::Entry*>(allocate(entries.size() * sizeof(detail::Entry), alignof(detail::Entry)));
+  auto* place = static_cast<DictionaryEntry*>(
+      allocate(entries.size() * sizeof(DictionaryEntry), alignof(DictionaryEntry)));
   std::size_t count = 0;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const bool replacedLater = i + 1 < entries.size() && entries[i + 1].key == entries[i].key;
-    if (!replacedLater) new (place + count++) detail::Entry{entries[i].key, Value(entries[i].value)};
+    if (!replacedLater) new (place + count++) DictionaryEntry{entries[i].key, Value(entries[i].value)};
   }
   return {storage_, {.children = place}, checkedSize(count), tag(Value::Kind::dictionary)};
 }

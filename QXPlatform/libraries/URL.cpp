@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/FatalError.h"
 
 namespace QXPlatform {
@@ -56,12 +57,8 @@ Parts split(std::string_view text) {
   return parts;
 }
 
-std::string lowercased(std::string_view text) {
-  std::string lower(text);
-  std::ranges::transform(lower, lower.begin(), [](char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-  });
-  return lower;
+std::string_view withoutUserInfo(std::string_view authority) {
+  return authority.substr(authority.find('@') + 1);
 }
 
 std::string_view withoutTrailingSlashes(std::string_view path) {
@@ -78,12 +75,10 @@ std::string percentDecoded(std::string_view text) {
 // What a path may hold as it is.
 bool isPathCharacter(char character) {
   constexpr std::string_view kOthers = "/-._~!$&'()*+,;=:@";
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-         (character >= '0' && character <= '9') || kOthers.find(character) != std::string_view::npos;
+  return isASCIIAlphanumeric(character) || kOthers.find(character) != std::string_view::npos;
 }
 
 std::string percentEncodedPath(std::string_view path) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string encoded;
   encoded.reserve(path.size());
   for (const char character : path) {
@@ -91,10 +86,8 @@ std::string percentEncodedPath(std::string_view path) {
       encoded += character;
       continue;
     }
-    const auto byte = static_cast<unsigned char>(character);
     encoded += '%';
-    encoded += kDigits[byte >> 4U];
-    encoded += kDigits[byte & 0x0FU];
+    appendHexByte(encoded, static_cast<unsigned char>(character), kUppercaseHexDigits);
   }
   return encoded;
 }
@@ -111,13 +104,19 @@ URL URL::file(std::string_view absolutePath) {
   return URL("file://" + percentEncodedPath(absolutePath));
 }
 
+std::string URL::withoutSecrets() const {
+  const Parts parts = split(text_);
+  std::string_view before = std::string_view(text_).substr(0, text_.size() - parts.queryAndFragment.size());
+  before.remove_suffix(parts.path.size() + parts.authority.size());
+  return std::string(before).append(withoutUserInfo(parts.authority)).append(parts.path);
+}
+
 std::string URL::scheme() const {
   return lowercased(split(text_).scheme);
 }
 
 std::string URL::host() const {
-  std::string_view host = split(text_).authority;
-  host.remove_prefix(host.find('@') + 1);
+  std::string_view host = withoutUserInfo(split(text_).authority);
   const bool bracketed = host.starts_with('[');
   host = bracketed ? host.substr(1, host.find(']') - 1) : host.substr(0, host.find(':'));
   return lowercased(host);

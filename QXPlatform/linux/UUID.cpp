@@ -4,8 +4,8 @@
 
 #include <array>
 #include <cstddef>
-#include <string_view>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/FatalError.h"
 
 namespace QXPlatform {
@@ -19,13 +19,11 @@ std::string makeUUIDString() {
   bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0FU) | 0x40U);
   bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3FU) | 0x80U);
 
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string text;
   text.reserve(36);
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
-    text += kDigits[bytes[i] >> 4U];
-    text += kDigits[bytes[i] & 0x0FU];
+    appendHexByte(text, bytes[i], kUppercaseHexDigits);
   }
   return text;
 }

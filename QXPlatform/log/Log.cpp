@@ -4,6 +4,7 @@
 #include <mutex>
 #include <utility>
 
+#include "QXPlatform/foundation/NeverDestroyed.h"
 #include "QXPlatform/log/LogOutput.h"
 
 namespace QXPlatform {
@@ -17,9 +18,8 @@ struct InstalledSinks {
 };
 
 InstalledSinks& installedSinks() {
-  // Never destroyed: threads may still speak while the process exits.
-  static InstalledSinks& sinks = *new InstalledSinks;
-  return sinks;
+  static NeverDestroyed<InstalledSinks> sinks;
+  return *sinks;
 }
 
 }  // namespace

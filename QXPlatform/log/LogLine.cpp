@@ -1,6 +1,7 @@
 #include <array>
 #include <cstddef>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/log/LogOutput.h"
 
 namespace QXPlatform {
@@ -20,10 +21,8 @@ bool isC1Control(std::string_view text, std::size_t at) {
 }
 
 void appendHex(std::string& line, unsigned char byte) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
   line += "\\x";
-  line += kDigits[byte >> 4];
-  line += kDigits[byte & 0xF];
+  appendHexByte(line, byte);
 }
 
 void appendEscaped(std::string& line, unsigned char byte) {

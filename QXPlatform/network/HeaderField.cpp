@@ -2,25 +2,17 @@
 
 #include <algorithm>
 
+#include "QXPlatform/foundation/ASCII.h"
+
 namespace QXPlatform {
 namespace {
 
-char lowered(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool isTokenCharacter(char c) {
-  const char letter = lowered(c);
-  return (letter >= 'a' && letter <= 'z') || (c >= '0' && c <= '9') ||
+  return isASCIIAlphanumeric(c) ||
          (c != '\0' && std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos);
 }
 
 }  // namespace
-
-bool sameHeaderName(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return lowered(a) == lowered(b); });
-}
 
 bool isHeaderName(std::string_view name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), isTokenCharacter);

@@ -4,9 +4,6 @@
 
 namespace QXPlatform {
 
-// True when both are the name of one field: letter case does not count.
-bool sameHeaderName(std::string_view left, std::string_view right);
-
 // True for a name that may stand in a header section (an RFC 9110 token).
 bool isHeaderName(std::string_view name);
 

@@ -2,22 +2,11 @@
 
 #include <algorithm>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/network/HeaderField.h"
 
 namespace QXPlatform {
 namespace {
-
-// The URL without user, password, query and fragment, any of which may carry a secret.
-std::string withoutSecrets(std::string_view url) {
-  url = url.substr(0, url.find_first_of("?#"));
-  const auto slashes = url.find("//");
-  if (slashes == std::string_view::npos) return std::string(url);
-  const auto authority = slashes + 2;
-  const auto path = std::min(url.find('/', authority), url.size());
-  const auto at = url.substr(0, path).rfind('@');
-  if (at == std::string_view::npos || at < authority) return std::string(url);
-  return std::string(url.substr(0, authority)).append(url.substr(at + 1));
-}
 
 // A line break in a value would begin another field.
 std::string onOneLine(std::string_view value) {
@@ -35,7 +24,7 @@ URLRequest::URLRequest(URL requested, CachePolicy policy, std::chrono::duration<
 void URLRequest::setValueForHTTPHeaderField(std::string_view value, std::string_view field) {
   if (!isHeaderName(field)) return;
   const auto present = std::find_if(headers_.begin(), headers_.end(), [field](const Header& header) {
-    return sameHeaderName(header.first, field);
+    return equalsIgnoringCase(header.first, field);
   });
   if (present != headers_.end()) {
     present->second = onOneLine(value);
@@ -47,12 +36,12 @@ void URLRequest::setValueForHTTPHeaderField(std::string_view value, std::string_
 void URLRequest::removeHeadersExcept(std::initializer_list<std::string_view> kept) {
   std::erase_if(headers_, [kept](const Header& header) {
     return std::none_of(kept.begin(), kept.end(),
-                        [&header](std::string_view name) { return sameHeaderName(header.first, name); });
+                        [&header](std::string_view name) { return equalsIgnoringCase(header.first, name); });
   });
 }
 
 std::string URLRequest::description() const {
-  std::string text = httpMethod + " " + withoutSecrets(url.absoluteString()) + " [";
+  std::string text = httpMethod + " " + url.withoutSecrets() + " [";
   std::string_view separator;
   for (const auto& [name, value] : headers_) {
     text.append(separator).append(name);

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/images/ImageFormat.h"
 
 namespace QXPlatform {
@@ -30,10 +30,8 @@ constexpr std::array kMediaKinds{
 constexpr std::uintmax_t kBytesPerMegabyte = std::uintmax_t{1024} * 1024;
 
 const MediaKind* mediaKindOf(const std::filesystem::path& path) {
-  std::string extension = path.extension().string();
+  const std::string extension = lowercased(path.extension().native());
   if (extension.empty()) return nullptr;
-  std::ranges::transform(extension, extension.begin(),
-                         [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
   const auto* kind = std::ranges::find_if(kMediaKinds, [&](const MediaKind& each) {
     return std::ranges::find(each.extensions, extension) != each.extensions.end();
   });

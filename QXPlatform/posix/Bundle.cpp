@@ -36,8 +36,7 @@ const Bundle& Bundle::main() {
 Bundle::Bundle(const std::filesystem::path& directory) : directory_(directory), info_(readInfo(directory)) {}
 
 std::optional<std::string> Bundle::bundleIdentifier() const {
-  const Value* identifier = objectForInfoDictionaryKey("CFBundleIdentifier");
-  const auto text = identifier == nullptr ? std::nullopt : identifier->string();
+  const auto text = objectForInfoDictionaryKey("CFBundleIdentifier").string();
   return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "QXPlatform/foundation/ASCII.h"
+
 namespace QXPlatform {
 
 namespace {
@@ -18,8 +20,7 @@ std::string_view localeSetting() {
 }
 
 bool isIdentifierCharacter(char character) {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-         (character >= '0' && character <= '9') || character == '_' || character == '-';
+  return isASCIIAlphanumeric(character) || character == '_' || character == '-';
 }
 
 }  // namespace

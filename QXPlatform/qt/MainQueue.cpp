@@ -8,6 +8,8 @@
 #include <mutex>
 #include <utility>
 
+#include "QXPlatform/foundation/NeverDestroyed.h"
+
 namespace QXPlatform {
 
 namespace {
@@ -17,9 +19,8 @@ namespace {
 class MainQueue {
  public:
   static MainQueue& shared() {
-    // Never destroyed: threads may still post while the process exits.
-    static MainQueue& queue = *new MainQueue;
-    return queue;
+    static NeverDestroyed<MainQueue> queue;
+    return *queue;
   }
 
   void begin() {

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/URL.h"
 #include "QXPlatform/foundation/UTF8.h"
 
@@ -62,27 +63,32 @@ std::optional<std::filesystem::path> firstImage(const Value& content) {
     const auto url = QXPlatform::URL::parse(textAt(attachment, "url"));
     if (!url || !url->isFileURL()) continue;
     std::filesystem::path file = url->filePath();
-    std::string extension = file.extension().native();
-    std::ranges::transform(extension, extension.begin(), [](char c) {
-      return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
+    const std::string extension = QXPlatform::lowercased(file.extension().native());
     constexpr std::array kShown{".jpg", ".jpeg", ".png", ".gif"};
     if (std::ranges::find(kShown, extension) != kShown.end()) return file;
   }
   return std::nullopt;
 }
 
+// REQUIRES: well-formed UTF-8, not empty.
+std::string_view firstCharacter(std::string_view text) {
+  const auto continues = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80; };
+  std::size_t length = 1;
+  while (length < text.size() && continues(text[length])) ++length;
+  return text.substr(0, length);
+}
+
 }  // namespace
 
 std::string displayText(std::string_view text, std::size_t limit) {
+  const std::string wellFormed = QXPlatform::replacingInvalidUTF8(text);
   std::string shown;
-  shown.reserve(std::min(text.size(), limit));
-  while (!text.empty()) {
-    const std::size_t length = QXPlatform::leadingUTF8Length(text);
-    const std::string_view sequence = text.substr(0, std::max<std::size_t>(length, 1));
-    text.remove_prefix(sequence.size());
-    if (length > 0 && isControl(sequence)) continue;
-    const std::string_view visible = length == 0 || isNoncharacter(sequence) ? kReplacement : sequence;
+  shown.reserve(std::min(wellFormed.size(), limit));
+  for (std::string_view rest = wellFormed; !rest.empty();) {
+    const std::string_view sequence = firstCharacter(rest);
+    rest.remove_prefix(sequence.size());
+    if (isControl(sequence)) continue;
+    const std::string_view visible = isNoncharacter(sequence) ? kReplacement : sequence;
     if (shown.size() + visible.size() > limit) return shown + "\xE2\x80\xA6";
     shown += visible;
   }

@@ -9,6 +9,7 @@
 
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/dispatch/Clock.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 #include "tests/support/Deadline.h"
 
 namespace support {
@@ -64,11 +65,11 @@ class InstalledManualClock {
   };
 
   static std::vector<std::unique_ptr<Clock>>& clocks() {
-    static auto& all = *new std::vector<std::unique_ptr<Clock>>;
-    return all;
+    static QXPlatform::NeverDestroyed<std::vector<std::unique_ptr<Clock>>> all;
+    return *all;
   }
 
-  // Never destroyed, so that a thread that still looks at it finds it.
+  // Kept, so that a thread that still looks at it finds it.
   Clock& clock_ = *clocks().emplace_back(std::make_unique<Clock>());
   std::optional<QXPlatform::ScopedClock> scope_{std::in_place, clock_};
 };

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "tools/backend/Panels.h"
 
 namespace backend {
@@ -35,7 +36,7 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 12> kContent
 std::string_view contentType(const fs::path& name) {
   const std::string extension = name.extension().string();
   for (const auto& [known, type] : kContentTypes) {
-    if (equalsIgnoringCase(known, extension)) return type;
+    if (QXPlatform::equalsIgnoringCase(known, extension)) return type;
   }
   return "application/octet-stream";
 }

@@ -55,6 +55,4 @@ struct Response {
   static Response redirect(int status, std::string location);
 };
 
-bool equalsIgnoringCase(std::string_view left, std::string_view right);
-
 }  // namespace backend

@@ -18,6 +18,7 @@
 #include <thread>
 #include <utility>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "tools/backend/FileStore.h"
 #include "tools/backend/ThrowAwayCertificate.h"
 
@@ -36,8 +37,9 @@ bool hasBody(int status) {
 }
 
 bool hasHeader(const Response& response, std::string_view name) {
-  return std::any_of(response.headers.begin(), response.headers.end(),
-                     [name](const Header& header) { return equalsIgnoringCase(header.first, name); });
+  return std::any_of(response.headers.begin(), response.headers.end(), [name](const Header& header) {
+    return QXPlatform::equalsIgnoringCase(header.first, name);
+  });
 }
 
 std::string statusLine(int status) {

@@ -1,11 +1,10 @@
 #include "tools/qx/HostSecrets.h"
 
-#include <optional>
+#include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "QXPlatform/foundation/URL.h"
-#include "QXPlatform/foundation/UTF8.h"
 
 namespace qx {
 
@@ -13,9 +12,10 @@ namespace {
 
 // The first characters of the text, or all of it when it has no more. REQUIRES: well-formed UTF-8.
 std::string_view firstCharacters(std::string_view text, int count) {
-  std::size_t end = 0;
-  while (count-- > 0 && end < text.size()) end += QXPlatform::leadingUTF8Length(text.substr(end));
-  return text.substr(0, end);
+  const auto beginsCharacter = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80; };
+  const auto* end =
+      std::ranges::find_if(text, [&](char byte) { return beginsCharacter(byte) && count-- == 0; });
+  return {text.begin(), end};
 }
 
 // Enough of a token to tell two apart; nothing of one that is short.
@@ -37,8 +37,7 @@ std::string withoutUserInfo(std::string_view url) {
 
 QXPlatform::Dictionary replacing(const QXPlatform::Dictionary& record, std::string_view key,
                                  std::string (*replacement)(std::string_view)) {
-  const auto* value = record.find(key);
-  const auto text = value == nullptr ? std::nullopt : value->string();
+  const auto text = record[key].string();
   return text ? record.setting(key, replacement(*text)) : record;
 }
 

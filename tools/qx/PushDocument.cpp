@@ -30,7 +30,7 @@ std::string_view PushDocument::userInfoPath() const {
 
 Dictionary PushDocument::replacingUserInfo(const Dictionary& userInfo) const {
   if (!isFullRequest()) return userInfo;
-  return push_.setting("content", push_.find("content")->dictionary()->setting("userInfo", userInfo));
+  return push_.setting("content", push_["content"].dictionary()->setting("userInfo", userInfo));
 }
 
 }  // namespace qx

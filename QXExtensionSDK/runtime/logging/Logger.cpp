@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "QXPlatform/foundation/FatalError.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXExtensionSDK {
 
@@ -29,14 +30,15 @@ Logger::Logger(LogSubSystem subSystem, std::unique_ptr<const LogPrinter> logPrin
     : subSystem_(subSystem), logPrinter_(std::move(logPrinter)) {}
 
 const Logger& Logger::service() {
-  // Never destroyed: threads may still speak while the process exits.
-  static const Logger& logger = *new Logger(LogSubSystem::serviceExtension, std::make_unique<OSLogPrinter>());
-  return logger;
+  static const QXPlatform::NeverDestroyed<Logger> logger(LogSubSystem::serviceExtension,
+                                                         std::make_unique<OSLogPrinter>());
+  return *logger;
 }
 
 const Logger& Logger::content() {
-  static const Logger& logger = *new Logger(LogSubSystem::contentExtnsion, std::make_unique<OSLogPrinter>());
-  return logger;
+  static const QXPlatform::NeverDestroyed<Logger> logger(LogSubSystem::contentExtnsion,
+                                                         std::make_unique<OSLogPrinter>());
+  return *logger;
 }
 
 void Logger::print(QXPlatform::LogType type, LogCategory category, std::string_view message) const {

@@ -2,8 +2,7 @@
 
 #include <arpa/inet.h>
 
-#include <algorithm>
-
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/Bundle.h"
 #include "QXPlatform/libraries/network/CurlHandles.h"
 
@@ -14,16 +13,12 @@ std::optional<std::string> part(CURLU* url, CURLUPart which) {
   char* text = nullptr;
   if (curl_url_get(url, which, &text, CURLU_DEFAULT_PORT) != CURLUE_OK) return std::nullopt;
   const CurlText owner(text);
-  std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return result;
+  return lowercased(std::string_view(text));
 }
 
 bool bundleAllowsArbitraryLoads() {
-  const Value* security = Bundle::main().objectForInfoDictionaryKey("NSAppTransportSecurity");
-  const Value* allowed = security == nullptr ? nullptr : security->find("NSAllowsArbitraryLoads");
-  return allowed != nullptr && allowed->boolean().value_or(false);
+  const Value& security = Bundle::main().objectForInfoDictionaryKey("NSAppTransportSecurity");
+  return security["NSAllowsArbitraryLoads"].boolean().value_or(false);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <exception>
 #include <utility>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/libraries/network/Endpoint.h"
 #include "QXPlatform/network/HeaderField.h"
 
@@ -153,7 +154,7 @@ bool Transfer::configureHeaders() {
   for (const std::string name : {"Expect", "Content-Type"}) {
     const bool brought =
         std::any_of(request_.headers().begin(), request_.headers().end(),
-                    [&name](const auto& header) { return sameHeaderName(header.first, name); });
+                    [&name](const auto& header) { return equalsIgnoringCase(header.first, name); });
     if (!brought) lines.push_back(name + ":");
   }
   HeaderList list;
@@ -258,7 +259,7 @@ std::optional<std::string> Transfer::redirectTarget() const {
   // The body would be lost: that is for the caller to know.
   if (request_.httpBody && becomesGet(status, request_.httpMethod)) return std::nullopt;
   const auto location = std::find_if(headers_.begin(), headers_.end(), [](const auto& header) {
-    return sameHeaderName(header.first, "Location");
+    return equalsIgnoringCase(header.first, "Location");
   });
   if (location == headers_.end()) return std::nullopt;
   // Resolved against the URL of the hop; there once the hop has ended.

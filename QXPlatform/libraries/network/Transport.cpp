@@ -36,9 +36,8 @@ class SignalsBlocked {
 }  // namespace
 
 Transport& Transport::shared() {
-  // Never destroyed: threads may still hold transfers while the process exits.
-  static Transport& transport = *new Transport;
-  return transport;
+  static NeverDestroyed<Transport> transport;
+  return *transport;
 }
 
 Transport::Transport() {

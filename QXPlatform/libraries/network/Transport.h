@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "QXPlatform/foundation/NeverDestroyed.h"
 #include "QXPlatform/libraries/network/CurlHandles.h"
 #include "QXPlatform/libraries/network/Transfer.h"
 
@@ -23,6 +24,7 @@ class Transport {
   void cancel(std::shared_ptr<Transfer> transfer);
 
  private:
+  friend class NeverDestroyed<Transport>;
   struct Command {
     enum class Kind { start, cancel } kind;
     std::shared_ptr<Transfer> transfer;

@@ -19,8 +19,8 @@ TEST(BundleTest, ReadsItsInformationDictionary) {
   directory.write("Info.plist", kInfo);
   const Bundle bundle(directory.path());
   EXPECT_EQ(bundle.bundleIdentifier(), "com.example.app");
-  EXPECT_EQ(bundle.objectForInfoDictionaryKey("Levels")->elements()[0].integer(), 3);
-  EXPECT_EQ(bundle.objectForInfoDictionaryKey("Other"), nullptr);
+  EXPECT_EQ(bundle.objectForInfoDictionaryKey("Levels").elements()[0].integer(), 3);
+  EXPECT_TRUE(bundle.objectForInfoDictionaryKey("Other").isNull());
 }
 
 TEST(BundleTest, IsEmptyWithoutAReadableInfoFile) {

@@ -18,12 +18,6 @@ namespace {
 using QXPlatform::URL;
 using QXPlatform::Value;
 
-std::optional<std::string_view> imageText(const Value& panel) {
-  const Value* media = panel.find("md");
-  const Value* url = media != nullptr ? media->find("ul") : nullptr;
-  return url != nullptr ? url->string() : std::nullopt;
-}
-
 // Why the image is never loaded; nothing when a device tries.
 std::optional<std::string> whyNotLoaded(std::string_view text) {
   const auto url = URL::parse(text);
@@ -42,7 +36,7 @@ void checkImages(const Value& richFeatures, Findings& findings) {
   const Value* panels = findPanels(richFeatures);
   if (panels == nullptr) return;
   for (std::size_t i = 0; i < panels->elements().size(); ++i) {
-    const auto text = imageText(panels->elements()[i]);
+    const auto text = panels->elements()[i]["md"]["ul"].string();
     const auto reason = text ? whyNotLoaded(*text) : std::nullopt;
     if (reason) findings.warn(panelPlace(i) + "/md/ul", *reason);
   }

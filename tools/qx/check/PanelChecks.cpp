@@ -41,7 +41,7 @@ void checkTemplate(const Value& richFeatures, Findings& findings) {
   if (panels == nullptr) return;
   const std::size_t count = panels->elements().size();
   if (count == 0) findings.warn("/_rf/vt/it", "no panels: the carousel is empty");
-  const Value* timer = richFeatures.find("vt")->find("tms");
+  const Value* timer = richFeatures["vt"].find("tms");
   if (timer == nullptr) return;
   const auto milliseconds = QXPlatform::decodeValue<std::int64_t>(*timer);
   if (!milliseconds) return;

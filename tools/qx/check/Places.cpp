@@ -16,9 +16,8 @@ std::string elementPlace(std::string_view array, std::size_t index) {
 }
 
 const QXPlatform::Value* findPanels(const QXPlatform::Value& richFeatures) {
-  const QXPlatform::Value* viewTemplate = richFeatures.find("vt");
-  const QXPlatform::Value* panels = viewTemplate != nullptr ? viewTemplate->find("it") : nullptr;
-  return panels != nullptr && panels->isArray() ? panels : nullptr;
+  const QXPlatform::Value& panels = richFeatures["vt"]["it"];
+  return panels.isArray() ? &panels : nullptr;
 }
 
 std::string panelPlace(std::size_t index) {

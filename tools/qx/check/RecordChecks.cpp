@@ -22,8 +22,7 @@ void checkKeys(const RecordInPlace& record, Findings& findings) {
 void checkColors(const RecordInPlace& record, Findings& findings) {
   for (const std::string_view key : record.keys) {
     if (key != "bgc" && key != "fc") continue;
-    const QXPlatform::Value* value = record.object.find(key);
-    const auto text = value != nullptr ? value->string() : std::nullopt;
+    const auto text = record.object[key].string();
     if (!text || QXExtensionSDK::parseColor(*text, QXExtensionSDK::Logger::content())) continue;
     findings.warn(memberPlace(record.place, key),
                   "no colour, replaced by the default: six hexadecimal digits, RRGGBB, are one");

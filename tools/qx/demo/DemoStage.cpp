@@ -74,15 +74,10 @@ bool isFor(ExtensionModuleName module, const backend::Request& request) {
 
 void addMessages(const backend::Request& request, MessageIds& ids) {
   const auto body = QXPlatform::parseJSON(request.body);
-  const QXPlatform::Value* nodes = body ? body->find("nodes") : nullptr;
-  if (nodes == nullptr) return;
-  for (const QXPlatform::Value& node : nodes->elements()) {
-    const QXPlatform::Value* items = node.find("items");
-    if (items == nullptr) continue;
-    for (const QXPlatform::Value& item : items->elements()) {
-      const QXPlatform::Value* event = item.find("event");
-      const QXPlatform::Value* id = event != nullptr ? event->find("messageId") : nullptr;
-      ids.push_back(id != nullptr ? id->description() : "?");
+  if (!body) return;
+  for (const QXPlatform::Value& node : (*body)["nodes"].elements()) {
+    for (const QXPlatform::Value& item : node["items"].elements()) {
+      ids.emplace_back(item["event"]["messageId"].string().value_or("?"));
     }
   }
 }
@@ -165,7 +160,7 @@ Result<DemoPush> DemoStage::push(const std::string& name, const Dictionary& payl
 std::optional<Error> DemoStage::drawPanels(const std::string& name) const {
   CarouselOptions options;
   options.file = (directory_ / (name + ".push.json")).string();
-  options.png = directory_ / (name + ".png");
+  options.png = (directory_ / (name + ".png")).string();
   options.all = true;
   return drawCarousel(simulator_, options);
 }

@@ -1,14 +1,10 @@
 #include "QXExtensionSDK/payload/Action.h"
 
-#include <utility>
-
 #include "QXPlatform/foundation/FatalError.h"
 
 namespace QXExtensionSDK {
 
 namespace {
-
-using DecodedAction = QXPlatform::Result<ActionSerDeWrapper, QXPlatform::DecodingError>;
 
 struct ActionKind {
   ActionType type = ActionType::openApp;
@@ -18,29 +14,32 @@ struct ActionKind {
   }
 };
 
-template <typename Record>
-DecodedAction decodeAs(const QXPlatform::Value& value) {
-  auto record = QXPlatform::decodeValue<Record>(value);
-  if (!record) return record.error();
-  return ActionSerDeWrapper{*std::move(record)};
+Action emptyAction(ActionType type) {
+  switch (type) {
+    case ActionType::openApp:
+      return OpenAppAction();
+    case ActionType::openDeepLink:
+      return OpenDeeplinkAction();
+    case ActionType::openWebUrl:
+      return OpenWebUrlAction();
+    case ActionType::openCloudPage:
+      return OpenCloudPageAction();
+  }
+  QXPlatform::fatalError("An action type outside 0 to 3");
 }
 
 }  // namespace
 
-DecodedAction ActionSerDeWrapper::decodeJSON(const QXPlatform::Value& value) {
-  const auto kind = QXPlatform::decodeValue<ActionKind>(value);
-  if (!kind) return kind.error();
-  switch (kind->type) {
-    case ActionType::openApp:
-      return decodeAs<OpenAppAction>(value);
-    case ActionType::openDeepLink:
-      return decodeAs<OpenDeeplinkAction>(value);
-    case ActionType::openWebUrl:
-      return decodeAs<OpenWebUrlAction>(value);
-    case ActionType::openCloudPage:
-      return decodeAs<OpenCloudPageAction>(value);
-  }
-  QXPlatform::fatalError("An action type outside 0 to 3");
+bool ActionSerDeWrapper::decodeJSON(const QXPlatform::Value& value, ActionSerDeWrapper& out,
+                                    QXPlatform::DecodingErrors& errors) {
+  ActionKind kind;
+  if (!QXPlatform::JSONCoder<ActionKind>::decode(value, kind, errors)) return false;
+  out.action = emptyAction(kind.type);
+  return std::visit(
+      [&]<typename Record>(Record& record) {
+        return QXPlatform::JSONCoder<Record>::decode(value, record, errors);
+      },
+      out.action);
 }
 
 bool ActionSerDeWrapper::encodeJSON(std::string& out, QXPlatform::JSONFault& fault) const {

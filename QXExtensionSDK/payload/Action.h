@@ -56,8 +56,8 @@ struct ActionSerDeWrapper {
     return std::visit([](const auto& record) { return record.type; }, action);
   }
 
-  static QXPlatform::Result<ActionSerDeWrapper, QXPlatform::DecodingError> decodeJSON(
-      const QXPlatform::Value& value);
+  static bool decodeJSON(const QXPlatform::Value& value, ActionSerDeWrapper& out,
+                         QXPlatform::DecodingErrors& errors);
   bool encodeJSON(std::string& out, QXPlatform::JSONFault& fault) const;
 
   friend bool operator==(const ActionSerDeWrapper&, const ActionSerDeWrapper&) = default;

@@ -16,7 +16,7 @@
 #include "QXPlatform/foundation/Value.h"
 
 // The machinery of JSONCoding.h: for every type that can be a member, how it is read from a Value and how it
-// is written. Both answer false with the reason; on failure the target holds something unspecified.
+// is written. Both answer false with the reasons; on failure the target holds something unspecified.
 
 namespace QXPlatform {
 
@@ -59,8 +59,8 @@ concept JSONRecord = requires {
 };
 
 template <typename T>
-concept JSONSelfDecoding = requires(const Value& value) {
-  { T::decodeJSON(value) } -> std::same_as<Result<T, DecodingError>>;
+concept JSONSelfDecoding = requires(const Value& value, T& out, DecodingErrors& errors) {
+  { T::decodeJSON(value, out, errors) } -> std::same_as<bool>;
 };
 
 template <typename T>
@@ -69,25 +69,25 @@ struct JSONCoder;
 namespace detail {
 
 // "expected `expected`, found ..."; always false.
-bool failDecoding(std::string_view expected, const Value& found, DecodingError& error);
-bool failMissing(DecodingError& error);
-bool decodeInteger(const Value& value, std::int64_t& out, DecodingError& error);
-bool failOutOfRange(DecodingError& error);
+bool failDecoding(std::string_view expected, const Value& found, DecodingErrors& errors);
+bool failMissing(DecodingErrors& errors);
+bool decodeInteger(const Value& value, std::int64_t& out, DecodingErrors& errors);
+bool failOutOfRange(DecodingErrors& errors);
 
 // "not one of S, M, L"; always false.
 template <RawRepresentable T>
-[[gnu::noinline, gnu::cold]] bool failUnknownRawValue(DecodingError& error) {
-  error.message = "not one of";
+[[gnu::noinline, gnu::cold]] bool failUnknownRawValue(DecodingErrors& errors) {
+  std::string message = "not one of";
   std::string_view separator = " ";
   for (const auto& known : rawValues(RawValuesOf<T>())) {
-    error.message += std::exchange(separator, ", ");
+    message += std::exchange(separator, ", ");
     if constexpr (kHasTextRawValues<T>) {
-      error.message += known.second;
+      message += known.second;
     } else {
-      error.message += std::to_string(rawValue(known));
+      message += std::to_string(rawValue(known));
     }
   }
-  return false;
+  return errors.add(std::move(message));
 }
 
 template <typename Member>
@@ -99,7 +99,7 @@ inline constexpr bool kIsOptional<std::optional<Member>> = true;
 
 template <>
 struct JSONCoder<bool> {
-  static bool decode(const Value& value, bool& out, DecodingError& error);
+  static bool decode(const Value& value, bool& out, DecodingErrors& errors);
   static bool encode(std::string& out, bool value, JSONFault&) {
     out += value ? "true" : "false";
     return true;
@@ -108,10 +108,10 @@ struct JSONCoder<bool> {
 
 template <std::integral T>
 struct JSONCoder<T> {
-  static bool decode(const Value& value, T& out, DecodingError& error) {
+  static bool decode(const Value& value, T& out, DecodingErrors& errors) {
     std::int64_t integer = 0;
-    if (!detail::decodeInteger(value, integer, error)) return false;
-    if (!std::in_range<T>(integer)) return detail::failOutOfRange(error);
+    if (!detail::decodeInteger(value, integer, errors)) return false;
+    if (!std::in_range<T>(integer)) return detail::failOutOfRange(errors);
     out = static_cast<T>(integer);
     return true;
   }
@@ -124,7 +124,7 @@ struct JSONCoder<T> {
 
 template <>
 struct JSONCoder<double> {
-  static bool decode(const Value& value, double& out, DecodingError& error);
+  static bool decode(const Value& value, double& out, DecodingErrors& errors);
   static bool encode(std::string& out, double value, JSONFault& fault) {
     return appendJSONNumber(out, value, fault);
   }
@@ -132,7 +132,7 @@ struct JSONCoder<double> {
 
 template <>
 struct JSONCoder<std::string> {
-  static bool decode(const Value& value, std::string& out, DecodingError& error);
+  static bool decode(const Value& value, std::string& out, DecodingErrors& errors);
   static bool encode(std::string& out, const std::string& value, JSONFault& fault) {
     return appendJSONText(out, value, fault);
   }
@@ -140,7 +140,7 @@ struct JSONCoder<std::string> {
 
 template <>
 struct JSONCoder<Value> {
-  static bool decode(const Value& value, Value& out, DecodingError&) {
+  static bool decode(const Value& value, Value& out, DecodingErrors&) {
     out = value;
     return true;
   }
@@ -149,15 +149,23 @@ struct JSONCoder<Value> {
   }
 };
 
+template <>
+struct JSONCoder<Dictionary> {
+  static bool decode(const Value& value, Dictionary& out, DecodingErrors& errors);
+  static bool encode(std::string& out, const Dictionary& value, JSONFault& fault) {
+    return appendJSONValue(out, value, fault);
+  }
+};
+
 template <RawRepresentable T>
 struct JSONCoder<T> {
   using Raw = std::conditional_t<kHasTextRawValues<T>, std::string, std::int64_t>;
 
-  static bool decode(const Value& value, T& out, DecodingError& error) {
+  static bool decode(const Value& value, T& out, DecodingErrors& errors) {
     Raw raw{};
-    if (!JSONCoder<Raw>::decode(value, raw, error)) return false;
+    if (!JSONCoder<Raw>::decode(value, raw, errors)) return false;
     const std::optional<T> known = fromRawValue<T>(raw);
-    if (!known) return detail::failUnknownRawValue<T>(error);
+    if (!known) return detail::failUnknownRawValue<T>(errors);
     out = *known;
     return true;
   }
@@ -168,13 +176,13 @@ struct JSONCoder<T> {
 
 template <typename T>
 struct JSONCoder<std::optional<T>> {
-  static bool decode(const Value& value, std::optional<T>& out, DecodingError& error) {
+  static bool decode(const Value& value, std::optional<T>& out, DecodingErrors& errors) {
     if (value.isNull()) {
       out.reset();
       return true;
     }
     out = JSONRecordAccess::make<T>();
-    return JSONCoder<T>::decode(value, *out, error);
+    return JSONCoder<T>::decode(value, *out, errors);
   }
   static bool encode(std::string& out, const std::optional<T>& value, JSONFault& fault) {
     if (value) return JSONCoder<T>::encode(out, *value, fault);
@@ -185,18 +193,20 @@ struct JSONCoder<std::optional<T>> {
 
 template <typename T>
 struct JSONCoder<std::vector<T>> {
-  static bool decode(const Value& value, std::vector<T>& out, DecodingError& error) {
-    if (!value.isArray()) return detail::failDecoding("an array", value, error);
+  static bool decode(const Value& value, std::vector<T>& out, DecodingErrors& errors) {
+    if (!value.isArray()) return detail::failDecoding("an array", value, errors);
     const auto elements = value.elements();
     out.clear();
     out.reserve(elements.size());
-    for (const Value& element : elements) {
+    bool decoded = true;
+    for (std::size_t i = 0; i < elements.size() && (decoded || errors.goOn()); ++i) {
       out.push_back(JSONRecordAccess::make<T>());
-      if (JSONCoder<T>::decode(element, out.back(), error)) continue;
-      error.path.prependIndex(out.size() - 1);
-      return false;
+      const std::size_t before = errors.count();
+      if (JSONCoder<T>::decode(elements[i], out.back(), errors)) continue;
+      errors.prependIndex(before, i);
+      decoded = false;
     }
-    return true;
+    return decoded;
   }
   static bool encode(std::string& out, const std::vector<T>& value, JSONFault& fault) {
     out += '[';
@@ -213,14 +223,8 @@ struct JSONCoder<std::vector<T>> {
 
 template <JSONSelfDecoding T>
 struct JSONCoder<T> {
-  static bool decode(const Value& value, T& out, DecodingError& error) {
-    auto decoded = T::decodeJSON(value);
-    if (decoded) {
-      out = *std::move(decoded);
-      return true;
-    }
-    error = decoded.error();
-    return false;
+  static bool decode(const Value& value, T& out, DecodingErrors& errors) {
+    return T::decodeJSON(value, out, errors);
   }
   static bool encode(std::string& out, const T& value, JSONFault& fault) {
     return value.encodeJSON(out, fault);
@@ -229,12 +233,18 @@ struct JSONCoder<T> {
 
 template <JSONRecord T>
 struct JSONCoder<T> {
-  static bool decode(const Value& value, T& out, DecodingError& error) {
-    if (!value.isDictionary()) return detail::failDecoding("an object", value, error);
-    const auto decodeAll = [&](const auto&... field) {
-      return (decodeField(value, out, field, error) && ...);
+  static bool decode(const Value& value, T& out, DecodingErrors& errors) {
+    if (!value.isDictionary()) return detail::failDecoding("an object", value, errors);
+    bool decoded = true;
+    const auto goesOn = [&](bool fieldDecoded) {
+      decoded = decoded && fieldDecoded;
+      return decoded || errors.goOn();
     };
-    return std::apply(decodeAll, kFields);
+    const auto decodeAll = [&](const auto&... field) {
+      (goesOn(decodeField(value, out, field, errors)) && ...);
+    };
+    std::apply(decodeAll, kFields);
+    return decoded;
   }
 
   static bool encode(std::string& out, const T& record, JSONFault& fault) {
@@ -253,18 +263,19 @@ struct JSONCoder<T> {
 
   template <typename Record, typename Member>
   static bool decodeField(const Value& value, T& out, const JSONField<Record, Member>& field,
-                          DecodingError& error) {
+                          DecodingErrors& errors) {
     const Value* found = value.find(field.key);
+    const std::size_t before = errors.count();
     bool decoded = false;
     if (found != nullptr) {
-      decoded = JSONCoder<Member>::decode(*found, out.*field.member, error);
+      decoded = JSONCoder<Member>::decode(*found, out.*field.member, errors);
     } else if constexpr (detail::kIsOptional<Member>) {
       decoded = true;
       (out.*field.member).reset();
     } else {
-      decoded = detail::failMissing(error);
+      decoded = detail::failMissing(errors);
     }
-    if (!decoded) error.path.prependKey(field.key);
+    if (!decoded) errors.prependKey(before, field.key);
     return decoded;
   }
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "QXPlatform/foundation/DecodingError.h"
 #include "QXPlatform/foundation/JSON.h"
@@ -25,13 +26,14 @@ namespace QXPlatform {
 //     std::optional<std::string> requestId_;
 //   };
 //
-// A member may be a bool, an integer, a double, a std::string, a Value (any JSON), an enumeration with
-// rawValues(), a record, a std::vector of these, or a std::optional of these, which absent or null reads as
-// empty and empty is not written. All others are required. A whole number is an integer however it is
-// written, and every integer is a double; nothing else is converted. Keys not listed are ignored.
+// A member may be a bool, an integer, a double, a std::string, a Value (any JSON), a Dictionary (any object),
+// an enumeration with rawValues(), a record, a std::vector of these, or a std::optional of these, which
+// absent or null reads as empty and empty is not written. All others are required. A whole number is an
+// integer however it is written, and every integer is a double; nothing else is converted. Keys not listed
+// are ignored.
 //
 // A type with a form of its own declares
-//   static QXPlatform::Result<T, QXPlatform::DecodingError> decodeJSON(const QXPlatform::Value& value);
+//   static bool decodeJSON(const QXPlatform::Value& value, T& out, QXPlatform::DecodingErrors& errors);
 //   bool encodeJSON(std::string& out, QXPlatform::JSONFault& fault) const;  // where it is ever written
 // Paths of its errors start at its own value.
 //
@@ -41,10 +43,18 @@ namespace QXPlatform {
 template <typename T>
 Result<T, DecodingError> decodeValue(const Value& value, std::string_view prefix = {}) {
   T decoded = JSONRecordAccess::make<T>();
-  DecodingError error;
-  if (JSONCoder<T>::decode(value, decoded, error)) return decoded;
-  error.path.prependText(prefix);
-  return error;
+  DecodingErrors errors;
+  if (JSONCoder<T>::decode(value, decoded, errors)) return decoded;
+  return std::move(errors).take(prefix).front();
+}
+
+// All that keeps a value from being a T, in the order of T's members; empty when nothing does.
+template <typename T>
+std::vector<DecodingError> decodingErrors(const Value& value, std::string_view prefix = {}) {
+  T decoded = JSONRecordAccess::make<T>();
+  DecodingErrors errors(DecodingErrors::Extent::all);
+  JSONCoder<T>::decode(value, decoded, errors);
+  return std::move(errors).take(prefix);
 }
 
 template <typename T>

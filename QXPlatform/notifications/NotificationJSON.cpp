@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "QXPlatform/foundation/JSONCoder.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 #include "QXPlatform/foundation/UUID.h"
 
 namespace QXPlatform {
@@ -14,127 +14,103 @@ namespace {
 
 using RequestResult = Result<std::shared_ptr<const UNNotificationRequest>>;
 
-std::optional<std::string> textAt(const Value* object, std::string_view key) {
-  const Value* value = object != nullptr ? object->find(key) : nullptr;
-  const auto text = value != nullptr ? value->string() : std::nullopt;
-  return text ? std::optional(std::string(*text)) : std::nullopt;
+std::optional<std::string> text(const Value& value) {
+  const auto found = value.string();
+  return found ? std::optional(std::string(*found)) : std::nullopt;
 }
 
-// However it is written: 3 and 3.0 are one number.
-std::optional<std::int64_t> wholeNumber(const Value& value) {
-  std::int64_t number = 0;
-  DecodingError ignored;
-  return JSONCoder<std::int64_t>::decode(value, number, ignored) ? std::optional(number) : std::nullopt;
-}
-
-std::shared_ptr<const UNNotificationRequest> makeRequest(std::string identifier,
+std::shared_ptr<const UNNotificationRequest> makeRequest(std::optional<std::string> identifier,
                                                          NotificationProperties properties) {
-  return std::make_shared<const UNNotificationRequest>(UNNotificationRequest{
-      std::move(identifier), std::make_shared<const UNNotificationContent>(std::move(properties))});
+  return std::make_shared<const UNNotificationRequest>(
+      UNNotificationRequest{identifier ? *std::move(identifier) : makeUUIDString(),
+                            std::make_shared<const UNNotificationContent>(std::move(properties))});
 }
 
 // An alert is text, the body, or an object; a sound is a name, or an object with one.
-RequestResult requestFromAPNs(const Value& aps, const Value& push) {
+RequestResult requestFromAPNs(const Value& aps, const Dictionary& push) {
   NotificationProperties properties;
-  const Value* alert = aps.find("alert");
-  if (alert != nullptr && alert->string()) {
-    properties.body = *alert->string();
-  } else {
-    properties.title = textAt(alert, "title").value_or("");
-    properties.subtitle = textAt(alert, "subtitle").value_or("");
-    properties.body = textAt(alert, "body").value_or("");
+  const Value& alert = aps["alert"];
+  properties.title = text(alert["title"]).value_or("");
+  properties.subtitle = text(alert["subtitle"]).value_or("");
+  properties.body = text(alert.string() ? alert : alert["body"]).value_or("");
+  if (const Value* badge = aps.find("badge")) {
+    // However it is written: 3 and 3.0 are one number.
+    const auto number = decodeValue<std::int64_t>(*badge);
+    if (number) properties.badge = *number;
   }
-  if (const Value* badge = aps.find("badge")) properties.badge = wholeNumber(*badge);
-  properties.sound = textAt(&aps, "sound");
-  if (!properties.sound) properties.sound = textAt(aps.find("sound"), "name");
-  properties.userInfo = push.dictionary().value_or(Dictionary());
-  return makeRequest(makeUUIDString(), std::move(properties));
+  const Value& sound = aps["sound"];
+  properties.sound = text(sound.string() ? sound : sound["name"]);
+  properties.userInfo = push;
+  return makeRequest(std::nullopt, std::move(properties));
 }
 
-// Reads the members of a full request's content and remembers the first that is wrong.
-class ContentReader {
- public:
-  explicit ContentReader(const Value& content) : content_(content) {}
+struct AttachmentRecord {
+  std::optional<std::string> identifier;
+  std::string url;
 
-  template <typename T>
-  void readText(std::string_view key, T& target) {
-    if (const Value* value = present(key)) {
-      if (const auto text = value->string()) {
-        target = std::string(*text);
-      } else {
-        fail(key, "is not text");
-      }
-    }
+  static constexpr auto jsonFields() {
+    return QXPlatform::jsonFields(jsonField("identifier", &AttachmentRecord::identifier),
+                                  jsonField("url", &AttachmentRecord::url));
   }
-
-  void readBadge(std::optional<std::int64_t>& target) {
-    if (const Value* value = present("badge")) {
-      target = wholeNumber(*value);
-      if (!target) fail("badge", "is not an integer");
-    }
-  }
-
-  void readUserInfo(Dictionary& target) {
-    if (const Value* value = present("userInfo")) {
-      if (auto dictionary = value->dictionary()) {
-        target = *std::move(dictionary);
-      } else {
-        fail("userInfo", "is not an object");
-      }
-    }
-  }
-
-  void readAttachments(std::vector<UNNotificationAttachment>& target) {
-    const Value* value = present("attachments");
-    if (value == nullptr) return;
-    if (!value->isArray()) fail("attachments", "is not a list");
-    for (std::size_t i = 0; i < value->elements().size(); ++i) {
-      readAttachment(value->elements()[i], "attachments/" + std::to_string(i), target);
-    }
-  }
-
-  const std::optional<Error>& error() const { return error_; }
-
- private:
-  const Value* present(std::string_view key) const {
-    const Value* value = content_.find(key);
-    return value != nullptr && !value->isNull() ? value : nullptr;
-  }
-
-  void readAttachment(const Value& element, const std::string& place,
-                      std::vector<UNNotificationAttachment>& target) {
-    const auto url = URL::parse(textAt(&element, "url").value_or(""));
-    if (!url) return fail(place, "has no url");
-    auto attachment = UNNotificationAttachment::make(textAt(&element, "identifier").value_or(""), *url);
-    if (!attachment) return fail(place, attachment.error().message);
-    target.push_back(*std::move(attachment));
-  }
-
-  void fail(std::string_view key, std::string_view problem) {
-    if (!error_) error_ = Error{"/content/" + std::string(key) + " " + std::string(problem)};
-  }
-
-  const Value& content_;
-  std::optional<Error> error_;
 };
 
-RequestResult requestFromFullForm(const Value& content, const Value& push) {
-  if (!content.isDictionary()) return Error{"/content is not an object"};
-  NotificationProperties properties;
-  ContentReader reader(content);
-  reader.readText("title", properties.title);
-  reader.readText("subtitle", properties.subtitle);
-  reader.readText("body", properties.body);
-  reader.readBadge(properties.badge);
-  reader.readText("sound", properties.sound);
-  reader.readUserInfo(properties.userInfo);
-  reader.readAttachments(properties.attachments);
-  if (reader.error()) return *reader.error();
-  const Value* identifier = push.find("identifier");
-  if (identifier == nullptr || identifier->isNull())
-    return makeRequest(makeUUIDString(), std::move(properties));
-  if (!identifier->string()) return Error{"/identifier is not text"};
-  return makeRequest(std::string(*identifier->string()), std::move(properties));
+struct ContentRecord {
+  std::optional<std::string> title;
+  std::optional<std::string> subtitle;
+  std::optional<std::string> body;
+  std::optional<std::int64_t> badge;
+  std::optional<std::string> sound;
+  std::optional<Dictionary> userInfo;
+  std::optional<std::vector<AttachmentRecord>> attachments;
+
+  static constexpr auto jsonFields() {
+    return QXPlatform::jsonFields(
+        jsonField("title", &ContentRecord::title), jsonField("subtitle", &ContentRecord::subtitle),
+        jsonField("body", &ContentRecord::body), jsonField("badge", &ContentRecord::badge),
+        jsonField("sound", &ContentRecord::sound), jsonField("userInfo", &ContentRecord::userInfo),
+        jsonField("attachments", &ContentRecord::attachments));
+  }
+};
+
+struct RequestRecord {
+  std::optional<std::string> identifier;
+  ContentRecord content;
+
+  static constexpr auto jsonFields() {
+    return QXPlatform::jsonFields(jsonField("identifier", &RequestRecord::identifier),
+                                  jsonField("content", &RequestRecord::content));
+  }
+};
+
+Result<std::vector<UNNotificationAttachment>> makeAttachments(const std::vector<AttachmentRecord>& records) {
+  std::vector<UNNotificationAttachment> attachments;
+  for (const AttachmentRecord& record : records) {
+    const auto refused = [&](const std::string& reason) {
+      return Error{"/content/attachments/" + std::to_string(attachments.size()) + ": " + reason};
+    };
+    const auto url = URL::parse(record.url);
+    if (!url) return refused("no URL");
+    auto attachment = UNNotificationAttachment::make(record.identifier.value_or(""), *url);
+    if (!attachment) return refused(attachment.error().message);
+    attachments.push_back(*std::move(attachment));
+  }
+  return attachments;
+}
+
+RequestResult requestFromFullForm(const Dictionary& push) {
+  auto record = decodeValue<RequestRecord>(push);
+  if (!record) return Error{record.error().description()};
+  ContentRecord& content = record.value().content;
+  auto attachments = makeAttachments(content.attachments.value_or(std::vector<AttachmentRecord>()));
+  if (!attachments) return attachments.error();
+  return makeRequest(std::move(record.value().identifier),
+                     {.title = content.title.value_or(""),
+                      .subtitle = content.subtitle.value_or(""),
+                      .body = content.body.value_or(""),
+                      .badge = content.badge,
+                      .sound = content.sound,
+                      .userInfo = content.userInfo.value_or(Dictionary()),
+                      .attachments = *std::move(attachments)});
 }
 
 Value attachmentsToJSON(const std::vector<UNNotificationAttachment>& attachments) {
@@ -150,9 +126,10 @@ Value attachmentsToJSON(const std::vector<UNNotificationAttachment>& attachments
 }  // namespace
 
 RequestResult notificationRequestFromJSON(const Value& push) {
-  if (!push.isDictionary()) return Error{"a push is a JSON object"};
-  if (const Value* aps = push.find("aps")) return requestFromAPNs(*aps, push);
-  if (const Value* content = push.find("content")) return requestFromFullForm(*content, push);
+  const auto object = push.dictionary();
+  if (!object) return Error{"a push is a JSON object"};
+  if (const Value* aps = object->find("aps")) return requestFromAPNs(*aps, *object);
+  if (object->contains("content")) return requestFromFullForm(*object);
   return Error{"neither \"aps\" nor \"content\": not a push"};
 }
 

@@ -60,13 +60,13 @@ struct ActionKind {
 struct AnyAction {
   std::unique_ptr<Action> action;
 
-  static Result<AnyAction, DecodingError> decodeJSON(const Value& value) {
-    const auto kind = decodeValue<ActionKind>(value);
-    if (!kind) return kind.error();
-    if (kind->kind == Flag::off) return AnyAction{std::make_unique<Action>()};
-    auto open = decodeValue<OpenURL>(value);
-    if (!open) return open.error();
-    return AnyAction{std::make_unique<OpenURL>(*std::move(open))};
+  static bool decodeJSON(const Value& value, AnyAction& out, DecodingErrors& errors) {
+    ActionKind kind;
+    OpenURL open;
+    if (!JSONCoder<ActionKind>::decode(value, kind, errors)) return false;
+    if (kind.kind == Flag::on && !JSONCoder<OpenURL>::decode(value, open, errors)) return false;
+    out.action = kind.kind == Flag::on ? std::make_unique<OpenURL>(open) : std::make_unique<Action>();
+    return true;
   }
 };
 
@@ -160,6 +160,18 @@ TEST(JSONCodingTest, SaysWhereAndWhyARecordCannotBeRead) {
   }
   EXPECT_EQ(decodeJSON<Style>("[]").error().description(), "expected an object, found an array");
   EXPECT_EQ(decodeJSON<Style>("{").error().message.substr(0, 10), "not JSON: ");
+}
+
+TEST(JSONCodingTest, GathersAllThatIsWrongWhenAsked) {
+  const auto errors = decodingErrors<Everything>(
+      *parseJSON(R"({"text":1,"integer":2,"number":"","boolean":true,"flag":0,"any":0,
+                     "panels":[{"n":""},7,{"s":{"fz":"XL","m":"3"}}]})"),
+      "/at");
+  std::vector<std::string> found;
+  for (const DecodingError& error : errors) found.push_back(error.path.text());
+  EXPECT_EQ(found, (std::vector<std::string>{"/at/text", "/at/number", "/at/panels/1", "/at/panels/2/n",
+                                             "/at/panels/2/s/fz", "/at/panels/2/s/m"}));
+  EXPECT_TRUE(decodingErrors<Everything>(*parseJSON(kFull)).empty());
 }
 
 TEST(JSONCodingTest, ATypeMayDecodeItself) {

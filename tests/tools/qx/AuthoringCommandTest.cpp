@@ -68,7 +68,8 @@ TEST(AuthoringCommandTest, WhatIsNoPushIsRefusedWithItsPlace) {
       {missing, "", missing + ": No such file or directory\n"},
       {"-", "", "standard input: no push\n"},
       {"-", R"({"_rf":{}})", "standard input: neither \"aps\" nor \"content\": not a push\n"},
-      {"-", R"({"content":{"badge":"1"}})", "standard input: /content/badge is not an integer\n"},
+      {"-", R"({"content":{"badge":"1"}})",
+       "standard input: /content/badge: expected an integer, found text\n"},
   };
   for (const std::string command : {"check", "pack", "unpack"}) {
     for (const auto& row : table) {

@@ -120,7 +120,7 @@ TEST(CheckTest, ReportsEveryErrorThatKeepsTheCarouselFromBeingShown) {
       {R"({"id":"b","md":)",
        R"(7,{"dm":)",
        {"error /_rf/vt/it/1: expected an object", "error /_rf/vt/it/2/id: missing",
-        "warning /_rf/vt/it/2/dm"}},
+        "error /_rf/vt/it/2/md: missing", "warning /_rf/vt/it/2/dm"}},
   });
 }
 

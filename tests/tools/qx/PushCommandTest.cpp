@@ -58,7 +58,7 @@ TEST(PushCommandTest, ABadgeIsAWholeNumberHoweverItIsWritten) {
   ASSERT_EQ(lines.size(), 4U);
   for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(lines[i].find("content")->find("badge")->integer(), 3);
   EXPECT_EQ(lines[2].find("content")->find("badge"), nullptr);
-  EXPECT_EQ(lines[3].find("error")->string(), "/content/badge is not an integer");
+  EXPECT_EQ(lines[3].find("error")->string(), "/content/badge: expected an integer, found a fraction");
 }
 
 TEST(PushCommandTest, ACompressedCarouselIsInflatedAndGetsItsThumbnail) {

@@ -5,7 +5,7 @@
 
 namespace qx {
 
-// Whether the framework decodes the rich features: what keeps it from that, in every panel.
+// Whether the framework decodes the rich features: everything that keeps it from that.
 void checkDecoding(const QXPlatform::Value& richFeatures, Findings& findings);
 
 }  // namespace qx

@@ -4,15 +4,17 @@
         desktop.start_dunst()                                 # a real server ...
         server = desktop.start_mock(capabilities=["body"])    # ... or one that can little, or misbehaves
         distributor = desktop.start_distributor("--state", file)
-        desktop.run("qx-agent", "install", "--app", "com.example.Shop", ...)   # ends; gives its JSON lines
-        agent = desktop.start("qx-agent", "run", "--app", "com.example.Shop")  # goes on; agent.lines grows
+        desktop.install_shop()                                # the app of examples/Shop, known to bus and agent
+        desktop.run("qx-agent", "status", "--app", SHOP)      # ends; gives its JSON lines
+        agent = desktop.start("qx-agent", "run", "--app", SHOP)   # goes on; agent.lines grows
         desktop.wait_for(lambda: server.notifications())
-        desktop.click(*dunst_notification)
+        desktop.click(desktop.notification_window())
         desktop.screenshot("shown.png")
 
 Home, XDG directories and TMPDIR lie below desktop.root, which goes at the end; the bus starts services that are
 installed there. What programs write to standard error is in desktop.root/logs and, when a test fails, printed.
 """
+import collections
 import json
 import os
 import shutil
@@ -27,6 +29,7 @@ import dbus
 import dbus.bus
 
 NOTIFICATIONS = "org.freedesktop.Notifications"
+SHOP = "com.example.Shop"
 HERE = Path(__file__).parent
 
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
@@ -77,6 +80,16 @@ DUNST_CONFIGURATION = """[global]
     foreground = "#2b2b33"
     timeout = 0
 """
+
+
+OPENBOX_CONFIGURATION = """<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <placement><policy>Smart</policy><center>yes</center></placement>
+  <theme><name>Breeze-ob</name><titleLayout>LC</titleLayout></theme>
+  <desktops><number>1</number></desktops>
+</openbox_config>
+"""
+
+Window = collections.namedtuple("Window", "id width height")
 
 
 class Program:
@@ -148,8 +161,9 @@ class MockServer:
 
 
 class Desktop:
-    def __init__(self, programs, screen="1280x800"):
-        self.programs, self.screen = Path(programs).resolve(), screen
+    def __init__(self, programs, screen="1280x800", running=False):
+        """`running`: no bus and no screen of its own but those of the session in which it is used."""
+        self.programs, self.screen, self.is_own = Path(programs).resolve(), screen, not running
         self.running = []
 
     def __enter__(self):
@@ -163,13 +177,13 @@ class Desktop:
             "HOME": str(self.root / "home"), "TMPDIR": str(self.root / "tmp"),
             "XDG_DATA_HOME": str(self.root / "data"), "XDG_CONFIG_HOME": str(self.root / "config"),
             "XDG_STATE_HOME": str(self.root / "state"), "XDG_CACHE_HOME": str(self.root / "cache"),
-            "XDG_RUNTIME_DIR": str(self.root / "run"), "LANG": "C.UTF-8", "GTK_A11Y": "none", "NO_AT_BRIDGE": "1",
         }
-        for variable in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "JOURNAL_STREAM", "QX_APP_GROUPS_ROOT"):
+        for variable in ("QX_APP_GROUPS_ROOT", "QX_BUNDLE", "JOURNAL_STREAM"):
             self.environment.pop(variable, None)
         try:
-            self._start_screen()
-            self._start_bus()
+            if self.is_own:
+                self._start_own()
+            self.bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
         except BaseException:
             self.__exit__(*sys.exc_info())
             raise
@@ -183,6 +197,14 @@ class Desktop:
                 if log.stat().st_size:
                     print(f"--- {log.name}\n{log.read_text(errors='replace')}", file=sys.stderr)
         shutil.rmtree(self.root, ignore_errors=True)
+
+    def _start_own(self):
+        self.environment |= {"XDG_RUNTIME_DIR": str(self.root / "run"), "LANG": "C.UTF-8", "NO_AT_BRIDGE": "1"}
+        for variable in ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM"):
+            self.environment.pop(variable, None)
+        self._start_screen()
+        self._start_bus()
+        self._start_window_manager()
 
     def _start_screen(self):
         reader, writer = os.pipe()
@@ -198,7 +220,13 @@ class Desktop:
         daemon = self.start("dbus-daemon", f"--config-file={configuration}", "--nofork", "--print-address")
         self.wait_for(lambda: daemon.out.read_text().endswith("\n"))
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = daemon.out.read_text().strip()
-        self.bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+
+    def _start_window_manager(self):
+        configuration = self.root / "openbox.xml"
+        configuration.write_text(OPENBOX_CONFIGURATION)
+        self.start("openbox", "--sm-disable", "--config-file", configuration)
+        # A window that is mapped before somebody manages it keeps without a frame.
+        self.wait_for(lambda: self._xdotool("get_num_desktops"))
 
     # --- Programs
 
@@ -223,6 +251,21 @@ class Desktop:
         self.wait_for(lambda: distributor.lines)
         return distributor
 
+    def install_shop(self, *more):
+        bundle = self.programs / "Shop.bundle"
+        for file, folder in ((f"{SHOP}.service", "dbus-1/services"), (f"{SHOP}.desktop", "applications")):
+            (self.root / "data" / folder).mkdir(parents=True, exist_ok=True)
+            shutil.copy(bundle / file, self.root / "data" / folder)
+        self.run("qx-agent", "install", "--app", SHOP, "--name", "Shop", "--bundle", bundle,
+                 "--service-extension", bundle / "shop-service-extension",
+                 "--content-extension", bundle / "shop-content-extension", *more)
+        if not self.is_own:  # where the bus does not look for services
+            self.start("Shop.bundle/shop")
+            self.start("qx-agent", "run", "--app", SHOP)
+            self.wait_for(lambda: self.bus.name_has_owner(SHOP) and self.bus.name_has_owner(SHOP + ".Push"))
+        self.bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReloadConfig",
+                               "", ())
+
     def start_dunst(self):
         configuration = self.root / "dunstrc"
         configuration.write_text(DUNST_CONFIGURATION)
@@ -237,6 +280,10 @@ class Desktop:
         program = self.start(*command)
         self.wait_for(lambda: self.bus.name_has_owner(NOTIFICATIONS))
         return program
+
+    def process_of(self, name):
+        return int(self.bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                          "GetConnectionUnixProcessID", "s", (name,)))
 
     # --- Waiting
 
@@ -254,11 +301,14 @@ class Desktop:
     # --- The screen
 
     def window(self, title, seconds=20):
-        """The X window of that title, a regular expression, once it is there: (id, x, y, width, height)."""
+        """The window of that title, a regular expression, once it is there."""
         return self.wait_for(lambda: self._find_window("--name", title), seconds, f"the window {title!r}")
 
     def notification_window(self, seconds=20):
         return self.wait_for(lambda: self._find_window("--class", "Dunst"), seconds, "a notification on the screen")
+
+    def is_open(self, window):
+        return window.id in self._xdotool("search", "--onlyvisible", "--name", "").split()
 
     def _find_window(self, *criterion):
         found = self._xdotool("search", "--onlyvisible", *criterion)
@@ -266,16 +316,18 @@ class Desktop:
             return None
         window = found.split()[-1]
         shell = dict(line.split("=") for line in self._xdotool("getwindowgeometry", "--shell", window).split())
-        return (window, *(int(shell[key]) for key in ("X", "Y", "WIDTH", "HEIGHT"))) if shell else None
+        return Window(window, *(int(shell[key]) for key in ("WIDTH", "HEIGHT"))) if shell else None
 
-    def click(self, x, y):
-        self._xdotool("mousemove", x, y, "click", 1)
+    def click(self, window):
+        """In its middle."""
+        self._xdotool("mousemove", "--window", window.id, window.width // 2, window.height // 2, "click", 1)
 
-    def press(self, window, key):
-        self._xdotool("windowfocus", "--sync", window, "key", "--clearmodifiers", key)
+    def press(self, key):
+        """In the window that has the focus."""
+        self._xdotool("key", "--clearmodifiers", key)
 
-    def screenshot(self, file):
-        subprocess.run(["import", "-window", "root", str(file)], env=self.environment, check=True, timeout=20)
+    def screenshot(self, file, window="root"):
+        subprocess.run(["import", "-window", window, str(file)], env=self.environment, check=True, timeout=20)
 
     def _xdotool(self, *arguments):
         return subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, capture_output=True, timeout=20,

@@ -1,0 +1,176 @@
+#!/usr/bin/python3
+"""From a sealed push to the opened app, with real parts: a bus, a distributor, the agent, the example app and its
+extensions, a notification server, a pointer that clicks.
+
+    QX_PROGRAMS=build/release/bin tests/agent/endtoend_test.py [EndToEndTest.test_...]
+"""
+import functools
+import json
+import os
+import signal
+import subprocess
+import unittest
+import urllib.request
+
+from desktop import SHOP, Desktop
+
+PROGRAMS = os.environ.get("QX_PROGRAMS", "build/release/bin")
+
+
+def on_desktop(test):
+    @functools.wraps(test)
+    def run(self):
+        with Desktop(PROGRAMS) as self.desktop:
+            test(self)
+    return run
+
+
+def plain(title, **more):
+    return {"aps": {"alert": {"title": title, "body": "1 < 2 & more"}, "mutable-content": 1}, "_sid": "VTQX", **more}
+
+
+def carousel(images, *panels):
+    items = [{"id": panel, "md": {"ul": f"{images}/files/{panel}.png"}, "ti": {"tx": panel},
+              "ac": [{"t": "2", "ul": f"https://shop.example/{panel}"}]} for panel in panels]
+    return plain("To the sea", _m="m17", _mt="marketing", _r="r4", _rf={"vt": {"t": "0", "it": items}})
+
+
+class EndToEndTest(unittest.TestCase):
+    # --- The pieces of the stories
+
+    def subscribe(self, *arguments):
+        """A distributor, the app, and where its pushes are to be sent."""
+        self.arguments = ["--state", self.desktop.root / "distributor", *arguments]
+        self.distributor = self.desktop.start_distributor(*self.arguments)
+        self.desktop.install_shop()
+        [self.subscription] = self.desktop.run("qx-agent", "endpoint", "--app", SHOP)
+
+    def send(self, push, query=""):
+        file = self.desktop.root / "subscription.json"
+        file.write_text(json.dumps({**self.subscription, "endpoint": self.subscription["endpoint"] + query}))
+        [answer] = self.desktop.run("qx", "send", "--subscription", file, "-", input=json.dumps(push) + "\n")
+        self.assertEqual(answer["status"], 201)
+
+    def send_unsealed(self, body):
+        request = urllib.request.Request(self.subscription["endpoint"], data=body, headers={"TTL": "60"})
+        with urllib.request.urlopen(request, timeout=20) as answer:
+            self.assertEqual(answer.status, 201)
+
+    def status(self):
+        [status] = self.desktop.run("qx-agent", "status", "--app", SHOP)
+        return status
+
+    def wait_for_status(self, **counts):
+        self.desktop.wait_for(lambda: counts.items() <= self.status().items(), what=f"{counts}, not {self.status()}")
+
+    def wait_for_titles(self, server, *titles):
+        self.desktop.wait_for(lambda: [str(shown["summary"]) for shown in server.notifications()] == list(titles),
+                              what=f"{titles}, not {[str(shown['summary']) for shown in server.notifications()]}")
+
+    def colours_of(self, window):
+        counted = subprocess.run(["import", "-window", window.id, "-format", "%k", "info:"], check=True, timeout=20,
+                                 env=self.desktop.environment, capture_output=True)
+        return int(counted.stdout)
+
+    # --- The stories
+
+    @on_desktop
+    def test_a_click_brings_up_the_app(self):
+        self.desktop.start_dunst()
+        self.subscribe()
+        self.send(plain("Sale", _m="m17", _r="r4"))
+        self.desktop.click(self.desktop.notification_window())
+        self.desktop.window("Shop – notification m17:r4")
+        self.wait_for_status(received=1, shown=1, waiting=0)
+
+    @on_desktop
+    def test_takes_pushes_from_nobody_but_the_distributor_and_each_once(self):
+        server = self.desktop.start_mock()
+        self.subscribe()
+        self.send(plain("wrong token"), "?token=guessed")
+        self.send(plain("another sender"), "?stranger")
+        self.send_unsealed(b"not sealed at all")
+        self.send(plain("repeated"), "?repeat=3")
+        self.send(plain("repeated without id"), "?repeat=3&anonymous")
+        self.send(plain("the acknowledgement is forgotten"), "?forget")
+        self.wait_for_titles(server, "repeated", "repeated without id", "the acknowledgement is forgotten")
+        self.distributor.kill(signal.SIGTERM)
+        self.distributor = self.desktop.start_distributor(*self.arguments)
+        self.desktop.wait_for(lambda: self.distributor.lines[-1]["event"] == "acknowledged")
+        self.wait_for_status(received=3, shown=3, waiting=0, refused=3)
+        self.assertEqual(len(server.notifications()), 3)
+
+    @on_desktop
+    def test_says_no_more_than_the_server_can_show(self):
+        server = self.desktop.start_mock(capabilities=["body"])
+        self.subscribe()
+        self.send(plain("<b>Plain</b>"))
+        [shown] = self.desktop.wait_for(server.notifications)
+        self.assertEqual((shown["summary"], shown["body"]), ("<b>Plain</b>", "1 < 2 & more"))
+        self.assertEqual(list(shown["actions"]), [])
+
+        server.program.kill()
+        server = self.desktop.start_mock(capabilities=["body", "body-markup", "actions"])
+        self.send(plain("<b>Markup</b>"))
+        [shown] = self.desktop.wait_for(server.notifications)
+        self.assertEqual((shown["summary"], shown["body"]), ("<b>Markup</b>", "1 &lt; 2 &amp; more"))
+        self.assertEqual(list(shown["actions"])[0], "default")
+
+    @on_desktop
+    def test_no_push_is_lost_to_a_server_that_is_away_or_talks_nonsense(self):
+        self.subscribe()
+        self.send(plain("nobody shows anything"))
+        self.wait_for_status(received=1, shown=0, waiting=1)
+        server = self.desktop.start_mock()
+        self.wait_for_titles(server, "nobody shows anything")
+        server.answer_nonsense()
+        self.send(plain("nonsense"))
+        self.wait_for_status(received=2, shown=1, waiting=1)
+        server.program.kill()
+        server = self.desktop.start_mock()
+        self.wait_for_titles(server, "nonsense")
+        server.answer("time.sleep(3600)")
+        self.send(plain("hangs"))
+        self.wait_for_status(received=3, waiting=1)
+        server.program.kill()
+        server = self.desktop.start_mock()
+        self.wait_for_titles(server, "hangs")
+        self.wait_for_status(received=3, shown=3, waiting=0)
+
+    @on_desktop
+    def test_a_killed_agent_is_started_again_by_the_next_push(self):
+        server = self.desktop.start_mock()
+        self.subscribe("--version", "1")
+        self.send(plain("before", _m="m", _r="r"))
+        self.wait_for_titles(server, "before")
+        self.kill_agent()
+        self.send(plain("after", _m="m", _r="r"))
+        self.wait_for_titles(server, "before", "after")
+        self.assertEqual(server.notifications()[1]["replaces_id"], 1, "it is the same message, said anew")
+        self.kill_agent()
+        server.invoke(1)  # nobody hears it
+        self.send(plain("last"))
+        self.wait_for_titles(server, "before", "after", "last")
+        server.invoke(1)
+        self.desktop.window("Shop – notification m:r")
+        self.wait_for_status(received=3, shown=3, waiting=0)
+
+    def kill_agent(self):
+        process = self.desktop.bus.get_name_owner(SHOP + ".Push")
+        os.kill(self.desktop.process_of(process), signal.SIGKILL)
+        self.desktop.wait_for(lambda: not self.desktop.bus.name_has_owner(SHOP + ".Push"))
+
+    @on_desktop
+    def test_says_why_there_is_no_endpoint(self):
+        self.desktop.install_shop()
+        endpoint = functools.partial(self.desktop.run, "qx-agent", "endpoint", "--app", SHOP, fails=True)
+        self.assertIn("no distributor", endpoint().lower())
+        self.desktop.start_distributor("--register", "NETWORK")
+        other = self.desktop.start_distributor("--name", "Other")
+        self.assertIn("org.unifiedpush.Distributor.Other", endpoint())
+        other.kill()
+        self.assertIn("NETWORK", endpoint())
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -57,7 +57,7 @@ Result<Response> post(QXPlatform::URLRequest request) {
 // What an answer means for who sends; empty when the push is taken.
 std::string refusalOf(const QXPlatform::HTTPURLResponse& response) {
   const int status = response.statusCode();
-  const std::string answered = "the push service answered " + std::to_string(status);
+  std::string answered = "the push service answered " + std::to_string(status);
   if (status >= 200 && status < 300) return "";
   if (status == 404 || status == 410) return answered + ": the subscription is gone";
   if (status == 413) return answered + ": the push is too large for it";
@@ -76,7 +76,7 @@ class Sending {
     const std::string message = push.replacingUserInfo(push.userInfo()).description();
     auto body = QXAgent::sealMessage(receiver_.subscription, message);
     if (!body) return body.error();
-    if (!options_.sealOnly) return post(std::move(*body));
+    if (!options_.sealOnly) return post(*std::move(body));
     if (place.line) return Error{"only one push can be written"};
     std::cout << *body << std::flush;
     return true;
@@ -87,12 +87,12 @@ class Sending {
     if (!sender_) {
       auto sender = readOrMakeSender(options_.vapid);
       if (!sender) return sender.error();
-      sender_ = std::move(*sender);
+      sender_ = *std::move(sender);
     }
     const auto size = static_cast<std::int64_t>(body.size());
     auto request = sealedRequest(receiver_, *sender_, options_.ttlSeconds, std::move(body));
     if (!request) return request.error();
-    const auto response = qx::post(std::move(*request));
+    const auto response = qx::post(*std::move(request));
     if (!response) return response.error();
     const auto& answer = **response;
     printResult(simulator_, Dictionary{{"status", std::int64_t{answer.statusCode()}}, {"sealedBytes", size}});
@@ -112,7 +112,7 @@ class Sending {
 int runSend(const SimulatorOptions& simulator, const SendOptions& options) {
   auto receiver = readSubscription(options.subscription);
   if (!receiver) return fail("send", receiver.error().message);
-  Sending sending(simulator, options, std::move(*receiver));
+  Sending sending(simulator, options, *std::move(receiver));
   return forEachPush("send", options.push, [&](const PushDocument& push, const PushPlace& place) {
     const auto sent = sending.send(push, place);
     if (!sent) fail("send", place.name + ": " + sent.error().message);

@@ -71,7 +71,7 @@ Result<Record> readRecord(const std::string& file) {
   text.resize(static_cast<std::size_t>(stream.gcount()));
   auto record = QXPlatform::decodeJSON<Record>(text);
   if (!record) return Error{file + ": " + record.error().description()};
-  return std::move(*record);
+  return *std::move(record);
 }
 
 std::filesystem::path defaultSenderFile() {

@@ -7,11 +7,13 @@
 #include <iostream>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/StandardInput.h"
 #include "QXPlatform/ui/Application.h"
+#include "QXPlatform/ui/ContentExtensionWindow.h"
 
 namespace QXPlatform {
 
@@ -24,6 +26,7 @@ constexpr std::chrono::seconds kLongestWaitForWork(5);
 struct Arguments {
   int width = 360;
   bool reuse = false;
+  bool window = false;
 };
 
 std::optional<int> readWidth(std::string_view text) {
@@ -39,6 +42,8 @@ std::optional<Arguments> readArguments(int argc, const char* const* argv) {
     const std::string_view name = argv[i];
     if (name == "--reuse") {
       arguments.reuse = true;
+    } else if (name == "--window") {
+      arguments.window = true;
     } else if (name == "--width" && i + 1 < argc) {
       const auto width = readWidth(argv[++i]);
       if (!width) return std::nullopt;
@@ -47,8 +52,20 @@ std::optional<Arguments> readArguments(int argc, const char* const* argv) {
       return std::nullopt;
     }
   }
-  return arguments;
+  return arguments.reuse && arguments.window ? std::nullopt : std::optional(arguments);
 }
+
+// The first notification alone.
+class FirstPush final : public PushSource {
+ public:
+  std::optional<PushText> next() override {
+    return std::exchange(isTaken_, true) ? std::nullopt : source_.next();
+  }
+
+ private:
+  PushLineSource source_{standardInput(), {}, kLongestFullRequest};
+  bool isTaken_ = false;
+};
 
 Dictionary answer(ContentExtensionHost& host, const UNNotificationRequest& request) {
   const Size size = host.contentSize();
@@ -58,27 +75,45 @@ Dictionary answer(ContentExtensionHost& host, const UNNotificationRequest& reque
           {"responseOption", responseOptionName(host.respond())}};
 }
 
+Result<Dictionary> showInWindow(ContentExtensionHost& host, const UNNotificationRequest& request) {
+  if (host.isCollapsed()) return answer(host, request);
+  bool isPerformed = false;
+  runInWindow(host, request.content->snapshot().title, [&isPerformed] { isPerformed = true; });
+  return answer(host, request).merging({{"defaultActionPerformed", isPerformed}});
+}
+
 }  // namespace
 
 int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactory& makeHost) {
+  const char* program = argc > 0 ? argv[0] : "extension";
   const auto arguments = readArguments(argc, argv);
   if (!arguments) {
-    std::cerr << "usage: " << (argc > 0 ? argv[0] : "extension")
-              << " [--width POINTS] [--reuse]  (notifications on standard input, one JSON object a line)\n";
+    std::cerr << "usage: " << program
+              << " [--width POINTS] [--reuse | --window]  (notifications on standard input, one JSON object "
+                 "a line)\n";
     return 2;
   }
-  const auto application = makeApplication(ScreenUse::none);
+  if (arguments->window && !hasScreen()) {
+    std::cerr << program << ": there is no screen for a window\n";
+    return 1;
+  }
+  const auto application = makeApplication(arguments->window ? ScreenUse::windows : ScreenUse::none);
   std::unique_ptr<ContentExtensionHost> host;
-  PushLineSource source(standardInput());
-  const PushAnswers answers = answerPushes(source, std::cout,
-                                           {.answer = [&](const auto& request) -> Result<Dictionary> {
-                                              if (host == nullptr || !arguments->reuse)
-                                                host = makeHost(arguments->width);
-                                              host->deliver(request);
-                                              QCoreApplication::processEvents();
-                                              return answer(*host, *request);
-                                            },
-                                            .progress = nullptr});
+  std::unique_ptr<PushSource> source;
+  if (arguments->window) {
+    source = std::make_unique<FirstPush>();
+  } else {
+    source = std::make_unique<PushLineSource>(standardInput());
+  }
+  const auto show = [&](const std::shared_ptr<const UNNotificationRequest>& request) -> Result<Dictionary> {
+    if (host == nullptr || !arguments->reuse) host = makeHost(arguments->width);
+    host->deliver(request);
+    if (arguments->window) return showInWindow(*host, *request);
+    QCoreApplication::processEvents();
+    return answer(*host, *request);
+  };
+  const PushAnswers answers =
+      answerPushes(*source, std::cout, {.answer = show, .limits = kFullRequestLimits, .progress = nullptr});
   host.reset();
   Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
   return answers.errors == 0 && !answers.outputFailed ? 0 : 1;

@@ -18,8 +18,14 @@ using ContentExtensionHostFactory = std::function<std::unique_ptr<ContentExtensi
 //
 // Each notification has an extension object of its own. With the argument --reuse one object is shown them
 // all, as it is when a later notification replaces one that stands expanded. --width POINTS (default 360)
-// says how much room there is. Returns the exit code: 0, 1 when a line was no notification, 2 for wrong
-// arguments.
+// says how much room there is.
+//
+// With --window it opens the one notification that it reads in a window on the user's screen, under the
+// notification's title, and answers when that is closed; the line then has "defaultActionPerformed": whether
+// the application is to be opened. What collapses opens no window, and has no such key.
+//
+// Returns the exit code: 0, 1 when a line was no notification or there is no screen for a window, 2
+// for wrong arguments.
 int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactory& makeHost);
 
 template <typename Extension>

@@ -23,4 +23,10 @@ std::unique_ptr<CarouselClickStoring> CarouselClickStorageFactory::createStorage
   return std::make_unique<CarouselClickStorage>(AppGroupSDK::CarouselClickModelStore(module, *appId));
 }
 
+const QXPlatform::DispatchQueue& clickSavingQueue() {
+  using QXPlatform::DispatchQueue;
+  static const DispatchQueue queue("com.vtqx.carousel.click", DispatchQueue::Attribute::serial);
+  return queue;
+}
+
 }  // namespace QXExtensionSDK

@@ -9,6 +9,7 @@
 #include "AppGroupSDK/context/PNContextInfo.h"
 #include "AppGroupSDK/records/CarouselClickModelStore.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
+#include "QXPlatform/dispatch/DispatchQueue.h"
 
 namespace QXExtensionSDK {
 
@@ -60,5 +61,9 @@ class CarouselClickStorageFactory final : public CarouselClickStorageCreating {
   const std::unique_ptr<const AppGroupSDK::ContextModuleChecking> checker_;
   AppGroupSDK::AppIdProvider appIdProvider_;
 };
+
+// Where a tap's click is saved, away from the main thread. Whoever has to know that it is saved waits by
+// sync().
+const QXPlatform::DispatchQueue& clickSavingQueue();
 
 }  // namespace QXExtensionSDK

@@ -110,8 +110,13 @@ void CarouselCoordinator::panelTapped() {
     return logger_.error(kCategory,
                          "Backing out from saving carousel click data in App Group as unique id is nil");
   }
-  if (panel->action) saveClick(*uniqueId, item->identifier, *panel->action);
-  performDefaultAction();
+  auto saving = panel->action ? savingOf(*uniqueId, item->identifier, *panel->action) : nullptr;
+  // The application reads the click as soon as it is opened.
+  with_.dispatchSaving(
+      [saving = std::move(saving), dispatchMain = with_.dispatchMain, open = defaultAction()] {
+        if (saving) saving();
+        dispatchMain(open);
+      });
 }
 
 const PanelItemComponent* CarouselCoordinator::selectedPanel() const {
@@ -133,30 +138,32 @@ std::optional<std::string> CarouselCoordinator::uniqueNotificationId() const {
       notificationRequest_->content->userInfo());
 }
 
-void CarouselCoordinator::saveClick(const std::string& uniqueId, const std::string& panelId,
-                                    const UserAction& action) const {
-  const auto click = makeCarouselClick(uniqueId, currentSelectedPanelIndex_, panelId, action, logger_);
-  if (!click) return;
-  const auto context =
-      AppGroupSDK::PNContextUtils::parseContextInfoFromContent(*notificationRequest_->content);
-  for (const ExtensionModuleName module : rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>())) {
-    const auto storage = with_.clickStorageFactory->createStorage(module, context);
-    if (storage == nullptr) continue;
-    const bool saved = storage->save(*click);
-    logger_.debug(kCategory, "Click state save status=", saved, " for ", shortName(module), " module");
-  }
+// Empty when the action is not what it declares.
+std::function<void()> CarouselCoordinator::savingOf(const std::string& uniqueId, const std::string& panelId,
+                                                    const UserAction& action) const {
+  auto click = makeCarouselClick(uniqueId, currentSelectedPanelIndex_, panelId, action, logger_);
+  if (!click) return {};
+  return [click = std::move(*click), request = notificationRequest_, factory = with_.clickStorageFactory,
+          &logger = logger_] {
+    const auto context = AppGroupSDK::PNContextUtils::parseContextInfoFromContent(*request->content);
+    for (const ExtensionModuleName module : rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>())) {
+      const auto storage = factory->createStorage(module, context);
+      if (storage == nullptr) continue;
+      const bool saved = storage->save(click);
+      logger.debug(kCategory, "Click state save status=", saved, " for ", shortName(module), " module");
+    }
+  };
 }
 
-void CarouselCoordinator::performDefaultAction() const {
+std::function<void()> CarouselCoordinator::defaultAction() const {
   // The screen may be closed before this runs; there is nobody left to ask then.
-  with_.dispatchMain(
-      [screen = std::weak_ptr(carouselVC_), request = notificationRequest_, &logger = logger_] {
-        const auto carouselVC = screen.lock();
-        auto* extensionContext = carouselVC != nullptr ? carouselVC->extensionContext() : nullptr;
-        if (extensionContext == nullptr) return logger.error(kCategory, "Extension context not found");
-        extensionContext->performNotificationDefaultAction();
-        removeDeliveredNotification(*request, logger);
-      });
+  return [screen = std::weak_ptr(carouselVC_), request = notificationRequest_, &logger = logger_] {
+    const auto carouselVC = screen.lock();
+    auto* extensionContext = carouselVC != nullptr ? carouselVC->extensionContext() : nullptr;
+    if (extensionContext == nullptr) return logger.error(kCategory, "Extension context not found");
+    extensionContext->performNotificationDefaultAction();
+    removeDeliveredNotification(*request, logger);
+  };
 }
 
 }  // namespace QXExtensionSDK

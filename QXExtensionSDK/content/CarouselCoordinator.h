@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,9 +22,12 @@ namespace QXExtensionSDK {
 struct CarouselCollaborators {
   std::unique_ptr<const PayloadCarouselModelParsing> parser;
   std::unique_ptr<CarouselPresenting> presenter;
-  std::unique_ptr<CarouselClickStorageCreating> clickStorageFactory;
+  std::shared_ptr<CarouselClickStorageCreating> clickStorageFactory;
   CarouselScreenFactory makeScreen;
   MainDispatch dispatchMain;
+  // Runs work elsewhere than on the main thread, one piece after the other: saving a click may have to wait
+  // for the container.
+  BackgroundDispatch dispatchSaving;
 };
 
 // Runs the carousel: decodes the notification, moves between the panels, records a tap and hands it on to the
@@ -45,8 +49,8 @@ class CarouselCoordinator final : public Coordinator,
 
   void backButtonTapped() override;
   void nextButtonTapped() override;
-  // Saves the click for every module that the push is meant for, then asks for the notification's default
-  // action and takes the notification out of the notification centre.
+  // Saves the click for every module that the push is meant for, in the background; then asks for the
+  // notification's default action and takes the notification out of the notification centre.
   void panelTapped() override;
 
  private:
@@ -57,8 +61,9 @@ class CarouselCoordinator final : public Coordinator,
   const PanelItemComponent* selectedPanel() const;
   const PanelItem* selectedItem() const;
   std::optional<std::string> uniqueNotificationId() const;
-  void saveClick(const std::string& uniqueId, const std::string& panelId, const UserAction& action) const;
-  void performDefaultAction() const;
+  std::function<void()> savingOf(const std::string& uniqueId, const std::string& panelId,
+                                 const UserAction& action) const;
+  std::function<void()> defaultAction() const;
 
   const Logger& logger_;
   const CarouselCollaborators with_;

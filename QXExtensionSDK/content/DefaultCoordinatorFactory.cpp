@@ -1,5 +1,7 @@
 #include "QXExtensionSDK/content/DefaultCoordinatorFactory.h"
 
+#include <utility>
+
 #include "QXExtensionSDK/content/CarouselCoordinator.h"
 #include "QXExtensionSDK/payload/ViewTemplateCheck.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
@@ -15,13 +17,15 @@ std::shared_ptr<Coordinator> DefaultCoordinatorFactory::createCoordinatorUsing(
   }
   logger.debug(LogCategory::contentGeneral, "ViewTemplate type is carousel");
   return std::make_shared<CarouselCoordinator>(
-      logger, CarouselCollaborators{
-                  .parser = std::make_unique<PayloadCarouselModelParser>(logger),
-                  .presenter = std::make_unique<CarouselPresenter>(logger),
-                  .clickStorageFactory = std::make_unique<CarouselClickStorageFactory>(logger),
-                  .makeScreen = makeScreen_,
-                  .dispatchMain = dispatchMain_,
-              });
+      logger,
+      CarouselCollaborators{
+          .parser = std::make_unique<PayloadCarouselModelParser>(logger),
+          .presenter = std::make_unique<CarouselPresenter>(logger),
+          .clickStorageFactory = std::make_unique<CarouselClickStorageFactory>(logger),
+          .makeScreen = makeScreen_,
+          .dispatchMain = dispatchMain_,
+          .dispatchSaving = [](std::function<void()> work) { clickSavingQueue().async(std::move(work)); },
+      });
 }
 
 }  // namespace QXExtensionSDK

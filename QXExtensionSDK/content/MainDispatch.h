@@ -8,4 +8,7 @@ namespace QXExtensionSDK {
 // QXPlatform::dispatchMainAsync where the view toolkit does.
 using MainDispatch = std::function<void(std::function<void()>)>;
 
+// Runs work away from the main thread, one piece after the other.
+using BackgroundDispatch = std::function<void(std::function<void()>)>;
+
 }  // namespace QXExtensionSDK

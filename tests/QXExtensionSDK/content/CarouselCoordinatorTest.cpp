@@ -65,7 +65,9 @@ class CarouselCoordinatorTest : public testing::Test {
             .presenter = std::make_unique<CarouselPresenter>(Logger::content()),
             .clickStorageFactory = std::move(clicks),
             .makeScreen = [this] { return screen_ = std::make_shared<FakeCarouselScreen>(); },
-            .dispatchMain = [this](std::function<void()> work) { mainQueue_.push_back(std::move(work)); }});
+            .dispatchMain = [this](std::function<void()> work) { mainQueue_.push_back(std::move(work)); },
+            .dispatchSaving =
+                [this](std::function<void()> work) { savingQueue_.push_back(std::move(work)); }});
   }
 
   static std::shared_ptr<const QXPlatform::UNNotificationRequest> pushOf(const std::string& richFeatures,
@@ -79,6 +81,11 @@ class CarouselCoordinatorTest : public testing::Test {
     screen_->context = &context_;
     log_.emplace();
   }
+  // Saves the click as well.
+  void tap() {
+    coordinator_->panelTapped();
+    for (const auto& work : std::exchange(savingQueue_, {})) work();
+  }
   void runMainQueue() {
     for (const auto& work : std::exchange(mainQueue_, {})) work();
   }
@@ -89,6 +96,7 @@ class CarouselCoordinatorTest : public testing::Test {
   std::shared_ptr<FakeCarouselScreen> screen_;
   ClickBook* clicks_ = nullptr;
   std::vector<std::function<void()>> mainQueue_;
+  std::vector<std::function<void()>> savingQueue_;
   std::shared_ptr<CarouselCoordinator> coordinator_;
   std::optional<support::ScopedLogRecorder> log_;
 };
@@ -165,6 +173,9 @@ TEST_F(CarouselCoordinatorTest, RecordsATapThenOpensTheAppAndTakesTheNotificatio
   coordinator_->nextButtonTapped();
   Logger::setGlobalLoglevel(0);
   coordinator_->panelTapped();
+  EXPECT_THAT(clicks_->entries, IsEmpty());  // the main thread waits for no container
+  EXPECT_THAT(mainQueue_, IsEmpty());
+  savingQueue_.front()();
   Logger::setGlobalLoglevel(2);
 
   const AppGroupSDK::CarouselClickModel click("m:r", true, 1, AppGroupSDK::CarouselActionType::openWebUrl,
@@ -188,7 +199,7 @@ TEST_F(CarouselCoordinatorTest, OpensTheAppWhetherOrNotTheClickCouldBeSaved) {
   clicks_->writable = false;
   clicks_->missing = ExtensionModuleName::quorixEngagement;
   Logger::setGlobalLoglevel(0);
-  coordinator_->panelTapped();
+  tap();
   Logger::setGlobalLoglevel(2);
   runMainQueue();
   EXPECT_THAT(messages(), ElementsAre("Click state save status=false for MAM module"));
@@ -197,7 +208,7 @@ TEST_F(CarouselCoordinatorTest, OpensTheAppWhetherOrNotTheClickCouldBeSaved) {
   // A panel without an action has nothing to save.
   coordinator_->refreshWith(pushOf(carousel(plainPanels(1))));
   clicks_->writable = true;
-  coordinator_->panelTapped();
+  tap();
   runMainQueue();
   EXPECT_THAT(clicks_->entries, IsEmpty());
   EXPECT_EQ(context_.defaultActionCount, 2);
@@ -208,7 +219,7 @@ TEST_F(CarouselCoordinatorTest, NeitherSavesNorOpensWithoutAUniqueId) {
   coordinator_->refreshWith(support::makeRequest(support::dictionary(
       R"({"_m":7,"_rf":)" + carousel(R"([{"id":"p","md":{"ul":""},"ac":[{"t":"0"}]}])") + "}")));
   log_.emplace();
-  coordinator_->panelTapped();
+  tap();
   EXPECT_THAT(messages(),
               ElementsAre("Backing out from saving carousel click data in App Group as unique id is nil"));
   EXPECT_THAT(clicks_->entries, IsEmpty());
@@ -218,14 +229,14 @@ TEST_F(CarouselCoordinatorTest, NeitherSavesNorOpensWithoutAUniqueId) {
 TEST_F(CarouselCoordinatorTest, SaysWhatKeepsATapFromItsEnd) {
   start(carousel(plainPanels(1)));
   screen_->context = nullptr;
-  coordinator_->panelTapped();
+  tap();
   runMainQueue();
   EXPECT_THAT(messages(), ElementsAre("Extension context not found"));
 
   log_.emplace();
   screen_->context = &context_;
   coordinator_->refreshWith(pushOf(carousel(R"([{"id":"","md":{"ul":""},"ac":[{"t":"0"}]}])"), ""));
-  coordinator_->panelTapped();
+  tap();
   runMainQueue();
   EXPECT_EQ(context_.defaultActionCount, 1);
   EXPECT_THAT(messages(), ElementsAre("Delivered notification can't be removed"));
@@ -233,7 +244,7 @@ TEST_F(CarouselCoordinatorTest, SaysWhatKeepsATapFromItsEnd) {
 
 TEST_F(CarouselCoordinatorTest, LeavesNothingBehindWhenItIsClosedBetweenTapAndDefaultAction) {
   start(carousel(plainPanels(1)));
-  coordinator_->panelTapped();
+  tap();
   coordinator_.reset();
   const std::weak_ptr<FakeCarouselScreen> screen = screen_;
   screen_.reset();

@@ -281,7 +281,7 @@ void tapAt(const Expanded& expanded, const QPoint& point) {
   QWidget* target = view.childAt(point);
   ASSERT_NE(target, nullptr);
   QTest::mouseClick(target, Qt::LeftButton, {}, target->mapFrom(&view, point));
-  QCoreApplication::sendPostedEvents();
+  support::finishTaps();
 }
 
 TEST(CarouselScreen, OpensAtATapOnThePanelButNotNearADisabledArrow) {
@@ -330,7 +330,7 @@ void tabToPanel(const Expanded& expanded) {
 void repeatKey(int key) {
   QKeyEvent again(QEvent::KeyPress, key, {}, {}, true);
   QApplication::sendEvent(QApplication::focusWidget(), &again);
-  QCoreApplication::sendPostedEvents();
+  support::finishTaps();
 }
 
 bool isRingSeen(const Expanded& expanded) {
@@ -371,7 +371,7 @@ TEST(CarouselScreen, IsUsedFromTheKeyboard) {
     for (const auto key : {Qt::Key_Return, Qt::Key_Space}) repeatKey(key);
     EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
     QTest::keyClick(&panel, Qt::Key_Return);
-    QCoreApplication::sendPostedEvents();
+    support::finishTaps();
     EXPECT_TRUE(expanded.host->isDefaultActionPerformed());
   }
   QApplication::setLayoutDirection(Qt::LeftToRight);
@@ -478,7 +478,7 @@ TEST(CarouselScreen, TellsAssistiveTechnologyWhatItShows) {
   auto* panel = accessible(&expanded.screen().contentView())->actionInterface();
   ASSERT_NE(panel, nullptr);
   panel->doAction(QAccessibleActionInterface::pressAction());
-  QCoreApplication::sendPostedEvents();
+  support::finishTaps();
   EXPECT_TRUE(expanded.host->isDefaultActionPerformed());
   accessible(&expanded.screen().backButton())
       ->actionInterface()

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "QXExtensionSDK/content/CarouselClickStoring.h"
 #include "QXExtensionSDK/content/CarouselViewController.h"
 #include "QXExtensionSDK/content/VTQXNotificationViewController.h"
 #include "QXPlatform/ui/ContentExtensionHost.h"
@@ -32,6 +33,12 @@ bool pumpUntil(Condition condition, std::chrono::milliseconds patience = kPatien
     QCoreApplication::processEvents(QEventLoop::AllEvents, 2);
   }
   return true;
+}
+
+// Lets the taps so far have all their effects.
+inline void finishTaps() {
+  QXExtensionSDK::clickSavingQueue().sync([] {});
+  QCoreApplication::sendPostedEvents();
 }
 
 // Serves images by path, each as it is told to.

@@ -66,7 +66,7 @@ TEST(ContentExtension, StaysCollapsedForAnotherSendersNotification) {
       support::pumpUntil([&] { return !expanded.host->isCollapsed(); }, std::chrono::milliseconds(80)));
   expanded.screen().nextButton().click();
   expanded.screen().tapGesturePerformed();
-  QCoreApplication::sendPostedEvents();
+  support::finishTaps();
   EXPECT_EQ(expanded.host->contentSize(), (QXPlatform::Size{360, 1}));
   EXPECT_EQ(expanded.screen().viewModel().currentPanelIndex, 0);
   EXPECT_FALSE(expanded.host->isDefaultActionPerformed());

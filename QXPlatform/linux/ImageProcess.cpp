@@ -32,7 +32,8 @@ namespace {
 constexpr rlim_t kMostProcessorSeconds = 2;
 // What a process may take beside the decoding: the picture that comes of it and what the allocator rounds up.
 constexpr rlim_t kAllowanceBytes = 16'000'000;
-constexpr std::chrono::seconds kLongestWait(20);
+// On a machine with hardly a processor to spare.
+constexpr std::chrono::seconds kLongestWait(60);
 constexpr std::chrono::milliseconds kWantedInterval(20);
 
 struct Request {

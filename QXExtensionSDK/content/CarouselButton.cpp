@@ -12,7 +12,8 @@ namespace QXExtensionSDK {
 namespace {
 
 constexpr int kFocusGap = 3;
-constexpr double kPressedOpacity = 0.5;
+constexpr float kPressedDisc = 0.18F;
+constexpr double kPressedScale = 0.94;
 
 bool isPointerEvent(const QEvent& event) {
   switch (event.type()) {
@@ -84,10 +85,21 @@ void CarouselButton::focusOutEvent(QFocusEvent* event) {
 void CarouselButton::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   const bool isMirrored = layoutDirection() == Qt::RightToLeft;
-  if (isDown()) painter.setOpacity(kPressedOpacity);
-  QXPlatform::drawTemplateImage(painter, isEnabled() ? enabledImage_ : disabledImage_, bounds(),
-                                palette().color(QPalette::Active, QPalette::WindowText), isMirrored);
-  painter.setOpacity(1);
+  const QColor ink = palette().color(QPalette::Active, QPalette::WindowText);
+  QRectF image(bounds());
+  if (isDown()) {
+    // Under the finger: a stronger disc, and an arrow that gives way.
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor disc = ink;
+    disc.setAlphaF(kPressedDisc);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(disc);
+    painter.drawEllipse(image);
+    const double inset = image.width() * (1 - kPressedScale) / 2;
+    image.adjust(inset, inset, -inset, -inset);
+  }
+  QXPlatform::drawTemplateImage(painter, isEnabled() ? enabledImage_ : disabledImage_, image, ink,
+                                isMirrored);
   if (showsFocus_ && hasFocus()) {
     const QRectF ring = QRectF(bounds()).adjusted(-kFocusGap, -kFocusGap, kFocusGap, kFocusGap);
     QPainterPath path;

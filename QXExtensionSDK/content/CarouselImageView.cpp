@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <QPixmap>
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <string>
 #include <utility>
 
@@ -23,25 +23,22 @@ constexpr double kCornerRadius = 16;
 constexpr Color kBorderColor{0xC9C9C9};
 constexpr Color kSpinnerColorInDark{0x5C5C5C};
 constexpr Color kSpinnerColor{0x8E8E93};
-constexpr int kFailureImageSide = 48;
-constexpr int kFailureSpacing = 10;
-constexpr int kAltTextMargin = 24;
 constexpr int kAltTextLines = 3;
+constexpr double kReadable = 4.5;
+constexpr double kVisible = 2.2;
 
 // Stands out from whatever the payload put behind the image.
 QColor inkOn(const QColor& background) {
-  constexpr int kHalf = 128;
-  return qGray(background.rgb()) < kHalf ? QColor(255, 255, 255, 178) : QColor(0, 0, 0, 115);
+  const bool isWhiteBetter =
+      QXPlatform::contrastRatio(Qt::white, background) > QXPlatform::contrastRatio(Qt::black, background);
+  return isWhiteBetter ? QColor(255, 255, 255, 178) : QColor(0, 0, 0, 115);
 }
 
-double luminance(const QColor& color) {
-  return (0.2126 * color.redF() + 0.7152 * color.greenF() + 0.0722 * color.blueF());
-}
-
-// Whether a text in the one colour is hard to read on the other.
-bool isHardToRead(const QColor& text, const QColor& background) {
-  constexpr double kLeastDifference = 0.35;
-  return std::abs(luminance(text) - luminance(background)) < kLeastDifference;
+// What is put between a colour and a background that it cannot be told from.
+QColor backingFor(const QColor& color) {
+  const bool isWhiteBetter =
+      QXPlatform::contrastRatio(Qt::white, color) > QXPlatform::contrastRatio(Qt::black, color);
+  return isWhiteBetter ? QColor(255, 255, 255, 230) : QColor(0, 0, 0, 204);
 }
 
 class FailureImageView final : public QWidget {
@@ -154,13 +151,18 @@ void CarouselImageView::logFailure(const ImageDownloadResult& result) const {
 
 void CarouselImageView::showFailure(bool isFailure) {
   failureImageView_->setVisible(isFailure);
-  altTextLabel_->setVisible(isFailure && !altTextLabel_->text().isEmpty());
-  layoutSubviews();
+  layoutFailure();
+  update();
+}
+
+QColor CarouselImageView::spinnerColor() const {
+  const bool isDark = QXPlatform::userInterfaceStyle(*this) == QXPlatform::UserInterfaceStyle::dark;
+  return toQColor(isDark ? kSpinnerColorInDark : kSpinnerColor);
 }
 
 void CarouselImageView::updateAppearance() {
-  const bool isDark = QXPlatform::userInterfaceStyle(*this) == QXPlatform::UserInterfaceStyle::dark;
-  spinnerView_->setColor(toQColor(isDark ? kSpinnerColorInDark : kSpinnerColor));
+  spinnerView_->setColor(spinnerColor());
+  update();
 }
 
 void CarouselImageView::changeEvent(QEvent* event) {
@@ -174,33 +176,61 @@ void CarouselImageView::setFrame(const QRect& frame) {
   layoutSubviews();
 }
 
-// The spinner in the middle; the failure image in the middle together with the text under it.
 void CarouselImageView::layoutSubviews() {
   QRect spinner({}, spinnerView_->sizeHint());
   spinner.moveCenter(rect().center());
   spinnerView_->setGeometry(spinner);
-
-  const int textWidth = std::max(0, width() - 2 * kAltTextMargin);
-  const int textHeight = altTextLabel_->heightForWidth(textWidth);
-  const int textPart = altTextLabel_->isHidden() ? 0 : kFailureSpacing + textHeight;
-  const int top = (height() - kFailureImageSide - textPart) / 2;
-  failureImageView_->setGeometry((width() - kFailureImageSide) / 2, top, kFailureImageSide,
-                                 kFailureImageSide);
-  altTextLabel_->setGeometry(kAltTextMargin, top + kFailureImageSide + kFailureSpacing, textWidth,
-                             textHeight);
+  layoutFailure();
 }
 
-// The colours are the payload's; where they leave the text unreadable, something is put in between.
-void CarouselImageView::paintAltTextBacking(QPainter& painter) const {
-  const QColor textColor = altTextLabel_->textColor();
-  if (altTextLabel_->isHidden() || !isHardToRead(textColor, backgroundColor_)) return;
-  constexpr double kHalf = 0.5;
-  constexpr QMargins kAround(12, 6, 12, 6);
-  const QColor backing = luminance(textColor) < kHalf ? QColor(255, 255, 255, 217) : QColor(0, 0, 0, 153);
-  const QRectF area = altTextLabel_->textRect().translated(altTextLabel_->pos()).marginsAdded(kAround);
+// The failure image in the middle together with the text under it: the larger the better, and all inside.
+void CarouselImageView::layoutFailure() {
+  if (failureImageView_->isHidden()) return altTextLabel_->hide();
+  constexpr int kMostMargin = 24;
+  const int margin = std::min(kMostMargin, width() / 12);
+  const int textWidth = std::max(0, width() - 2 * margin);
+  const int available = std::max(0, height() - 2 * std::min(margin, height() / 12));
+  const bool hasText = !altTextLabel_->text().isEmpty();
+  const auto textHeight = [&](int lines) {
+    return QXPlatform::UILabel::heightForText(altTextLabel_->text(), altTextLabel_->textFont(), textWidth,
+                                              lines);
+  };
+  const auto spacing = [](int side) { return side / 5; };
+  const auto fits = [&](int side, int lines) {
+    return side + spacing(side) + textHeight(lines) <= available;
+  };
+
+  constexpr std::array kSides{48, 40, 32, 24, 16};
+  int lines = hasText ? kAltTextLines : 0;
+  while (lines > 0 && !fits(kSides.back(), lines)) --lines;
+  const auto* side = std::ranges::find_if(kSides, [&](int each) { return lines == 0 || fits(each, lines); });
+  const int imageSide = std::min(*side, available);
+  const int textPart = lines > 0 ? spacing(imageSide) + textHeight(lines) : 0;
+  const int top = (height() - imageSide - textPart) / 2;
+  failureImageView_->setGeometry((width() - imageSide) / 2, top, imageSide, imageSide);
+  if (lines > 0) altTextLabel_->setNumberOfLines(lines);
+  altTextLabel_->setVisible(lines > 0);
+  altTextLabel_->setGeometry(margin, top + imageSide + spacing(imageSide), textWidth,
+                             textPart - spacing(imageSide));
+}
+
+// The colours are the payload's; where they leave something hard to see, a backing is put in between.
+void CarouselImageView::paintBacking(QPainter& painter) const {
   painter.setPen(Qt::NoPen);
-  painter.setBrush(backing);
-  painter.drawRoundedRect(area, kCornerRadius / 2, kCornerRadius / 2);
+  const QColor textColor = altTextLabel_->textColor();
+  if (!altTextLabel_->isHidden() && QXPlatform::contrastRatio(textColor, backgroundColor_) < kReadable) {
+    constexpr QMargins kAround(12, 4, 12, 4);
+    const QRect text = altTextLabel_->textRect().translated(altTextLabel_->pos());
+    const QRectF area = text.marginsAdded(kAround).intersected(rect());
+    painter.setBrush(backingFor(textColor));
+    painter.drawRoundedRect(area, kCornerRadius / 2, kCornerRadius / 2);
+  }
+  const QColor spinnerColor = this->spinnerColor();
+  if (!spinnerView_->isHidden() && QXPlatform::contrastRatio(spinnerColor, backgroundColor_) < kVisible) {
+    constexpr int kAround = 8;
+    painter.setBrush(backingFor(spinnerColor));
+    painter.drawEllipse(QRectF(spinnerView_->geometry()).adjusted(-kAround, -kAround, kAround, kAround));
+  }
 }
 
 void CarouselImageView::paintEvent(QPaintEvent* /*event*/) {
@@ -218,7 +248,7 @@ void CarouselImageView::paintEvent(QPaintEvent* /*event*/) {
     image_.setTransform(QTransform::fromScale(width() / pixels.width(), height() / pixels.height()));
     painter.fillPath(frame, image_);
   }
-  paintAltTextBacking(painter);
+  paintBacking(painter);
   painter.strokePath(frame, QPen(toQColor(kBorderColor), 1));
 }
 

@@ -46,8 +46,10 @@ class CarouselImageView final : public QWidget {
   void logFailure(const ImageDownloadResult& result) const;
   void showFailure(bool isFailure);
   void updateAppearance();
-  void paintAltTextBacking(QPainter& painter) const;
+  QColor spinnerColor() const;
+  void paintBacking(QPainter& painter) const;
   void layoutSubviews();
+  void layoutFailure();
 
   const std::shared_ptr<QXPlatform::URLSession> session_;
   CarouselImageViewDelegate& delegate_;

@@ -90,10 +90,10 @@ void CarouselViewController::apply(const CarouselViewModel& viewModel) {
   const bool wasCollapsed = isCollapsed_;
   const bool hasNewPanels = viewModel.panels != viewModel_.panels;
   viewModel_ = viewModel;
-  // Without panels the screen stays as it is, and takes no room when it has never shown any.
-  if (panelCount() > 0) {
+  if (panelCount() > 0 && hasNewPanels) takePanels(viewModel.panels);
+  // Without the panel the screen stays as it is, and takes no room when it has never shown any.
+  if (isCurrentPanelThere()) {
     isCollapsed_ = false;
-    if (hasNewPanels) takePanels(viewModel.panels);
   } else if (laidOutPanels_ == nullptr) {
     isCollapsed_ = true;
   }
@@ -105,7 +105,9 @@ void CarouselViewController::apply(const CarouselViewModel& viewModel) {
     panelsWidth_ = -1;
     layoutSubviews();
   }
-  if (isLaidOutAnew || isCollapsed_ != wasCollapsed) setPreferredContentSize(neededSize());
+  const bool isToBeSized =
+      isLaidOutAnew || isCollapsed_ != wasCollapsed || neededSize() != preferredContentSize();
+  if (isToBeSized) setPreferredContentSize(neededSize());
   showPanel();
   runTimerRules();
 }
@@ -254,7 +256,7 @@ void CarouselViewController::measurePanels(int width) {
 
 QXPlatform::Size CarouselViewController::neededSize() {
   constexpr double kCollapsedHeight = 1;
-  const bool hasBar = laidOutPanels_ != nullptr && laidOutPanels_->size() >= 2;
+  const bool hasBar = panelCount() >= 2;
   const int height =
       panelsHeight_ + CarouselContentView::kMargin + (hasBar ? kBarHeight : CarouselContentView::kMargin);
   return {static_cast<double>(view().width()), isCollapsed_ ? kCollapsedHeight : static_cast<double>(height)};

@@ -1,14 +1,17 @@
 #include "QXPlatform/ui/Appearance.h"
 
 #include <QApplication>
+#include <QColor>
 #include <QFont>
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QFontMetrics>
 #include <QPalette>
 #include <QPointF>
 #include <QWidget>
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace QXPlatform {
 
@@ -26,7 +29,9 @@ QPalette palette(UserInterfaceStyle style) {
 }
 
 const QStringList& fontFamilies() {
-  static const QStringList families{"Inter", QFontDatabase::systemFont(QFontDatabase::GeneralFont).family()};
+  // Emoji before fonts that draw some of them without colour.
+  static const QStringList families{"Roboto", "Noto Color Emoji",
+                                    QFontDatabase::systemFont(QFontDatabase::GeneralFont).family()};
   return families;
 }
 
@@ -54,6 +59,29 @@ QFont systemFont(SystemFontStyle style, double pointSize) {
   font.setItalic(style == SystemFontStyle::italic);
   font.setHintingPreference(QFont::PreferNoHinting);
   return font;
+}
+
+bool hasGlyphsFor(const std::string& text) {
+  const QFontMetrics metrics(systemFont(SystemFontStyle::regular, 14));
+  return std::ranges::all_of(QString::fromStdString(text).toUcs4(), [&metrics](uint letter) {
+    const QChar::Category category = QChar::category(letter);
+    const bool isDrawn = !QChar::isSpace(letter) && category != QChar::Mark_NonSpacing &&
+                         category != QChar::Other_Control && category != QChar::Other_Format;
+    return !isDrawn || metrics.inFontUcs4(letter);
+  });
+}
+
+double contrastRatio(const QColor& left, const QColor& right) {
+  const auto light = [](float value) {
+    constexpr double kLinearBelow = 0.04045;
+    return value <= kLinearBelow ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+  };
+  const auto luminance = [&light](const QColor& color) {
+    return 0.2126 * light(color.redF()) + 0.7152 * light(color.greenF()) + 0.0722 * light(color.blueF());
+  };
+  const auto [darker, brighter] = std::minmax({luminance(left), luminance(right)});
+  constexpr double kGlare = 0.05;
+  return (brighter + kGlare) / (darker + kGlare);
 }
 
 QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {

@@ -55,15 +55,9 @@ QString shortened(const QString& text) {
   return text.left(isInsideLetter ? kMostLetters - 1 : kMostLetters) + kEllipsis;
 }
 
-// Line breaks of the payload break the line; other white space does not add up.
-QString prepared(QString text) {
-  text = shortened(std::move(text).trimmed());
-  text.replace("\r\n", "\n");
-  for (QChar& letter : text) {
-    if (letter == '\n' || letter == '\r') letter = QChar::LineSeparator;
-    if (letter == '\t') letter = ' ';
-  }
-  return text;
+// White space of any kind and length, line breaks included, is one space.
+QString prepared(const QString& text) {
+  return shortened(text.simplified());
 }
 
 QTextOption optionsFor(Qt::Alignment alignment) {
@@ -75,7 +69,7 @@ QTextOption optionsFor(Qt::Alignment alignment) {
 
 // The text, cut so that it ends on that line.
 QString withElidedEnd(const QString& text, int lastLineStart, const QFont& font, double width) {
-  const QString tail = text.mid(lastLineStart).replace(QChar::LineSeparator, ' ');
+  const QString tail = text.mid(lastLineStart);
   // A hair less, so that rounding breaks no further line.
   return text.left(lastLineStart) + QFontMetricsF(font).elidedText(tail, Qt::ElideRight, width - 1);
 }
@@ -103,6 +97,11 @@ UILabel::~UILabel() = default;
 void UILabel::setText(const QString& text) {
   text_ = prepared(text);
   setAccessibleName(text);
+  invalidate();
+}
+
+void UILabel::setNumberOfLines(int lines) {
+  numberOfLines_ = lines;
   invalidate();
 }
 

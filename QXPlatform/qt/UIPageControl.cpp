@@ -23,9 +23,8 @@ struct Window {
 Window visibleDots(int pages, int current, double width) {
   const int fitting = std::max(1, static_cast<int>((width + kPitch - kDot) / kPitch));
   if (pages <= fitting) return {0, pages};
-  const int odd = fitting - (fitting + 1) % 2;
-  const int first = std::clamp(current - odd / 2, 0, pages - odd);
-  return {first, first + odd};
+  const int first = std::clamp(current - fitting / 2, 0, pages - fitting);
+  return {first, first + fitting};
 }
 
 // The two dots at an end behind which more follow shrink.

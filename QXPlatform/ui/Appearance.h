@@ -3,7 +3,9 @@
 #include <QPainterPath>
 #include <QRectF>
 #include <QString>
+#include <string>
 
+class QColor;
 class QFont;
 class QWidget;
 
@@ -24,6 +26,13 @@ enum class SystemFontStyle { regular, bold, italic };
 
 // The system's font; in points, which follow the screen's scale.
 QFont systemFont(SystemFontStyle style, double pointSize);
+
+// Whether the system has a font for every letter of the text, which is UTF-8.
+bool hasGlyphsFor(const std::string& text);
+
+// How well the one can be told from the other, from 1 to 21, by the light that they give: texts are easy to
+// read from 4.5 on, signs to see from 3.
+double contrastRatio(const QColor& left, const QColor& right);
 
 // A rectangle whose corners run into its sides without a break in curvature.
 QPainterPath continuousRoundedRect(const QRectF& rect, double radius);

@@ -20,11 +20,14 @@ class UILabel final : public QWidget {
 
   // Also the accessible name.
   void setText(const QString& text);
+  // At least 1.
+  void setNumberOfLines(int lines);
   void setTextFont(const QFont& font);
   void setTextColor(const QColor& color);
   void setAlignment(Alignment alignment);
   const QString& text() const { return text_; }
   const QColor& textColor() const { return color_; }
+  const QFont& textFont() const { return textFont_; }
   int heightForWidth(int width) const override;
   // What the lines take up of the view.
   QRect textRect() const;
@@ -41,7 +44,7 @@ class UILabel final : public QWidget {
   QTextLayout& layout() const;
   void invalidate();
 
-  const int numberOfLines_;
+  int numberOfLines_;
   QString text_;
   QFont textFont_;
   QColor color_;

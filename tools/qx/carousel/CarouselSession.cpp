@@ -5,18 +5,19 @@
 #include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QPixmap>
-#include <QShortcut>
 #include <QTimer>
-#include <QVBoxLayout>
 #include <QWidget>
 #include <iostream>
 #include <utility>
 #include <vector>
 
+#include "QXExtensionSDK/content/CarouselClickStoring.h"
 #include "QXExtensionSDK/decoration/DecompressionDecorator.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
+#include "QXPlatform/ui/Appearance.h"
+#include "QXPlatform/ui/ContentExtensionWindow.h"
 #include "tools/qx/PushFiles.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/carousel/CarouselReport.h"
@@ -103,7 +104,21 @@ std::optional<Error> CarouselSession::load(const std::string& file) {
   const auto request = readPush(file);
   if (!request) return request.error();
   host_.deliver(*request);
+  reportMissingFont();
   return std::nullopt;
+}
+
+void CarouselSession::reportMissingFont() {
+  const auto* carousel = screen();
+  if (carousel == nullptr || isMissingFontReported_) return;
+  for (const auto& panel : *carousel->viewModel().panels) {
+    for (const auto& text : {panel.title, panel.subTitle, panel.media.altText}) {
+      if (!text || QXPlatform::hasGlyphsFor(text->text)) continue;
+      std::cerr << "qx carousel: no font of this system has all letters of \"" << text->text << "\"\n";
+      isMissingFontReported_ = true;
+      return;
+    }
+  }
 }
 
 CarouselViewController* CarouselSession::screen() const {
@@ -153,22 +168,7 @@ std::optional<Error> CarouselSession::runWindow() {
     std::cerr << "qx carousel: nothing to show, the notification keeps its ordinary look\n";
     return std::nullopt;
   }
-  QWidget window;
-  window.setWindowTitle("qx carousel");
-  QVBoxLayout layout(&window);
-  layout.setContentsMargins({});
-  layout.setSizeConstraint(QLayout::SetFixedSize);
-  layout.addWidget(&host_.view());
-  const QShortcut close(QKeySequence(Qt::Key_Escape), &window, &window, &QWidget::close);
-  host_.setDefaultActionHandler([&] {
-    report("tap");
-    window.close();
-  });
-  window.show();
-  QApplication::exec();
-  host_.setDefaultActionHandler({});
-  layout.removeWidget(&host_.view());
-  host_.view().setParent(nullptr);
+  QXPlatform::runInWindow(host_, "qx carousel", [this] { report("tap"); });
   return std::nullopt;
 }
 
@@ -186,6 +186,7 @@ std::optional<Error> CarouselSession::take(const CarouselStep& step) {
       break;
     case CarouselStep::Kind::tap:
       if (carousel != nullptr) carousel->tapGesturePerformed();
+      QXExtensionSDK::clickSavingQueue().sync([] {});
       QCoreApplication::sendPostedEvents();
       break;
     case CarouselStep::Kind::refresh:

@@ -30,6 +30,8 @@ class CarouselSession {
 
  private:
   std::optional<QXPlatform::Error> load(const std::string& file);
+  // Once.
+  void reportMissingFont();
   std::optional<QXPlatform::Error> take(const CarouselStep& step);
   void wait(std::chrono::milliseconds time);
   void waitForImages();
@@ -46,6 +48,7 @@ class CarouselSession {
   const CarouselInvocation invocation_;
   const std::shared_ptr<QXExtensionSDK::VTQXNotificationViewController> extension_;
   QXPlatform::ContentExtensionHost host_;
+  bool isMissingFontReported_ = false;
 };
 
 }  // namespace qx

@@ -266,6 +266,12 @@ class Desktop:
         self.bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReloadConfig",
                                "", ())
 
+    def start_shop_once(self):
+        """So that it has told its extensions who it is, without which they record nothing."""
+        shop = self.start("Shop.bundle/shop")
+        self.window("^Shop$")
+        shop.kill(signal.SIGTERM)
+
     def start_dunst(self):
         configuration = self.root / "dunstrc"
         configuration.write_text(DUNST_CONFIGURATION)
@@ -307,8 +313,8 @@ class Desktop:
     def notification_window(self, seconds=20):
         return self.wait_for(lambda: self._find_window("--class", "Dunst"), seconds, "a notification on the screen")
 
-    def is_open(self, window):
-        return window.id in self._xdotool("search", "--onlyvisible", "--name", "").split()
+    def has_window(self, title):
+        return self._find_window("--name", title) is not None
 
     def _find_window(self, *criterion):
         found = self._xdotool("search", "--onlyvisible", *criterion)

@@ -75,12 +75,26 @@ class EndToEndTest(unittest.TestCase):
     # --- The stories
 
     @on_desktop
-    def test_a_click_brings_up_the_app(self):
-        self.desktop.start_dunst()
+    def test_a_click_leads_through_the_carousel_to_the_app(self):
+        desktop = self.desktop
+        desktop.start_dunst()
         self.subscribe()
-        self.send(plain("Sale", _m="m17", _r="r4"))
-        self.desktop.click(self.desktop.notification_window())
-        self.desktop.window("Shop – notification m17:r4")
+        desktop.start_shop_once()
+        images = desktop.start("qx", "backend")
+        desktop.wait_for(lambda: images.lines)
+        self.send(carousel(images.lines[0]["listening"], "ocean", "forest"))
+
+        notification = desktop.notification_window()
+        self.assertGreater(self.colours_of(notification), 500, "a picture is in it")
+        desktop.click(notification)
+        window = desktop.window("^To the sea$")
+        desktop.wait_for(lambda: self.colours_of(window) > 500, what="the panel's picture")
+        desktop.click(window)
+
+        desktop.window("Shop – notification m17:r4")
+        desktop.wait_for(lambda: not desktop.has_window("^To the sea$"), what="the carousel to close")
+        [click] = desktop.root.glob("data/app-groups/*/*.carousel.*")
+        self.assertEqual(json.loads(click.read_text())["panelId"], "ocean")
         self.wait_for_status(received=1, shown=1, waiting=0)
 
     @on_desktop

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "AppGroupSDK/records/CarouselRichFeatureMetaUtils.h"
+#include "QXPlatform/files/Container.h"
+#include "QXPlatform/foundation/Bundle.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/foundation/UUID.h"
 #include "QXPlatform/log/Log.h"
@@ -23,6 +25,7 @@ using QXPlatform::Value;
 
 constexpr std::string_view kDefaultAction = "default";
 constexpr std::string_view kExpandAction = "expand";
+constexpr std::string_view kAppGroupKey = "VT_QUORIX_APP_GROUP_KEY";
 
 // What a later push names to take its place: the identifier that it brings, or that of its message.
 std::string identifierOf(const Value& push, const QXPlatform::UNNotificationRequest& request) {
@@ -42,6 +45,10 @@ std::filesystem::path filesOf(const std::filesystem::path& state) {
   return state / "files";
 }
 
+void logLine(const std::string& message) {
+  QXPlatform::os_log({"qx-agent", "Agent", QXPlatform::LogType::default_, message});
+}
+
 void removeAll(const std::vector<std::filesystem::path>& files) {
   std::error_code ignored;
   for (const auto& file : files) std::filesystem::remove(file, ignored);
@@ -55,8 +62,8 @@ Agent::Agent(EventLoop& loop, const Bus& bus, const Database& database, Setting 
       setting_(std::move(setting)),
       spool_(database),
       registrations_(database),
-      extension_(
-          loop, [this] { return startChild(extensionStart(setting_.installation.serviceExtension)); }, true),
+      usesUnits_(hasUserManager()),
+      extension_(loop, [this] { return startServiceExtension(); }),
       delivery_(loop, spool_, extension_,
                 {setting_.installation.name, temporaryOf(setting_.state), filesOf(setting_.state)},
                 [this] { settle(); }),
@@ -89,7 +96,29 @@ ProgramStart Agent::extensionStart(const std::filesystem::path& program) const {
   return start;
 }
 
+UnitLimits Agent::unitLimits() const {
+  const auto& installation = setting_.installation;
+  const QXPlatform::Bundle bundle(installation.bundle.value_or(installation.serviceExtension.parent_path()));
+  std::vector<std::filesystem::path> writable{temporaryOf(setting_.state)};
+  const auto group = bundle.objectForInfoDictionaryKey(kAppGroupKey).string();
+  if (const auto container = QXPlatform::containerPathForGroup(group.value_or("")))
+    writable.push_back(*container);
+  return {"Service extension of " + installation.app, kExtensionMemory, std::move(writable)};
+}
+
+QXPlatform::Result<StartedProgram> Agent::startServiceExtension() {
+  const ProgramStart start = extensionStart(setting_.installation.serviceExtension);
+  if (usesUnits_) {
+    auto started = startUnit(start, unitLimits());
+    if (started) return started;
+    logLine("the extension runs without a unit, and its memory is watched: " + started.error().message);
+    usesUnits_ = false;
+  }
+  return startChild(start);
+}
+
 void Agent::start() {
+  if (!usesUnits_) logLine("no service manager is on the bus: the extension's memory is watched instead");
   std::error_code ignored;
   std::filesystem::remove_all(temporaryOf(setting_.state), ignored);
   for (const auto& directory : {temporaryOf(setting_.state), filesOf(setting_.state)})

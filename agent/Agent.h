@@ -10,6 +10,7 @@
 #include "agent/activation/AppActivation.h"
 #include "agent/activation/ContentWindow.h"
 #include "agent/extensions/ServiceExtension.h"
+#include "agent/extensions/UnitProgram.h"
 #include "agent/loop/Bus.h"
 #include "agent/presentation/Presenter.h"
 #include "agent/setup/Installation.h"
@@ -54,6 +55,9 @@ class Agent final : private PushReceiver {
   void forgetEarlierSessions();
   // What a kill has left: looked for when nothing can be in use.
   void removeForgottenFiles();
+  // In a unit of its own where the user's service manager can, else as a child.
+  QXPlatform::Result<StartedProgram> startServiceExtension();
+  UnitLimits unitLimits() const;
   ProgramStart extensionStart(const std::filesystem::path& program) const;
 
   // Lets the time until the end run, or stops it.
@@ -66,6 +70,7 @@ class Agent final : private PushReceiver {
   const Setting setting_;
   Spool spool_;
   RegistrationStore registrations_;
+  bool usesUnits_;
   ServiceExtension extension_;
   Delivery delivery_;
   std::unique_ptr<Presenter> presenter_;

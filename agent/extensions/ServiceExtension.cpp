@@ -24,7 +24,6 @@ constexpr std::chrono::seconds kKeptIdle{30};
 // A receipt may take 22 seconds after its push has been shown.
 constexpr std::chrono::seconds kLongestExit{35};
 constexpr std::chrono::seconds kMemoryLook{1};
-constexpr std::size_t kMostMemory = std::size_t{QX_EXTENSION_MEMORY_MB} << 20;
 
 std::size_t residentMemory(int process) {
   std::ifstream statm("/proc/" + std::to_string(process) + "/statm");
@@ -36,10 +35,12 @@ std::size_t residentMemory(int process) {
 
 }  // namespace
 
+const std::size_t kExtensionMemory = std::size_t{QX_EXTENSION_MEMORY_MB} << 20;
+
 // One program, from its start to its exit.
 class ServiceExtension::Run {
  public:
-  Run(EventLoop& loop, StartedProgram started, bool watchesMemory, std::function<void()> ended)
+  Run(EventLoop& loop, StartedProgram started, std::function<void()> ended)
       : process_(std::move(started),
                  [](std::string_view line) {
                    QXPlatform::writeToStandardError(std::string("extension: ").append(line) + "\n");
@@ -49,7 +50,7 @@ class ServiceExtension::Run {
         limit_(loop, [this] { endLate(); }),
         patience_(loop, [this] { losePatience(); }),
         memory_(loop, [this] { checkMemory(); }) {
-    if (watchesMemory && process_.program().processId() > 0) memory_.start(kMemoryLook);
+    if (process_.program().processId() > 0) memory_.start(kMemoryLook);
   }
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
@@ -109,7 +110,7 @@ class ServiceExtension::Run {
 
   void checkMemory() {
     const std::size_t held = residentMemory(process_.program().processId());
-    if (held > kMostMemory) {
+    if (held > kExtensionMemory) {
       process_.end("the extension holds " + std::to_string(held >> 20) + " MB");
     } else {
       memory_.start(kMemoryLook);
@@ -127,11 +128,8 @@ class ServiceExtension::Run {
   Timer memory_;
 };
 
-ServiceExtension::ServiceExtension(EventLoop& loop, Starter start, bool watchesMemory)
-    : loop_(loop),
-      start_(std::move(start)),
-      watchesMemory_(watchesMemory),
-      sweep_(loop, [this] { removeEnded(); }) {}
+ServiceExtension::ServiceExtension(EventLoop& loop, Starter start)
+    : loop_(loop), start_(std::move(start)), sweep_(loop, [this] { removeEnded(); }) {}
 
 ServiceExtension::~ServiceExtension() = default;
 
@@ -141,7 +139,7 @@ void ServiceExtension::ask(const Dictionary& request, Completion completion) {
     if (!started) return completion({End::refused, {}, started.error().message});
     // Not from within the run's own events.
     const auto ended = [this] { sweep_.start(std::chrono::microseconds(0)); };
-    runs_.push_back(std::make_unique<Run>(loop_, *std::move(started), watchesMemory_, ended));
+    runs_.push_back(std::make_unique<Run>(loop_, *std::move(started), ended));
   }
   runs_.back()->ask(request, std::move(completion));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <list>
 #include <memory>
@@ -11,6 +12,9 @@
 #include "agent/loop/EventLoop.h"
 
 namespace QXAgent {
+
+// What a service extension may hold in memory, in bytes.
+extern const std::size_t kExtensionMemory;
 
 // The app's service extension: one program, started when there is something to ask, kept for a while.
 class ServiceExtension {
@@ -29,8 +33,8 @@ class ServiceExtension {
   using Completion = std::function<void(Outcome)>;
   using Starter = std::function<QXPlatform::Result<StartedProgram>()>;
 
-  // `watchesMemory`: whether to end a program that holds too much, where nobody else does.
-  ServiceExtension(EventLoop& loop, Starter start, bool watchesMemory);
+  // A program whose process is known is ended when it holds more than kExtensionMemory.
+  ServiceExtension(EventLoop& loop, Starter start);
   ~ServiceExtension();
 
   // Calls back once, at once when no program can be started.
@@ -46,7 +50,6 @@ class ServiceExtension {
 
   EventLoop& loop_;
   const Starter start_;
-  const bool watchesMemory_;
   std::list<std::unique_ptr<Run>> runs_;  // all but the last only end
   Timer sweep_;
 };

@@ -66,7 +66,7 @@ class DeliveryTest : public testing::Test {
   void use(const std::string& program) {
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     const auto start = [this, program] { return startChild({program, {directory_.path("died")}, {}}); };
-    extension_ = std::make_unique<ServiceExtension>(loop_, start, false);
+    extension_ = std::make_unique<ServiceExtension>(loop_, start);
     delivery_ =
         std::make_unique<Delivery>(loop_, spool_, *extension_,
                                    Delivery::Setting{"App", directory_.path("tmp"), directory_.path("files")},

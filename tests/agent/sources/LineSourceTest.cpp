@@ -1,0 +1,67 @@
+#include "agent/sources/LineSource.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/notifications/PushLines.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace QXAgent {
+namespace {
+
+using QXPlatform::FileDescriptor;
+using testing::ElementsAre;
+
+// What is taken from a descriptor until its end, when the first attempt at each of some lines fails.
+std::vector<std::string> takeAll(int descriptor, std::vector<std::string> notAtOnce = {}) {
+  EventLoop loop;
+  std::vector<std::string> lines;
+  const auto take = [&](std::string_view line) {
+    if (std::erase(notAtOnce, line) > 0) return false;
+    lines.emplace_back(line);
+    return true;
+  };
+  const LineSource source(loop, descriptor, take, [&] { loop.stop(0); });
+  Timer patience(loop, [&] { loop.stop(1); });
+  patience.start(std::chrono::seconds(20));
+  EXPECT_EQ(loop.run(), 0);
+  return lines;
+}
+
+TEST(LineSourceTest, APipesLinesComeWholeAndInOrderHoweverTheyAreCut) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+  const FileDescriptor input(ends[0]);
+  std::thread writer([output = ends[1]] {
+    const std::string tooLong(QXPlatform::kLongestPush + 100'000, 'x');
+    for (const std::string& part : {std::string("a\n\n  \nb"), std::string("b\nc\n"), tooLong, std::string("\nd")}) {
+      for (std::size_t done = 0; done < part.size();)
+        done += static_cast<std::size_t>(write(output, part.data() + done, part.size() - done));
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    close(output);
+  });
+  EXPECT_THAT(takeAll(input.get(), {"bb"}), ElementsAre("a", "bb", "c", "d"));
+  writer.join();
+}
+
+TEST(LineSourceTest, AFileIsReadToItsEnd) {
+  const support::TemporaryDirectory directory;
+  std::string text;
+  for (int i = 0; i < 50'000; ++i) text += "push " + std::to_string(i) + "\n";
+  const FileDescriptor file(open(directory.write("pushes", text).c_str(), O_RDONLY | O_CLOEXEC));
+  const auto lines = takeAll(file.get());
+  ASSERT_EQ(lines.size(), 50'000U);
+  EXPECT_EQ(lines.back(), "push 49999");
+}
+
+}  // namespace
+}  // namespace QXAgent

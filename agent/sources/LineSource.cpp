@@ -24,7 +24,7 @@ LineSource::LineSource(EventLoop& loop, int descriptor, std::function<bool(std::
       take_(std::move(take)),
       ended_(std::move(ended)),
       watch_(loop, descriptor, EPOLLIN, [this] { read(); }),
-      again_(loop, [this] { goOn(); }) {
+      again_(loop, [this] { stuck_ ? goOn() : read(); }) {
   // A file is always ready, and cannot be watched.
   if (!watch_.isUsable()) again_.start(std::chrono::microseconds(0));
 }
@@ -43,7 +43,8 @@ void LineSource::read() {
 }
 
 void LineSource::goOn() {
-  if (!takeLines()) {
+  stuck_ = !takeLines();
+  if (stuck_) {
     if (watch_.isUsable()) watch_.setEnabled(false);
     return again_.start(kPause);
   }

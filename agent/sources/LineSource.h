@@ -28,6 +28,7 @@ class LineSource {
   const std::function<void()> ended_;
   std::string unread_;
   bool atEnd_ = false;
+  bool stuck_ = false;  // a line could not be taken
   bool tooLong_ = false;
   Watch watch_;
   Timer again_;

@@ -42,7 +42,8 @@ TEST(LineSourceTest, APipesLinesComeWholeAndInOrderHoweverTheyAreCut) {
   const FileDescriptor input(ends[0]);
   std::thread writer([output = ends[1]] {
     const std::string tooLong(QXPlatform::kLongestPush + 100'000, 'x');
-    for (const std::string& part : {std::string("a\n\n  \nb"), std::string("b\nc\n"), tooLong, std::string("\nd")}) {
+    for (const std::string& part :
+         {std::string("a\n\n  \nb"), std::string("b\nc\n"), tooLong, std::string("\nd")}) {
       for (std::size_t done = 0; done < part.size();)
         done += static_cast<std::size_t>(write(output, part.data() + done, part.size() - done));
       std::this_thread::sleep_for(std::chrono::milliseconds(20));

@@ -8,6 +8,9 @@
 
 #include "QXPlatform/foundation/JSON.h"
 #include "agent/webpush/Base64URL.h"
+#include "agent/webpush/KeyDerivation.h"
+#include "agent/webpush/P256.h"
+#include "agent/webpush/RecordCipher.h"
 
 namespace QXAgent {
 namespace {
@@ -103,6 +106,37 @@ TEST(WebPushTest, SealsWhatTheReceiverOpensUpToTheLimit) {
     EXPECT_EQ(*opened, message);
   }
   EXPECT_NE(*sealMessage(keys.subscription(), "twice"), *sealMessage(keys.subscription(), "twice"));
+}
+
+// A body whose record holds `record` as it is, delimiter and padding included.
+std::string sealRecord(const SubscriptionKeys& keys, std::string_view recordSize, std::string_view record) {
+  const P256Key sender = makeP256Key();
+  const Data senderKey = publicKeyBytes(sender);
+  const std::string salt(kSaltSize, 's');
+  const auto contentKeys = deriveContentKeys({sender, p256PublicKey(keys.publicKey.view()),
+                                              keys.publicKey.view(), senderKey.view(), keys.auth.view()},
+                                             salt);
+  return salt + std::string(recordSize) + '\x41' + std::string(senderKey.view()) +
+         encryptRecord(*contentKeys, record);
+}
+
+TEST(WebPushTest, TakesOneLastRecordWithItsPaddingAndNoOther) {
+  using namespace std::string_view_literals;
+  const SubscriptionKeys keys = makeSubscriptionKeys();
+  constexpr auto kSize = "\0\0\x10\0"sv;
+  const struct {
+    std::string_view size;
+    std::string_view record;
+    bool opens;
+  } table[] = {
+      {kSize, "{}\x02"sv, true},         {kSize, "{}\x02\0\0"sv, true}, {"\0\0\0\x12"sv, "\x02"sv, true},
+      {"\0\0\0\x11"sv, "\x02"sv, false}, {kSize, "{}\x01"sv, false},    {kSize, "{}"sv, false},
+      {kSize, "\0\0"sv, false},          {kSize, "{}\x02x"sv, false},   {kSize, "{}\x02\x01\0"sv, false},
+  };
+  for (const auto& [size, record, opens] : table) {
+    EXPECT_EQ(openMessage(keys, sealRecord(keys, size, record)).ok(), opens)
+        << testing::PrintToString(record);
+  }
 }
 
 TEST(WebPushTest, SealsNothingThatCannotArrive) {

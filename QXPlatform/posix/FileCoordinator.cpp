@@ -13,8 +13,8 @@
 
 #include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/files/LockHolder.h"
+#include "QXPlatform/posix/DirectoryAccess.h"
 #include "QXPlatform/posix/FilePath.h"
-#include "QXPlatform/posix/LockWait.h"
 
 // Two locks, both of which the system drops with the process that held them, and which hold between threads
 // as between processes, since they belong to an open file description and every access opens its own.
@@ -69,12 +69,12 @@ FileDescriptor openStagingFile(const FileDescriptor& directory, int flags) {
 // Holds the lock of a directory, if it is granted in time.
 class DirectoryLock {
  public:
-  static DirectoryLock forReading(const FileDescriptor& directory, LockWait& wait) {
-    wait.holdBack(WaitingLine::directoryLock);
-    return {directory, wait.wait(wanted(directory, LOCK_SH))};
+  static DirectoryLock forReading(const FileDescriptor& directory, DirectoryAccess& access) {
+    DirectoryAccess::holdBack(directory, WaitingLine::directoryLock);
+    return {directory, access.wait(wanted(directory, LOCK_SH))};
   }
-  static DirectoryLock forReplacing(const FileDescriptor& directory, LockWait& wait) {
-    return {directory, wait.wait(WaitingLine::directoryLock, wanted(directory, LOCK_EX))};
+  static DirectoryLock forReplacing(const FileDescriptor& directory, DirectoryAccess& access) {
+    return {directory, access.wait(directory, WaitingLine::directoryLock, wanted(directory, LOCK_EX))};
   }
   // Unlocks in so many words: closing would not do while a forked child has a copy of the descriptor.
   ~DirectoryLock() {
@@ -89,7 +89,7 @@ class DirectoryLock {
   DirectoryLock(const FileDescriptor& directory, LockAnswer answer)
       : directory_(directory), held_(answer == LockAnswer::granted) {}
 
-  static LockWait::Wanted wanted(const FileDescriptor& directory, int operation) {
+  static DirectoryAccess::Wanted wanted(const FileDescriptor& directory, int operation) {
     return {[&directory, operation] { return tryLock(directory, operation); },
             [&directory] { return lockHolder(directory); }};
   }
@@ -115,11 +115,11 @@ LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& pa
 // The file that is about to take the target's place. As long as it lives, there is no other writer.
 class StagingFile {
  public:
-  StagingFile(const FileDescriptor& directory, std::string path, LockWait& wait)
+  StagingFile(const FileDescriptor& directory, std::string path, DirectoryAccess& access)
       : directory_(directory), path_(std::move(path)) {
-    wait.holdBack(WaitingLine::stagingFile);
+    DirectoryAccess::holdBack(directory, WaitingLine::stagingFile);
     const auto holder = [&] { return lockHolder(openStagingFile(directory_, O_RDONLY)); };
-    answer_ = wait.wait(WaitingLine::stagingFile, {[&] { return make(); }, holder});
+    answer_ = access.wait(directory, WaitingLine::stagingFile, {[&] { return make(); }, holder});
   }
   ~StagingFile() {
     if (!made_) return;
@@ -196,24 +196,26 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(
     const URL& target, const WritingAccessor& accessor) const {
   const auto file = makeTarget(target);
   if (!file) return Outcome::failed;
+  DirectoryAccess access(file->directory, AccessKind::writing);
+  if (!access.isAdmitted()) return Outcome::failed;
   const FileDescriptor directory = openDirectory(file->directory);
   if (!directory.valid()) return Outcome::failed;
-  LockWait wait(file->directory, directory);
-  StagingFile staging(directory, file->directory + kStagingName, wait);
+  StagingFile staging(directory, file->directory + kStagingName, access);
   if (!staging.made()) return staging.lockRefused() ? Outcome::calledOff : Outcome::failed;
   if (!mayBeReplaced(directory, file->name)) return Outcome::failed;
   if (!accessor(URL::file(staging.path())) || !staging.sync()) return Outcome::failed;
-  const auto lock = DirectoryLock::forReplacing(directory, wait);
+  const auto lock = DirectoryLock::forReplacing(directory, access);
   return lock.held() && staging.replace(file->name) ? Outcome::replaced : Outcome::failed;
 }
 
 void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor& accessor) const {
   const auto file = makeTarget(target);
   if (!file) return;
+  DirectoryAccess access(file->directory, AccessKind::reading);
+  if (!access.isAdmitted()) return;
   const FileDescriptor directory = openDirectory(file->directory);
   if (!directory.valid()) return;
-  LockWait wait(file->directory, directory);
-  const auto lock = DirectoryLock::forReading(directory, wait);
+  const auto lock = DirectoryLock::forReading(directory, access);
   if (!lock.held()) return;
   removeLeftover(directory, file->directory + kStagingName);
   if (!isSymbolicLink(directory, file->name)) accessor(target);

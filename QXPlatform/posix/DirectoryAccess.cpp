@@ -1,0 +1,178 @@
+#include "QXPlatform/posix/DirectoryAccess.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include "QXPlatform/log/Log.h"
+
+namespace QXPlatform {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kPatience = 5s;
+constexpr auto kCourtesy = 100ms;
+
+// Sleeps a little longer each time.
+class Pauses {
+ public:
+  void next() {
+    std::this_thread::sleep_for(pause_);
+    pause_ = std::min(2 * pause_, std::chrono::microseconds(1ms));
+  }
+
+ private:
+  std::chrono::microseconds pause_{50};
+};
+
+// Those who wait in a line hold a record lock, shared, on a byte of the directory that stands for the line.
+struct flock recordLock(WaitingLine line, short type) {
+  struct flock lock {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = static_cast<off_t>(line);
+  lock.l_len = 1;
+  return lock;
+}
+
+class Announcement {
+ public:
+  Announcement(const FileDescriptor& directory, WaitingLine line) : directory_(directory), line_(line) {
+    set(F_RDLCK);
+  }
+  ~Announcement() { set(F_UNLCK); }
+  Announcement(const Announcement&) = delete;
+  Announcement& operator=(const Announcement&) = delete;
+
+ private:
+  void set(short type) const {
+    struct flock lock = recordLock(line_, type);
+    ::fcntl(directory_.get(), F_OFD_SETLK, &lock);
+  }
+
+  const FileDescriptor& directory_;
+  const WaitingLine line_;
+};
+
+bool somebodyWaits(const FileDescriptor& directory, WaitingLine line) {
+  struct flock lock = recordLock(line, F_WRLCK);
+  return ::fcntl(directory.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+void logGivingUp(const std::string& path, const std::optional<std::string>& holder) {
+  const std::string message =
+      path + " has been locked for too long by " + holder.value_or("another process") + ": not waited for";
+  os_log({"QXPlatform", "Files", LogType::error, message});
+}
+
+}  // namespace
+
+// What the accesses of this process to one directory know of each other.
+struct DirectoryAccess::Directory {
+  int present = 0;  // waiting or admitted
+  int readers = 0;
+  int writers = 0;
+  bool isHeld = false;  // its lock was waited for in vain
+
+  int& admitted(AccessKind kind) { return kind == AccessKind::reading ? readers : writers; }
+  bool hasRoom(AccessKind kind) { return admitted(kind) < (kind == AccessKind::reading ? 2 : 1); }
+};
+
+class DirectoryAccess::Directories {
+ public:
+  static Directories& shared() {
+    // Never destroyed: accesses may go on while the process exits.
+    static Directories& directories = *new Directories;
+    return directories;
+  }
+
+  Directory& enter(const std::string& path) {
+    const std::lock_guard lock(mutex_);
+    auto& directory = directories_[path];
+    ++directory.present;
+    return directory;
+  }
+  bool awaitTurn(Directory& directory, AccessKind kind, Clock::TimePoint end) {
+    std::unique_lock lock(mutex_);
+    if (!Clock::current().waitUntil(lock, changed_, end, [&] { return directory.hasRoom(kind); }))
+      return false;
+    ++directory.admitted(kind);
+    return true;
+  }
+  void leave(const std::string& path, AccessKind kind, bool wasAdmitted) {
+    const std::lock_guard lock(mutex_);
+    auto& directory = directories_[path];
+    if (wasAdmitted) --directory.admitted(kind);
+    if (--directory.present == 0 && !directory.isHeld) directories_.erase(path);
+    changed_.notify_all();
+  }
+  bool isHeld(const Directory& directory) {
+    const std::lock_guard lock(mutex_);
+    return directory.isHeld;
+  }
+  // What it was before.
+  bool setHeld(Directory& directory, bool isHeld) {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(directory.isHeld, isHeld);
+  }
+
+ private:
+  std::mutex mutex_;  // guards what follows
+  std::condition_variable changed_;
+  std::map<std::string, Directory> directories_;
+};
+
+DirectoryAccess::DirectoryAccess(std::string path, AccessKind kind)
+    : path_(std::move(path)),
+      kind_(kind),
+      end_(Clock::current().now() + kPatience),
+      state_(Directories::shared().enter(path_)) {
+  isAdmitted_ = Directories::shared().awaitTurn(state_, kind_, end_);
+}
+
+DirectoryAccess::~DirectoryAccess() {
+  Directories::shared().leave(path_, kind_, isAdmitted_);
+}
+
+LockAnswer DirectoryAccess::wait(const Wanted& wanted) {
+  auto& directories = Directories::shared();
+  auto answer = wanted.attempt();
+  const bool waits = answer == LockAnswer::busy && !directories.isHeld(state_);
+  for (Pauses pauses; waits && answer == LockAnswer::busy && Clock::current().now() < end_;) {
+    pauses.next();
+    answer = wanted.attempt();
+  }
+  const bool isHeld = answer == LockAnswer::busy;
+  if (!directories.setHeld(state_, isHeld) && isHeld) logGivingUp(path_, wanted.holder());
+  return answer;
+}
+
+LockAnswer DirectoryAccess::wait(const FileDescriptor& directory, WaitingLine line, const Wanted& wanted) {
+  const auto answer = wanted.attempt();
+  if (answer != LockAnswer::busy) return answer;
+  const Announcement announcement(directory, line);
+  return wait(wanted);
+}
+
+void DirectoryAccess::holdBack(const FileDescriptor& directory, WaitingLine line) {
+  if (!somebodyWaits(directory, line)) return;
+  const auto end = std::chrono::steady_clock::now() + kCourtesy;
+  for (Pauses pauses; somebodyWaits(directory, line) && std::chrono::steady_clock::now() < end;) {
+    pauses.next();
+  }
+}
+
+LockAnswer tryLock(const FileDescriptor& file, int operation) {
+  if (retryScarce([&] { return ::flock(file.get(), operation | LOCK_NB); }) == 0) return LockAnswer::granted;
+  return errno == EWOULDBLOCK ? LockAnswer::busy : LockAnswer::refused;
+}
+
+}  // namespace QXPlatform

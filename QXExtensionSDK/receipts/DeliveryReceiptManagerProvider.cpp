@@ -19,6 +19,8 @@ namespace {
 using AppGroupSDK::ExtensionModuleName;
 
 constexpr auto kTimeoutIntervalForRequest = std::chrono::seconds(20);
+// The push that it belongs to is long shown by then.
+constexpr auto kTimeoutIntervalForResource = std::chrono::seconds(60);
 
 std::shared_ptr<DeliveryReceiptRepository> makeRepository(ExtensionModuleName module,
                                                           const std::string& appId) {
@@ -33,6 +35,7 @@ template <typename Response>
 std::unique_ptr<const DeliveryReceiptHandling> makeHandler() {
   QXPlatform::URLSessionConfiguration configuration;
   configuration.timeoutIntervalForRequest = kTimeoutIntervalForRequest;
+  configuration.timeoutIntervalForResource = kTimeoutIntervalForResource;
   return std::make_unique<const DeliveryReceiptHandler>(std::make_unique<const DeliveryReceiptService>(
       ServiceManager(std::make_unique<const DefaultRequestBuilder>(),
                      std::make_shared<const JSONResponseDecoder<Response>>(),

@@ -10,6 +10,7 @@
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/dispatch/DispatchGroup.h"
 #include "QXPlatform/dispatch/DispatchQueue.h"
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace QXExtensionSDK {
 
@@ -20,14 +21,19 @@ using AppGroupSDK::FeatureFlagStatus;
 
 constexpr std::array kModules{ExtensionModuleName::mobileAppMessaging, ExtensionModuleName::quorixEngagement};
 
-std::string flagText(const std::optional<AppGroupSDK::DeliveryReceiptConfig>& config) {
-  return config ? std::to_string(static_cast<std::int64_t>(config->featureFlag())) : "nil";
-}
+// The flag as a piece of a log line; the text is made only if the line is.
+struct FlagText {
+  const std::optional<AppGroupSDK::DeliveryReceiptConfig>& config;
+
+  std::string description() const {
+    return config ? std::to_string(QXPlatform::rawValue(config->featureFlag())) : "nil";
+  }
+};
 
 bool featureIsEnabled(const DeliveryReceiptConfigProviding& configuration) {
   const auto config = configuration.deliveryReceiptConfig();
   Logger::service().debug(LogCategory::deliveryReceipt,
-                          "Delivery Receipt feature flag is: ", flagText(config),
+                          "Delivery Receipt feature flag is: ", FlagText{config},
                           " for configuration: ", configuration);
   return config && config->featureFlag() == FeatureFlagStatus::enabled;
 }

@@ -11,8 +11,9 @@ namespace {
 void logFailure(const SendError& error) {
   const Logger& logger = Logger::service();
   logger.error(LogCategory::deliveryReceipt, "DeliveryReceiptRequest failed with error: ", error);
-  if (const auto more = details(error)) {
-    logger.error(LogCategory::deliveryReceipt, "DeliveryReceiptRequest failed with error details: ", *more);
+  const ErrorDetails details{error};
+  if (details.exist()) {
+    logger.error(LogCategory::deliveryReceipt, "DeliveryReceiptRequest failed with error details: ", details);
   }
 }
 

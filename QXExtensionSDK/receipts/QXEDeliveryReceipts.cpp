@@ -54,6 +54,10 @@ QXPlatform::Dictionary QXEDeliveryReceiptPayloadCreator::makeBody(const Info& in
       {"applicationId", info.applicationId()}, {"deviceId", info.deviceId()}, {"nodes", std::move(nodes)}};
 }
 
+std::optional<QXPlatform::Dictionary> QXEDeliveryReceiptPayloadCreator::makeBodyWithoutEvents() const {
+  return QXPlatform::Dictionary{{"applicationId", ""}, {"deviceId", ""}, {"nodes", ReceiptItems(0).nodes()}};
+}
+
 ServiceProtocol::Headers QXEDeliveryReceiptRequestHeader::toDictionary() const {
   return {{"User-Agent", UserAgentProvider::userAgent(qxsdkVersion)},
           {"X-Subscriber-Token", subscriberToken},

@@ -38,6 +38,8 @@ class QXEDeliveryReceiptPayloadCreator final : public ReceiptPayloadCreator {
   void addEvent(ReceiptItems& items, const AppGroupSDK::DeliveryReceiptPNModel& receipt, const Info& info,
                 const std::optional<std::string>& receiptDateUtc) const override;
   QXPlatform::Dictionary makeBody(const Info& info, QXPlatform::Value nodes) const override;
+  // Without a device record there is no header either, so nothing is sent; but the log says all that lacks.
+  std::optional<QXPlatform::Dictionary> makeBodyWithoutEvents() const override;
 };
 
 // What the request says of its sender.

@@ -59,7 +59,7 @@ std::optional<QXPlatform::Dictionary> ReceiptPayloadCreator::createPayload(const
       Logger::service().error(LogCategory::deliveryReceipt, eventName(), " creation failure: ", *missing,
                               " is missing");
     }
-    return std::nullopt;
+    return makeBodyWithoutEvents();
   }
   const auto receiptDateUtc = formatted(QXPlatform::Date::now().secondsSince1970);
   ReceiptItems items(receipts.size());

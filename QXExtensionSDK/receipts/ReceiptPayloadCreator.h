@@ -48,8 +48,8 @@ class ReceiptPayloadCreator {
  public:
   explicit ReceiptPayloadCreator(std::shared_ptr<AppDeviceInfoProvider> appDeviceInfoProvider);
   virtual ~ReceiptPayloadCreator() = default;
-  // A receipt for which a value is not stored is skipped with an error line. Nothing without any event: such
-  // a body would be acknowledged, and the receipts would be gone.
+  // A receipt for which a value is not stored is skipped with an error line. Nothing when there are no
+  // receipts, or when a body without events could be sent: it would be acknowledged, and they would be gone.
   std::optional<QXPlatform::Dictionary> createPayload(const Receipts& receipts) const;
 
  protected:
@@ -66,6 +66,8 @@ class ReceiptPayloadCreator {
   virtual void addEvent(ReceiptItems& items, const AppGroupSDK::DeliveryReceiptPNModel& receipt,
                         const Info& info, const std::optional<std::string>& receiptDateUtc) const = 0;
   virtual QXPlatform::Dictionary makeBody(const Info& info, QXPlatform::Value nodes) const = 0;
+  // What is tried when no event can be made; nothing where the back end could take it.
+  virtual std::optional<QXPlatform::Dictionary> makeBodyWithoutEvents() const { return std::nullopt; }
 
   const std::shared_ptr<AppDeviceInfoProvider> appDeviceInfoProvider_;
 };

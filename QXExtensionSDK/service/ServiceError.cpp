@@ -25,16 +25,18 @@ struct Describe {
 };
 
 struct Detail {
-  using Text = std::optional<std::string>;
-
-  Text operator()(const ServiceError::EncodingError& error) const { return error.underlying.description(); }
-  Text operator()(const ServiceError::DecodingError& error) const { return error.underlying.description(); }
-  Text operator()(const ServiceError::Failed& error) const {
+  std::string operator()(const ServiceError::EncodingError& error) const {
+    return error.underlying.description();
+  }
+  std::string operator()(const ServiceError::DecodingError& error) const {
+    return error.underlying.description();
+  }
+  std::string operator()(const ServiceError::Failed& error) const {
     return "status " + std::to_string(error.statusCode) + ", body " + bodySize(error.data);
   }
   template <typename Other>
-  Text operator()(const Other&) const {
-    return std::nullopt;
+  std::string operator()(const Other&) const {
+    return {};
   }
 };
 
@@ -48,9 +50,17 @@ std::string description(const SendError& error) {
   return std::visit([](const auto& either) { return std::string(either.description()); }, error);
 }
 
-std::optional<std::string> details(const SendError& error) {
+bool ErrorDetails::exist() const {
   const auto* service = std::get_if<ServiceError>(&error);
-  return service != nullptr ? std::visit(Detail(), service->value()) : std::nullopt;
+  if (service == nullptr) return false;
+  const auto& value = service->value();
+  return std::holds_alternative<ServiceError::EncodingError>(value) ||
+         std::holds_alternative<ServiceError::DecodingError>(value) ||
+         std::holds_alternative<ServiceError::Failed>(value);
+}
+
+std::string ErrorDetails::description() const {
+  return std::visit(Detail(), std::get<ServiceError>(error).value());
 }
 
 }  // namespace QXExtensionSDK

@@ -44,7 +44,14 @@ using SendError = std::variant<ServiceError, QXPlatform::URLError>;
 std::string description(const SendError& error);
 
 // What an error of the HTTP layer carries along: the cause of a coding error, status and body size of a
-// refusal. Nothing for any other.
-std::optional<std::string> details(const SendError& error);
+// refusal. A piece of a log line, whose text is made only if the line is; refers to the error.
+struct ErrorDetails {
+  const SendError& error;
+
+  // Whether it carries anything.
+  bool exist() const;
+  // REQUIRES: exist()
+  std::string description() const;
+};
 
 }  // namespace QXExtensionSDK

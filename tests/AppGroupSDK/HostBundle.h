@@ -1,6 +1,8 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,11 @@ class HostBundle {
   std::string file(const std::string& name) const { return container() + "/" + name; }
   void write(const std::string& name, const std::string& content) const {
     directory_.write(std::string(kGroup) + "/" + name, content);
+  }
+  // Empty when there is no such file.
+  std::string read(const std::string& name) const {
+    std::ifstream stream(file(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
   }
   std::vector<std::string> files() const {
     std::vector<std::string> names;

@@ -11,6 +11,7 @@
 #include "QXExtensionSDK/receipts/MAMDeliveryReceipts.h"
 #include "QXExtensionSDK/receipts/QXEDeliveryReceipts.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
+#include "tests/support/AllocationCount.h"
 
 namespace QXExtensionSDK {
 namespace {
@@ -250,12 +251,13 @@ error DeliveryReceipt: DeliveryReceiptRequest creation failure)";
   const std::string noURL = R"(
 error DeliveryReceipt: Base URL not available
 error DeliveryReceipt: DeliveryReceiptRequest creation failure)";
-  const std::pair<Preparation, std::string> engagement[] = {
-      {device({}, "t", "s"), noToken},
-      {device("", "t", "s"), noToken},
-      {device("s", "t", "s", ""), noURL},
-      {device("s", "t", "s", "http:///x"), noURL},
-      {noDevice, "\nerror DeliveryReceipt: DeliveryReceiptEvent creation failure: applicationId is missing"}};
+  const std::pair<Preparation, std::string> engagement[] = {{device({}, "t", "s"), noToken},
+                                                            {device("", "t", "s"), noToken},
+                                                            {device("s", "t", "s", ""), noURL},
+                                                            {device("s", "t", "s", "http:///x"), noURL},
+                                                            {noDevice, R"(
+error DeliveryReceipt: DeliveryReceiptEvent creation failure: applicationId is missing
+error DeliveryReceipt: AccessToken not available)" + noURL}};
   for (const auto& [prepare, reason] : engagement) {
     EXPECT_EQ(story(kForEngagement, prepare), abandoned(kEngagement, reason, kEngagementFailed));
   }
@@ -287,26 +289,29 @@ error DeliveryReceipt: Failed to store receipt for manager: QXEDeliveryReceiptMa
                 replaced(kAcknowledged, "result: success", "result: writeFailed"));
 }
 
+class NothingPending final : public DeliveryReceiptRepository {
+ public:
+  AppGroupSDK::DataStoreStatus storeReceipt(std::string_view, const std::optional<std::string>&,
+                                            std::string_view, const std::optional<Dictionary>&) override {
+    return AppGroupSDK::DataStoreStatus::success;
+  }
+  std::optional<Receipts> fetchPendingReceipts() override { return Receipts(); }
+  void handleSendResult(bool, const Receipts&, const ReceiptCompletion&) override {}
+};
+
 // Not reached by a push of a process's own.
 TEST(ReceiptLogTest, ManagersWithNothingToSendOrNoApplicationIdSendNothing) {
   class NoHandler final : public DeliveryReceiptHandling {
    public:
     void send(const ServiceProtocol&, ReceiptCompletion) const override { ADD_FAILURE() << "sent"; }
   };
-  const auto repository = [](ExtensionModuleName module) {
-    const auto run = std::make_shared<ReceiptRun>(module, appIdOf(module));
-    return std::make_shared<DeliveryReceiptRepositoryManager>(
-        std::make_unique<DeliveryReceiptsPNStore>(
-            std::make_unique<const AppGroupSDK::DeliveryReceiptsModelStore>(module, appIdOf(module)), run),
-        run);
-  };
   Logger::setGlobalLoglevel(0);
   const ReceiptHost host("http://127.0.0.1:1");
   const auto info = std::make_shared<AppDeviceInfoProvider>(kQXE, appIdOf(kQXE));
-  QXEDeliveryReceiptManager engagement(repository(kQXE),
+  QXEDeliveryReceiptManager engagement(std::make_shared<NothingPending>(),
                                        std::make_unique<const QXEDeliveryReceiptPayloadCreator>(info),
                                        std::make_unique<NoHandler>(), info);
-  MAMDeliveryReceiptManager messaging(repository(kMAM),
+  MAMDeliveryReceiptManager messaging(std::make_shared<NothingPending>(),
                                       std::make_unique<const MAMDeliveryReceiptPayloadCreator>(info),
                                       std::make_unique<NoHandler>(), info, "");
   const support::ScopedLogRecorder log;
@@ -319,17 +324,46 @@ TEST(ReceiptLogTest, ManagersWithNothingToSendOrNoApplicationIdSendNothing) {
   messaging.ReceiptManager::sendReceipts(receipts(1, 1), completion);
   EXPECT_EQ(results, "+-+--");
   EXPECT_EQ(textOf(log->lines()), R"(
-debug DeliveryReceipt: No DeliveryReceipts in store
-debug DeliveryReceipt: No DeliveryReceipts in store
 debug DeliveryReceipt: No pending receipts to send for QXE
 debug DeliveryReceipt: No pending receipts to create MAM delivery receipt payload
-debug DeliveryReceipt: No DeliveryReceipts in store
-debug DeliveryReceipt: No DeliveryReceipts in store
 debug DeliveryReceipt: No pending receipts to send for MAM
 debug DeliveryReceipt: No pending receipts to create MAM delivery receipt payload
 error DeliveryReceipt: UMA ApplicationId not available
 error DeliveryReceipt: MAM Request Headers not available
 error DeliveryReceipt: DeliveryReceiptRequest creation failure)");
+}
+
+// A filtered-out line costs no text.
+TEST(ReceiptLogTest, AtLevelNoneNoTextIsMade) {
+  class Configuration final : public DeliveryReceiptConfigProviding {
+   public:
+    std::optional<AppGroupSDK::DeliveryReceiptConfig> deliveryReceiptConfig() const override {
+      return AppGroupSDK::DeliveryReceiptConfig(AppGroupSDK::FeatureFlagStatus::enabled);
+    }
+    std::string description() const override { return std::string(100, 'x'); }
+  };
+  class Refusal final : public DeliveryReceiptSending {
+   public:
+    void send(const ServiceProtocol&, ServiceManager::Completion completion) const override {
+      static const ServiceManager::Answer answer = SendError(ServiceError(ServiceError::Failed{503, {}}));
+      completion(answer);
+    }
+  };
+  const ReceiptHost host("http://127.0.0.1:1");
+  const DeliveryReceiptProcessor processor(nullptr, AppGroupSDK::AppIdProvider(), nullptr);
+  const Configuration configuration;
+  const DeliveryReceiptHandler handler(std::make_unique<const Refusal>());
+  const MAMDeliveryReceiptRequest request(*QXPlatform::URL::parse("http://127.0.0.1:1"), {}, {});
+  const Dictionary foreign = kForBoth.removing("_sid");
+  Logger::setGlobalLoglevel(4);
+  bool failed = false;
+  const support::AllocationCount allocations;
+  processor.isVtqxPush(foreign);
+  processor.isFeatureEnabled(configuration);
+  DeliveryReceiptDataParser().parse({});
+  handler.send(request, [&failed](bool succeeded) { failed = !succeeded; });
+  EXPECT_EQ(allocations.count(), 1U) << "the completion that the handler passes on";
+  EXPECT_TRUE(failed);
 }
 
 }  // namespace

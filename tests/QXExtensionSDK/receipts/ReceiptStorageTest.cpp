@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 
 #include "QXExtensionSDK/receipts/DeliveryReceiptRepository.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/ManualClock.h"
 
 namespace QXExtensionSDK {
@@ -43,6 +45,15 @@ TEST_F(ReceiptStorageTest, TheThreeHundredAndFirstPushesTheOldestOutOfTheFileOnl
   EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(2, 301)));
   EXPECT_EQ(store->fetchAllReceipts()->size(), 301U);
   EXPECT_TRUE(log_->has("All receipts count before storing any new receipt is 300"));
+}
+
+TEST_F(ReceiptStorageTest, OfALongerFileTheNewestThreeHundredAreRead) {
+  put(receipts(1, 360));
+  EXPECT_EQ(messageIds(*makeStore()->fetchAllReceipts()), messageIds(receipts(61, 360)));
+  const auto store = makeStore();
+  store->storeReceipts(receipts(361, 361), maxStoredReceipts);
+  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(62, 361)));
+  EXPECT_EQ(store->fetchAllReceipts()->size(), 301U);
 }
 
 TEST_F(ReceiptStorageTest, WhatASendChangesIsTheWholeListInMemory) {
@@ -135,12 +146,53 @@ TEST_F(ReceiptStorageTest, AReceiptCarriesThePushsIdentity) {
   EXPECT_GE(stored[0].eventDateUtc(), before);
 }
 
-TEST_F(ReceiptStorageTest, AFileThatCannotBeReadCountsAsNoReceipts) {
-  host_.bundle().write(kFile, R"({"pnData":[{"uuid":"u"}]})");
+TEST_F(ReceiptStorageTest, AFileThatHoldsSomethingElseIsKeptBesideTheNewOne) {
+  const std::string kept = std::string(kFile) + ".damaged";
+  for (const std::string damaged : {"", R"({"pnData":[{"uuid":"u"}]})", "{"}) {
+    host_.bundle().write(kFile, damaged);
+    auto repository = makeRepository();
+    EXPECT_EQ(repository.fetchPendingReceipts(), std::nullopt);
+    EXPECT_EQ(repository.storeReceipt("m", std::nullopt, "t", std::nullopt), DataStoreStatus::success);
+    EXPECT_EQ(onDisk().size(), 1U);
+    EXPECT_EQ(host_.bundle().read(kept), damaged);
+    EXPECT_EQ(log_->has("DeliveryReceipts that cannot be read are kept in " + kept), !damaged.empty());
+  }
+}
+
+TEST_F(ReceiptStorageTest, AFileThatCannotBeReadIsNotWrittenOver) {
+  host_.bundle().write(kFile, "");
+  std::filesystem::resize_file(host_.bundle().file(kFile), QXPlatform::kMaxFileContents + 1);
   auto repository = makeRepository();
-  EXPECT_EQ(repository.fetchPendingReceipts(), std::nullopt);
-  EXPECT_EQ(repository.storeReceipt("m", std::nullopt, "t", std::nullopt), DataStoreStatus::success);
-  EXPECT_EQ(onDisk().size(), 1U);
+  EXPECT_EQ(repository.storeReceipt("m", std::nullopt, "t", std::nullopt), DataStoreStatus::writeFailed);
+  const auto batch = repository.fetchPendingReceipts();
+  ASSERT_TRUE(batch) << "it is sent all the same";
+  repository.handleSendResult(false, *batch, [](bool) {});
+  EXPECT_EQ(std::filesystem::file_size(host_.bundle().file(kFile)), QXPlatform::kMaxFileContents + 1);
+}
+
+// Each process stores ten receipts, half of which its back end takes, among all the others' changes.
+TEST_F(ReceiptStorageTest, ProcessesAtOnceKeepEachOthersReceipts) {
+  std::vector<std::unique_ptr<support::ChildProcess>> processes;
+  for (int process = 0; process < 8; ++process) {
+    processes.push_back(std::make_unique<support::ChildProcess>([&] {
+      for (int number = process * 10; number < process * 10 + 10; ++number) {
+        const auto store = makeStore();
+        EXPECT_EQ(store->storeReceipts(receipts(number, number), maxStoredReceipts),
+                  DataStoreStatus::success);
+        if (number % 2 == 0) {
+          store->removeReceipts(receipts(number, number));
+        } else {
+          store->updateStatus(receipts(number, number), PNStatus::failed);
+        }
+      }
+    }));
+  }
+  for (const auto& process : processes) EXPECT_TRUE(process->succeeds());
+  std::multiset<std::string> expected;
+  for (int number = 1; number < 80; number += 2) expected.insert(receipt(number).messageId());
+  const auto left = messageIds(onDisk());
+  EXPECT_EQ(std::multiset<std::string>(left.begin(), left.end()), expected);
+  for (const auto& receipt : onDisk()) EXPECT_EQ(receipt.status(), PNStatus::failed);
 }
 
 TEST_F(ReceiptStorageTest, RunsOfOneProcessNeitherOverwriteNorRepeatEachOther) {
@@ -252,6 +304,20 @@ TEST_F(ReceiptStorageTest, WhatIsAcknowledgedIsNotSentAgainWhenItsRemovalCouldNo
   std::filesystem::rename(file + ".away", file);
   EXPECT_EQ(onDisk().size(), 2U);
   EXPECT_EQ(makeRepository().fetchPendingReceipts(), std::nullopt);
+}
+
+TEST_F(ReceiptStorageTest, AcknowledgedReceiptsAreForgottenWhenNoRunCanHaveReadThemBefore) {
+  const std::vector<std::string> uuid{"uuid"};
+  auto older = makeRun();
+  {
+    const auto sender = makeRun();
+    sender->acknowledge(uuid);
+    sender->removed(uuid);
+  }
+  const auto younger = makeRun();
+  EXPECT_FALSE(younger->claim("uuid"));
+  older.reset();
+  EXPECT_TRUE(younger->claim("uuid"));
 }
 
 TEST_F(ReceiptStorageTest, OneFileIsOneWhateverBlanksSurroundTheApplicationId) {

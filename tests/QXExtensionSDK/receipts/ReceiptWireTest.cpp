@@ -202,6 +202,24 @@ TEST(ReceiptConnectionTest, ATrickleHoldsTheNotificationForTwentyTwoSecondsAndCo
   EXPECT_TRUE(support::eventually([&] { return count(log->lines(), kSuccess) == 2; }));
 }
 
+TEST(ReceiptConnectionTest, ATrickleThatDoesNotEndIsGivenUpAfterAMinute) {
+  Response endless = json(200, R"({"message":")" + std::string(100'000, 'x') + "\"}");
+  endless.pacing = backend::Pacing{1, std::chrono::milliseconds(20)};
+  const LoopbackServer server({.handler = [&](const Request&) { return endless; }});
+  const ReceiptHost host(server.url());
+  const support::ScopedLogRecorder log;
+  support::InstalledManualClock clock;
+  Extension extension;
+  extension.start(receiptPush("m1"));
+  ASSERT_TRUE(server.waitForRequests(2, support::soon()));
+  const auto failed = [] {
+    return ReceiptHost::stored(kQXE)[0].status() == PNStatus::failed &&
+           ReceiptHost::stored(kMAM)[0].status() == PNStatus::failed;
+  };
+  EXPECT_EQ(clock.secondsUntil(failed, 60), 60);
+  EXPECT_EQ(extension.deliveries().count(), 1U);
+}
+
 TEST(ReceiptConnectionTest, AContainerThatIsHeldForEverKeepsAPushForFiveSecondsInAll) {
   const LoopbackServer server;
   const ReceiptHost host(server.url());

@@ -71,17 +71,17 @@ TEST(URLSessionExecutorTest, AnErrorComesBeforeMissingDataAndThatBeforeTheAnswer
 
 TEST(ServiceErrorTest, EveryCaseHasItsText) {
   const QXPlatform::Error cause{"cause"};
-  const std::vector<std::pair<ServiceError, std::string>> cases{
+  const std::vector<std::pair<SendError, std::string>> cases{
       {ServiceError(ServiceError::EncodingError{cause}), "Error encoding data cause."},
       {ServiceError(ServiceError::DecodingError{cause}), "Error decoding data cause."},
       {ServiceError(ServiceError::Failed{-1, std::nullopt}), "Failed with status code: -1 and data nil."},
       {ServiceError(ServiceError::MissingBaseURL()), "No Base URL found."},
       {ServiceError(ServiceError::NoData()), "No data returned."},
       {ServiceError(ServiceError::Unknown()), "Unknown error occurred."}};
-  for (const auto& [error, text] : cases) EXPECT_EQ(error.description(), text);
-  EXPECT_EQ(details(cases[1].first), "cause");
-  EXPECT_EQ(details(cases[4].first), std::nullopt);
-  EXPECT_EQ(details(URLError{URLError::Code::timedOut, "late"}), std::nullopt);
+  for (const auto& [error, text] : cases) EXPECT_EQ(description(error), text);
+  EXPECT_EQ(ErrorDetails{cases[1].first}.description(), "cause");
+  EXPECT_FALSE(ErrorDetails{cases[4].first}.exist());
+  EXPECT_FALSE(ErrorDetails{SendError(URLError{URLError::Code::timedOut, "late"})}.exist());
 }
 
 struct TestRequest final : ServiceProtocol {

@@ -4,12 +4,6 @@
 
 namespace AppGroupSDK {
 
-namespace {
-
-constexpr const char* kSetAsideSuffix = ".damaged";
-
-}  // namespace
-
 DataStore::DataStore(std::unique_ptr<const DataStoreDirectoryProviding> directoryProvider,
                      std::unique_ptr<const DataStoreSaving> dataSaver)
     : directoryProvider_(std::move(directoryProvider)), dataSaver_(std::move(dataSaver)) {}
@@ -17,7 +11,7 @@ DataStore::DataStore(std::unique_ptr<const DataStoreDirectoryProviding> director
 bool DataStore::setAside(const QXPlatform::Data& bytes, const QXPlatform::URL& file,
                          std::optional<std::string>& name) {
   if (bytes.view().empty()) return true;
-  const auto kept = QXPlatform::URL::file(file.filePath() + kSetAsideSuffix);
+  const auto kept = QXPlatform::URL::file(file.filePath().append(kSetAsideSuffix));
   name = kept.lastPathComponent();
   return QXPlatform::writeContents(bytes.view(), kept);
 }

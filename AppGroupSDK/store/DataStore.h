@@ -29,6 +29,9 @@ struct StoredRecord {
 // operation is done. Any thread.
 class DataStore {
  public:
+  // What the name of a file ends in that was replaced without being a record.
+  static constexpr std::string_view kSetAsideSuffix = ".damaged";
+
   virtual ~DataStore() = default;
 
   template <DataStoreModelable Model>

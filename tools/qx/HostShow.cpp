@@ -76,6 +76,16 @@ void showModuleScoped(const SimulatorOptions& simulator, std::string_view name,
   }
 }
 
+// What was no record when one was stored in its place.
+void showDamaged(const SimulatorOptions& simulator, const std::vector<std::string>& files) {
+  const auto container = AppGroupDirectoryProvider().containerURL();
+  for (const auto& file : files) {
+    if (!file.ends_with(DataStore::kSetAsideSuffix)) continue;
+    printResult(simulator, Dictionary{{"status", "damaged"},
+                                      {"file", container->appendingPathComponent(file).filePath()}});
+  }
+}
+
 }  // namespace
 
 int runHostShow(const SimulatorOptions& simulator) {
@@ -89,6 +99,7 @@ int runHostShow(const SimulatorOptions& simulator) {
   showModuleScoped<FeatureConfigDetail>(simulator, "FeatureConfigDetail", *files);
   showModuleScoped<DeliveryReceiptsModel>(simulator, "DeliveryReceiptsModel", *files);
   showModuleScoped<CarouselClickModel>(simulator, "CarouselClickModel", *files);
+  showDamaged(simulator, *files);
   return 0;
 }
 

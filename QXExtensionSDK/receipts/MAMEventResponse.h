@@ -3,22 +3,22 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "QXExtensionSDK/service/DeliveryReceiptResponse.h"
 
 namespace QXExtensionSDK {
 
+// The types of these members are our own reading of the back end's answers: one of another shape counts as
+// absent, with a debug line, and the answer is good all the same.
+
 // What the back end says of one node that it was sent.
 struct ResponseStatus {
   std::optional<std::int64_t> status;
   std::optional<QXPlatform::Value> body;
 
-  static constexpr auto jsonFields() {
-    return QXPlatform::jsonFields(QXPlatform::jsonField("status", &ResponseStatus::status),
-                                  QXPlatform::jsonField("body", &ResponseStatus::body));
-  }
+  static bool decodeJSON(const QXPlatform::Value& value, ResponseStatus& out,
+                         QXPlatform::DecodingErrors& errors);
 };
 
 struct ResponseNode {
@@ -27,12 +27,8 @@ struct ResponseNode {
   std::optional<std::string> name;
   std::optional<ResponseStatus> response;
 
-  static constexpr auto jsonFields() {
-    return QXPlatform::jsonFields(QXPlatform::jsonField("nodes", &ResponseNode::nodes),
-                                  QXPlatform::jsonField("version", &ResponseNode::version),
-                                  QXPlatform::jsonField("name", &ResponseNode::name),
-                                  QXPlatform::jsonField("response", &ResponseNode::response));
-  }
+  static bool decodeJSON(const QXPlatform::Value& value, ResponseNode& out,
+                         QXPlatform::DecodingErrors& errors);
 };
 
 // The mobile-app-messaging module's answer. Immutable once decoded.
@@ -43,13 +39,10 @@ class MAMEventResponse final : public DeliveryReceiptResponse {
   // With the status of every node.
   std::string description() const override;
 
- private:
-  friend QXPlatform::JSONRecordAccess;
-  static constexpr auto jsonFields() {
-    return std::tuple_cat(DeliveryReceiptResponse::jsonFields(),
-                          QXPlatform::jsonFields(QXPlatform::jsonField("nodes", &MAMEventResponse::nodes_)));
-  }
+  static bool decodeJSON(const QXPlatform::Value& value, MAMEventResponse& out,
+                         QXPlatform::DecodingErrors& errors);
 
+ private:
   std::optional<std::vector<ResponseNode>> nodes_;
 };
 

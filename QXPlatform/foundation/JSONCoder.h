@@ -231,8 +231,9 @@ struct JSONCoder<T> {
   }
 };
 
+// Of a record that inherits its list, a form of its own comes first.
 template <JSONRecord T>
-struct JSONCoder<T> {
+requires(!JSONSelfDecoding<T>) struct JSONCoder<T> {
   static bool decode(const Value& value, T& out, DecodingErrors& errors) {
     if (!value.isDictionary()) return detail::failDecoding("an object", value, errors);
     bool decoded = true;

@@ -250,16 +250,6 @@ TEST_F(ReceiptStorageTest, AReceiptBeyondBoundsIsSentButPushesNoOtherOut) {
   EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(1, 3)));
 }
 
-TEST_F(ReceiptStorageTest, WhatCannotBeReadAgainStaysInMemory) {
-  put(receipts(1, 3));
-  const auto store = makeStore();
-  ASSERT_EQ(store->fetchAllReceipts()->size(), 3U);
-  makeStore()->storeReceipts(receipts(4, 4), maxStoredReceipts);
-  const auto file = host_.bundle().file(kFile);
-  std::filesystem::rename(file, file + ".away");
-  EXPECT_EQ(messageIds(*store->fetchAllReceipts()), messageIds(receipts(1, 3)));
-}
-
 TEST_F(ReceiptStorageTest, ARunThatIsStuckInItsAnswerGivesItsReceiptsBackInTime) {
   support::InstalledManualClock clock;
   put(receipts(1, 2));

@@ -70,7 +70,8 @@ void ImageSink::addRow(const std::uint8_t* row) {
   const double scale = static_cast<double>(result_.height) / rows_.count;
   const double top = index * scale;
   const double bottom = (index + 1) * scale;
-  const auto current = static_cast<double>(pixels_.size() / rowSums_.size());
+  const std::size_t rowsDone = pixels_.size() / rowSums_.size();
+  const auto current = static_cast<double>(rowsDone);
   const auto add = [this](double share) {
     const auto weight = static_cast<float>(share);
     for (std::size_t i = 0; i < sums_.size(); ++i) sums_[i] += weight * rowSums_[i];

@@ -15,8 +15,8 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <mutex>
 #include <new>
 #include <string>
@@ -106,11 +106,8 @@ FileDescriptor receiveDescriptor(int socket) {
 }
 
 rlim_t addressSpaceInUse() {
-  unsigned long pages = 0;
-  std::FILE* file = std::fopen("/proc/self/statm", "re");
-  if (file == nullptr) return 0;
-  if (std::fscanf(file, "%lu", &pages) != 1) pages = 0;
-  std::fclose(file);
+  rlim_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
   return pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE));
 }
 
@@ -153,10 +150,12 @@ void answer(int socket) {
   std::signal(SIGINT, SIG_IGN);
   std::signal(SIGTERM, SIG_DFL);
   std::signal(SIGIO, SIG_DFL);
-  // Nobody else's pipes and sockets are to be held open by this process.
+  // Nobody else's pipes and sockets are to be held open by this process, and what a codec library says of an
+  // image is no line of the program's.
   const FileDescriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
   ::dup2(null.get(), STDIN_FILENO);
   ::dup2(null.get(), STDOUT_FILENO);
+  ::dup2(null.get(), STDERR_FILENO);
   ::dup2(control, kKept);
   ::close_range(kKept + 1, ~0U, 0);
   for (;;) {

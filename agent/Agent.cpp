@@ -15,6 +15,7 @@
 #include "QXPlatform/notifications/NotificationJSON.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "agent/presentation/NotificationServer.h"
+#include "agent/presentation/PortalPresenter.h"
 
 namespace QXAgent {
 
@@ -78,10 +79,14 @@ Agent::Agent(EventLoop& loop, const Bus& bus, const Database& database, Setting 
             [this] { windows_.remove_if([](const auto& window) { return window.second->hasEnded(); }); }),
       idle_(loop, [this] { endWhenIdle(); }) {
   const auto& installation = setting_.installation;
-  presenter_ = std::make_unique<NotificationServer>(
-      bus,
-      AppIdentity{installation.app, installation.name, installation.icon, installation.bundle.value_or("")},
-      presenterEvents());
+  if (isSandboxed()) {
+    presenter_ = std::make_unique<PortalPresenter>(bus, presenterEvents());
+  } else {
+    presenter_ = std::make_unique<NotificationServer>(
+        bus,
+        AppIdentity{installation.app, installation.name, installation.icon, installation.bundle.value_or("")},
+        presenterEvents());
+  }
   delivery_.setPresenter(*presenter_);
 }
 

@@ -50,6 +50,7 @@ for number, line in enumerate(sys.stdin, 1):
     push = json.loads(line)
     title = push["content"]["title"]
     if title == "die": os.abort()
+    if title.startswith("hold "): held = bytearray(int(title[5:])); time.sleep(20)
     if title == "die once" and not os.path.exists(sys.argv[1]):
         open(sys.argv[1], "w").close()
         os.abort()
@@ -124,6 +125,15 @@ TEST_F(DeliveryTest, AnExtensionThatDiesIsStartedAgainAndAPushThatKillsItTwiceIs
   EXPECT_EQ(presenter_.shown[3], "die");
   EXPECT_EQ(presenter_.shown[4].substr(0, 6), "refuse");
   EXPECT_EQ(spool_.account().shown, 5);
+}
+
+TEST_F(DeliveryTest, AnExtensionThatHoldsTooMuchIsEnded) {
+  if (kExtensionMemory > std::size_t{100} << 20) GTEST_SKIP() << "a sanitizer's extension may hold much";
+  const std::string title = "hold " + std::to_string(2 * kExtensionMemory);
+  take(title);
+  deliver();
+  EXPECT_THAT(presenter_.shown, ElementsAre(title));
+  EXPECT_THAT(spool_.account().lastError.value_or(""), testing::HasSubstr("the extension holds"));
 }
 
 TEST_F(DeliveryTest, WithoutAnExtensionPushesAreShownAsTheyCame) {

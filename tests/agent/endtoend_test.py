@@ -12,7 +12,9 @@ import subprocess
 import unittest
 import urllib.request
 
-from desktop import SHOP, Desktop
+import dbus
+
+from desktop import HERE, SHOP, Desktop
 
 PROGRAMS = os.environ.get("QX_PROGRAMS", "build/release/bin")
 
@@ -173,6 +175,46 @@ class EndToEndTest(unittest.TestCase):
         process = self.desktop.bus.get_name_owner(SHOP + ".Push")
         os.kill(self.desktop.process_of(process), signal.SIGKILL)
         self.desktop.wait_for(lambda: not self.desktop.bus.name_has_owner(SHOP + ".Push"))
+
+    def deliver(self, push):
+        """By lines: handed to the agent that runs, else shown by one that then ends."""
+        self.desktop.run("qx-agent", "run", "--app", SHOP, "--source", "lines", input=json.dumps(push) + "\n")
+
+    @on_desktop
+    def test_keeps_the_extension_in_a_unit_where_it_can(self):
+        server = self.desktop.start_mock()
+        self.desktop.install_shop()
+        for result, title in (("done", "in a unit"), ("failed", "without one")):
+            manager = self.desktop.start(HERE / "usermanager.py", "--result", result)
+            self.desktop.wait_for(lambda: self.desktop.bus.name_has_owner("org.freedesktop.systemd1"))
+            self.deliver(plain(title))
+            unit = manager.lines[0]["properties"]
+            self.assertEqual((unit["NoNewPrivileges"], unit["PrivateTmp"], unit["ProtectSystem"]), (True, True, "strict"))
+            self.assertGreaterEqual(unit["MemoryMax"], 24 << 20)
+            self.assertEqual(len(unit["ReadWritePaths"]), 2, "the agent's temporary directory and the container")
+            manager.kill()
+        self.wait_for_titles(server, "in a unit", "without one")
+        self.wait_for_status(received=2, shown=2)
+        self.assertNotIn("lastError", self.status())
+
+    @on_desktop
+    def test_presents_through_the_portal_in_a_sandbox(self):
+        name, path, interface = ("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+                                 "org.freedesktop.portal.Notification")
+        self.desktop.start("/usr/bin/python3", "-m", "dbusmock", name, path, interface)
+        self.desktop.wait_for(lambda: self.desktop.bus.name_has_owner(name))
+        portal = dbus.Interface(self.desktop.bus.get_object(name, path), "org.freedesktop.DBus.Mock")
+        portal.AddMethods(interface, [("AddNotification", "sa{sv}", "", ""), ("RemoveNotification", "s", "", "")])
+        self.desktop.environment["SNAP"] = "shop"
+        self.desktop.install_shop()
+        agent = self.desktop.start("qx-agent", "run", "--app", SHOP, "--idle", "1")
+        self.desktop.wait_for(lambda: self.desktop.bus.name_has_owner(SHOP + ".Push"))
+        self.deliver(plain("<Sandboxed>", _m="m17", _r="r4"))
+        [(_, (number, shown))] = self.desktop.wait_for(lambda: portal.GetMethodCalls("AddNotification"))
+        self.assertEqual((shown["title"], shown["body"]), ("<Sandboxed>", "1 < 2 & more"))
+        portal.EmitSignal(interface, "ActionInvoked", "ssav", [number, "default", dbus.Array([], "v")])
+        self.desktop.window("Shop – notification m17:r4")
+        self.desktop.wait_for(lambda: not agent.running(), what="the end of an agent that shows nothing any more")
 
     @on_desktop
     def test_says_why_there_is_no_endpoint(self):

@@ -21,7 +21,6 @@ namespace QXAgent {
 
 namespace {
 
-using QXPlatform::Dictionary;
 using QXPlatform::Value;
 
 constexpr std::string_view kDefaultAction = "default";

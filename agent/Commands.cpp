@@ -45,6 +45,7 @@ int print(const Dictionary& result) {
 
 int printFiles(const std::vector<std::filesystem::path>& files) {
   std::vector<Value> list;
+  list.reserve(files.size());
   for (const auto& file : files) list.emplace_back(file.native());
   return print({{"status", "success"}, {"files", list}});
 }

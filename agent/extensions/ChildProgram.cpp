@@ -72,6 +72,7 @@ std::vector<std::string> mergedEnvironment(const std::vector<std::string>& chang
 
 std::vector<char*> pointers(const std::vector<std::string>& texts) {
   std::vector<char*> list;
+  list.reserve(texts.size() + 1);
   for (const std::string& text : texts) list.push_back(const_cast<char*>(text.c_str()));
   list.push_back(nullptr);
   return list;

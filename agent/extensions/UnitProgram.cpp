@@ -130,6 +130,7 @@ void appendLimits(sd_bus_message* call, const UnitLimits& limits) {
     sd_bus_message_append(call, "(sv)", restriction, "b", 1);
   sd_bus_message_append(call, "(sv)(sv)", "ProtectSystem", "s", "strict", "ProtectHome", "s", "read-only");
   std::vector<std::string> paths;
+  paths.reserve(limits.writablePaths.size());
   // One that is not there is no error.
   for (const auto& path : limits.writablePaths) paths.push_back("-" + path.native());
   appendStrings(call, "ReadWritePaths", paths);

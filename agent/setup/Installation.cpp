@@ -45,6 +45,7 @@ std::string toJSON(const Installation& installation) {
   if (installation.bundle) members.emplace_back("bundle", installation.bundle->native());
   if (installation.distributor) members.emplace_back("distributor", *installation.distributor);
   std::vector<Value> files;
+  files.reserve(installation.files.size());
   for (const auto& file : installation.files) files.emplace_back(file.native());
   members.emplace_back("files", files);
   return QXPlatform::writeJSON(Dictionary::fromEntries(members), QXPlatform::JSONStyle::pretty).value() +

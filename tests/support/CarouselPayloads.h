@@ -1,13 +1,8 @@
 #pragma once
 
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <string_view>
-#include <utility>
-
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/notifications/UNNotificationRequest.h"
+#include "tests/support/Test.h"
 
 namespace support {
 
@@ -18,12 +13,19 @@ inline QXPlatform::Dictionary dictionary(std::string_view json) {
   return *value->dictionary();
 }
 
+inline std::shared_ptr<const QXPlatform::UNNotificationRequest> requestWith(
+    QXPlatform::NotificationProperties properties, std::string identifier = "request") {
+  return std::make_shared<const QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
+      std::move(identifier),
+      std::make_shared<const QXPlatform::UNNotificationContent>(std::move(properties))});
+}
+
 inline std::shared_ptr<const QXPlatform::UNNotificationRequest> makeRequest(
     QXPlatform::Dictionary userInfo, std::string identifier = "request") {
   QXPlatform::NotificationProperties properties;
+  properties.title = "Title";
   properties.userInfo = std::move(userInfo);
-  return std::make_shared<const QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
-      std::move(identifier), std::make_shared<QXPlatform::UNNotificationContent>(std::move(properties))});
+  return requestWith(std::move(properties), std::move(identifier));
 }
 
 // The rich features of a carousel: `items` is the JSON text of its panels, `more` of further members of the
@@ -33,10 +35,11 @@ inline std::string carousel(std::string_view items, std::string_view more = "") 
 }
 
 // `count` panels with an image and nothing else.
-inline std::string plainPanels(int count) {
+inline std::string plainPanels(int count, const std::string& imageURL = "u") {
   std::string panels;
   for (int i = 0; i < count; ++i) {
-    panels += (i == 0 ? "" : ",") + (R"({"id":"p)" + std::to_string(i)) + R"(","md":{"ul":"u"}})";
+    panels +=
+        (i == 0 ? "" : ",") + (R"({"id":"p)" + std::to_string(i)) + R"(","md":{"ul":")" + imageURL + R"("}})";
   }
   return "[" + panels + "]";
 }

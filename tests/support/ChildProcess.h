@@ -1,17 +1,12 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
-#include <cstdio>
-#include <functional>
-#include <optional>
-#include <stdexcept>
-#include <thread>
+
+#include "tests/support/Test.h"
 
 namespace support {
 

@@ -2,16 +2,15 @@
 
 #include <zlib.h>
 
-#include <stdexcept>
-#include <string>
-#include <string_view>
+#include "QXPlatform/foundation/Base64.h"
+#include "tests/support/Test.h"
 
 namespace support {
 
-// Raw deflate by zlib: another implementation than the one under test.
-inline std::string deflateRaw(std::string_view text) {
+// Packed by zlib, another implementation than the one under test: raw, or as the window bits say.
+inline std::string deflateRaw(std::string_view text, int windowBits = -MAX_WBITS) {
   z_stream stream{};
-  if (deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
+  if (deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
     throw std::runtime_error("deflateInit2");
   }
   std::string compressed(deflateBound(&stream, text.size()), '\0');
@@ -23,6 +22,15 @@ inline std::string deflateRaw(std::string_view text) {
   compressed.resize(stream.total_out);
   deflateEnd(&stream);
   return compressed;
+}
+
+inline std::string gzipped(std::string_view text) {
+  return deflateRaw(text, MAX_WBITS + 16);
+}
+
+// As the field of a push that holds compressed rich features.
+inline std::string packed(std::string_view text) {
+  return QXPlatform::encodeBase64(deflateRaw(text));
 }
 
 }  // namespace support

@@ -1,16 +1,9 @@
 #pragma once
 
-#include <chrono>
-#include <memory>
-#include <mutex>
-#include <optional>
-#include <thread>
-#include <vector>
-
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/dispatch/Clock.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
-#include "tests/support/Deadline.h"
+#include "tests/support/Test.h"
 
 namespace support {
 

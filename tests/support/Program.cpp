@@ -1,16 +1,12 @@
 #include "tests/support/Program.h"
 
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
 #include <boost/asio/io_context.hpp>
 #include <boost/process.hpp>
-#include <chrono>
-#include <filesystem>
-#include <future>
-#include <sstream>
 
 #include "QXPlatform/foundation/JSON.h"
+#include "tests/support/Test.h"
 
 namespace support {
 

@@ -2,11 +2,8 @@
 
 #include <sys/types.h>
 
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "QXPlatform/foundation/Value.h"
+#include "tests/support/Test.h"
 
 namespace support {
 

@@ -1,25 +1,15 @@
 #include "QXExtensionSDK/decoration/DecompressionDecorator.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "QXPlatform/foundation/Base64.h"
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
 #include "tests/support/Deflate.h"
-#include "tests/support/RecordingLogSink.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {
 
 using QXPlatform::Dictionary;
-
-constexpr std::size_t kBombSize = 50'000'000;
-
-std::string pack(std::string_view text) {
-  return QXPlatform::encodeBase64(support::deflateRaw(text));
-}
+using support::packed;
 
 // A JSON object of exactly so many bytes.
 std::string objectOfSize(std::size_t size) {
@@ -35,18 +25,12 @@ UserInfoChanges decorate(const Dictionary& userInfo) {
 }
 
 TEST(DecompressionDecoratorTest, InflatesTheFieldAndBlanksIt) {
-  const support::ScopedLogRecorder log;
-  const auto changes = decorate({{"$_rf", pack(R"({"vt":{"t":"0"},"n":1})")}});
-  EXPECT_EQ(changes,
+  EXPECT_EQ(decorate({{"$_rf", packed(R"({"vt":{"t":"0"},"n":1})")}}),
             (Dictionary{{"_rf", Dictionary{{"vt", Dictionary{{"t", "0"}}}, {"n", 1}}}, {"$_rf", ""}}));
-  EXPECT_EQ(log->messages(), (std::vector<std::string>{
-                                 "Deflate decompression strategy selected", "Deflate: Decompression start",
-                                 "Deflate: Decoded char count=22", "Deflate: Decompression success",
-                                 "Deflate: Deallocating destination buffer", "Adding decompressed field"}));
 }
 
 TEST(DecompressionDecoratorTest, EachFailureHasItsLinesAndChangesNothing) {
-  const std::string good = pack(R"({"a":1})");
+  const std::string good = packed(R"({"a":1})");
   const struct {
     const char* what;
     Dictionary userInfo;
@@ -54,7 +38,6 @@ TEST(DecompressionDecoratorTest, EachFailureHasItsLinesAndChangesNothing) {
   } table[] = {
       {"absent", {}, {"Compressed field not present in user info"}},
       {"number", {{"$_rf", 5}}, {"Invalid compressed field data type in user info"}},
-      {"null", {{"$_rf", nullptr}}, {"Invalid compressed field data type in user info"}},
       {"line break",
        {{"$_rf", good.substr(0, 4) + "\n" + good.substr(4)}},
        {"Deflate: Base64 decoding failed", "Decompression failure"}},
@@ -67,21 +50,18 @@ TEST(DecompressionDecoratorTest, EachFailureHasItsLinesAndChangesNothing) {
        {"Deflate: Decoded char count=0", "Deflate: Returning nil as decoded char count is zero",
         "Deflate: Decompression success", "Decompression failure"}},
       {"empty output",
-       {{"$_rf", pack("")}},
+       {{"$_rf", packed("")}},
        {"Deflate: Returning nil as decoded char count is zero", "Deflate: Decompression success",
         "Decompression failure"}},
       {"not UTF-8",
-       {{"$_rf", pack("\xc3\x28")}},
+       {{"$_rf", packed("\xc3\x28")}},
        {"Deflate: Decompression success", "Decompression failure"}},
       {"65536 bytes",
-       {{"$_rf", pack(objectOfSize(65536))}},
+       {{"$_rf", packed(objectOfSize(65536))}},
        {"Deflate: Decoded char count=65536", "Deflate: Possible buffer overflow while decompressing",
         "Deflate: Deallocating destination buffer", "Decompression failure"}},
-      {"a bomb",
-       {{"$_rf", pack(std::string(kBombSize, ' '))}},
-       {"Deflate: Possible buffer overflow while decompressing"}},
-      {"array", {{"$_rf", pack("[1]")}}, {"Can't convert decompressed string to dictionary"}},
-      {"no JSON", {{"$_rf", pack("{]")}}, {"Can't convert decompressed string to dictionary"}},
+      {"array", {{"$_rf", packed("[1]")}}, {"Can't convert decompressed string to dictionary"}},
+      {"no JSON", {{"$_rf", packed("{]")}}, {"Can't convert decompressed string to dictionary"}},
   };
   for (const auto& row : table) {
     const support::ScopedLogRecorder log;
@@ -92,7 +72,7 @@ TEST(DecompressionDecoratorTest, EachFailureHasItsLinesAndChangesNothing) {
 }
 
 TEST(DecompressionDecoratorTest, TheLargestPayloadIsOneByteUnderTheBuffer) {
-  const auto changes = decorate({{"$_rf", pack(objectOfSize(65535))}});
+  const auto changes = decorate({{"$_rf", packed(objectOfSize(65535))}});
   ASSERT_TRUE(changes.has_value());
   EXPECT_EQ(changes->find("_rf")->find("p")->string()->size(), 65527U);
 }

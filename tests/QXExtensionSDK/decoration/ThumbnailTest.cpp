@@ -1,21 +1,11 @@
 // The thumbnail from payload to attachment, against a real server.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <future>
-#include <string>
-#include <system_error>
-
 #include "QXExtensionSDK/decoration/DefaultMediaDownloader.h"
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
 #include "tests/support/ManualClock.h"
-#include "tests/support/RecordingLogSink.h"
-#include "tests/support/ScopedEnvironment.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/backend/Panels.h"
 
@@ -25,8 +15,7 @@ namespace {
 using backend::Fault;
 using backend::Request;
 using backend::Response;
-
-constexpr std::size_t kOverAttachmentLimit = std::size_t{11} * 1024 * 1024;
+using QXPlatform::Dictionary;
 
 // A table of answers by path, each with the file name that the path ends in.
 std::optional<Response> answer(const Request& request) {
@@ -38,20 +27,18 @@ std::optional<Response> answer(const Request& request) {
   const std::string_view path = request.path;
   if (path.starts_with("/good/")) return as({.headers = {{"Content-Type", "image/png"}}});
   if (path.starts_with("/moved/")) return Response::redirect(302, "/good/other.png");
-  if (path.starts_with("/loop/")) return Response::redirect(302, "/loop/a.png");
-  if (path.starts_with("/elsewhere/")) return Response::redirect(302, "ftp://127.0.0.1/a.png");
   if (path.starts_with("/missing/")) return as({.status = 404});
-  if (path.starts_with("/error/")) return as({.status = 500});
-  if (path.starts_with("/empty/")) return Response{.status = 204};
   if (path.starts_with("/html/"))
     return as({.headers = {{"Content-Type", "text/html"}}, .body = "<html></html>"});
   if (path.starts_with("/cut/")) return as({.fault = Fault::truncatedBody});
-  if (path.starts_with("/reset/")) return as({.fault = Fault::resetInBody});
-  if (path.starts_with("/dropped/")) return as({.fault = Fault::closeWithoutAnswer});
   if (path.starts_with("/stalled/")) return as({.fault = Fault::neverAnswer});
   if (path.starts_with("/trickle/")) return as({.pacing = backend::Pacing{1, std::chrono::milliseconds(50)}});
-  if (path.starts_with("/huge/")) return as({.body = std::string(kOverAttachmentLimit, 'x')});
   return std::nullopt;
+}
+
+Dictionary pushOf(const std::string& imageURL) {
+  return support::dictionary(R"({"_sid":"VTQX","_rf":)" +
+                             support::carousel(support::plainPanels(1, imageURL)) + "}");
 }
 
 class ThumbnailTest : public testing::Test {
@@ -59,8 +46,7 @@ class ThumbnailTest : public testing::Test {
   QXPlatform::NotificationProperties push(const std::string& url) {
     Deliveries deliveries;
     const auto service = std::make_shared<TestService>();
-    service->didReceiveNotificationRequest(makeRequest({{"_sid", "VTQX"}, {"_rf", carousel(url)}}),
-                                           deliveries.handler());
+    service->didReceiveNotificationRequest(makeRequest(pushOf(url)), deliveries.handler());
     EXPECT_TRUE(deliveries.waitFor(1)) << url;
     return deliveries.count() > 0 ? deliveries.at(0) : QXPlatform::NotificationProperties();
   }
@@ -101,27 +87,15 @@ TEST_F(ThumbnailTest, TheFirstPanelsImageBecomesTheOnlyAttachment) {
 }
 
 TEST_F(ThumbnailTest, WhateverGoesWrongTheNotificationIsDeliveredWithoutIt) {
-  const std::string refused = "http://127.0.0.1:1/a.png";
   const struct {
     std::string url;
     std::string_view line;  // empty: the failure is silent
   } table[] = {
       {server_.url("/missing/a.png"), ""},
-      {server_.url("/error/a.png"), ""},
-      {server_.url("/empty/a.png"), "Attachment creation failure: "},
-      {server_.url("/html/page.html"), "Attachment creation failure: "},
       {server_.url("/html/a.png"), "Attachment creation failure: "},
       {server_.url("/good/no-extension"), "Attachment creation failure: "},
-      {server_.url("/huge/a.png"), "Attachment creation failure: "},
       {server_.url("/cut/a.png"), "Attachment media download error: "},
-      {server_.url("/reset/a.png"), "Attachment media download error: "},
-      {server_.url("/dropped/a.png"), "Attachment media download error: "},
-      {server_.url("/loop/a.png"), "Attachment media download error: "},
-      {server_.url("/elsewhere/a.png"), "Attachment media download error: "},
-      {refused, "Attachment media download error: "},
       {"file:///etc/hostname", "Attachment media download error: "},
-      {"ftp://127.0.0.1/a.png", "Attachment media download error: "},
-      {"http://192.0.2.1/plain-and-far.png", "Attachment media download error: "},
       {"a.png", "Attachment media download error: "},
       {server_.url("/good/.."), "Attachment media remove/move error: "},
       {server_.url("/good/..%2f..%2fescape.png"), "Attachment media remove/move error: "},
@@ -147,8 +121,7 @@ TEST_F(ThumbnailTest, StalledAndTricklingDownloadsEndAfterFifteenSeconds) {
     Deliveries deliveries;
     const std::size_t before = server_.requests().size();
     const auto service = std::make_shared<TestService>();
-    service->didReceiveNotificationRequest(
-        makeRequest({{"_sid", "VTQX"}, {"_rf", carousel(server_.url(path))}}), deliveries.handler());
+    service->didReceiveNotificationRequest(makeRequest(pushOf(server_.url(path))), deliveries.handler());
     ASSERT_TRUE(server_.waitForRequests(before + 1, support::soon()));
     const auto seconds = clock.secondsUntil([&] { return deliveries.count() == 1; }, 15);
     // The last byte of the request may count as sent in the first second.
@@ -181,15 +154,11 @@ TEST_F(ThumbnailTest, AFileOfTheSameNameIsReplaced) {
 TEST_F(ThumbnailTest, TheThumbnailReplacesTheAttachmentsThatThereWere) {
   const std::string old = temporary_.write("old.png", "GIF89a");
   QXPlatform::NotificationProperties properties;
-  properties.userInfo = {{"_sid", "VTQX"}, {"_rf", carousel(server_.url("/good/new.png"))}};
-  properties.attachments.push_back(
-      *QXPlatform::UNNotificationAttachment::make("old", QXPlatform::URL::file(old)));
-  const auto request =
-      std::make_shared<const QXPlatform::UNNotificationRequest>(QXPlatform::UNNotificationRequest{
-          "i", std::make_shared<const QXPlatform::UNNotificationContent>(std::move(properties))});
+  properties.userInfo = pushOf(server_.url("/good/new.png"));
+  properties.attachments = {*QXPlatform::UNNotificationAttachment::make("old", QXPlatform::URL::file(old))};
   Deliveries deliveries;
   const auto service = std::make_shared<TestService>();
-  service->didReceiveNotificationRequest(request, deliveries.handler());
+  service->didReceiveNotificationRequest(support::requestWith(properties), deliveries.handler());
   ASSERT_TRUE(deliveries.waitFor(1));
   ASSERT_EQ(deliveries.at(0).attachments.size(), 1U);
   EXPECT_EQ(deliveries.at(0).attachments[0].identifier(), "SomeAttachmentId");

@@ -1,9 +1,8 @@
 #include "QXExtensionSDK/payload/CarouselModel.h"
 
-#include <gtest/gtest.h>
-
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
 #include "tests/support/CarouselPayloads.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {

@@ -1,12 +1,7 @@
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "QXExtensionSDK/QXExtensionSDK.h"
-#include "tests/support/RecordingLogSink.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {

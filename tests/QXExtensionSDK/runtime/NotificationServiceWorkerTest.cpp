@@ -1,12 +1,7 @@
 #include "QXExtensionSDK/runtime/NotificationServiceWorker.h"
 
-#include <gtest/gtest.h>
-
-#include <future>
-#include <thread>
-
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
-#include "tests/support/RecordingLogSink.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {

@@ -1,24 +1,11 @@
 #include "QXPlatform/compression/Compression.h"
-
-#include <gtest/gtest.h>
-#include <libdeflate.h>
-
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
+#include "tests/support/Deflate.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {
 
-std::string deflated(std::string_view text) {
-  libdeflate_compressor* const compressor = libdeflate_alloc_compressor(9);
-  std::string result(libdeflate_deflate_compress_bound(compressor, text.size()), '\0');
-  result.resize(
-      libdeflate_deflate_compress(compressor, text.data(), text.size(), result.data(), result.size()));
-  libdeflate_free_compressor(compressor);
-  return result;
-}
+using support::deflateRaw;
 
 std::pair<std::size_t, std::string> inflated(std::string_view source, std::size_t capacity) {
   std::string destination(capacity, '\0');
@@ -36,27 +23,27 @@ std::string payload() {
 
 TEST(CompressionTest, RestoresWhatFits) {
   const std::string text = payload();
-  const std::string source = deflated(text);
+  const std::string source = deflateRaw(text);
   const auto whole = std::pair(text.size(), text);
   EXPECT_EQ(inflated(source, text.size() + 1), whole);
   EXPECT_EQ(inflated(source, text.size()), whole);
   EXPECT_EQ(inflated(source + "bytes after the end", 2 * text.size()), whole);
-  EXPECT_EQ(inflated(deflated(""), 10), std::pair(std::size_t{0}, std::string()));
+  EXPECT_EQ(inflated(deflateRaw(""), 10), std::pair(std::size_t{0}, std::string()));
 }
 
 TEST(CompressionTest, ReturnsTheCapacityWhenTheOutputIsCutOff) {
   const std::string text = payload();
-  const std::string source = deflated(text);
+  const std::string source = deflateRaw(text);
   for (const std::size_t capacity : {text.size() - 1, text.size() / 2, std::size_t{1}, std::size_t{0}}) {
     EXPECT_EQ(inflated(source, capacity).first, capacity);
   }
   const std::string zeros(std::size_t{8'000'000}, '\0');
-  EXPECT_EQ(inflated(deflated(zeros), 65536).first, 65536U);
+  EXPECT_EQ(inflated(deflateRaw(zeros), 65536).first, 65536U);
 }
 
 TEST(CompressionTest, ReturnsNothingForBadOrTruncatedSources) {
   const std::string text = payload();
-  const std::string source = deflated(text);
+  const std::string source = deflateRaw(text);
   for (std::size_t length = 0; length < source.size(); ++length) {
     ASSERT_EQ(inflated(std::string_view(source).substr(0, length), 2 * text.size()).first, 0U) << length;
   }

@@ -1,24 +1,9 @@
 #include "QXPlatform/dispatch/DispatchQueue.h"
 
-#include <gtest/gtest.h>
 #include <pthread.h>
 
-#include <algorithm>
-#include <array>
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <future>
-#include <iterator>
-#include <memory>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
-
 #include "QXPlatform/dispatch/DispatchGroup.h"
-#include "tests/support/Deadline.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {
@@ -49,75 +34,54 @@ class Gate {
 };
 
 TEST(DispatchQueueTest, SerialRunsInOrderOneAtATime) {
-  constexpr int kThreads = 4;
   constexpr int kItems = 500;
   const DispatchQueue queue("serial", Attribute::serial);
-  const DispatchGroup group;
   // Without a lock on purpose: the queue is the lock.
-  std::vector<std::vector<int>> seen(kThreads);
+  std::array<std::vector<int>, 4> seen;
   int total = 0;
   std::vector<std::thread> threads;
-  for (std::size_t thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&, thread] {
+  for (std::vector<int>& mine : seen) {
+    threads.emplace_back([&] {
       for (int i = 0; i < kItems; ++i) {
-        const auto work = [&, thread, i] {
-          seen[thread].push_back(i);
+        const auto work = [&, i] {
+          mine.push_back(i);
           ++total;
         };
-        if (i % 10 == 9) {
-          queue.sync(work);
-        } else {
-          queue.async(group, work);
-        }
+        i % 10 == 9 ? queue.sync(work) : queue.async(work);
       }
     });
   }
   for (std::thread& thread : threads) thread.join();
-  ASSERT_TRUE(group.wait(soon()));
-  EXPECT_EQ(total, kThreads * kItems);
+  queue.sync([&] { EXPECT_EQ(total, 4 * kItems); });
   for (const std::vector<int>& each : seen) {
     ASSERT_EQ(each.size(), std::size_t{kItems});
-    EXPECT_TRUE(std::is_sorted(each.begin(), each.end()));
+    EXPECT_TRUE(std::ranges::is_sorted(each));
   }
 }
 
-TEST(DispatchQueueTest, BlockedItemsKeepNoneFromStarting) {
+TEST(DispatchQueueTest, BlockedItemsKeepNoneFromStartingUpTo64Threads) {
   const DispatchQueue concurrent("concurrent", Attribute::concurrent);
   const DispatchQueue serial("serial", Attribute::serial);
   const DispatchGroup blocked;
   const DispatchGroup others;
   Gate gate;
   std::atomic<int> started = 0;
-  for (int i = 0; i < 62; ++i) {
-    concurrent.async(blocked, [&] {
-      ++started;
-      gate.wait();
-    });
-  }
+  const auto block = [&] {
+    ++started;
+    gate.wait();
+  };
+  for (int i = 0; i < 62; ++i) concurrent.async(blocked, block);
   for (int i = 0; i < 60; ++i) concurrent.async(others, [] {});
   serial.async(others, [] {});
   EXPECT_TRUE(others.wait(soon()));
   EXPECT_TRUE(eventually([&] { return started == 62; }));
-  gate.open();
-  EXPECT_TRUE(blocked.wait(soon()));
-}
 
-TEST(DispatchQueueTest, Beyond64BlockedItemsTheNextOnesWait) {
-  const DispatchQueue queue("concurrent", Attribute::concurrent);
-  const DispatchGroup group;
-  Gate gate;
-  std::atomic<int> started = 0;
-  for (int i = 0; i < 200; ++i) {
-    queue.async(group, [&] {
-      ++started;
-      gate.wait();
-    });
-  }
+  for (int i = 62; i < 200; ++i) concurrent.async(blocked, block);
   EXPECT_TRUE(eventually([&] { return started == 64; }));
   // The work of sync() needs no thread of the set.
-  queue.sync([&] { EXPECT_EQ(started, 64); });
+  concurrent.sync([&] { EXPECT_EQ(started, 64); });
   gate.open();
-  EXPECT_TRUE(group.wait(soon()));
+  EXPECT_TRUE(blocked.wait(soon()));
   EXPECT_EQ(started, 200);
 }
 

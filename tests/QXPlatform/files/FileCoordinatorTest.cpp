@@ -1,22 +1,11 @@
 #include "QXPlatform/files/FileCoordinator.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <atomic>
-#include <chrono>
-#include <filesystem>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "QXPlatform/files/FileContents.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/ManualClock.h"
-#include "tests/support/RecordingLogSink.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {

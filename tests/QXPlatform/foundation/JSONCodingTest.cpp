@@ -1,9 +1,5 @@
 #include "QXPlatform/foundation/JSONCoding.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <memory>
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {
@@ -45,31 +41,6 @@ class Panel {
   std::optional<Style> style_;
 };
 
-// Decoded in two stages: "t" tells what the rest is.
-struct Action {
-  virtual ~Action() = default;
-};
-struct OpenURL : Action {
-  std::string url;
-  static constexpr auto jsonFields() { return QXPlatform::jsonFields(jsonField("ul", &OpenURL::url)); }
-};
-struct ActionKind {
-  Flag kind = Flag::off;
-  static constexpr auto jsonFields() { return QXPlatform::jsonFields(jsonField("t", &ActionKind::kind)); }
-};
-struct AnyAction {
-  std::unique_ptr<Action> action;
-
-  static bool decodeJSON(const Value& value, AnyAction& out, DecodingErrors& errors) {
-    ActionKind kind;
-    OpenURL open;
-    if (!JSONCoder<ActionKind>::decode(value, kind, errors)) return false;
-    if (kind.kind == Flag::on && !JSONCoder<OpenURL>::decode(value, open, errors)) return false;
-    out.action = kind.kind == Flag::on ? std::make_unique<OpenURL>(open) : std::make_unique<Action>();
-    return true;
-  }
-};
-
 struct Everything {
   std::string text;
   std::int64_t integer = 0;
@@ -87,11 +58,6 @@ struct Everything {
         jsonField("flag", &Everything::flag), jsonField("panels", &Everything::panels),
         jsonField("any", &Everything::any), jsonField("small", &Everything::small));
   }
-};
-
-struct Actions {
-  std::vector<AnyAction> actions;
-  static constexpr auto jsonFields() { return QXPlatform::jsonFields(jsonField("ac", &Actions::actions)); }
 };
 
 constexpr std::string_view kFull =
@@ -172,16 +138,6 @@ TEST(JSONCodingTest, GathersAllThatIsWrongWhenAsked) {
   EXPECT_EQ(found, (std::vector<std::string>{"/at/text", "/at/number", "/at/panels/1", "/at/panels/2/n",
                                              "/at/panels/2/s/fz", "/at/panels/2/s/m"}));
   EXPECT_TRUE(decodingErrors<Everything>(*parseJSON(kFull)).empty());
-}
-
-TEST(JSONCodingTest, ATypeMayDecodeItself) {
-  const auto decoded = decodeJSON<Actions>(R"({"ac":[{"t":0},{"t":1,"ul":"u"}]})");
-  ASSERT_TRUE(decoded) << decoded.error().description();
-  const auto* open = dynamic_cast<OpenURL*>(decoded->actions[1].action.get());
-  ASSERT_NE(open, nullptr);
-  EXPECT_EQ(open->url, "u");
-  EXPECT_EQ(decodeJSON<Actions>(R"({"ac":[{"t":0},{"t":1}]})").error().description(), "/ac/1/ul: missing");
-  EXPECT_EQ(decodeJSON<Actions>(R"({"ac":[{}]})").error().description(), "/ac/0/t: missing");
 }
 
 TEST(JSONCodingTest, RefusesToWriteWhatJSONCannotHold) {

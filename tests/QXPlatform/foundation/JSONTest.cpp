@@ -1,11 +1,5 @@
 #include "QXPlatform/foundation/JSON.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <limits>
-#include <random>
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {
@@ -68,75 +62,22 @@ TEST(JSONTest, ReadsWhatTheGrammarAllows) {
 }
 
 TEST(JSONTest, RefusesEverythingElse) {
-  const std::string_view cases[] = {
-      "",
-      " ",
-      "nul",
-      "truefalse",
-      "True",
-      "NaN",
-      "Infinity",
-      "-",
-      "+1",
-      "01",
-      "-01",
-      "1.",
-      ".5",
-      "1e",
-      "1e+",
-      "0x10",
-      "1 2",
-      "1e400",
-      "-1e400",
-      "1e99999999999",
-      "[1,]",
-      "[,1]",
-      "[1 2]",
-      "[1",
-      "]",
-      "{",
-      "{\"a\"}",
-      "{\"a\":}",
-      "{\"a\":1,}",
-      "{a:1}",
-      "{1:1}",
-      "{\"a\":1 \"b\":2}",
-      "'a'",
-      "\"",
-      "\"\n\"",
-      "\"\t\"",
-      R"("\x41")",
-      R"("\u12")",
-      R"("\u12G4")",
-      R"("\ud800")",
-      R"("\ud800x")",
-      R"("\ud800\u0041")",
-      R"("\udc00")",
-      R"("\udc00\ud800")",
-      "// c\n1",
-      "/* c */1",
-      "[1]//",
-      "1;",
-      "{}{}",
-      "\xEF\xBB\xBF{}",
-      "\"\x80\"",
-      "\"\xC0\x80\"",
-      "\"\xC3\"",
-      "\"\xE0\x80\x80\"",
-      "\"\xED\xA0\x80\"",
-      "\"\xF4\x90\x80\x80\"",
-      "\"\xF5\x80\x80\x80\"",
-      "\"\xE2\x82\"",
-      "[\"a\\\xFF\"]",
-  };
-  for (const std::string_view text : cases) {
-    const auto value = parseJSON(text);
-    ASSERT_FALSE(value) << text;
-    EXPECT_FALSE(value.error().message.empty()) << text;
+  const std::vector<std::vector<std::string_view>> groups{
+      {"", " ", "nul", "truefalse", "True", "'a'", "1;", "1 2", "// c\n1", "/* c */1", "[1]//", "{}{}"},
+      {"NaN", "Infinity", "-", "+1", "01", "-01", "1.", ".5", "1e", "1e+", "0x10", "1e400", "1e99999999999"},
+      {"[1,]", "[,1]", "[1 2]", "[1", "]", "{", "{\"a\"}", "{\"a\":}", "{\"a\":1,}", "{a:1}", "{1:1}"},
+      {"\"", "\"\n\"", "\"\t\"", R"("\x41")", R"("\u12")", R"("\u12G4")", R"({"a":1 "b":2})"},
+      {R"("\ud800")", R"("\ud800x")", R"("\ud800\u0041")", R"("\udc00")", R"("\udc00\ud800")"},
+      {"\xEF\xBB\xBF{}", "\"\x80\"", "\"\xC0\x80\"", "\"\xC3\"", "\"\xE0\x80\x80\"", "\"\xED\xA0\x80\""},
+      {"\"\xF4\x90\x80\x80\"", "\"\xF5\x80\x80\x80\"", "\"\xE2\x82\"", "[\"a\\\xFF\"]", {"\0", 1}},
+      {{"1\0", 2}, {"\"\0\"", 3}}};
+  for (const auto& group : groups) {
+    for (const std::string_view text : group) {
+      const auto value = parseJSON(text);
+      ASSERT_FALSE(value) << text;
+      EXPECT_FALSE(value.error().message.empty()) << text;
+    }
   }
-  EXPECT_FALSE(parseJSON({"\0", 1}));
-  EXPECT_FALSE(parseJSON({"1\0", 2}));
-  EXPECT_FALSE(parseJSON({"\"\0\"", 3}));
   EXPECT_FALSE(parseJSON(std::string(400, '9')));
   EXPECT_FALSE(parseJSON(nested(513)));
   EXPECT_FALSE(parseJSON(std::string(1 << 20, '[')));

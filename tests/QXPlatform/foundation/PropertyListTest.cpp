@@ -1,11 +1,7 @@
 #include "QXPlatform/foundation/PropertyList.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "QXPlatform/foundation/Base64.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {

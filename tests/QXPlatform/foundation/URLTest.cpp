@@ -1,6 +1,5 @@
 #include "QXPlatform/foundation/URL.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {

@@ -1,12 +1,7 @@
 #include "QXPlatform/foundation/Value.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "QXPlatform/foundation/ValueArena.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {

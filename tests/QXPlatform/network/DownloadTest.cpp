@@ -1,17 +1,10 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <filesystem>
-#include <optional>
-
 #include "QXPlatform/dispatch/Activity.h"
-#include "QXPlatform/network/URLSession.h"
-#include "tests/QXPlatform/network/Exchange.h"
-#include "tests/support/ScopedEnvironment.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Exchange.h"
+#include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/backend/Panels.h"
 
@@ -23,6 +16,8 @@ using backend::Fault;
 using backend::LoopbackServer;
 using backend::Request;
 using backend::Response;
+using support::Exchange;
+using support::requestTo;
 using Code = URLError::Code;
 
 class DownloadTest : public testing::Test {

@@ -1,24 +1,16 @@
 // Another program's server, since the loopback back end speaks HTTP/1.1 alone.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-
-#include "tests/QXPlatform/network/Exchange.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/ScopedEnvironment.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Exchange.h"
+#include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/backend/ThrowAwayCertificate.h"
 
 namespace QXPlatform {
 namespace {
 
+using support::load;
+using support::requestTo;
 using testing::HasSubstr;
 
 // Serves the files of a directory and sends back what is posted.
@@ -47,8 +39,6 @@ class Nghttpd {
 };
 
 TEST(HTTP2Test, RequestsShareAConnectionThatSpeaksIt) {
-  if (!std::filesystem::exists(QX_NGHTTPD))
-    GTEST_SKIP() << "nghttpd (package nghttp2-server) is not installed";
   const support::TemporaryDirectory files;
   const std::string large(1'000'000, 'x');
   files.write("large", large);

@@ -1,15 +1,9 @@
 // `qx check`, `qx pack` and `qx unpack` as programs: streams, files, exit codes.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "QXPlatform/foundation/JSON.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Program.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace {
 

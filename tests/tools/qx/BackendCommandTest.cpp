@@ -1,25 +1,17 @@
 // `qx backend` as a program, asked by a real client.
 
-#include <gtest/gtest.h>
-
 #include <boost/process.hpp>
 #include <csignal>
-#include <filesystem>
-#include <future>
-#include <string>
-#include <vector>
 
 #include "QXPlatform/foundation/JSON.h"
-#include "QXPlatform/network/URLSession.h"
-#include "tests/support/Deadline.h"
+#include "tests/support/Exchange.h"
 #include "tests/support/Program.h"
-#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Test.h"
 
 namespace {
 
 using QXPlatform::Dictionary;
 using QXPlatform::URLError;
-using QXPlatform::URLSession;
 
 class Backend {
  public:
@@ -48,32 +40,12 @@ class Backend {
   boost::process::child child_;
 };
 
-struct Answer {
-  int status = 0;
-  std::string body;
-  std::optional<URLError::Code> error;
-};
-
-Answer post(const std::string& url, const std::string& body) {
-  QXPlatform::URLRequest request(*QXPlatform::URL::parse(url));
+support::Exchange::Outcome post(const std::string& url, const std::string& body) {
+  QXPlatform::URLRequest request = support::requestTo(url);
   request.httpMethod = "POST";
   request.httpBody = QXPlatform::Data(body);
-  std::promise<Answer> promise;
-  URLSession session({});
-  session
-      .dataTask(
-          request,
-          [&](std::optional<QXPlatform::Data> data,
-              const std::shared_ptr<const QXPlatform::URLResponse>& response, std::optional<URLError> error) {
-            Answer answer;
-            if (error) answer.error = error->code;
-            if (const auto* http = dynamic_cast<const QXPlatform::HTTPURLResponse*>(response.get())) {
-              answer = {http->statusCode(), std::string(data->view()), std::nullopt};
-            }
-            promise.set_value(answer);
-          })
-      ->resume();
-  return promise.get_future().get();
+  QXPlatform::URLSession session({});
+  return support::load(session, request);
 }
 
 std::string text(const Dictionary& line, const char* key) {
@@ -85,9 +57,9 @@ TEST(BackendCommandTest, SaysWhereItListensThenEveryRequestAndEndsOnASignal) {
   Backend backend({"--status", "503", "--body", "busy"});
   const std::string url = text(backend.nextLine(), "listening");
   ASSERT_TRUE(url.starts_with("http://127.0.0.1:")) << url;
-  const Answer answer = post(url + "/a?b=c", R"({"k": [1]})");
-  EXPECT_EQ(answer.status, 503);
-  EXPECT_EQ(answer.body, "busy");
+  const auto answer = post(url + "/a?b=c", R"({"k": [1]})");
+  EXPECT_EQ(answer.status(), 503);
+  EXPECT_EQ(answer.data, QXPlatform::Data("busy"));
   const Dictionary line = backend.nextLine();
   EXPECT_EQ(text(line, "method"), "POST");
   EXPECT_EQ(text(line, "path"), "/a?b=c");
@@ -104,7 +76,7 @@ TEST(BackendCommandTest, TalksTLSToThoseWhoTrustItsCertificate) {
   ASSERT_TRUE(std::filesystem::exists(text(first, "caFile")));
   {
     const support::ScopedEnvironment trust("SSL_CERT_FILE", text(first, "caFile"));
-    EXPECT_EQ(post(url, "{}").status, 200);
+    EXPECT_EQ(post(url, "{}").status(), 200);
   }
   EXPECT_EQ(backend.endWith(SIGINT), 0);
   EXPECT_FALSE(std::filesystem::exists(text(first, "caFile")));
@@ -112,7 +84,7 @@ TEST(BackendCommandTest, TalksTLSToThoseWhoTrustItsCertificate) {
 
 TEST(BackendCommandTest, MisbehavesAsItIsTold) {
   Backend backend({"--close"});
-  EXPECT_EQ(post(text(backend.nextLine(), "listening"), "{}").error, URLError::Code::connectionLost);
+  EXPECT_EQ(post(text(backend.nextLine(), "listening"), "{}").code(), URLError::Code::connectionLost);
 }
 
 TEST(BackendCommandTest, APortThatIsTakenIsAnErrorInOneLine) {

@@ -1,25 +1,17 @@
 // `qx carousel` as a program: what it reports, draws and refuses.
 
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QImage>
 #include <QMouseEvent>
 #include <QString>
 #include <QTimer>
-#include <array>
-#include <filesystem>
-#include <string>
-#include <vector>
 
-#include "QXPlatform/foundation/Base64.h"
 #include "QXPlatform/ui/Application.h"
 #include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/Program.h"
-#include "tests/support/ScopedEnvironment.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/qx/carousel/CarouselSession.h"
 
@@ -123,7 +115,7 @@ TEST_F(CarouselCommand, ReportsACollapsedViewForWhatCannotBeShown) {
 }
 
 TEST_F(CarouselCommand, InflatesWhatTheServiceExtensionWouldHave) {
-  const std::string features = QXPlatform::encodeBase64(support::deflateRaw(support::carousel(panels(2))));
+  const std::string features = support::packed(support::carousel(panels(2)));
   const auto result = carousel({"-"}, R"({"aps":{},"_sid":"VTQX","$_rf":")" + features + "\"}\n");
   EXPECT_EQ(result.exitCode, 0) << result.errors;
   ASSERT_EQ(result.lines().size(), 1U);
@@ -131,6 +123,7 @@ TEST_F(CarouselCommand, InflatesWhatTheServiceExtensionWouldHave) {
 }
 
 TEST_F(CarouselCommand, AsksForNoResponseWhenItReports) {
+  const support::ScopedEnvironment emptyIsNone("QX_BUNDLE", "");
   const auto result = support::runProgram(
       "qx", {"--log-level", "debug", "carousel", writeCarousel("push.json", panels(2)), "--do", "next,back"});
   ASSERT_EQ(result.exitCode, 0) << result.errors;
@@ -174,12 +167,6 @@ TEST_F(CarouselCommand, SaysWhatItRefuses) {
     EXPECT_EQ(result.exitCode, 1) << reason;
     EXPECT_NE(result.errors.find(reason), std::string::npos) << result.errors;
   }
-}
-
-TEST_F(CarouselCommand, TakesAnEmptyBundleInTheEnvironmentForNone) {
-  const support::ScopedEnvironment bundle("QX_BUNDLE", "");
-  const auto result = carousel({writeCarousel("push.json", panels(1)), "--do", "tap"});
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
 }
 
 // A photograph of twelve megapixels is 48 MB when it is decoded as it is.

@@ -1,19 +1,11 @@
 // What `qx check` finds in a push.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
 #include "QXPlatform/foundation/Base64.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
+#include "tests/support/Test.h"
 #include "tools/qx/CompressedRichFeatures.h"
 #include "tools/qx/check/PushChecks.h"
 
@@ -23,6 +15,7 @@ using qx::Finding;
 using QXExtensionSDK::Logger;
 using QXPlatform::Dictionary;
 using QXPlatform::Value;
+using support::packed;
 
 constexpr std::string_view kGood =
     R"({"aps":{},"_sid":"vtqx","_m":"m","_mt":"t","_r":"r","_pb":{},"_co":"Mzo2OkJVLTc=",)"
@@ -148,9 +141,6 @@ TEST(CheckTest, WarnsOfWhatIsIgnoredOrReplaced) {
 }
 
 TEST(CheckTest, SaysWhyACompressedFieldIsNotInflated) {
-  const auto packed = [](std::string_view text) {
-    return QXPlatform::encodeBase64(support::deflateRaw(text));
-  };
   const struct {
     std::string field;
     std::string message;

@@ -1,11 +1,43 @@
+#include "QXPlatform/foundation/Base64.h"
 #include "QXPlatform/foundation/Date.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "QXPlatform/foundation/UUID.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {
+
+TEST(Base64Test, EncodesAndDecodesEveryLengthOfTail) {
+  const std::pair<std::string_view, std::string_view> pairs[] = {
+      {"", ""},
+      {"f", "Zg=="},
+      {"fo", "Zm8="},
+      {"foo", "Zm9v"},
+      {"foob", "Zm9vYg=="},
+      {"\xFB\xFF\xFE", "+//+"},
+      {{"\0\0", 2}, "AAA="},
+  };
+  for (const auto& [bytes, text] : pairs) {
+    EXPECT_EQ(encodeBase64(bytes), text);
+    const auto decoded = decodeBase64(text);
+    ASSERT_TRUE(decoded) << text;
+    EXPECT_EQ(decoded->view(), bytes);
+  }
+}
+
+TEST(Base64Test, EveryByteSurvives) {
+  std::string all;
+  for (int i = 0; i < 256; ++i) all += static_cast<char>(i);
+  EXPECT_EQ(decodeBase64(encodeBase64(all))->view(), all);
+}
+
+TEST(Base64Test, RefusesWhatIsNotCanonical) {
+  for (const std::string_view text :
+       {"Z",      "Zg",     "Zg=",      "Zm9",  "=",    "==",   "====", "Z===", "Zg==Zg==", "Zm=v",
+        "Zm8=\n", "Zm9v\n", "Zm9v Zm9", " Zm9", "Zm9-", "Zm9_", "Zh==", "Zm9=", "Zm9\xC3",  "Zg==="}) {
+    EXPECT_EQ(decodeBase64(text), std::nullopt) << text;
+  }
+  EXPECT_EQ(decodeBase64({"Zm\0v", 4}), std::nullopt);
+}
 
 TEST(DateTest, FormatsDownToTheMillisecondAtOrBeforeTheInstant) {
   const std::pair<double, std::string_view> cases[] = {
@@ -38,6 +70,16 @@ TEST(DateTest, HasNoTextOutsideTheYears1To9999) {
   for (const double seconds : {std::numeric_limits<double>::quiet_NaN(), infinity, -infinity, 1e300, -1e18,
                                253402300800.0, -62135596800.001}) {
     EXPECT_EQ(formatUTCMilliseconds({seconds}), std::nullopt) << seconds;
+  }
+}
+
+TEST(UUIDTest, IsARandomUUIDInUpperCase) {
+  std::set<std::string> seen;
+  for (int i = 0; i < 1000; ++i) {
+    const std::string uuid = makeUUIDString();
+    ASSERT_THAT(uuid,
+                testing::MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+    EXPECT_TRUE(seen.insert(uuid).second);
   }
 }
 

@@ -1,33 +1,25 @@
-#include "tools/backend/LoopbackServer.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <pthread.h>
-
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read.hpp>
 #include <boost/asio/write.hpp>
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <string_view>
 
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
+#include "tools/backend/LoopbackServer.h"
+#include "tools/backend/RequestLine.h"
 
 namespace backend {
 namespace {
 
 using std::chrono::steady_clock;
 using namespace std::chrono_literals;
+using boost::asio::ip::tcp;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Pair;
 using testing::StartsWith;
-
-using boost::asio::ip::tcp;
 
 class Client {
  public:
@@ -144,18 +136,14 @@ TEST(LoopbackServerTest, HandlerScriptsTheAnswer) {
   EXPECT_THAT(get(server, "/move"), HasSubstr("Location: /else\r\n"));
 }
 
-TEST(LoopbackServerTest, ServesTheBuiltInPanels) {
-  LoopbackServer server;
-  EXPECT_THAT(get(server, "/files/ocean.png?size=2"), HasSubstr("Content-Type: image/png"));
-  EXPECT_THAT(get(server, "/files/ocean.png"), HasSubstr("\r\n\r\n\x89PNG\r\n"));
-  EXPECT_THAT(get(server, "/files/no.png"), StartsWith("HTTP/1.1 404 "));
-}
-
 TEST(LoopbackServerTest, ServesADirectoryAndNothingOutsideIt) {
   const support::TemporaryDirectory directory;
   std::filesystem::create_directories(directory.path("served/sub"));
   directory.write("served/a b.gif", "inside");
   std::filesystem::create_symlink(directory.write("secret.txt", "secret"), directory.path("served/link"));
+  const LoopbackServer builtIn;
+  EXPECT_THAT(get(builtIn, "/files/ocean.png?size=2"), HasSubstr("Content-Type: image/png"));
+  EXPECT_THAT(get(builtIn, "/files/no.png"), StartsWith("HTTP/1.1 404 "));
   LoopbackServer server({.files = directory.path("served")});
 
   const std::pair<const char*, const char*> table[] = {
@@ -183,16 +171,22 @@ TEST(LoopbackServerTest, StopsWhileAnswersArePending) {
   }
 }
 
-TEST(LoopbackServerTest, FaultsEndTheConnection) {
-  LoopbackServer closing({.close = true});
-  EXPECT_EQ(get(closing, "/"), "");
-
-  LoopbackServer faulty({.handler = [](const Request& request) {
-    return Response{.body = "abcdef",
-                    .fault = request.path == "/truncated" ? Fault::truncatedBody : Fault::resetInBody};
-  }});
-  EXPECT_THAT(get(faulty, "/truncated"), EndsWith("\r\n\r\nabc"));
-  EXPECT_THAT(get(faulty, "/reset"), EndsWith("\r\n\r\nabc"));
+TEST(RequestLineTest, ShowsTheBodyAsWhatItIs) {
+  const std::pair<std::string, std::string> table[] = {
+      {"", "null"},
+      {R"({"a": [1, 2.5]})", R"({"a":[1,2.5]})"},
+      {R"({"a": )", R"("{\"a\": ")"},
+      {"caf\xC3\xA9", "\"caf\xC3\xA9\""},
+      {"a\xFF"
+       "b",
+       "\"a\xEF\xBF\xBD"
+       "b\""},
+  };
+  for (const auto& [body, shown] : table) {
+    const Request request{"POST", "/p?q=1", {{"b", "1"}, {"A", "x"}, {"b", "2"}}, body};
+    EXPECT_EQ(requestLine(request),
+              R"({"body":)" + shown + R"(,"headers":{"A":"x","b":"1, 2"},"method":"POST","path":"/p?q=1"})");
+  }
 }
 
 }  // namespace

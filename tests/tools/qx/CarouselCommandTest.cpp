@@ -116,10 +116,13 @@ TEST_F(CarouselCommand, ReportsACollapsedViewForWhatCannotBeShown) {
 
 TEST_F(CarouselCommand, InflatesWhatTheServiceExtensionWouldHave) {
   const std::string features = support::packed(support::carousel(panels(2)));
-  const auto result = carousel({"-"}, R"({"aps":{},"_sid":"VTQX","$_rf":")" + features + "\"}\n");
-  EXPECT_EQ(result.exitCode, 0) << result.errors;
-  ASSERT_EQ(result.lines().size(), 1U);
-  EXPECT_EQ(result.lines()[0].find("panels")->elements().size(), 2U);
+  for (const std::string plain : {"", R"(,"_rf":{"vt":{}})"}) {
+    const auto result =
+        carousel({"-"}, R"({"aps":{},"_sid":"VTQX","$_rf":")" + features + '"' + plain + "}\n");
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    ASSERT_EQ(result.lines().size(), 1U);
+    EXPECT_EQ(result.lines()[0]["panels"].elements().size(), 2U);
+  }
 }
 
 TEST_F(CarouselCommand, AsksForNoResponseWhenItReports) {

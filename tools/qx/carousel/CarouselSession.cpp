@@ -53,7 +53,7 @@ Request inflated(Request request) {
   using namespace QXExtensionSDK;
   if (request->content == nullptr || !VTQXUtility::isVTQXPushNotification(*request)) return request;
   QXPlatform::NotificationProperties properties = request->content->snapshot();
-  if (properties.userInfo.contains("_rf") || !properties.userInfo.contains("$_rf")) return request;
+  if (!properties.userInfo.contains("$_rf")) return request;
   const Logger& logger = Logger::service();
   const DecompressionDecorator decorator(logger, std::make_unique<ConcreteDecompressionContext>(logger));
   const auto changes = decorator.decorate(properties.userInfo, *request);

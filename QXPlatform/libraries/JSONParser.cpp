@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSONTextError.h"
 #include "QXPlatform/foundation/ValueArena.h"
 
 namespace QXPlatform {
@@ -170,18 +171,36 @@ std::string describePosition(std::string_view text, std::size_t position) {
   return "line " + std::to_string(std::ranges::count(before, '\n') + 1) + ", " + column;
 }
 
-}  // namespace
+using Parser = boost::json::basic_parser<TreeBuilder>;
 
-Result<Value> parseJSON(std::string_view text, JSONLimits limits) {
-  boost::json::basic_parser<TreeBuilder> parser(strictOptions(limits.depth), text.size(), limits.treeBytes);
+std::optional<JSONTextError> parse(Parser& parser, std::string_view text, JSONLimits limits) {
   error_code failure;
   const std::size_t used = parser.write_some(false, text.data(), text.size(), failure);
   if (!failure && used < text.size()) failure = error::extra_data;
   if (parser.handler().overLimit()) {
-    return Error{"the JSON text needs more than " + std::to_string(limits.treeBytes >> 20) + " MB"};
+    return JSONTextError{"the JSON text needs more than " + std::to_string(limits.treeBytes >> 20) + " MB",
+                         std::string::npos};
   }
-  if (failure) return Error{failure.message() + " at " + describePosition(text, used)};
-  return std::move(parser.handler()).finish();
+  if (failure) return JSONTextError{failure.message(), used};
+  return std::nullopt;
+}
+
+}  // namespace
+
+Result<Value> parseJSON(std::string_view text, JSONLimits limits) {
+  Parser parser(strictOptions(limits.depth), text.size(), limits.treeBytes);
+  const auto failure = parse(parser, text, limits);
+  if (!failure) return std::move(parser.handler()).finish();
+  if (failure->offset == std::string::npos) return Error{failure->reason};
+  return Error{failure->reason + " at " + describePosition(text, failure->offset)};
+}
+
+std::optional<JSONTextError> findJSONTextError(std::string_view text) {
+  const JSONLimits limits;
+  Parser parser(strictOptions(limits.depth), text.size(), limits.treeBytes);
+  auto failure = parse(parser, text, limits);
+  if (failure) failure->offset = std::min(failure->offset, text.size());
+  return failure;
 }
 
 }  // namespace QXPlatform

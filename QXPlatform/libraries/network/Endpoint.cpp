@@ -5,6 +5,7 @@
 #include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/Bundle.h"
 #include "QXPlatform/libraries/network/CurlHandles.h"
+#include "QXPlatform/network/URLRefusal.h"
 
 namespace QXPlatform {
 namespace {

@@ -22,8 +22,4 @@ struct Endpoint {
   friend bool operator==(const Endpoint&, const Endpoint&) = default;
 };
 
-// Nothing when a transfer may go there: https anywhere, plain http to the loopback and, when the bundle
-// allows arbitrary loads, anywhere.
-std::optional<URLError> refusal(const URL& url);
-
 }  // namespace QXPlatform

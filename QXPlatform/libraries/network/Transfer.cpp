@@ -8,6 +8,7 @@
 #include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/libraries/network/Endpoint.h"
 #include "QXPlatform/network/HeaderField.h"
+#include "QXPlatform/network/URLRefusal.h"
 
 namespace QXPlatform {
 namespace {

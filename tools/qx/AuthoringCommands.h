@@ -1,19 +1,28 @@
 #pragma once
 
-#include <string>
+#include <optional>
 
+#include "tools/qx/EachPush.h"
+#include "tools/qx/PushSize.h"
 #include "tools/qx/SimulatorOptions.h"
+#include "tools/qx/check/FindingFormat.h"
 
 namespace qx {
 
-// For those who write pushes. Each takes the name of a file with pushes, "-" for standard input, prints its
-// results and returns the exit code.
+// For those who write pushes. Each prints its results and returns the exit code.
 
-// One line for each thing that a device refuses, ignores or replaces.
-int runCheck(const SimulatorOptions& simulator, const std::string& file);
+struct CheckOptions {
+  PushInput input;
+  std::optional<FindingFormat> format;  // absent: text on a terminal, JSON otherwise
+  bool strict = false;                  // warnings fail as well
+  PushLimit limit = PushLimit::apns;
+};
+
+// What a device refuses, ignores or replaces.
+int runCheck(const SimulatorOptions& simulator, const CheckOptions& options);
 
 // The push with its rich features compressed, and the way back.
-int runPack(const SimulatorOptions& simulator, const std::string& file);
-int runUnpack(const SimulatorOptions& simulator, const std::string& file);
+int runPack(const SimulatorOptions& simulator, const PushInput& input);
+int runUnpack(const SimulatorOptions& simulator, const PushInput& input);
 
 }  // namespace qx

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "QXPlatform/foundation/Result.h"
 #include "QXPlatform/foundation/Value.h"
@@ -13,22 +13,33 @@
 
 namespace qx {
 
-// Which push is spoken of.
-struct PushPlace {
-  std::string name;                 // for a message: "pushes.ndjson: line 3"
-  std::optional<std::size_t> line;  // when the input holds several pushes; counted from 1
+// What commands that look at pushes are given.
+struct PushInput {
+  std::vector<std::string>
+      files;             // "-" is standard input; a directory stands for its .json and .ndjson files
+  std::size_t jobs = 1;  // threads that look at pushes at the same time
 };
 
-// Hands over every push of a file, as long as standard output takes what comes of them. Says on standard
-// error which are none, and why, and goes on. Returns the exit code: 1 when there was such a one, when
-// `handle` answered false for one, or when there was no push.
-int forEachPush(std::string_view command, const std::string& file,
-                const std::function<bool(const PushDocument& push, const PushPlace& place)>& handle);
+// Which push is spoken of.
+struct PushPlace {
+  std::string file;      // "-" is standard input
+  std::size_t line = 1;  // where it begins
+  bool isOneOfSeveral = false;
+  std::string name = {};  // for a message: "pushes.ndjson: line 3"
+};
 
-// Prints every push of a file with what `change` makes of its userInfo; the reason of an error goes to
-// standard error in its place. `report` hears of each that was changed. The exit code as above.
+// Calls `examine` with the text of every push, on several threads at once, and what that returns on this one,
+// in the order of the pushes, as long as standard output takes what comes of it. Says on standard error which
+// files cannot be read, and why, and goes on. Returns the exit code: 1 when there was such a one, or one
+// without a push, or when a call answered false.
+using PushReport = std::function<bool()>;
+int forEachPush(std::string_view command, const PushInput& input,
+                const std::function<PushReport(const std::string& text, const PushPlace& place)>& examine);
+
+// Prints every push with what `change` makes of its userInfo; the reason of an error goes to standard error
+// in its place. `report` hears of each that was changed. Threads and exit code as above.
 int printEachChanged(
-    const SimulatorOptions& simulator, std::string_view command, const std::string& file,
+    const SimulatorOptions& simulator, std::string_view command, const PushInput& input,
     const std::function<QXPlatform::Result<QXPlatform::Dictionary>(const QXPlatform::Dictionary&)>& change,
     const std::function<void(const PushPlace& place, const QXPlatform::Dictionary& before,
                              const QXPlatform::Dictionary& after)>& report = {});

@@ -30,15 +30,16 @@ void sayByHowMuch(const PushPlace& place, const Dictionary& plain, const Diction
   const std::size_t before = pushSize(plain);
   const std::size_t after = pushSize(compressed);
   std::cerr << "qx pack: " << place.name << ": " << before << " bytes before, " << after << " after";
-  if (after > kMostPushBytes) std::cerr << "; still over the " << kMostPushBytes << " that a push may have";
+  constexpr std::size_t kMost = mostPushBytes(PushLimit::apns);
+  if (after > kMost) std::cerr << "; still over the " << kMost << " that a push may have";
   if (after >= before) std::cerr << "; better left as it was";
   std::cerr << '\n';
 }
 
 }  // namespace
 
-int runPack(const SimulatorOptions& simulator, const std::string& file) {
-  return printEachChanged(simulator, "pack", file, packed, sayByHowMuch);
+int runPack(const SimulatorOptions& simulator, const PushInput& input) {
+  return printEachChanged(simulator, "pack", input, packed, sayByHowMuch);
 }
 
 }  // namespace qx

@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "QXPlatform/foundation/JSONTextError.h"
 #include "QXPlatform/notifications/StandardInput.h"
 
 namespace qx {
@@ -25,6 +26,26 @@ std::string readUpTo(std::size_t limit, std::istream& file) {
     text.resize(size + static_cast<std::size_t>(file.gcount()));
   }
   return text;
+}
+
+QXPlatform::Error tooLong() {
+  return {"a push of more than 4 MiB"};
+}
+
+// Whether more text could make it JSON.
+bool endsEarly(std::string_view line) {
+  const auto error = QXPlatform::findJSONTextError(line);
+  return error && error->offset == line.size();
+}
+
+// Whether one of the lines is an object by itself.
+bool holdsWholeLine(const std::string& text) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    const bool isObject = line.starts_with('{');
+    if (isObject && !QXPlatform::findJSONTextError(line)) return true;
+  }
+  return false;
 }
 
 // Of all files together; nothing when one of them is a pipe or the like.
@@ -76,10 +97,7 @@ std::optional<QXPlatform::PushText> PushFiles::nextUncounted() {
 // The whole file's push; nothing when the file holds lines, which then come next.
 std::optional<QXPlatform::PushText> PushFiles::open(const std::string& name) {
   const std::string shownName = names_.size() > 1 ? name : "";
-  if (name == "-") {
-    lines_ = std::make_unique<QXPlatform::PushLineSource>(QXPlatform::standardInput(), shownName);
-    return std::nullopt;
-  }
+  if (name == "-") return openStandardInput(shownName);
   const auto unreadable = [&](const std::string& reason) {
     return QXPlatform::PushText{{}, 1, shownName, QXPlatform::Error{name + ": " + reason}};
   };
@@ -93,8 +111,29 @@ std::optional<QXPlatform::PushText> PushFiles::open(const std::string& name) {
   }
   std::string text = readUpTo(QXPlatform::kLongestPush, file_);
   if (file_.bad()) return unreadable("cannot be read");
-  if (text.size() > QXPlatform::kLongestPush) return unreadable("a push of more than 4 MiB");
+  if (text.size() > QXPlatform::kLongestPush) return unreadable(tooLong().message);
   return QXPlatform::PushText{std::move(text), 1, shownName, std::nullopt};
+}
+
+// Only a first line that ends within an object may begin a push of several lines, so one that is whole is
+// handed out before anything else is read.
+std::optional<QXPlatform::PushText> PushFiles::openStandardInput(const std::string& shownName) {
+  std::istream& input = QXPlatform::standardInput();
+  lines_ = std::make_unique<QXPlatform::PushLineSource>(input, shownName);
+  auto first = lines_->next();
+  if (!first || first->unreadable || !endsEarly(first->text)) return first;
+  std::string rest = readUpTo(QXPlatform::kLongestPush, input);
+  const std::string blankLines(first->line - 1, '\n');
+  if (holdsWholeLine(rest)) {
+    // The first push of several is broken.
+    readAhead_.str(blankLines + first->text + "\n" + rest);
+    lines_ = std::make_unique<QXPlatform::PushLineSource>(readAhead_, shownName);
+    return std::nullopt;
+  }
+  lines_.reset();
+  first->text.append("\n").append(rest);
+  if (first->text.size() > QXPlatform::kLongestPush) first->unreadable = tooLong();
+  return first;
 }
 
 }  // namespace qx

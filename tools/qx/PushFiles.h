@@ -6,6 +6,7 @@
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,9 @@
 
 namespace qx {
 
-// The pushes of several files one after the other: standard input ("-") and .ndjson files hold one a line,
-// any other file is one push. A file that cannot be read counts as one push, unreadable.
+// The pushes of several files one after the other: .ndjson files hold one a line, any other file is one push,
+// and standard input ("-") is whichever it looks like. A file that cannot be read counts as one push,
+// unreadable.
 class PushFiles final : public QXPlatform::PushSource {
  public:
   // No names: standard input.
@@ -29,6 +31,7 @@ class PushFiles final : public QXPlatform::PushSource {
  private:
   std::optional<QXPlatform::PushText> nextUncounted();
   std::optional<QXPlatform::PushText> open(const std::string& name);
+  std::optional<QXPlatform::PushText> openStandardInput(const std::string& shownName);
 
   const std::vector<std::string> names_;
   const std::optional<std::uintmax_t> size_;
@@ -36,6 +39,7 @@ class PushFiles final : public QXPlatform::PushSource {
   std::atomic<std::size_t> taken_ = 0;
   std::size_t nextName_ = 0;
   std::ifstream file_;
+  std::istringstream readAhead_;
   std::unique_ptr<QXPlatform::PushLineSource> lines_;
 };
 

@@ -1,17 +1,20 @@
 #include "tools/qx/Results.h"
 
 #include <iostream>
-#include <string>
 
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/log/StandardError.h"
 
 namespace qx {
 
-void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& result) {
+std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Value& result) {
   const auto style = simulator.pretty ? QXPlatform::JSONStyle::pretty : QXPlatform::JSONStyle::compact;
   const auto text = QXPlatform::writeJSON(result, style);
-  std::cout << (text ? *text : result.description()) << '\n' << std::flush;
+  return (text ? *text : result.description()) + "\n";
+}
+
+void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& result) {
+  std::cout << resultText(simulator, result) << std::flush;
 }
 
 int fail(std::string_view command, std::string_view reason) {

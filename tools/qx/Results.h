@@ -1,11 +1,15 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "QXPlatform/foundation/Value.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace qx {
+
+// A command's result as it is written, with the end of the line.
+std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Value& result);
 
 // Writes a command's result, as one line unless it is to be pretty, to standard output.
 void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& result);

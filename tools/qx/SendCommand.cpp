@@ -77,7 +77,7 @@ class Sending {
     auto body = QXAgent::sealMessage(receiver_.subscription, message);
     if (!body) return body.error();
     if (!options_.sealOnly) return post(*std::move(body));
-    if (place.line) return Error{"only one push can be written"};
+    if (place.isOneOfSeveral) return Error{"only one push can be written"};
     std::cout << *body << std::flush;
     return true;
   }
@@ -113,11 +113,14 @@ int runSend(const SimulatorOptions& simulator, const SendOptions& options) {
   auto receiver = readSubscription(options.subscription);
   if (!receiver) return fail("send", receiver.error().message);
   Sending sending(simulator, options, *std::move(receiver));
-  return forEachPush("send", options.push, [&](const PushDocument& push, const PushPlace& place) {
-    const auto sent = sending.send(push, place);
-    if (!sent) fail("send", place.name + ": " + sent.error().message);
-    return sent.ok();
-  });
+  const auto examine = [&](const std::string& text, const PushPlace& place) -> PushReport {
+    return [&, push = PushDocument::parse(text), place] {
+      const auto sent = push ? sending.send(*push, place) : push.error();
+      if (!sent) fail("send", place.name + ": " + sent.error().message);
+      return sent.ok();
+    };
+  };
+  return forEachPush("send", {.files = {options.push}}, examine);
 }
 
 }  // namespace qx

@@ -24,9 +24,9 @@ Result<Dictionary> unpacked(const Dictionary& userInfo) {
 
 }  // namespace
 
-int runUnpack(const SimulatorOptions& simulator, const std::string& file) {
+int runUnpack(const SimulatorOptions& simulator, const PushInput& input) {
   const SimulatedLog log(simulator);
-  return printEachChanged(simulator, "unpack", file, unpacked);
+  return printEachChanged(simulator, "unpack", input, unpacked);
 }
 
 }  // namespace qx

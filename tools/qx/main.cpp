@@ -304,19 +304,40 @@ void addHost(CLI::App& app, Invocation& invocation) {
                   qx::runHostLastClick);
 }
 
-// Commands whose only argument is a file with pushes.
-void addAuthoring(CLI::App& app, Invocation& invocation) {
+void addPushInput(CLI::App& command, qx::PushInput& input) {
+  addArgument(command, "FILE", input.files,
+              "Files with pushes, directories of them, or - for standard input; .ndjson holds one a line");
+  command.add_option("--jobs", input.jobs, "Pushes at the same time")
+      ->type_name("N")
+      ->check(CLI::Range(1, 256).description(""))
+      ->capture_default_str();
+}
+
+void addCheck(CLI::App& app, Invocation& invocation) {
+  const auto [check, options] = addSubcommand<qx::CheckOptions>(
+      app, "check", "Say what a device would refuse, ignore or replace in a push",
+      "Examples:\n  qx check push.json\n  qx check --strict --format github pushes/\n\n"
+      "An error keeps a device from showing the push as it is meant, a warning costs something less. The\n"
+      "places of a compressed carousel begin with /_rf too, where a device finds it.",
+      invocation, qx::runCheck);
+  addPushInput(check, options.input);
+  check.add_option("--format", options.format, "How findings are written [text on a terminal, else json]")
+      ->type_name("FORMAT")
+      ->transform(nameOf<qx::FindingFormat>());
+  check.add_flag("--strict", options.strict, "Warnings fail as well");
+  check.add_option("--limit", options.limit, "Whose size limit counts: 4096 bytes of apns, 3993 of web-push")
+      ->type_name("LIMIT")
+      ->transform(nameOf<qx::PushLimit>());
+}
+
+// Commands that make another push of each push.
+void addPacking(CLI::App& app, Invocation& invocation) {
   const auto add = [&](const std::string& name, const std::string& description, const std::string& footer,
-                       int (*run)(const qx::SimulatorOptions&, const std::string&)) {
-    const auto [command, file] = addSubcommand<std::string>(app, name, description, footer, invocation, run);
-    addArgument(command, "FILE", file, "File with one push; - and .ndjson files hold one a line");
+                       int (*run)(const qx::SimulatorOptions&, const qx::PushInput&)) {
+    const auto [command, input] =
+        addSubcommand<qx::PushInput>(app, name, description, footer, invocation, run);
+    addPushInput(command, input);
   };
-  add("check", "Say what a device would refuse, ignore or replace in a push",
-      "Example:\n  qx check push.json\n\n"
-      "An error loses the carousel, a warning something less. The places of a compressed carousel begin "
-      "with\n"
-      "/_rf too, where a device finds it. With several pushes each finding has its line.",
-      qx::runCheck);
   add("pack", "Compress a push's carousel: \"_rf\" becomes \"$_rf\"",
       "Example:\n  qx pack push.json > packed.json\n\nSays the push's size before and after.", qx::runPack);
   add("unpack", "Inflate a push's carousel: \"$_rf\" becomes \"_rf\"",
@@ -439,7 +460,8 @@ int main(int argc, char** argv) {
   addSimulatorOptions(app, invocation.simulator);
   addPush(app, invocation);
   addCarousel(app, invocation);
-  addAuthoring(app, invocation);
+  addCheck(app, invocation);
+  addPacking(app, invocation);
   addSend(app, invocation);
   addHost(app, invocation);
   addBackend(app, invocation);

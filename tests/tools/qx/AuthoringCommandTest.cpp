@@ -12,31 +12,83 @@ using support::runProgram;
 using testing::HasSubstr;
 
 const std::string kPush =
-    R"({"aps":{"alert":"é"},"_sid":"VTQX","_m":"m","_mt":"t","_rf":)" +
-    support::carousel(R"([{"id":"p","md":{"ul":"https://e.com/p.png"},"ti":{"tx":"T"}}])",
+    R"({"aps":{"alert":"é","mutable-content":1,"category":"c"},"_sid":"VTQX","_m":"m","_mt":"t","_rf":)" +
+    support::carousel(R"([{"id":"p","md":{"ul":"https://e.com/p.png"},"ti":{"tx":"T"},"ac":[{"t":"0"}]}])",
                       R"("x":[1.5,-0.0,1e300,9223372036854775807,"\u0000é",null],)") +
     "}";
+
+const std::string kGoodLine = R"({"aps":{"mutable-content":1},"_sid":"VTQX","_m":"m","_mt":""})";
 
 TEST(AuthoringCommandTest, CheckPrintsItsFindingsAndEndsByTheirSeverity) {
   const auto warned = runProgram("qx", {"check", "-"}, kPush);
   EXPECT_EQ(warned.exitCode, 0);
   EXPECT_EQ(warned.errors, "");
-  EXPECT_EQ(warned.lines(), (std::vector{Dictionary{{"severity", "warning"},
-                                                    {"at", "/_rf/vt/x"},
-                                                    {"message", "ignored: no key that is read here"}}}));
+  EXPECT_EQ(warned.lines(),
+            (std::vector{Dictionary{{"severity", "warning"},
+                                    {"at", "/_rf/vt/x"},
+                                    {"message", "ignored: no key that is read here"},
+                                    {"file", "-"},
+                                    {"line", 1},
+                                    {"column", static_cast<std::int64_t>(kPush.find("[1.5"))}}}));
+  EXPECT_EQ(runProgram("qx", {"check", "--strict", "-"}, kPush).exitCode, 1);
 
-  const auto broken = runProgram("qx", {"check", "-"},
-                                 "{\"aps\":{},\"_sid\":\"VTQX\",\"_m\":\"m\",\"_mt\":\"\",\"_rf\":7}\n\n"
-                                 "nonsense\n" +
-                                     kPush);
+  const auto broken = runProgram("qx", {"check", "-"}, "\n" + kGoodLine + "\nnonsense\n" + kPush);
   EXPECT_EQ(broken.exitCode, 1);
-  EXPECT_EQ(broken.errors,
-            "qx check: standard input: line 1: 1 error, first at /_rf\n"
-            "qx check: standard input: line 3: syntax error at column 1\n");
+  EXPECT_EQ(broken.errors, "qx check: standard input: line 3: 1 error, first at line 3, column 1\n");
   ASSERT_EQ(broken.lines().size(), 2U);
-  EXPECT_EQ(broken.lines()[0].find("severity")->string(), "error");
-  EXPECT_EQ(broken.lines()[0].find("line")->integer(), 1);
-  EXPECT_EQ(broken.lines()[1].find("line")->integer(), 4);
+  EXPECT_EQ(broken.lines()[0]["at"].string(), "");
+  EXPECT_EQ(broken.lines()[0]["line"].integer(), 3);
+  EXPECT_EQ(broken.lines()[1]["line"].integer(), 4);
+}
+
+// The same findings, in order, whatever the number of threads.
+TEST(AuthoringCommandTest, CheckTakesFilesAndDirectories) {
+  const support::TemporaryDirectory directory;
+  std::filesystem::create_directory(directory.path("b"));
+  directory.write("b/lines.ndjson", kPush + "\n" + kGoodLine + "\n" + kPush + "\n");
+  directory.write("a.json", "{\n  \"aps\": {},\n}");
+  directory.write("c.txt", "no push");
+  const auto result = runProgram("qx", {"check", directory.path(), directory.path("none.json")});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.errors, "qx check: " + directory.path("a.json") +
+                               ": 1 error, first at line 2, column 12\n" +
+                               "qx check: " + directory.path("none.json") + ": No such file or directory\n");
+  std::vector<std::string> places;
+  for (const Dictionary& line : result.lines()) {
+    places.push_back(std::filesystem::path(*line["file"].string()).filename().string() + ":" +
+                     line["line"].description() + " " + std::string(*line["at"].string()));
+  }
+  EXPECT_EQ(places,
+            (std::vector<std::string>{"a.json:2 ", "lines.ndjson:1 /_rf/vt/x", "lines.ndjson:3 /_rf/vt/x"}));
+  EXPECT_EQ(runProgram("qx", {"check", "--jobs", "4", directory.path()}).output, result.output);
+}
+
+TEST(AuthoringCommandTest, CheckWritesForPeopleAndForPrograms) {
+  const std::string push = "{\"aps\": {\"mutable-content\": 1},\n \"_sid\": \"VT\"}";
+  const auto check = [&](const std::string& format) {
+    return runProgram("qx", {"check", "--format", format, "-"}, push).output;
+  };
+  EXPECT_THAT(check("text"), testing::StartsWith("-:2:10: error: /_sid: not VTQX: "));
+  EXPECT_THAT(check("text"), HasSubstr("\n  2 |  \"_sid\": \"VT\"}\n    |          ^\n    = hint: write "));
+  EXPECT_THAT(check("github"), testing::StartsWith("::error file=-,line=2,col=10,title=/_sid::not VTQX: "));
+  const auto sarif = QXPlatform::parseJSON(check("sarif"));
+  ASSERT_TRUE(sarif);
+  EXPECT_EQ((*sarif)["version"].string(), "2.1.0");
+  const auto results = (*sarif)["runs"].elements()[0]["results"].elements();
+  ASSERT_EQ(results.size(), 3U);
+  EXPECT_EQ(results[0]["level"].string(), "error");
+  EXPECT_EQ(results[0]["locations"].elements()[0]["physicalLocation"]["region"]["startLine"].integer(), 2);
+}
+
+// Standard input is one push as well when it is one object over several lines.
+TEST(AuthoringCommandTest, StandardInputMayHoldOnePrettyPrintedPush) {
+  const auto pretty =
+      runProgram("qx", {"unpack", "--pretty", "-"}, runProgram("qx", {"pack", "-"}, kPush).output);
+  EXPECT_EQ(runProgram("qx", {"check", "-"}, "\n" + pretty.output).lines().size(), 1U);
+  EXPECT_EQ(runProgram("qx", {"push", "-"}, pretty.output).lines().size(), 1U);
+  const auto broken = runProgram("qx", {"push", "-"}, "{\"aps\":\n" + kGoodLine + "\n");
+  ASSERT_EQ(broken.lines().size(), 2U);
+  EXPECT_TRUE(broken.lines()[0].contains("error"));
 }
 
 TEST(AuthoringCommandTest, CheckHeedsTheHostsBundle) {
@@ -65,7 +117,7 @@ TEST(AuthoringCommandTest, WhatIsNoPushIsRefusedWithItsPlace) {
       {"-", R"({"content":{"badge":"1"}})",
        "standard input: /content/badge: expected an integer, found text\n"},
   };
-  for (const std::string command : {"check", "pack", "unpack"}) {
+  for (const std::string command : {"pack", "unpack"}) {
     for (const auto& row : table) {
       const auto result = runProgram("qx", {command, row.file}, row.input);
       EXPECT_EQ(result.exitCode, 1);
@@ -73,6 +125,10 @@ TEST(AuthoringCommandTest, WhatIsNoPushIsRefusedWithItsPlace) {
       EXPECT_EQ(result.errors, "qx " + command + ": " + row.reason);
     }
   }
+  const auto checked = runProgram("qx", {"check", file}).lines();
+  ASSERT_EQ(checked.size(), 1U);
+  EXPECT_EQ(checked[0]["line"].integer(), 3);
+  EXPECT_EQ(checked[0]["column"].integer(), 8);
 }
 
 TEST(AuthoringCommandTest, UnpackUndoesPackAndADeviceDoesSoToo) {

@@ -1,24 +1,22 @@
 // What `qx check` finds in a push.
 
-#include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
+#include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/foundation/Base64.h"
-#include "QXPlatform/foundation/JSON.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/Test.h"
-#include "tools/qx/CompressedRichFeatures.h"
 #include "tools/qx/check/PushChecks.h"
+#include "tools/qx/check/SourceText.h"
+#include "tools/qx/check/SyntaxCheck.h"
 
 namespace {
 
 using qx::Finding;
 using QXExtensionSDK::Logger;
-using QXPlatform::Dictionary;
-using QXPlatform::Value;
 using support::packed;
 
 constexpr std::string_view kGood =
-    R"({"aps":{},"_sid":"vtqx","_m":"m","_mt":"t","_r":"r","_pb":{},"_co":"Mzo2OkJVLTc=",)"
+    R"({"aps":{"mutable-content":1,"category":"c"},"_sid":"vtqx","_m":"m","_mt":"t","_r":"r","_pb":{},"_co":"Mzo2OkJVLTc=",)"
     R"("_rf":{"vt":{"t":"0","tms":3000,"s":{"bgc":"E5E5E5"},"it":[)"
     R"({"id":"a","md":{"ul":"https://e.com/a.PNG"},"ti":{"tx":"A","s":{"fc":"2e2e2e","fz":"L","an":"C"}},)"
     R"("ac":[{"t":"2","ul":"https://e.com/"}],"s":{"bgc":"FFFFFF"}},)"
@@ -36,9 +34,9 @@ std::vector<std::string> check(std::string_view text) {
   const auto push = qx::PushDocument::parse(text);
   if (!push) return {push.error().message};
   std::vector<std::string> found;
-  for (const Finding& finding : qx::checkPush(*push)) {
-    const bool isError = finding.severity == Finding::Severity::error;
-    found.push_back((isError ? "error " : "warning ") + finding.at + ": " + finding.message);
+  for (const Finding& finding : qx::checkPush(*push, qx::PushLimit::apns)) {
+    found.push_back((finding.isError() ? "error " : "warning ") + finding.at + ": " + finding.message +
+                    (finding.hint.empty() ? "" : " (" + finding.hint + ")"));
   }
   return found;
 }
@@ -64,14 +62,18 @@ TEST(CheckTest, FindsNothingInAGoodPush) {
   EXPECT_THAT(check(kGood), testing::IsEmpty());
   EXPECT_THAT(check(R"({"content":{"userInfo":)" + std::string(kGood) + "}}"), testing::IsEmpty());
   EXPECT_THAT(check(good(R"("_rf":)", R"("$_rf":"","_rf":)")), testing::IsEmpty()) << "inflated by a device";
-  EXPECT_THAT(check(R"({"aps":{},"_sid":"VTQX","_m":"m","_mt":"t"})"), testing::IsEmpty());
+  EXPECT_THAT(check(R"({"aps":{"mutable-content":1.0},"_sid":"VTQX","_m":"m","_mt":"t"})"),
+              testing::IsEmpty());
 }
 
-TEST(CheckTest, WarnsOfWhatThePushItselfLacks) {
+TEST(CheckTest, SaysWhatThePushItselfLacks) {
   expectFindings({
-      {R"("_sid":"vtqx",)", "", {"warning /_sid: missing: "}},
-      {R"("vtqx")", R"("VTQXX")", {"warning /_sid: not VTQX: "}},
-      {R"("vtqx")", "1", {"warning /_sid: not text: "}},
+      {R"("_sid":"vtqx",)", "", {"error /_sid: missing: "}},
+      {R"("vtqx")", R"("VTQXX")", {"error /_sid: not VTQX: "}},
+      {R"("vtqx")", "1", {"error /_sid: not text: "}},
+      {R"("mutable-content":1,"category":"c")",
+       R"("mutable-content":true,"category":"")",
+       {"error /aps/mutable-content: not 1: ", "error /aps/category: missing: "}},
       {R"("_m":"m",)", "", {"warning /_m: missing: no receipt"}},
       {R"("_mt":"t")", R"("_mt":null)", {"warning /_mt: not text: no receipt"}},
       {R"("_r":"r")", R"("_r":5)", {"warning /_r: ignored"}},
@@ -87,28 +89,33 @@ TEST(CheckTest, WarnsOfWhatThePushItselfLacks) {
 }
 
 TEST(CheckTest, CountsTheBytesOfAPushWithoutWhiteSpace) {
-  const std::string frame = R"({ "aps" : {}, "_sid": "VTQX", "_m":"m", "_mt":"" })";
+  const std::string frame = R"({ "aps" : {"mutable-content":1}, "_sid": "VTQX", "_m":"m", "_mt":"" })";
   const std::size_t room = 4096 - support::dictionary(frame).description().size();
   const auto filled = [&](std::size_t count) {
     return std::string(frame).insert(frame.size() - 3, std::string(count, 'x'));
   };
   EXPECT_THAT(check(filled(room)), testing::IsEmpty());
   EXPECT_THAT(check(filled(room + 1)),
-              testing::ElementsAre("warning : 4097 bytes without white space, over the 4096 that the push "
-                                   "service takes"));
+              testing::ElementsAre("error : 4097 bytes without white space, over the 4096 of apns: _mt 4044, "
+                                   "aps 27, _sid 13, _m 8"));
+  const auto push = qx::PushDocument::parse(filled(room));
+  EXPECT_EQ(qx::checkPush(*push, qx::PushLimit::webPush).size(), 1U);
 }
 
 TEST(CheckTest, ReportsEveryErrorThatKeepsTheCarouselFromBeingShown) {
   expectFindings({
-      {R"("t":"0")", R"("t":0)", {"error /_rf/vt/t: expected text, found an integer"}},
+      {R"("t":"0")", R"("t":0)", {"error /_rf/vt/t: expected text, found an integer (write \"0\")"}},
       {R"("t":"0")", R"("t":"1")", {"error /_rf/vt/t: not one of 0"}},
-      {R"({"vt":)", R"({"tv":)", {"error /_rf/vt: missing", "warning /_rf/tv: ignored"}},
+      {R"({"vt":)",
+       R"({"tv":)",
+       {"error /_rf/vt: missing", "warning /_rf/tv: ignored: no key that is read here (did you mean vt?)"}},
       {R"("tms":3000,"s":{"bgc":"E5E5E5"})",
        R"("tms":"3","s":{"bgc":7})",
-       {"error /_rf/vt/tms: expected an integer, found text", "error /_rf/vt/s/bgc: "}},
+       {"error /_rf/vt/tms: expected an integer, found text (write 3)", "error /_rf/vt/s/bgc: "}},
       {R"("fz":"L","an":"C")",
-       R"("fz":"XL","an":"left")",
-       {"error /_rf/vt/it/0/ti/s/fz: not one of S, M, L", "error /_rf/vt/it/0/ti/s/an: not one of B, C, E"}},
+       R"("fz":"l","an":"left")",
+       {"error /_rf/vt/it/0/ti/s/fz: not one of S, M, L (write \"L\")",
+        "error /_rf/vt/it/0/ti/s/an: not one of B, C, E"}},
       {R"("ac":[{"t":"2")", R"("ac":[{"t":"4")", {"error /_rf/vt/it/0/ac/0/t: not one of 0, 1, 2, 3"}},
       {R"({"id":"b","md":)",
        R"(7,{"dm":)",
@@ -122,8 +129,11 @@ TEST(CheckTest, WarnsOfWhatIsIgnoredOrReplaced) {
       {R"("tms":3000)", R"("tms":0)", {"warning /_rf/vt/tms: below 1"}},
       {R"("it":[)",
        R"("it":[],"ti":[)",
-       {"warning /_rf/vt/ti: ignored", "warning /_rf/vt/it: no panels", "warning /_rf/vt/tms: ignored"}},
-      {R"("bgc":"E5E5E5")", R"("bgc":"#E5E5E5")", {"warning /_rf/vt/s/bgc: no colour"}},
+       {"error /_rf/vt/it: no panels", "warning /_rf/vt/ti: ignored", "warning /_rf/vt/tms: ignored"}},
+      {R"("bgc":"E5E5E5")",
+       R"("bgc":"#abc")",
+       {"warning /_rf/vt/s/bgc: no colour, replaced by the default: six hexadecimal digits, RRGGBB, are one "
+        "(write \"aabbcc\")"}},
       {R"("fc":"2e2e2e")",
        R"("fc":"black","a/b~":1)",
        {"warning /_rf/vt/it/0/ti/s/a~1b~0: ignored", "warning /_rf/vt/it/0/ti/s/fc: no colour"}},
@@ -131,12 +141,21 @@ TEST(CheckTest, WarnsOfWhatIsIgnoredOrReplaced) {
        R"("ac":[{"t":"0","ul":"x"},{"t":"0"},{"t":"0"}])",
        {"warning /_rf/vt/it/1/ac/0/ul: ignored", "warning /_rf/vt/it/1/ac/1: ignored"}},
       {R"({"t":"2","ul":"https://e.com/"})", R"({"t":"1"})", {"warning /_rf/vt/it/0/ac/0/ul: no URL"}},
+      {R"(,"ac":[{"t":"0"}])", "", {"warning /_rf/vt/it/1: a panel without action"}},
       {R"("sti":{"tx":"B"})", R"("ti":{"tx":""})", {"warning /_rf/vt/it/1: a panel without text"}},
+      {R"("sti":{"tx":"B"})", R"("ti":{"tx":" \n"})", {"warning /_rf/vt/it/1/ti/tx: nothing but white"}},
+      {R"("fc":"2e2e2e")",
+       R"("fc":"FFFF00")",
+       {"warning /_rf/vt/it/0/ti/s/fc: hard to read: FFFF00 on the panel's FFFFFF has a contrast of 1.0:1"}},
+      {R"("bgc":"FFFFFF")", R"("bgc":"000000")", {"warning /_rf/vt/it/0/ti/s/fc: hard to read"}},
       {"a.PNG", "a.png/..;x", {"warning /_rf/vt/it/0/md/ul: no thumbnail"}},
       {"a.PNG", "a?.png", {"warning /_rf/vt/it/0/md/ul: no thumbnail"}},
       {"https://e.com/a.PNG", "", {"warning /_rf/vt/it/0/md/ul: no URL"}},
       {"https://e.com/a.PNG", "http://e.com/a.png", {"warning /_rf/vt/it/0/md/ul: plain http"}},
       {"http://[::1]/b.webp", "file:///b.png", {"warning /_rf/vt/it/1/md/ul: neither https nor http"}},
+      {"http://[::1]/b.webp", "https:/b.png", {"warning /_rf/vt/it/1/md/ul: a URL without a host"}},
+      {"http://[::1]/b.webp", "https://e.com:99999/", {"warning /_rf/vt/it/1/md/ul: a host or a port"}},
+      {"http://[::1]/b.webp", "https://e.com/b.SVG", {"warning /_rf/vt/it/1/md/ul: a .svg is no image"}},
   });
 }
 
@@ -157,55 +176,68 @@ TEST(CheckTest, SaysWhyACompressedFieldIsNotInflated) {
   for (const auto& [field, message] : table) {
     const auto found =
         check(R"({"content":{"userInfo":{"_sid":"VTQX","_m":"","_mt":"","$_rf":)" + field + "}}}");
-    EXPECT_THAT(found, testing::ElementsAre(testing::StartsWith("error /content/userInfo/$_rf: " + message)));
+    EXPECT_THAT(found, testing::ElementsAre(testing::StartsWith("error /$_rf: " + message)));
   }
   EXPECT_THAT(check(good(R"("_rf":)", R"("$_rf":")" + packed(support::carousel("[]")) + R"(","_rf":)")),
-              testing::ElementsAre("warning /_rf: replaced by what $_rf inflates to",
-                                   "warning /_rf/vt/it: no panels: the carousel is empty"));
+              testing::ElementsAre("error /_rf/vt/it: no panels: there is nothing to show",
+                                   "warning /_rf: replaced by what $_rf inflates to"));
+  EXPECT_THAT(check(good(R"("_rf":)", R"("$_rf":"?","_rf":)")),
+              testing::ElementsAre(testing::StartsWith("warning /$_rf: ignored: not base64")));
 }
 
-// Every value of the tree, in turn, as something else.
-void forEachVariant(const Value& value, const std::function<void(const Value&)>& use) {
-  static const auto shapes = QXPlatform::parseJSON(
-      R"([null,true,-1,1.5,1e300,"","0","é",[],[[]],[{}],{},{"t":"1"},{"":{"~/":[]}}])");
-  for (const Value& shape : shapes->elements()) use(shape);
-  if (const auto object = value.dictionary()) {
-    for (const auto& [key, member] : *object) {
-      use(object->removing(key));
-      forEachVariant(member, [&, &name = key](const Value& variant) { use(object->setting(name, variant)); });
-    }
+TEST(SourceTextTest, FindsTheValueOrTheNearestOneAroundIt) {
+  const std::string_view text = "{\n \"a/~\": [1, {\"x\\\"]\": \"é\", \"y\": tru}]\n,\"d\":1,\"d\":[[],{}]}";
+  const struct {
+    std::string_view pointer;
+    std::size_t line;
+    std::size_t column;
+  } table[] = {
+      {"", 1, 1},
+      {"/a~1~0", 2, 9},
+      {"/a~1~0/0", 2, 10},
+      {"/a~1~0/1/x\"]", 2, 22},
+      {"/a~1~0/1/y", 2, 32},
+      {"/a~1~0/1/z/w", 2, 13},
+      {"/a~1~0/7", 2, 9},
+      {"/d", 3, 12},
+      {"/d/1", 3, 16},
+      {"/none", 1, 1},
+  };
+  for (const auto& [pointer, line, column] : table) {
+    const auto position = qx::positionOf(text, qx::offsetOf(text, pointer));
+    EXPECT_EQ(std::pair(position.line, position.column), std::pair(line, column)) << pointer;
   }
-  for (std::size_t i = 0; i < value.elements().size(); ++i) {
-    std::vector<Value> copy(value.elements().begin(), value.elements().end());
-    forEachVariant(value.elements()[i], [&](const Value& variant) {
-      copy[i] = variant;
-      use(copy);
-    });
+}
+
+TEST(SyntaxCheckTest, SaysWhatIsWrongInWordsOfThoseWhoWriteByHand) {
+  const struct {
+    std::string text;
+    std::size_t offset;
+    std::string message;
+  } table[] = {
+      {"\xEF\xBB\xBF{}", 0, "a byte order mark"},
+      {std::string("{\0}\0", 4), 0, "UTF-16"},
+      {R"({"a":1,})", 6, "a comma after the last element"},
+      {R"([1, ])", 2, "a comma after the last element"},
+      {R"({"a":1 // one
+})",
+       7, "a comment"},
+      {R"({'a':1})", 1, "single quotes"},
+      {"{\u201Ca\u201D:1}", 1, "curly quotes"},
+      {R"({a:1})", 1, "a key without quotes"},
+      {R"({"a":1 "b":2})", 7, "a comma or a colon is missing"},
+      {R"({"a" 1})", 5, "a comma or a colon is missing"},
+      {R"({"a":[1)", 7, "the text ends too early"},
+      {"{}\n{}", 3, "more text after the end"},
+      {"{\"a\":\"\xFF\"}", 6, "not UTF-8"},
+  };
+  for (const auto& [text, offset, message] : table) {
+    const auto problem = qx::findSyntaxProblem(text);
+    ASSERT_TRUE(problem) << text;
+    EXPECT_THAT(problem->message, testing::StartsWith(message)) << text;
+    EXPECT_EQ(problem->offset, offset) << text;
   }
-}
-
-bool hasError(const std::vector<std::string>& findings) {
-  return std::ranges::any_of(findings, [](const std::string& each) { return each.starts_with("error "); });
-}
-
-// An error is reported exactly when the framework shows no carousel, whatever the push looks like, and a
-// compressed push fares like a plain one.
-TEST(CheckTest, AgreesWithTheFrameworkOnEveryShape) {
-  const Dictionary push = support::dictionary(kGood);
-  int variants = 0;
-  forEachVariant(*push.find("_rf"), [&](const Value& richFeatures) {
-    ++variants;
-    const Dictionary plain = push.setting("_rf", richFeatures);
-    const auto found = check(plain.description());
-    const auto model =
-        QXExtensionSDK::PayloadCarouselModelParser(Logger::content()).parse(*support::makeRequest(plain));
-    EXPECT_EQ(hasError(found), !model) << richFeatures.description();
-    if (!richFeatures.isDictionary()) return;
-    const auto field = qx::compressRichFeatures(*richFeatures.dictionary());
-    EXPECT_EQ(check(push.removing("_rf").setting("$_rf", *field).description()), found);
-  });
-  EXPECT_GT(variants, 500);
-  forEachVariant(push, [](const Value& variant) { check(variant.description()); });
+  EXPECT_FALSE(qx::findSyntaxProblem(" [{}] "));
 }
 
 }  // namespace

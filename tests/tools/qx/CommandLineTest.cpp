@@ -70,7 +70,7 @@ TEST(CommandLineTest, WrongUsageIsExitCodeTwoAndSaysWhatIsWrong) {
 
 TEST(CommandLineTest, ResultsThatCannotBeWrittenAreAnError) {
   const support::TemporaryDirectory directory;
-  const std::string file = directory.write("push.json", R"({"aps":{}})");
+  const std::string file = directory.write("push.json", R"({"aps":{"mutable-content":1},"_sid":"VTQX"})");
   const std::string script = support::programPath("qx") + " $0 > /dev/full";
   for (const std::string& command : {"push " + file, "check " + file, std::string("host show"),
                                      std::string("context decode x"), std::string("backend")}) {

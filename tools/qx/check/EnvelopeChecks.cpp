@@ -1,15 +1,19 @@
 #include "tools/qx/check/EnvelopeChecks.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "AppGroupSDK/context/ContextModuleChecker.h"
 #include "AppGroupSDK/context/PNContextUtils.h"
 #include "AppGroupSDK/records/CarouselRichFeatureMetaUtils.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptDataParser.h"
-#include "tools/qx/PushSize.h"
+#include "QXPlatform/foundation/JSONCoding.h"
 #include "tools/qx/check/Places.h"
 
 namespace qx {
@@ -29,6 +33,18 @@ std::string problem(const Value* value) {
   return value == nullptr ? "missing" : "not text";
 }
 
+// "_rf 3900, aps 120", the largest first.
+std::string sizesByKey(const Dictionary& userInfo) {
+  std::vector<std::pair<std::size_t, std::string_view>> sizes;
+  for (const auto& [key, value] : userInfo) sizes.emplace_back(pushSize({{key, value}}) - 2, key);
+  std::ranges::sort(sizes, std::ranges::greater());
+  std::string text;
+  for (const auto& [size, key] : sizes) {
+    text.append(text.empty() ? "" : ", ").append(key).append(" ").append(std::to_string(size));
+  }
+  return text;
+}
+
 bool actsOn(const AppGroupSDK::PNContextInfo& context) {
   const AppGroupSDK::ContextModuleChecker checker(QXExtensionSDK::Logger::service());
   const auto modules = rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>());
@@ -38,18 +54,35 @@ bool actsOn(const AppGroupSDK::PNContextInfo& context) {
 
 }  // namespace
 
-void checkSize(const Dictionary& userInfo, Findings& findings) {
+void checkSize(const Dictionary& userInfo, PushLimit limit, Findings& findings) {
   const std::size_t size = pushSize(userInfo);
-  if (size <= kMostPushBytes) return;
-  findings.warn("", std::to_string(size) + " bytes without white space, over the " +
-                        std::to_string(kMostPushBytes) + " that the push service takes");
+  if (size <= mostPushBytes(limit)) return;
+  findings.error("", std::to_string(size) + " bytes without white space, over the " +
+                         std::to_string(mostPushBytes(limit)) + " of " +
+                         std::string(QXPlatform::rawValue(limit)) + ": " + sizesByKey(userInfo));
+}
+
+void checkAps(const Dictionary& userInfo, bool hasCarousel, Findings& findings) {
+  const Value* aps = userInfo.find("aps");
+  if (aps == nullptr) return;
+  const auto isMutable = QXPlatform::decodeValue<std::int64_t>((*aps)["mutable-content"]);
+  if (!isMutable || *isMutable != 1) {
+    findings.error("/aps/mutable-content", "not 1: the service extension is never run",
+                   R"(write "mutable-content": 1)");
+  }
+  if (hasCarousel && (*aps)["category"].string().value_or("").empty()) {
+    findings.error("/aps/category", "missing: no content extension is chosen, so no carousel is shown",
+                   R"(write the content extension's category, such as "category": "carousel")");
+  }
 }
 
 void checkSender(const Dictionary& userInfo, Findings& findings) {
   if (QXExtensionSDK::VTQXUtility::isVTQXPush(userInfo)) return;
   const Value* sender = userInfo.find("_sid");
-  findings.warn("/_sid", (isText(sender) ? "not VTQX" : problem(sender)) +
-                             ": the framework leaves the push as it is, without carousel and receipt");
+  findings.error("/_sid",
+                 (isText(sender) ? "not VTQX" : problem(sender)) +
+                     ": the framework leaves the push as it is, without carousel and receipt",
+                 R"(write "_sid": "VTQX")");
 }
 
 void checkReceipt(const Dictionary& userInfo, Findings& findings) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QXPlatform/foundation/Value.h"
+#include "tools/qx/PushSize.h"
 #include "tools/qx/check/Findings.h"
 
 namespace qx {
@@ -8,7 +9,9 @@ namespace qx {
 // What a push carries beside its rich features.
 
 // Whether the push service takes it.
-void checkSize(const QXPlatform::Dictionary& userInfo, Findings& findings);
+void checkSize(const QXPlatform::Dictionary& userInfo, PushLimit limit, Findings& findings);
+// Whether the operating system hands it to the extensions.
+void checkAps(const QXPlatform::Dictionary& userInfo, bool hasCarousel, Findings& findings);
 // Whether the framework acts on it.
 void checkSender(const QXPlatform::Dictionary& userInfo, Findings& findings);
 // Whether it leads to a receipt, and a whole one.

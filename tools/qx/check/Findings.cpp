@@ -2,7 +2,15 @@
 
 #include <algorithm>
 
+#include "tools/qx/check/Places.h"
+
 namespace qx {
+
+void Findings::add(Finding::Severity severity, std::string_view at, std::string message, std::string hint) {
+  const bool inCompressed = isInflated_ && (at == kRichFeaturesPlace || at.starts_with("/_rf/"));
+  std::string source = std::string(root_).append(inCompressed ? kCompressedRichFeaturesPlace : at);
+  found_.push_back({severity, std::string(at), std::move(message), std::move(hint), std::move(source)});
+}
 
 std::vector<Finding> Findings::sorted() && {
   std::ranges::stable_sort(found_, {}, &Finding::severity);

@@ -1,13 +1,17 @@
 #include "tools/qx/check/ImageChecks.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/URL.h"
-#include "QXPlatform/libraries/network/Endpoint.h"
+#include "QXPlatform/network/URLRefusal.h"
 #include "QXPlatform/notifications/UNNotificationAttachment.h"
 #include "tools/qx/check/Places.h"
 
@@ -18,6 +22,10 @@ namespace {
 using QXPlatform::URL;
 using QXPlatform::Value;
 
+// Names of what is often taken for an image and is shown by no device.
+constexpr std::array<std::string_view, 12> kNoImages{".svg", ".pdf", ".heic", ".heif", ".tif", ".tiff",
+                                                     ".ico", ".mp4", ".mov",  ".webm", ".htm", ".html"};
+
 // Why the image is never loaded; nothing when a device tries.
 std::optional<std::string> whyNotLoaded(std::string_view text) {
   const auto url = URL::parse(text);
@@ -27,7 +35,19 @@ std::optional<std::string> whyNotLoaded(std::string_view text) {
   if (refused->code == QXPlatform::URLError::Code::insecureConnection) {
     return "plain http: the image is not loaded unless the host allows arbitrary loads";
   }
-  return "neither https nor http: the image is not loaded";
+  const std::string scheme = url->scheme();
+  if (scheme != "https" && scheme != "http") return "neither https nor http: the image is not loaded";
+  if (url->host().empty()) return "a URL without a host: the image is not loaded";
+  return "a host or a port that nothing connects to: the image is not loaded";
+}
+
+std::optional<std::string> whyNotShown(std::string_view text) {
+  const auto url = URL::parse(text);
+  if (!url) return std::nullopt;
+  const std::string extension =
+      QXPlatform::lowercased(std::filesystem::path(url->lastPathComponent()).extension().native());
+  if (std::ranges::find(kNoImages, extension) == kNoImages.end()) return std::nullopt;
+  return "a " + extension + " is no image that a device shows";
 }
 
 }  // namespace
@@ -37,8 +57,10 @@ void checkImages(const Value& richFeatures, Findings& findings) {
   if (panels == nullptr) return;
   for (std::size_t i = 0; i < panels->elements().size(); ++i) {
     const auto text = panels->elements()[i]["md"]["ul"].string();
-    const auto reason = text ? whyNotLoaded(*text) : std::nullopt;
-    if (reason) findings.warn(panelPlace(i) + "/md/ul", *reason);
+    if (!text) continue;
+    auto reason = whyNotLoaded(*text);
+    if (!reason) reason = whyNotShown(*text);
+    if (reason) findings.warn(panelPlace(i) + "/md/ul", *std::move(reason));
   }
 }
 

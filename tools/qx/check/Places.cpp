@@ -1,5 +1,9 @@
 #include "tools/qx/check/Places.h"
 
+#include <algorithm>
+#include <charconv>
+#include <system_error>
+
 #include "QXPlatform/foundation/JSONPointer.h"
 
 namespace qx {
@@ -13,6 +17,27 @@ std::string memberPlace(std::string_view object, std::string_view key) {
 
 std::string elementPlace(std::string_view array, std::size_t index) {
   return std::string(array).append("/").append(std::to_string(index));
+}
+
+std::string unescapedStep(std::string_view step) {
+  std::string key;
+  for (std::size_t i = 0; i < step.size(); ++i) {
+    const bool escaped = step[i] == '~' && i + 1 < step.size();
+    key += escaped ? (step[++i] == '1' ? '/' : '~') : step[i];
+  }
+  return key;
+}
+
+const QXPlatform::Value& valueAt(const QXPlatform::Value& root, std::string_view pointer) {
+  const QXPlatform::Value* value = &root;
+  while (!pointer.empty()) {
+    const std::string_view step = pointer.substr(1, pointer.find('/', 1) - 1);
+    pointer.remove_prefix(step.size() + 1);
+    std::size_t index = value->elements().size();
+    std::from_chars(step.data(), step.data() + step.size(), index);
+    value = index < value->elements().size() ? &value->elements()[index] : &(*value)[unescapedStep(step)];
+  }
+  return *value;
 }
 
 const QXPlatform::Value* findPanels(const QXPlatform::Value& richFeatures) {

@@ -10,6 +10,7 @@
 #include "tools/qx/check/EnvelopeChecks.h"
 #include "tools/qx/check/ImageChecks.h"
 #include "tools/qx/check/PanelChecks.h"
+#include "tools/qx/check/Places.h"
 #include "tools/qx/check/RecordChecks.h"
 
 namespace qx {
@@ -32,9 +33,17 @@ std::optional<Value> findRichFeatures(const Dictionary& userInfo, Findings& find
   const Value* compressed = userInfo.find(kCompressedRichFeaturesKey);
   if (compressed != nullptr && !isLeftOver(*compressed, userInfo)) {
     const auto inflated = inflateRichFeatures(*compressed);
-    if (inflated && plain != nullptr) findings.warn("/_rf", "replaced by what $_rf inflates to");
-    if (inflated) return *inflated;
-    findings.error("/$_rf", inflated.error().message);
+    if (inflated) {
+      if (plain != nullptr) findings.warn(kRichFeaturesPlace, "replaced by what $_rf inflates to");
+      findings.setInflated();
+      return *inflated;
+    }
+    // The device goes on with what it has.
+    if (plain != nullptr) {
+      findings.warn(kCompressedRichFeaturesPlace, "ignored: " + inflated.error().message);
+    } else {
+      findings.error(kCompressedRichFeaturesPlace, inflated.error().message);
+    }
   }
   return plain != nullptr ? std::optional(*plain) : std::nullopt;
 }
@@ -50,10 +59,13 @@ void checkRichFeatures(const Value& richFeatures, Findings& findings) {
 
 }  // namespace
 
-std::vector<Finding> checkPush(const PushDocument& push) {
+std::vector<Finding> checkPush(const PushDocument& push, PushLimit limit) {
   const Dictionary& userInfo = push.userInfo();
   Findings findings(push.userInfoPath());
-  checkSize(userInfo, findings);
+  const bool hasCarousel =
+      userInfo.contains(kRichFeaturesKey) || userInfo.contains(kCompressedRichFeaturesKey);
+  checkSize(userInfo, limit, findings);
+  checkAps(userInfo, hasCarousel, findings);
   checkSender(userInfo, findings);
   checkReceipt(userInfo, findings);
   checkContext(userInfo, findings);

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "QXExtensionSDK/payload/Color.h"
+#include "tools/qx/check/Hints.h"
 #include "tools/qx/check/Places.h"
 #include "tools/qx/check/RecordWalk.h"
 
@@ -13,9 +14,9 @@ namespace {
 
 void checkKeys(const RecordInPlace& record, Findings& findings) {
   for (const auto& [key, value] : record.object) {
-    if (std::ranges::find(record.keys, key) == record.keys.end()) {
-      findings.warn(memberPlace(record.place, key), "ignored: no key that is read here");
-    }
+    if (std::ranges::find(record.keys, key) != record.keys.end()) continue;
+    findings.warn(memberPlace(record.place, key), "ignored: no key that is read here",
+                  hintForKey(key, record.keys));
   }
 }
 
@@ -25,7 +26,8 @@ void checkColors(const RecordInPlace& record, Findings& findings) {
     const auto text = record.object[key].string();
     if (!text || QXExtensionSDK::parseColor(*text, QXExtensionSDK::Logger::content())) continue;
     findings.warn(memberPlace(record.place, key),
-                  "no colour, replaced by the default: six hexadecimal digits, RRGGBB, are one");
+                  "no colour, replaced by the default: six hexadecimal digits, RRGGBB, are one",
+                  hintForColor(*text));
   }
 }
 

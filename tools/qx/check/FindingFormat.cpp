@@ -1,0 +1,157 @@
+#include "tools/qx/check/FindingFormat.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "QXExtensionSDK/runtime/Version.h"
+
+namespace qx {
+
+namespace {
+
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
+
+// A compact push is one long line.
+constexpr std::size_t kMostShownBefore = 60;
+constexpr std::size_t kMostShown = 100;
+
+std::string_view severityName(const Finding& finding) {
+  return finding.isError() ? "error" : "warning";
+}
+
+Value number(std::size_t count) {
+  return static_cast<std::int64_t>(count);
+}
+
+std::string placeText(const LocatedFinding& located) {
+  return located.file + ":" + std::to_string(located.position.line) + ":" +
+         std::to_string(located.position.column);
+}
+
+bool continuesCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+// The bytes of the line's first characters.
+std::size_t bytesOf(std::string_view line, std::size_t characters) {
+  const auto* end =
+      std::ranges::find_if(line, [&](char byte) { return !continuesCharacter(byte) && characters-- == 0; });
+  return static_cast<std::size_t>(end - line.begin());
+}
+
+struct Excerpt {
+  std::string text;
+  std::size_t column;  // from 0
+};
+
+Excerpt excerptOf(const LocatedFinding& located) {
+  const std::size_t column = located.position.column - 1;
+  const std::size_t skipped = column > kMostShownBefore ? column - kMostShownBefore : 0;
+  std::string_view rest = located.line;
+  rest.remove_prefix(bytesOf(rest, skipped));
+  std::string shown(rest.substr(0, bytesOf(rest, kMostShown)));
+  std::ranges::replace_if(
+      shown, [](char byte) { return static_cast<unsigned char>(byte) < 0x20; }, ' ');
+  return {std::move(shown), column - skipped};
+}
+
+// As the format of workflow commands asks.
+std::string escaped(std::string_view text, std::string_view others) {
+  std::string result;
+  for (const char character : text) {
+    if (character == '%') {
+      result += "%25";
+    } else if (character == '\n') {
+      result += "%0A";
+    } else if (character == '\r') {
+      result += "%0D";
+    } else if (others.find(character) != std::string_view::npos) {
+      result += character == ':' ? "%3A" : "%2C";
+    } else {
+      result += character;
+    }
+  }
+  return result;
+}
+
+std::string messageWithHint(const Finding& finding) {
+  return finding.hint.empty() ? finding.message : finding.message + "; " + finding.hint;
+}
+
+Value toResult(const LocatedFinding& located) {
+  const Finding& finding = located.finding;
+  const std::string uri = located.file == "-" ? "stdin" : located.file;
+  const Dictionary region{{"startLine", number(located.position.line)},
+                          {"startColumn", number(located.position.column)}};
+  const Dictionary location{
+      {"physicalLocation", Dictionary{{"artifactLocation", Dictionary{{"uri", uri}}}, {"region", region}}},
+      {"logicalLocations", std::vector<Value>{Dictionary{{"fullyQualifiedName", finding.at}}}}};
+  return Dictionary{{"level", severityName(finding)},
+                    {"message", Dictionary{{"text", messageWithHint(finding)}}},
+                    {"locations", std::vector<Value>{location}}};
+}
+
+}  // namespace
+
+Dictionary toJSON(const LocatedFinding& located) {
+  const Finding& finding = located.finding;
+  const Dictionary line{{"severity", severityName(finding)},
+                        {"at", finding.at},
+                        {"message", finding.message},
+                        {"file", located.file},
+                        {"line", number(located.position.line)},
+                        {"column", number(located.position.column)}};
+  return finding.hint.empty() ? line : line.setting("hint", finding.hint);
+}
+
+std::string toText(const LocatedFinding& located, bool inColor) {
+  const Finding& finding = located.finding;
+  const auto styled = [inColor](std::string_view code, std::string_view text) {
+    return inColor ? std::string("\033[").append(code).append("m").append(text).append("\033[0m")
+                   : std::string(text);
+  };
+  const Excerpt excerpt = excerptOf(located);
+  const std::string number = std::to_string(located.position.line);
+  const std::string margin(number.size(), ' ');
+  std::string text = styled("1", placeText(located)) + ": " +
+                     styled(finding.isError() ? "1;31" : "1;33", severityName(finding)) + ": " +
+                     (finding.at.empty() ? "" : finding.at + ": ") + finding.message + "\n";
+  text += "  " + number + " | " + excerpt.text + "\n";
+  text += "  " + margin + " | " + std::string(excerpt.column, ' ') + styled("1;32", "^") + "\n";
+  if (!finding.hint.empty())
+    text += "  " + margin + " = " + styled("1;36", "hint") + ": " + finding.hint + "\n";
+  return text;
+}
+
+std::string toGitHub(const LocatedFinding& located) {
+  const Finding& finding = located.finding;
+  return std::string("::")
+      .append(severityName(finding))
+      .append(" file=")
+      .append(escaped(located.file, ":,"))
+      .append(",line=")
+      .append(std::to_string(located.position.line))
+      .append(",col=")
+      .append(std::to_string(located.position.column))
+      .append(",title=")
+      .append(escaped(finding.at.empty() ? "push" : finding.at, ":,"))
+      .append("::")
+      .append(escaped(messageWithHint(finding), ""))
+      .append("\n");
+}
+
+Dictionary toSARIF(const std::vector<LocatedFinding>& findings) {
+  std::vector<Value> results;
+  for (const LocatedFinding& located : findings) results.push_back(toResult(located));
+  const Dictionary driver{
+      {"name", "qx check"},
+      {"version", reinterpret_cast<const char*>(QXExtensionSDK::QXExtensionSDKVersionString)}};
+  const Dictionary run{{"tool", Dictionary{{"driver", driver}}}, {"results", results}};
+  return {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
+          {"version", "2.1.0"},
+          {"runs", std::vector<Value>{run}}};
+}
+
+}  // namespace qx

@@ -1,0 +1,142 @@
+#include "tools/qx/check/SourceText.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <string>
+
+#include "QXPlatform/foundation/JSON.h"
+#include "tools/qx/check/Places.h"
+
+namespace qx {
+
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\r\n";
+
+// Walks over a text that is known to be JSON.
+class Scanner {
+ public:
+  Scanner(std::string_view text, std::size_t at) : text_(text), at_(at) { skipWhiteSpace(); }
+
+  // Of the value or the mark that comes next.
+  std::size_t position() const { return at_; }
+
+  // Into a container, and whether it holds anything; then before its next element, if there is one.
+  bool enter() {
+    take(1);
+    return !closes();
+  }
+  bool next() {
+    const bool more = text_[at_] == ',';
+    take(1);
+    return more;
+  }
+
+  // The member's key; its value comes next.
+  std::string key() {
+    const std::size_t start = at_;
+    skipValue();
+    const auto decoded = QXPlatform::parseJSON(text_.substr(start, keyEnd_ - start));
+    take(1);
+    return std::string(decoded->string().value_or(""));
+  }
+
+  void skipValue() {
+    if (text_[at_] == '"') {
+      skipString();
+    } else if (text_[at_] == '{' || text_[at_] == '[') {
+      skipContainer();
+    } else {
+      at_ = std::min(text_.find_first_of(",]} \t\r\n", at_), text_.size());
+    }
+    skipWhiteSpace();
+  }
+
+ private:
+  bool closes() const { return text_[at_] == '}' || text_[at_] == ']'; }
+  void take(std::size_t count) {
+    at_ += count;
+    skipWhiteSpace();
+  }
+  void skipWhiteSpace() { at_ = std::min(text_.find_first_not_of(kWhiteSpace, at_), text_.size()); }
+  void skipString() {
+    for (++at_; text_[at_] != '"'; ++at_) {
+      if (text_[at_] == '\\') ++at_;
+    }
+    keyEnd_ = ++at_;
+  }
+  void skipContainer() {
+    std::size_t depth = 0;
+    do {
+      if (text_[at_] == '"') {
+        skipString();
+        continue;
+      }
+      if (text_[at_] == '{' || text_[at_] == '[') ++depth;
+      if (closes()) --depth;
+      ++at_;
+    } while (depth > 0);
+  }
+
+  const std::string_view text_;
+  std::size_t at_;
+  std::size_t keyEnd_ = 0;
+};
+
+// Of equal keys the last counts.
+std::optional<std::size_t> findMember(std::string_view text, std::size_t object, std::string_view key) {
+  Scanner scanner(text, object);
+  std::optional<std::size_t> found;
+  for (bool more = scanner.enter(); more; more = scanner.next()) {
+    const bool isMeant = scanner.key() == key;
+    if (isMeant) found = scanner.position();
+    scanner.skipValue();
+  }
+  return found;
+}
+
+std::optional<std::size_t> findElement(std::string_view text, std::size_t array, std::string_view step) {
+  std::size_t index = 0;
+  if (std::from_chars(step.data(), step.data() + step.size(), index).ec != std::errc()) return std::nullopt;
+  Scanner scanner(text, array);
+  for (bool more = scanner.enter(); more; more = scanner.next()) {
+    if (index-- == 0) return scanner.position();
+    scanner.skipValue();
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+SourcePosition positionOf(std::string_view text, std::size_t offset) {
+  const std::string_view before = text.substr(0, offset);
+  const std::string_view line = before.substr(before.rfind('\n') + 1);
+  const auto beginsCharacter = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80; };
+  return {static_cast<std::size_t>(std::ranges::count(before, '\n')) + 1,
+          static_cast<std::size_t>(std::ranges::count_if(line, beginsCharacter)) + 1};
+}
+
+std::size_t offsetOf(std::string_view text, std::string_view pointer) {
+  std::size_t at = Scanner(text, 0).position();
+  while (!pointer.empty()) {
+    const std::size_t end = std::min(pointer.find('/', 1), pointer.size());
+    const std::string_view step = pointer.substr(1, end - 1);
+    const auto found = text[at] == '{'   ? findMember(text, at, unescapedStep(step))
+                       : text[at] == '[' ? findElement(text, at, step)
+                                         : std::nullopt;
+    if (!found) return at;
+    at = *found;
+    pointer.remove_prefix(end);
+  }
+  return at;
+}
+
+std::string_view lineAround(std::string_view text, std::size_t offset) {
+  const std::size_t start = text.substr(0, offset).rfind('\n') + 1;
+  std::string_view line = text.substr(start, text.find('\n', offset) - start);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line;
+}
+
+}  // namespace qx

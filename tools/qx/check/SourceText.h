@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace qx {
+
+// Where something stands in a text; both count from 1, the column in characters.
+struct SourcePosition {
+  std::size_t line = 1;
+  std::size_t column = 1;
+};
+
+SourcePosition positionOf(std::string_view text, std::size_t offset);
+
+// The offset of the value that a JSON pointer leads to; of the nearest value around it when there is none.
+// REQUIRES: the text is JSON.
+std::size_t offsetOf(std::string_view text, std::string_view pointer);
+
+// The whole line that holds the offset, without its end.
+std::string_view lineAround(std::string_view text, std::size_t offset);
+
+}  // namespace qx

@@ -144,6 +144,7 @@ std::string toGitHub(const LocatedFinding& located) {
 
 Dictionary toSARIF(const std::vector<LocatedFinding>& findings) {
   std::vector<Value> results;
+  results.reserve(findings.size());
   for (const LocatedFinding& located : findings) results.push_back(toResult(located));
   const Dictionary driver{
       {"name", "qx check"},

@@ -2,11 +2,11 @@
 
 // All that a host's service extension needs, under the names that its runtime knows.
 
+#include "QXExtensionSDK/Version.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
 #include "QXExtensionSDK/runtime/ClientCalling.h"
 #include "QXExtensionSDK/runtime/NotificationServiceWorker.h"
 #include "QXExtensionSDK/runtime/VTQXNotificationService.h"
-#include "QXExtensionSDK/runtime/Version.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXExtensionSDK/runtime/processing/VTNotificationServiceConfig.h"
 #include "QXExtensionSDK/service/DefaultRequestTimeout.h"

@@ -17,7 +17,7 @@
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/StandardInput.h"
 #include "agent/Agent.h"
-#include "agent/setup/Directories.h"
+#include "agent/environment/Directories.h"
 #include "agent/webpush/Base64URL.h"
 
 namespace QXAgent {

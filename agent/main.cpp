@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "QXExtensionSDK/runtime/Version.h"
+#include "QXExtensionSDK/Version.h"
 #include "agent/Commands.h"
 
 namespace {

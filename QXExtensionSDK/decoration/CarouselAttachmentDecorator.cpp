@@ -4,6 +4,7 @@
 #include <system_error>
 #include <utility>
 
+#include "QXExtensionSDK/decoration/ThumbnailLog.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
@@ -17,6 +18,7 @@ void attachFile(const QXPlatform::URL& file, QXPlatform::UNMutableNotificationCo
   if (!attachment) {
     Logger::service().debug(LogCategory::carouselAttachment,
                             "Attachment creation failure: ", attachment.error());
+    logThumbnailNotAttached(attachment.error());
     std::error_code ignored;
     std::filesystem::remove(file.filePath(), ignored);
     return;

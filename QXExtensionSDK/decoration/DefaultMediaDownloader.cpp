@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "QXExtensionSDK/decoration/ThumbnailLog.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/foundation/Result.h"
 
@@ -49,12 +50,14 @@ std::optional<URL> takeFile(const URL& remote, const std::optional<URL>& tempora
   const Logger& logger = Logger::service();
   if (error) {
     logger.debug(LogCategory::carouselAttachment, "Attachment media download error: ", *error);
+    logThumbnailNotAttached(*error);
     return std::nullopt;
   }
   if (!temporary || !isSuccess(response)) return std::nullopt;
   auto moved = moveBeside(*temporary, remote);
   if (!moved) {
     logger.debug(LogCategory::carouselAttachment, "Attachment media remove/move error: ", moved.error());
+    logThumbnailNotAttached(moved.error());
     return std::nullopt;
   }
   return *std::move(moved);

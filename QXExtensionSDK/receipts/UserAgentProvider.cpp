@@ -1,6 +1,6 @@
 #include "QXExtensionSDK/receipts/UserAgentProvider.h"
 
-#include "QXExtensionSDK/runtime/Version.h"
+#include "QXExtensionSDK/Version.h"
 #include "QXPlatform/foundation/Bundle.h"
 #include "QXPlatform/foundation/Device.h"
 #include "QXPlatform/foundation/Locale.h"

@@ -4,8 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "QXExtensionSDK/runtime/DefaultModuleProvider.h"
-
 namespace QXExtensionSDK {
 
 namespace {
@@ -27,11 +25,6 @@ const std::string& serialQueueLabel() {
 }
 
 }  // namespace
-
-std::shared_ptr<NotificationServiceWorker> NotificationServiceWorker::make(
-    std::weak_ptr<ClientCalling> clientCallingDelegate) {
-  return make(std::move(clientCallingDelegate), std::make_unique<const DefaultModuleProvider>());
-}
 
 std::shared_ptr<NotificationServiceWorker> NotificationServiceWorker::make(
     std::weak_ptr<ClientCalling> clientCallingDelegate,

@@ -42,8 +42,7 @@ class NotificationServiceWorker final : public NotificationServiceWorking,
   class Turn;
 
  public:
-  // Reads the host's configuration, sets the process's log level and makes the processors.
-  static std::shared_ptr<NotificationServiceWorker> make(std::weak_ptr<ClientCalling> clientCallingDelegate);
+  // Reads the host's configuration, sets the process's log level and takes the provider's processors.
   static std::shared_ptr<NotificationServiceWorker> make(
       std::weak_ptr<ClientCalling> clientCallingDelegate,
       std::unique_ptr<const ModuleProvider> moduleProvider);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "QXExtensionSDK/runtime/DefaultModuleProvider.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/foundation/Exception.h"
@@ -14,7 +15,7 @@ void VTQXNotificationService::didReceiveNotificationRequest(
   Logger::service().debug(LogCategory::serviceGeneral,
                           "VTQXNotificationService didReceiveNotificationRequest start");
   const std::shared_ptr<ClientCalling> self(shared_from_this(), this);
-  const auto worker = NotificationServiceWorker::make(self);
+  const auto worker = NotificationServiceWorker::make(self, std::make_unique<const DefaultModuleProvider>());
   setInternalWorker(worker);
   worker->workerDidReceive(request, std::move(contentHandler));
 }
@@ -42,7 +43,7 @@ void VTQXNotificationService::vtqxDidReceiveRequest(
 void VTQXNotificationService::callClientDidReceiveRequest(
     const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
     const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& mutableContent,
-    const ClientContentHandler& contentHandler) {
+    const ClientContentHandler& contentHandler) noexcept {
   try {
     const QXPlatform::ForeignCodeScope foreignCode;
     vtqxDidReceiveRequest(request, mutableContent, contentHandler);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <mutex>
 
@@ -19,19 +20,24 @@ namespace QXExtensionSDK {
 //   }
 class VTQXNotificationService : public QXPlatform::UNNotificationServiceExtension, public ClientCalling {
  public:
+  // A notification may block three of the process's threads while it waits for its receipts; more of them
+  // would wait for each other.
+  static constexpr std::size_t kMostNotificationsAtOnce = 16;
+
   // The platform's entries; the platform's threads call them.
   void didReceiveNotificationRequest(std::shared_ptr<const QXPlatform::UNNotificationRequest> request,
                                      QXPlatform::ContentHandler contentHandler) override;
   void serviceExtensionTimeWillExpire() override;
 
   // Host hook: the configuration. Called at least twice a notification, on several threads; must be cheap and
-  // answer the same each time. The base answers no log, thumbnails on.
+  // answer the same each time. The base answers VTNotificationServiceConfig::defaultConfig().
   virtual VTNotificationServiceConfig vtqxProvideConfig();
 
   // Host hook: may change the content and must call the handler once, on any thread, with the userInfo
   // entries to add, or with nothing. Called on a background thread for every push, whoever sent it, while the
   // framework's own processors work on the same content; it may block without holding those up. A
-  // QXPlatform::Exception that it throws counts as no changes. The base adds nothing.
+  // QXPlatform::Exception that it throws counts as no changes; anything else that it throws ends the process.
+  // The base adds nothing.
   virtual void vtqxDidReceiveRequest(
       const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
       const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& mutableContent,
@@ -40,7 +46,7 @@ class VTQXNotificationService : public QXPlatform::UNNotificationServiceExtensio
   void callClientDidReceiveRequest(
       const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
       const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& mutableContent,
-      const ClientContentHandler& contentHandler) final;
+      const ClientContentHandler& contentHandler) noexcept final;
   VTNotificationServiceConfig callClientVtqxProvideConfig() final;
 
   // The worker of the latest request; null before the first.

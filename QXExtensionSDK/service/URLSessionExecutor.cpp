@@ -1,12 +1,23 @@
 #include "QXExtensionSDK/service/URLSessionExecutor.h"
 
+#include <cstddef>
 #include <memory>
 #include <utility>
 
 namespace QXExtensionSDK {
 
+namespace {
+
+// An answer has some hundred bytes, whatever a back end makes of it.
+QXPlatform::URLSessionConfiguration bounded(QXPlatform::URLSessionConfiguration configuration) {
+  configuration.mostAnswerBytes = std::size_t{1} << 20;
+  return configuration;
+}
+
+}  // namespace
+
 URLSessionExecutor::URLSessionExecutor(QXPlatform::URLSessionConfiguration configuration)
-    : session_(configuration) {}
+    : session_(bounded(configuration)) {}
 
 void URLSessionExecutor::execute(QXPlatform::URLRequest request, Completion completion) {
   const auto task = session_.dataTask(

@@ -50,6 +50,7 @@ void Activity::end() {
 }
 
 bool Activity::waitUntilNone(Clock::TimePoint deadline) {
+  if (!ThreadSet::shared().canRun()) return false;
   WorkInFlight& work = workInFlight();
   std::unique_lock lock(work.mutex);
   return Clock::current().waitUntil(lock, work.none, deadline,

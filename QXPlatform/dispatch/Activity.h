@@ -13,7 +13,8 @@ class Activity {
   Activity& operator=(Activity&&) = delete;
   ~Activity();
 
-  // Blocks until nothing is in flight or the deadline has passed; returns whether nothing is.
+  // Blocks until nothing is in flight or the deadline has passed; returns whether nothing is. Does not wait
+  // for items that no thread can be had for.
   static bool waitUntilNone(Clock::TimePoint deadline);
 
  private:

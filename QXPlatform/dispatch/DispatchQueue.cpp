@@ -4,12 +4,14 @@
 #include <cstddef>
 #include <deque>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <utility>
 
 #include "QXPlatform/dispatch/ThreadName.h"
 #include "QXPlatform/dispatch/ThreadSet.h"
 #include "QXPlatform/dispatch/WorkItem.h"
+#include "QXPlatform/log/StandardError.h"
 
 namespace QXPlatform {
 
@@ -20,14 +22,20 @@ struct SyncTurn {
 
 namespace {
 
-// An exception that leaves the work ends the process, here as on the platform.
+// An exception that leaves the work ends the process, here as on the platform; but work that finds no memory
+// is given up, since whoever waits for it has a deadline.
 void runWork(const DispatchQueue::Work& work) noexcept {
-  work();
+  try {
+    work();
+  } catch (const std::bad_alloc&) {
+    writeToStandardError("out of memory: a work item is given up\n");
+  }
 }
 
 // The work and all it holds are gone before the group and the count of activities hear of its end.
 void runToEnd(WorkItem item) {
   const CurrentActivityScope scope(item.activity);
+  const ScopedLogSubject subject(std::move(item.subject));
   runWork(item.work);
   item.work = nullptr;
   if (item.group) item.group->leave();
@@ -138,6 +146,10 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
 
 DispatchQueue::DispatchQueue(std::string label, Attribute attribute)
     : state_(std::make_shared<State>(std::move(label), attribute)) {}
+
+bool DispatchQueue::canRun() {
+  return ThreadSet::shared().canRun();
+}
 
 const std::string& DispatchQueue::label() const {
   return state_->label();

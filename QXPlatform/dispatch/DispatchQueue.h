@@ -16,7 +16,8 @@ class DispatchGroup;
 //               up to 64 threads in the process
 //
 // The label is the name of the thread (its last 15 characters) while an item runs; work of sync() runs on the
-// caller's thread, under its name. An exception that leaves an item ends the process. An item is destroyed,
+// caller's thread, under its name. An exception that leaves an item ends the process, but for std::bad_alloc,
+// which only ends the item. An item is destroyed,
 // with all it holds, right after it has run. Any thread may call.
 class DispatchQueue {
  public:
@@ -24,6 +25,10 @@ class DispatchQueue {
   enum class Attribute { serial, concurrent };
 
   DispatchQueue(std::string label, Attribute attribute);
+
+  // Whether submitted items come to run: not while the system gives this process not even one thread. They
+  // stay queued, and run when it does.
+  static bool canRun();
 
   const std::string& label() const;
 

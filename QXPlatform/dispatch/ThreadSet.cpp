@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <system_error>
+#include <exception>
 #include <thread>
 #include <utility>
-
-#include "QXPlatform/foundation/FatalError.h"
 
 namespace QXPlatform {
 namespace {
@@ -35,6 +33,14 @@ void ThreadSet::start(std::shared_ptr<WorkRunner> runner, WorkItem item) {
   }
 }
 
+bool ThreadSet::canRun() {
+  std::unique_lock lock(mutex_);
+  if (alive_ > 0 || waiting_.empty()) return true;
+  Worker* const worker = hireWorker();
+  lock.unlock();
+  return launch(*worker);
+}
+
 void ThreadSet::enterForeignCode() {
   std::unique_lock lock(mutex_);
   ++inForeignCode_;
@@ -60,14 +66,16 @@ ThreadSet::Worker* ThreadSet::hireWorker() {
   return place->get();
 }
 
-void ThreadSet::launch(Worker& worker) {
+bool ThreadSet::launch(Worker& worker) {
   try {
     std::thread([this, &worker] { serve(worker); }).detach();
-  } catch (const std::system_error&) {
-    // The job stays for the threads there are.
+    return true;
+  } catch (const std::exception&) {
+    // The job stays for the threads there are, or come to be.
     const std::lock_guard lock(mutex_);
     worker.alive = false;
-    if (--alive_ == 0) fatalError("No thread can be started for a work item");
+    --alive_;
+    return false;
   }
 }
 

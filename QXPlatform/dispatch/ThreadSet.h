@@ -33,6 +33,9 @@ class ThreadSet {
   // Returns at once. Beyond 64 busy threads the item waits for the first that is free.
   void start(std::shared_ptr<WorkRunner> runner, WorkItem item);
 
+  // Whether what waits will be run: not while the system gives this process not even one thread.
+  bool canRun();
+
   // The calling thread, one of the set, enters code that may never return, and is replaced meanwhile.
   void enterForeignCode();
   void leaveForeignCode();
@@ -51,13 +54,14 @@ class ThreadSet {
 
   ThreadSet() = default;
   Worker* hireWorker();
-  void launch(Worker& worker);
+  bool launch(Worker& worker);
   void serve(Worker& worker);
   void runNext(std::unique_lock<std::mutex>& lock);
   bool waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock);
 
   std::mutex mutex_;
-  // Below, guarded by mutex_. For every waiting job a thread is on its way, unless all are busy.
+  // Below, guarded by mutex_. For every waiting job a thread is on its way, unless all are busy or none is to
+  // be had.
   std::deque<Job> waiting_;
   std::vector<std::unique_ptr<Worker>> workers_;
   std::size_t alive_ = 0;

@@ -5,6 +5,7 @@
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/dispatch/DispatchGroup.h"
 #include "QXPlatform/dispatch/DispatchQueue.h"
+#include "QXPlatform/log/LogSubject.h"
 
 namespace QXPlatform {
 
@@ -19,6 +20,7 @@ struct WorkItem {
   bool exclusive = false;
   std::optional<DispatchGroup> group = std::nullopt;
   Activity activity{};
+  LogSubject subject = currentLogSubject();
 };
 
 }  // namespace QXPlatform

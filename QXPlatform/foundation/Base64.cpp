@@ -56,8 +56,6 @@ std::optional<Data> decodeBase64(std::string_view text) {
   }
   if (padding != 0) {
     const std::uint32_t bits = groupBits(text.substr(fullGroups * 4, 4 - padding));
-    const std::uint32_t unused = padding == 1 ? 0xFFU : 0xFFFFU;
-    if ((bits & unused) != 0) return std::nullopt;
     seen |= bits;
     out[0] = static_cast<char>(bits >> 16U);
     if (padding == 1) out[1] = static_cast<char>(bits >> 8U);

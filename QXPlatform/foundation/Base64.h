@@ -9,7 +9,7 @@
 namespace QXPlatform {
 
 // Standard alphabet with padding. Decoding is strict: a foreign character (line breaks included), missing or
-// surplus padding, or unused bits that are not zero yield nothing.
+// surplus padding yield nothing. The unused bits of the last character may hold anything.
 std::optional<Data> decodeBase64(std::string_view text);
 std::string encodeBase64(std::string_view bytes);
 

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "QXPlatform/linux/OSRelease.h"
+#include "QXPlatform/foundation/OSRelease.h"
 
 namespace QXPlatform {
 

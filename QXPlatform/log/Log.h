@@ -27,7 +27,7 @@ class LogSink {
 };
 
 // Writes one record to the installed sink; without one, to the journal when the process runs under it, else
-// as one line on standard error, "[type] subsystem category: message". Line breaks and other control
+// as one line on standard error, "time [type] subsystem category: message". Line breaks and other control
 // characters are escaped there, so a message never breaks the line. Any thread.
 void os_log(const LogRecord& record);
 

@@ -1,8 +1,14 @@
 #include <array>
 #include <cstddef>
+#include <cstdlib>
 
 #include "QXPlatform/foundation/ASCII.h"
+#include "QXPlatform/foundation/Date.h"
+#include "QXPlatform/foundation/ThreadNumber.h"
+#include "QXPlatform/foundation/UTF8.h"
+#include "QXPlatform/foundation/Value.h"
 #include "QXPlatform/log/LogOutput.h"
+#include "QXPlatform/log/LogSubject.h"
 
 namespace QXPlatform {
 namespace {
@@ -15,9 +21,7 @@ bool isControl(unsigned char byte) {
 
 // U+0080 to U+009F, which a terminal obeys as well, are two bytes in UTF-8.
 bool isC1Control(std::string_view text, std::size_t at) {
-  if (text[at] != kFirstByteOfC1 || at + 1 == text.size()) return false;
-  const auto second = static_cast<unsigned char>(text[at + 1]);
-  return second >= 0x80 && second <= 0x9F;
+  return text[at] == kFirstByteOfC1 && static_cast<unsigned char>(text[at + 1]) <= 0x9F;
 }
 
 void appendHex(std::string& line, unsigned char byte) {
@@ -42,6 +46,7 @@ void appendEscaped(std::string& line, unsigned char byte) {
 }
 
 void appendText(std::string& line, std::string_view text) {
+  if (!isValidUTF8(text)) return appendText(line, replacingInvalidUTF8(text));
   for (std::size_t at = 0; at < text.size(); ++at) {
     const auto byte = static_cast<unsigned char>(text[at]);
     if (isControl(byte)) {
@@ -54,17 +59,14 @@ void appendText(std::string& line, std::string_view text) {
   }
 }
 
-}  // namespace
-
-std::string_view logTypeName(LogType type) {
-  static constexpr std::array<std::string_view, 4> kNames{"debug", "default", "error", "fault"};
-  return kNames.at(static_cast<std::size_t>(type));
+std::string timeText() {
+  return formatUTCMilliseconds(Date::now()).value_or("");
 }
 
-std::string logLine(const LogRecord& record) {
-  std::string line;
-  line.reserve(record.subsystem.size() + record.category.size() + record.message.size() + 16);
-  line += '[';
+std::string textLine(const LogRecord& record) {
+  std::string line = timeText();
+  line.reserve(line.size() + record.subsystem.size() + record.category.size() + record.message.size() + 16);
+  line += " [";
   line += logTypeName(record.type);
   line += "] ";
   appendText(line, record.subsystem);
@@ -72,8 +74,34 @@ std::string logLine(const LogRecord& record) {
   appendText(line, record.category);
   line += ": ";
   appendText(line, record.message);
-  line += '\n';
   return line;
+}
+
+std::string jsonLine(const LogRecord& record) {
+  const Dictionary line{
+      {"time", timeText()},          {"thread", currentThreadNumber()},  {"subsystem", record.subsystem},
+      {"category", record.category}, {"type", logTypeName(record.type)}, {"message", record.message}};
+  const LogSubject subject = currentLogSubject();
+  return (subject == nullptr ? line : line.setting("push", *subject)).description();
+}
+
+}  // namespace
+
+std::string_view logTypeName(LogType type) {
+  static constexpr std::array<std::string_view, 4> kNames{"debug", "default", "error", "fault"};
+  return kNames.at(static_cast<std::size_t>(type));
+}
+
+std::optional<LogFormat> requestedLogFormat() {
+  static const auto format = [] {
+    const char* const name = std::getenv("QX_LOG_FORMAT");
+    return name == nullptr ? std::optional<LogFormat>() : fromRawValue<LogFormat>(name);
+  }();
+  return format;
+}
+
+std::string logLine(const LogRecord& record, LogFormat format) {
+  return (format == LogFormat::json ? jsonLine(record) : textLine(record)) + '\n';
 }
 
 }  // namespace QXPlatform

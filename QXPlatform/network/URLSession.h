@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -40,6 +41,8 @@ struct URLSessionConfiguration {
   std::chrono::duration<double> timeoutIntervalForRequest = std::chrono::seconds(60);
   // The whole transfer, redirects included.
   std::chrono::duration<double> timeoutIntervalForResource = std::chrono::hours(24 * 7);
+  // The largest body, decoded, that a data task takes; one that is larger fails.
+  std::size_t mostAnswerBytes = std::size_t{16} << 20;
 };
 
 // One transfer. Dropping the handle does not cancel it. Any thread may call.
@@ -65,7 +68,8 @@ class URLSession {
   using DataCompletion =
       std::function<void(std::optional<Data>, std::shared_ptr<const URLResponse>, std::optional<URLError>)>;
   // The file is a fresh one in a directory of this session's own. It is the receiver's during the call only:
-  // what is not moved away by then is removed.
+  // what is not moved away by then is removed. What is moved within that directory goes with its
+  // DownloadedFile, and at the latest when the process exits.
   using DownloadCompletion =
       std::function<void(std::optional<URL>, std::shared_ptr<const URLResponse>, std::optional<URLError>)>;
 
@@ -76,10 +80,6 @@ class URLSession {
 
   std::shared_ptr<URLSessionTask> dataTask(URLRequest request, DataCompletion completion);
   std::shared_ptr<URLSessionTask> downloadTask(URLRequest request, DownloadCompletion completion);
-
-  // Removes a file that a completion has moved elsewhere within the directory of its session, which may be
-  // gone. A file from anywhere else is left alone.
-  static void discardDownload(const URL& file);
 
  private:
   class State;

@@ -16,8 +16,8 @@ namespace QXPlatform {
 
 namespace {
 
-// How many answers may wait for an earlier one before no more pushes are taken.
-constexpr std::size_t kMostWaiting = 4 * kMostPushesAtOnce;
+// How many answers a job may wait for an earlier one before no more pushes are taken.
+constexpr std::size_t kMostWaitingPerJob = 4;
 
 // Lets several threads take from one source and, if asked to, puts their answers back into its order.
 class OrderedAnswers {
@@ -61,7 +61,8 @@ class OrderedAnswers {
   // Returns whether another answer will find a place: not after the output has failed.
   bool waitForRoom() {
     std::unique_lock lock(outputMutex_);
-    room_.wait(lock, [this] { return result_.outputFailed || waiting_.size() < kMostWaiting; });
+    const std::size_t most = kMostWaitingPerJob * answering_.jobs;
+    room_.wait(lock, [&] { return result_.outputFailed || waiting_.size() < most; });
     return !result_.outputFailed;
   }
 

@@ -58,15 +58,11 @@ class PushLineSource final : public PushSource {
   std::array<char, 16384> buffer_;
 };
 
-// A push may block three of the process's threads while it waits for its receipts; more pushes at once than
-// this would wait for each other.
-inline constexpr std::size_t kMostPushesAtOnce = 16;
-
 // How a batch of pushes is answered.
 struct PushAnswering {
   // Answers one push; called on up to `jobs` threads at once. An error takes the answer's place.
   std::function<Result<Dictionary>(const std::shared_ptr<const UNNotificationRequest>&)> answer;
-  std::size_t jobs = 1;    // at most kMostPushesAtOnce
+  std::size_t jobs = 1;
   JSONLimits limits = {};  // of a push's text
   bool pretty = false;
   bool inOrder = true;  // of the source; else each answer is written when it is there

@@ -2,12 +2,16 @@
 
 #include <chrono>
 #include <deque>
+#include <filesystem>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "QXPlatform/dispatch/DispatchQueue.h"
 #include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/notifications/AttachmentStore.h"
 #include "QXPlatform/notifications/ServiceExtensionMain.h"
 #include "QXPlatform/notifications/UNNotificationServiceExtension.h"
 
@@ -33,21 +37,27 @@ class ServiceExtensionHost {
  public:
   static constexpr std::chrono::duration<double> kLongestTimeLimit = std::chrono::hours(24);
 
+  // Downloads that notifications show move into `attachments`, as AttachmentStore has it.
   // REQUIRES: 0 < timeLimit <= kLongestTimeLimit
-  ServiceExtensionHost(ServiceExtensionFactory makeExtension, std::chrono::duration<double> timeLimit);
+  ServiceExtensionHost(ServiceExtensionFactory makeExtension, std::chrono::duration<double> timeLimit,
+                       std::optional<std::filesystem::path> attachments = std::nullopt);
 
   // Blocks until the content handler is first called, at most as long as the time limit. When that is about
   // to end, by a second or the tenth of a short one, the extension is told; when it has handed nothing over
-  // at its end either, the notification is shown as it came.
+  // at its end either, the notification is shown as it came. Files that are downloaded for the notification
+  // and not shown with it are removed, however late they come.
   ServiceExtensionResult run(const std::shared_ptr<const UNNotificationRequest>& request);
 
  private:
   struct Delivery;
 
+  ServiceExtensionResult extend(const std::shared_ptr<const UNNotificationRequest>& request);
+  void keepDownloads(std::vector<UNNotificationAttachment>& attachments);
   void tellExpired(const std::shared_ptr<UNNotificationServiceExtension>& extension);
 
   const ServiceExtensionFactory makeExtension_;
   const std::chrono::duration<double> timeLimit_;
+  AttachmentStore attachments_;
   const DispatchQueue entryQueue_;
   std::mutex mutex_;
   // Extensions whose processors may still be at work. Guarded by mutex_.

@@ -86,6 +86,12 @@ Result<UNNotificationAttachment> UNNotificationAttachment::make(std::string iden
   return UNNotificationAttachment(std::move(identifier), file);
 }
 
+Result<UNNotificationAttachment> UNNotificationAttachment::movedTo(AttachmentStore& store) const {
+  auto moved = store.take(url_);
+  if (!moved) return moved.error();
+  return UNNotificationAttachment(identifier_, *std::move(moved));
+}
+
 bool UNNotificationAttachment::showsTypeOf(std::string_view fileName) {
   return mediaKindOf(fileName) != nullptr;
 }

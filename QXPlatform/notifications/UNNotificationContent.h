@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -44,7 +45,14 @@ class UNNotificationContent {
   // All properties as they stand at one instant.
   NotificationProperties snapshot() const;
 
+  // Says that the notification has been shown, or given up: downloads that are attached from now on, to this
+  // content or a mutable copy, are not kept.
+  void close() const { *closed_ = true; }
+
  protected:
+  UNNotificationContent(NotificationProperties properties, std::shared_ptr<std::atomic<bool>> closed)
+      : properties_(std::move(properties)), closed_(std::move(closed)) {}
+
   template <typename T>
   T read(T NotificationProperties::*property) const {
     const std::lock_guard lock(mutex_);
@@ -55,16 +63,23 @@ class UNNotificationContent {
     const std::lock_guard lock(mutex_);
     std::swap(properties_.*property, value);
   }
+  void replaceAttachments(std::vector<UNNotificationAttachment> attachments);
 
  private:
+  friend class UNMutableNotificationContent;
+
   mutable std::mutex mutex_;
   NotificationProperties properties_;
+  // Shared by all content of one notification.
+  const std::shared_ptr<std::atomic<bool>> closed_ = std::make_shared<std::atomic<bool>>(false);
 };
 
 // Content that may be changed: each property is replaced atomically, from any thread, while others read.
 class UNMutableNotificationContent final : public UNNotificationContent {
  public:
   using UNNotificationContent::UNNotificationContent;
+  UNMutableNotificationContent(NotificationProperties properties, std::shared_ptr<std::atomic<bool>> closed)
+      : UNNotificationContent(std::move(properties), std::move(closed)) {}
 
   // Null when `content` is null.
   static std::shared_ptr<UNMutableNotificationContent> mutableCopy(const UNNotificationContent* content);
@@ -78,7 +93,7 @@ class UNMutableNotificationContent final : public UNNotificationContent {
   }
   void setUserInfo(Dictionary userInfo) { replace(&NotificationProperties::userInfo, std::move(userInfo)); }
   void setAttachments(std::vector<UNNotificationAttachment> attachments) {
-    replace(&NotificationProperties::attachments, std::move(attachments));
+    replaceAttachments(std::move(attachments));
   }
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 
@@ -13,6 +14,10 @@ using ContentHandler = std::function<void(std::shared_ptr<const UNNotificationCo
 // notification and calls both entries on threads of its own choosing.
 class UNNotificationServiceExtension : public std::enable_shared_from_this<UNNotificationServiceExtension> {
  public:
+  // How many notifications one process takes at the same time; an extension that bears more hides it with a
+  // number of its own.
+  static constexpr std::size_t kMostNotificationsAtOnce = 1;
+
   virtual ~UNNotificationServiceExtension() = default;
 
   // Calls the handler with what to show, on any thread. The system shows the first call's content and ignores

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "QXPlatform/files/FileContents.h"
+#include "QXPlatform/foundation/Executable.h"
 #include "QXPlatform/foundation/PropertyList.h"
 
 namespace QXPlatform {
@@ -14,7 +15,7 @@ std::filesystem::path mainDirectory() {
   std::error_code error;
   const char* named = std::getenv("QX_BUNDLE");
   if (named != nullptr && *named != '\0') return std::filesystem::absolute(named, error);
-  return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  return executablePath().parent_path();
 }
 
 Dictionary readInfo(const std::filesystem::path& directory) {

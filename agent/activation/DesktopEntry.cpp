@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "agent/setup/Directories.h"
+#include "agent/environment/Directories.h"
 
 namespace QXAgent {
 

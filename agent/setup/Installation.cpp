@@ -13,7 +13,7 @@
 
 #include "QXPlatform/foundation/JSON.h"
 #include "agent/activation/DesktopEntry.h"
-#include "agent/setup/Directories.h"
+#include "agent/environment/Directories.h"
 
 namespace QXAgent {
 

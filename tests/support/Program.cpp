@@ -5,6 +5,7 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/process.hpp>
 
+#include "QXPlatform/foundation/Executable.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "tests/support/Test.h"
 
@@ -19,7 +20,7 @@ constexpr std::chrono::minutes kLongestRun{2};
 }  // namespace
 
 std::string programPath(std::string_view name) {
-  return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / name).string();
+  return (QXPlatform::executablePath().parent_path() / name).string();
 }
 
 long largestChildMemory() {

@@ -12,6 +12,7 @@
 #include <system_error>
 #include <utility>
 
+#include "QXPlatform/foundation/Executable.h"
 #include "tools/qx/Results.h"
 
 namespace qx {
@@ -21,7 +22,7 @@ namespace {
 // Beside this program in the build tree; installed, among the programs that nobody calls by hand.
 std::filesystem::path drawingProgram() {
   std::error_code ignored;
-  const auto directory = std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path();
+  const auto directory = QXPlatform::executablePath().parent_path();
   auto beside = directory / "qx-carousel";
   if (std::filesystem::exists(beside, ignored)) return beside;
   return directory.parent_path() / QX_LIBEXEC_DIR / "qx-carousel";

@@ -35,6 +35,12 @@ class ExtensionClient {
   QXPlatform::Result<QXPlatform::Dictionary> ask(const QXPlatform::Dictionary& request,
                                                  std::chrono::duration<double> limit);
 
+  // Whether no more answers come.
+  bool hasEnded() const {
+    const std::lock_guard lock(mutex_);
+    return process_.hasEnded();
+  }
+
   // Ends the program's input and waits for it to exit, as long as work in flight may take; then ends it. An
   // error when it did not exit in good order, which exit code 1 is after a refusal. To be called when no
   // ask() is in progress.
@@ -50,7 +56,7 @@ class ExtensionClient {
                                                    std::chrono::duration<double> limit);
   std::optional<QXPlatform::Error> judgeExit(int status) const;
 
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   std::condition_variable changed_;
   QXAgent::ExtensionProcess process_;  // guarded by mutex_
   std::set<std::string> inHand_;       // guarded by mutex_

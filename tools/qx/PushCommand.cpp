@@ -5,12 +5,14 @@
 #include <memory>
 #include <utility>
 
+#include "QXExtensionSDK/runtime/logging/LogLevel.h"
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
-#include "tools/qx/ExtensionClient.h"
+#include "tools/qx/AttachmentsDirectory.h"
+#include "tools/qx/ExtensionRun.h"
 #include "tools/qx/Progress.h"
 #include "tools/qx/PushFiles.h"
 #include "tools/qx/Results.h"
@@ -50,8 +52,10 @@ QXPlatform::PushAnswers pushToBuiltIn(const SimulatorOptions& simulator, const P
                                       const HostBehaviour& host) {
   StandardErrorLogSink sink(simulator.logFormat);
   const QXPlatform::ScopedLogSink logging(sink);
+  const AttachmentsDirectory attachments(options.attachments);
   QXPlatform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
-                                             std::chrono::duration<double>(options.timeLimitSeconds));
+                                             std::chrono::duration<double>(options.timeLimitSeconds),
+                                             attachments.path());
   const auto answers = answerAll(simulator, options, [&](const auto& request) -> Result<Dictionary> {
     return extension.run(request).toJSON();
   });
@@ -67,17 +71,26 @@ void preferBundleOf(const std::filesystem::path& program, const SimulatorOptions
   }
 }
 
+// What a host says for itself counts before what the environment carries to its program.
+void askForLog(const SimulatorOptions& simulator) {
+  setenv("QX_LOG_LEVEL", std::string(QXPlatform::rawValue(simulator.logLevel)).c_str(), 1);
+  setenv("QX_LOG_FORMAT", std::string(QXPlatform::rawValue(simulator.logFormat)).c_str(), 1);
+}
+
 Result<QXPlatform::PushAnswers> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
   preferBundleOf(*options.extension, simulator);
-  const auto process = ExtensionClient::start(
-      *options.extension,
-      {"--time-limit", std::to_string(options.timeLimitSeconds), "--jobs", std::to_string(options.jobs)});
-  if (!process) return process.error();
+  askForLog(simulator);
+  const AttachmentsDirectory attachments(options.attachments);
+  std::vector<std::string> arguments{"--time-limit", std::to_string(options.timeLimitSeconds), "--jobs",
+                                     std::to_string(options.jobs)};
+  if (attachments.path()) arguments.insert(arguments.end(), {"--attachments", *attachments.path()});
+  ExtensionRun program(*options.extension, arguments);
+  if (const auto problem = program.start()) return *problem;
   const auto limit = std::chrono::duration<double>(options.timeLimitSeconds) + kGraceForProgram;
   const auto answers = answerAll(simulator, options, [&](const auto& request) {
-    return (*process)->ask(QXPlatform::notificationRequestToJSON(*request), limit);
+    return program.ask(QXPlatform::notificationRequestToJSON(*request), limit);
   });
-  if (const auto problem = (*process)->finish()) return *problem;
+  if (const auto problem = program.finish()) return *problem;
   return answers;
 }
 

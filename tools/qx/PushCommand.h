@@ -19,6 +19,7 @@ struct PushOptions {
   bool hookHang = false;
   double timeLimitSeconds = 30;
   std::size_t jobs = 1;
+  std::optional<std::string> attachments;  // a directory, or "none"
   std::optional<std::filesystem::path> extension;
 };
 

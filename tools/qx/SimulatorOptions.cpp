@@ -3,15 +3,15 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "QXPlatform/foundation/Executable.h"
+
 namespace qx {
 
 namespace {
 
 // Beside the program's bin directory, in the build tree as well as installed.
 std::filesystem::path installedBundle() {
-  std::error_code ignored;
-  return std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path().parent_path() /
-         "share/qx/Simulator.bundle";
+  return QXPlatform::executablePath().parent_path().parent_path() / "share/qx/Simulator.bundle";
 }
 
 void setEnvironment(const char* name, const std::filesystem::path& value) {

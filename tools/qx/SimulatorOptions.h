@@ -5,14 +5,11 @@
 
 #include "QXExtensionSDK/runtime/logging/LogLevel.h"
 #include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/log/LogOutput.h"
 
 namespace qx {
 
-enum class LogFormat { text, json };
-constexpr auto rawValues(QXPlatform::RawValuesOf<LogFormat>) {
-  return std::to_array<QXPlatform::RawCase<LogFormat>>(
-      {{LogFormat::text, "text"}, {LogFormat::json, "json"}});
-}
+using QXPlatform::LogFormat;
 
 // What every subcommand takes. The bundle may also be named by the environment.
 struct SimulatorOptions {

@@ -16,20 +16,21 @@
 #include <vector>
 
 #include "AppGroupSDK/ExtensionModuleName.h"
-#include "QXExtensionSDK/runtime/Version.h"
-#include "QXPlatform/notifications/PushLines.h"
+#include "QXExtensionSDK/Version.h"
+#include "QXExtensionSDK/runtime/VTQXNotificationService.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "tools/qx/AuthoringCommands.h"
 #include "tools/qx/BackendCommand.h"
 #include "tools/qx/CarouselCommand.h"
 #include "tools/qx/CarouselSteps.h"
 #include "tools/qx/ContextCommands.h"
-#include "tools/qx/DemoCommand.h"
 #include "tools/qx/HostCommands.h"
 #include "tools/qx/PushCommand.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/SendCommand.h"
 #include "tools/qx/SimulatorOptions.h"
+#include "tools/qx/check/CheckCommand.h"
+#include "tools/qx/demo/DemoCommand.h"
 
 namespace {
 
@@ -139,7 +140,8 @@ void addPush(CLI::App& app, Invocation& invocation) {
       app, "push", "Send pushes through the service extension",
       "Example:\n  echo '{\"aps\": {\"alert\": \"Hello\"}, \"_sid\": \"VTQX\"}' | qx push -\n\n"
       "A file is one push; a .ndjson file and standard input hold one a line.\n"
-      "Thumbnails stay where the results' URLs say, in qx-downloads-* under $TMPDIR.",
+      "Thumbnails stay where the results' URLs say: in one directory a run, under the temporary one unless\n"
+      "--attachments names another.",
       invocation, qx::runPush);
   push.add_option("FILE", options.files, "Files with pushes; - or none for standard input")->type_name("");
   push.add_option("--time-limit", options.timeLimitSeconds, "Time limit of the extension, a day at most")
@@ -147,13 +149,17 @@ void addPush(CLI::App& app, Invocation& invocation) {
       ->check(number<double>([](double seconds) { return seconds > 0 && seconds <= kDay; },
                              "must be above 0 and at most a day"))
       ->capture_default_str();
+  constexpr std::size_t kMostJobs = QXExtensionSDK::VTQXNotificationService::kMostNotificationsAtOnce;
   push.add_option("--jobs", options.jobs,
                   "Pushes at the same time, 16 at most: more would wait for each other's threads")
       ->type_name("N")
-      ->check(CLI::Range(std::size_t{1}, QXPlatform::kMostPushesAtOnce).description(""))
+      ->check(CLI::Range(std::size_t{1}, kMostJobs).description(""))
       ->capture_default_str();
+  push.add_option("--attachments", options.attachments,
+                  "Where thumbnails go; \"none\" removes them at the end")
+      ->type_name("DIR");
   auto* program = push.add_option("--extension", options.extension,
-                                  "A host's own service-extension program, which sets its log level itself")
+                                  "A host's own service-extension program; its own log level wins")
                       ->type_name("PROGRAM")
                       ->check(CLI::Validator(CLI::ExistingFile).description(""));
   auto* changes =
@@ -163,11 +169,7 @@ void addPush(CLI::App& app, Invocation& invocation) {
                     ->type_name("REASON");
   auto* hang = push.add_flag("--hook-hang", options.hookHang, "The host's hook never completes");
   auto* noThumbnail = push.add_flag("--no-thumbnail", options.noThumbnail, "The host wants no thumbnails");
-  auto* logLevel = app.get_option("--log-level");
-  auto* logFormat = app.get_option("--log-format");
-  for (auto* builtInOnly : {changes, raise, hang, noThumbnail, logLevel, logFormat}) {
-    program->excludes(builtInOnly);
-  }
+  for (auto* builtInOnly : {changes, raise, hang, noThumbnail}) program->excludes(builtInOnly);
   changes->excludes(raise)->excludes(hang);
   raise->excludes(hang);
 }
@@ -475,6 +477,8 @@ int main(int argc, char** argv) {
   }
   // A reader of our output, or an extension, that goes away is an error to report, not the end.
   std::signal(SIGPIPE, SIG_IGN);
+  // So is a file that may not grow.
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     return run(invocation);
   } catch (const std::exception& error) {

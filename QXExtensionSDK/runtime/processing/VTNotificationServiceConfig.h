@@ -11,8 +11,8 @@ class VTNotificationServiceConfig {
   VTNotificationServiceConfig(LogLevel logLevel, bool shouldShowCarouselThumbnail)
       : logLevel_(logLevel), shouldShowCarouselThumbnail_(shouldShowCarouselThumbnail) {}
 
-  // Used wherever the host says nothing: no log, thumbnails on.
-  static VTNotificationServiceConfig defaultConfig() { return {LogLevel::none, true}; }
+  // Used wherever the host says nothing: the log level that $QX_LOG_LEVEL names, else no log; thumbnails on.
+  static VTNotificationServiceConfig defaultConfig();
 
   LogLevel logLevel() const { return logLevel_; }
   // Whether the carousel's first image is attached to the notification.

@@ -1,22 +1,20 @@
 #include "QXPlatform/libraries/network/DataBody.h"
 
 namespace QXPlatform {
-namespace {
 
-URLError tooLarge() {
-  return {URLError::Code::badServerResponse, "the answer is larger than 16 MB"};
+URLError DataBody::tooLarge() const {
+  return {URLError::Code::badServerResponse,
+          "the answer is larger than " + std::to_string(limit_ >> 20) + " MB"};
 }
 
-}  // namespace
-
 std::optional<URLError> DataBody::expect(std::size_t size) {
-  if (size > kLimit) return tooLarge();
+  if (size > limit_) return tooLarge();
   bytes_.reserve(size);
   return std::nullopt;
 }
 
 std::optional<URLError> DataBody::append(std::string_view bytes) {
-  if (bytes.size() > kLimit - bytes_.size()) return tooLarge();
+  if (bytes.size() > limit_ - bytes_.size()) return tooLarge();
   bytes_ += bytes;
   return std::nullopt;
 }

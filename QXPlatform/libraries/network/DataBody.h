@@ -9,7 +9,7 @@ namespace QXPlatform {
 // Holds the answer in memory, up to a limit that keeps a server from exhausting it.
 class DataBody final : public ResponseBody {
  public:
-  static constexpr std::size_t kLimit = std::size_t{16} << 20;
+  explicit DataBody(std::size_t limit) : limit_(limit) {}
 
   std::optional<URLError> expect(std::size_t size) override;
   std::optional<URLError> append(std::string_view bytes) override;
@@ -18,6 +18,9 @@ class DataBody final : public ResponseBody {
   Data take() { return Data(std::move(bytes_)); }
 
  private:
+  URLError tooLarge() const;
+
+  const std::size_t limit_;
   std::string bytes_;
 };
 

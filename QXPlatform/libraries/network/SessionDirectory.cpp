@@ -2,23 +2,18 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
-#include <utility>
+
+#include "QXPlatform/libraries/network/DownloadDirectory.h"
 
 namespace QXPlatform {
 
-namespace {
-
-// The process's own: what lies in such a directory has been put there by its sessions.
-std::string namePrefix() {
-  return "qx-downloads-" + std::to_string(getpid()) + "-";
+SessionDirectory::SessionDirectory() {
+  DownloadDirectory::shared();
 }
-
-}  // namespace
 
 SessionDirectory::~SessionDirectory() {
   if (!path_.empty()) rmdir(path_.c_str());
@@ -26,29 +21,17 @@ SessionDirectory::~SessionDirectory() {
 
 int SessionDirectory::createFile(std::string& path) {
   const std::lock_guard lock(mutex_);
-  if (path_.empty()) {
-    std::error_code error;
-    std::string directory =
-        (std::filesystem::temp_directory_path(error) / (namePrefix() + "XXXXXX")).native();
-    if (error) {
-      errno = error.value();
-      return -1;
-    }
-    if (mkdtemp(directory.data()) == nullptr) return -1;
-    path_ = std::move(directory);
-  }
+  if (path_.empty()) path_ = DownloadDirectory::shared().makeSubdirectory();
+  if (path_.empty()) return -1;
   std::string file = path_ + "/download-XXXXXX";
-  const int descriptor = mkostemp(file.data(), O_CLOEXEC);
+  int descriptor = mkostemp(file.data(), O_CLOEXEC);
+  // The owner of an earlier file may have removed the directory with it.
+  if (descriptor < 0 && errno == ENOENT && mkdir(path_.c_str(), 0700) == 0) {
+    file = path_ + "/download-XXXXXX";
+    descriptor = mkostemp(file.data(), O_CLOEXEC);
+  }
   if (descriptor >= 0) path = std::move(file);
   return descriptor;
-}
-
-void SessionDirectory::discard(const std::filesystem::path& file) {
-  const std::filesystem::path directory = file.parent_path();
-  if (!directory.filename().native().starts_with(namePrefix())) return;
-  std::error_code ignored;
-  std::filesystem::remove(file, ignored);
-  std::filesystem::remove(directory, ignored);
 }
 
 }  // namespace QXPlatform

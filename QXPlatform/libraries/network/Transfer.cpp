@@ -101,6 +101,8 @@ void Transfer::configureOnce() {
   curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, kBufferSize);
   // The other encodings the library knows need megabytes to decode.
   curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
+  // Nor does it notice that a compressed body has broken off.
+  curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &takeHeader);
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &takeBody);
@@ -119,6 +121,7 @@ std::optional<URLError> Transfer::prepareHop() {
   headerBytes_ = 0;
   headersComplete_ = false;
   bodyBegun_ = false;
+  inflated_.reset();
   bytesMoved_ = 0;
   curl_easy_setopt(easy(), CURLOPT_URL, request_.url.absoluteString().c_str());
   // A proxy of the environment's is for what lies outside.
@@ -225,13 +228,21 @@ std::size_t Transfer::takeBody(char* bytes, std::size_t size, std::size_t count,
 void Transfer::bodyBytes(std::string_view bytes) {
   noteProgress();
   if (redirectTarget()) return;
-  if (!bodyBegun_) {
-    bodyBegun_ = true;
-    curl_off_t size = -1;
-    curl_easy_getinfo(easy(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
-    if (size > 0) take(body_->expect(static_cast<std::size_t>(size)));
+  if (!bodyBegun_) beginBody();
+  if (!error_) take(inflated_ != nullptr ? inflated_->append(bytes) : body_->append(bytes));
+}
+
+void Transfer::beginBody() {
+  bodyBegun_ = true;
+  curl_off_t size = -1;
+  curl_easy_getinfo(easy(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
+  if (size > 0) take(body_->expect(static_cast<std::size_t>(size)));
+  for (const auto& [name, value] : headers_) {
+    if (!error_ && equalsIgnoringCase(name, "Content-Encoding")) {
+      take(inflated_ == nullptr ? InflatedBody::make(value, body_, inflated_)
+                                : URLError{URLError::Code::badServerResponse, "encoded more than once"});
+    }
   }
-  if (!error_) take(body_->append(bytes));
 }
 
 int Transfer::takeProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) {
@@ -271,6 +282,11 @@ std::optional<std::string> Transfer::redirectTarget() const {
 
 bool Transfer::continueAfter(CURLcode code) {
   if (error_) return false;
+  if (code == CURLE_OUT_OF_MEMORY && !headersComplete_) {
+    // What the library says of a line beyond its own bound.
+    error_ = error(URLError::Code::badServerResponse, "a header of more than 100 KB");
+    return false;
+  }
   if (code != CURLE_OK) {
     error_ = error(kindOf(code), curl_easy_strerror(code));
     return false;
@@ -283,7 +299,7 @@ bool Transfer::continueAfter(CURLcode code) {
     error_ = follow(*target, statusCode());
     return !error_;
   }
-  take(body_->finish());
+  take(inflated_ != nullptr ? inflated_->finish() : body_->finish());
   return false;
 }
 
@@ -310,6 +326,7 @@ void Transfer::complete(std::optional<URLError> failed) {
   }
   easy_.reset();
   // Ahead of the completion, which counts on being the body's last owner.
+  inflated_.reset();
   body_.reset();
   std::exchange(completion_, nullptr)(std::move(response), std::move(error_));
 }

@@ -9,6 +9,7 @@
 
 #include "QXPlatform/dispatch/Clock.h"
 #include "QXPlatform/libraries/network/CurlHandles.h"
+#include "QXPlatform/libraries/network/InflatedBody.h"
 #include "QXPlatform/libraries/network/ResponseBody.h"
 #include "QXPlatform/libraries/network/TrustStore.h"
 #include "QXPlatform/network/URLSession.h"
@@ -56,6 +57,7 @@ class Transfer {
 
   void headerLine(std::string_view line);
   void bodyBytes(std::string_view bytes);
+  void beginBody();
   void noteProgress() { lastProgress_ = Clock::current().now(); }
 
   int statusCode() const;
@@ -83,6 +85,7 @@ class Transfer {
   std::size_t headerBytes_ = 0;
   bool headersComplete_ = false;
   bool bodyBegun_ = false;
+  std::unique_ptr<InflatedBody> inflated_;  // there when the body comes compressed
 
   std::optional<URLError> error_;
 };

@@ -4,18 +4,22 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <limits>
+#include <new>
 #include <optional>
 #include <utility>
 
 #include "QXPlatform/dispatch/ThreadName.h"
-#include "QXPlatform/foundation/FatalError.h"
+#include "QXPlatform/log/StandardError.h"
 
 namespace QXPlatform {
 namespace {
 
 // Idle ones; each holds a descriptor and, with TLS, some 50 KB.
 constexpr long kPooledConnections = 6;
+// How often a thread that cannot be woken looks for itself.
+constexpr int kLookMilliseconds = 50;
 
 // Signals are for the host's threads. A broken pipe in particular would otherwise end the process.
 class SignalsBlocked {
@@ -40,51 +44,79 @@ Transport& Transport::shared() {
   return *transport;
 }
 
-Transport::Transport() {
-  if (curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK)
-    fatalError("The network library cannot be initialised.");
-  multi_.reset(curl_multi_init());
-  if (!multi_) fatalError("The network library cannot be initialised.");
-  curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, kPooledConnections);
-  const SignalsBlocked inherited;
-  thread_ = std::thread([this] { run(); });
+bool Transport::isRunning() {
+  if (thread_.joinable()) return true;
+  if (!isInitialised_ && curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) return false;
   // Registered after the library's own handlers, so that the thread is gone before they take TLS down.
-  static_cast<void>(std::atexit([] { shared().stop(); }));
+  if (!std::exchange(isInitialised_, true)) static_cast<void>(std::atexit([] { shared().stop(); }));
+  if (!multi_ && !openMulti()) return false;
+  try {
+    const SignalsBlocked inherited;
+    thread_ = std::thread([this] { run(); });
+  } catch (const std::exception&) {
+    return false;
+  }
+  return true;
+}
+
+bool Transport::openMulti() {
+  MultiHandle opened(curl_multi_init());
+  if (!opened) return false;
+  curl_multi_setopt(opened.get(), CURLMOPT_MAXCONNECTS, kPooledConnections);
+  wakeable_ = curl_multi_wakeup(opened.get()) == CURLM_OK;
+  multi_ = std::move(opened);
+  return true;
 }
 
 void Transport::stop() {
   {
     const std::lock_guard lock(mutex_);
+    if (!thread_.joinable()) return;
     stopping_ = true;
+    curl_multi_wakeup(multi_.get());
   }
-  curl_multi_wakeup(multi_.get());
   thread_.join();
 }
 
-void Transport::start(std::shared_ptr<Transfer> transfer) {
+bool Transport::start(std::shared_ptr<Transfer> transfer) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (!isRunning()) return false;
+  }
   give({Command::Kind::start, std::move(transfer)});
+  return true;
 }
 void Transport::cancel(std::shared_ptr<Transfer> transfer) {
   give({Command::Kind::cancel, std::move(transfer)});
 }
 
 void Transport::give(Command command) {
-  {
-    const std::lock_guard lock(mutex_);
-    commands_.push_back(std::move(command));
-  }
+  const std::lock_guard lock(mutex_);
+  commands_.push_back(std::move(command));
   curl_multi_wakeup(multi_.get());
 }
 
 void Transport::run() {
   setCurrentThreadName("network");
-  while (takeCommands()) {
-    int running = 0;
-    curl_multi_perform(multi_.get(), &running);
-    collectEnded();
-    expireOverdue();
-    curl_multi_poll(multi_.get(), nullptr, 0, pollMilliseconds(), nullptr);
+  bool goesOn = true;
+  while (goesOn) {
+    try {
+      goesOn = takeCommands();
+      if (goesOn) moveOn();
+    } catch (const std::bad_alloc&) {
+      // Whoever waits for the transfer that was at work has a deadline.
+      writeToStandardError("out of memory: a transfer is given up\n");
+    }
   }
+}
+
+void Transport::moveOn() {
+  int running = 0;
+  curl_multi_perform(multi_.get(), &running);
+  collectEnded();
+  expireOverdue();
+  becomeWakeable();
+  curl_multi_poll(multi_.get(), nullptr, 0, pollMilliseconds(), nullptr);
 }
 
 // False when the thread is to end.
@@ -140,15 +172,21 @@ void Transport::expireOverdue() {
   for (const auto& transfer : overdue) finish(transfer.get(), transfer->timeOutError());
 }
 
+void Transport::becomeWakeable() {
+  if (wakeable_ || !active_.empty()) return;
+  const std::lock_guard lock(mutex_);
+  openMulti();
+}
+
 int Transport::pollMilliseconds() const {
-  constexpr int kUntilWoken = std::numeric_limits<int>::max();
-  if (active_.empty()) return kUntilWoken;
+  const int untilWoken = wakeable_ ? std::numeric_limits<int>::max() : kLookMilliseconds;
+  if (active_.empty()) return untilWoken;
   const auto next = std::min_element(active_.begin(), active_.end(), [](const auto& left, const auto& right) {
     return left->deadline() < right->deadline();
   });
   const auto wait =
       std::chrono::ceil<std::chrono::milliseconds>(Clock::current().realTimeUntil((*next)->deadline()));
-  return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(wait.count(), 0, kUntilWoken));
+  return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(wait.count(), 0, untilWoken));
 }
 
 void Transport::finish(const Transfer* transfer, std::optional<URLError> error) {

@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -16,10 +17,12 @@ namespace QXPlatform {
 // Runs every transfer of the process on one thread, over one pool of connections. Any thread may call.
 class Transport {
  public:
-  // Started by the first call, stopped as the process exits: what is in flight then is never completed.
+  // Stopped as the process exits: what is in flight then is never completed.
   static Transport& shared();
 
-  void start(std::shared_ptr<Transfer> transfer);
+  // False when the system gives no thread or memory for the network at the moment: the transfer has not begun
+  // and is never completed.
+  [[nodiscard]] bool start(std::shared_ptr<Transfer> transfer);
   // Completes it with URLError::Code::cancelled, unless it has completed.
   void cancel(std::shared_ptr<Transfer> transfer);
 
@@ -30,24 +33,32 @@ class Transport {
     std::shared_ptr<Transfer> transfer;
   };
 
-  Transport();
+  Transport() = default;
+  bool isRunning();
+  bool openMulti();
   void stop();
   void give(Command command);
 
   void run();
+  void moveOn();
   bool takeCommands();
   void begin(std::shared_ptr<Transfer> transfer);
   void collectEnded();
   void expireOverdue();
+  void becomeWakeable();
   int pollMilliseconds() const;
   void finish(const Transfer* transfer, std::optional<URLError> error);
   bool isActive(const Transfer* transfer) const;
 
-  MultiHandle multi_;
-
   std::mutex mutex_;
-  std::vector<Command> commands_;  // guarded by mutex_
-  bool stopping_ = false;          // guarded by mutex_
+  // Below, guarded by mutex_; the thread alone replaces multi_ and may use it without.
+  MultiHandle multi_;
+  std::vector<Command> commands_;
+  bool stopping_ = false;
+  bool isInitialised_ = false;
+
+  // Whether a call ends the thread's wait; not when descriptors were short as the wait was prepared.
+  std::atomic<bool> wakeable_ = false;
 
   std::vector<std::shared_ptr<Transfer>> active_;  // on the thread alone
   std::thread thread_;

@@ -8,6 +8,7 @@
 #include "QXPlatform/libraries/network/DataBody.h"
 #include "QXPlatform/libraries/network/FileBody.h"
 #include "QXPlatform/libraries/network/Transport.h"
+#include "QXPlatform/log/LogSubject.h"
 
 namespace QXPlatform {
 
@@ -40,15 +41,9 @@ class Task final : public URLSessionTask, public std::enable_shared_from_this<Ta
         deliver_(std::move(deliver)) {}
 
   void resume() override {
-    const std::lock_guard lock(mutex_);
-    if (stage_ != Stage::suspended) return;
-    stage_ = Stage::running;
-    activity_.emplace();
-    transfer_ = std::make_shared<Transfer>(std::move(request_), configuration_, body_,
-                                           [self = shared_from_this()](Response response, Failure error) {
-                                             self->transferEnded(std::move(response), std::move(error));
-                                           });
-    Transport::shared().start(transfer_);
+    if (begin()) return;
+    transferEnded(nullptr, URLError{URLError::Code::cannotConnect,
+                                    "the system has neither thread nor memory for the network"});
   }
 
   void cancel() override {
@@ -64,6 +59,19 @@ class Task final : public URLSessionTask, public std::enable_shared_from_this<Ta
  private:
   enum class Stage { suspended, running, ended };
 
+  // False when there is no network to run it.
+  bool begin() {
+    const std::lock_guard lock(mutex_);
+    if (stage_ != Stage::suspended) return true;
+    stage_ = Stage::running;
+    activity_.emplace();
+    transfer_ = std::make_shared<Transfer>(std::move(request_), configuration_, body_,
+                                           [self = shared_from_this()](Response response, Failure error) {
+                                             self->transferEnded(std::move(response), std::move(error));
+                                           });
+    return Transport::shared().start(transfer_);
+  }
+
   void transferEnded(Response response, Failure error) {
     std::shared_ptr<Transfer> released;
     {
@@ -77,6 +85,7 @@ class Task final : public URLSessionTask, public std::enable_shared_from_this<Ta
 
   void deliver(Response response, Failure error) {
     body_.reset();
+    const ScopedLogSubject subject(subject_);
     queue_.async([call = std::exchange(deliver_, nullptr), response = std::move(response),
                   error = std::move(error)]() mutable { call(std::move(response), std::move(error)); });
   }
@@ -86,6 +95,7 @@ class Task final : public URLSessionTask, public std::enable_shared_from_this<Ta
   URLRequest request_;
   std::shared_ptr<ResponseBody> body_;
   Deliver deliver_;
+  const LogSubject subject_ = currentLogSubject();
   std::optional<Activity> activity_;  // there while running
 
   std::mutex mutex_;
@@ -100,7 +110,7 @@ URLSession::URLSession(URLSessionConfiguration configuration)
 URLSession::~URLSession() = default;
 
 std::shared_ptr<URLSessionTask> URLSession::dataTask(URLRequest request, DataCompletion completion) {
-  auto body = std::make_shared<DataBody>();
+  auto body = std::make_shared<DataBody>(state_->configuration.mostAnswerBytes);
   auto deliver = [body, completion = std::move(completion)](Response response, Failure error) {
     if (error) {
       completion(std::nullopt, nullptr, std::move(error));
@@ -124,10 +134,6 @@ std::shared_ptr<URLSessionTask> URLSession::downloadTask(URLRequest request, Dow
   };
   return std::make_shared<Task>(state_->configuration, state_->queue, std::move(request), std::move(body),
                                 std::move(deliver));
-}
-
-void URLSession::discardDownload(const URL& file) {
-  SessionDirectory::discard(file.filePath());
 }
 
 }  // namespace QXPlatform

@@ -109,6 +109,8 @@ TEST_F(ThumbnailTest, WhateverGoesWrongTheNotificationIsDeliveredWithoutIt) {
     EXPECT_TRUE(push(row.url).attachments.empty()) << row.url;
     EXPECT_EQ(attachmentLines(log->entries()), row.line.empty() ? 0 : 1) << row.url;
     EXPECT_TRUE(row.line.empty() || log->mentions(row.line)) << row.url;
+    const bool isFailure = row.line.starts_with("Attachment ");
+    EXPECT_EQ(log->mentions("Thumbnail not attached: "), isFailure) << row.url;
     // A download that is not taken is removed right after the completion, which delivers, has returned.
     EXPECT_TRUE(support::eventually([this] { return filesLeft() == 0; })) << row.url;
   }

@@ -48,7 +48,7 @@ class NotificationServiceWorkerTest : public testing::Test {
                                            std::make_unique<const ScriptedProvider>(std::move(scripts)));
   }
 
-  const std::shared_ptr<TestService> service_ = std::make_shared<TestService>();
+  std::shared_ptr<TestService> service_ = std::make_shared<TestService>();
   Deliveries deliveries_;
   support::ScopedLogRecorder log_;
 };
@@ -169,9 +169,8 @@ TEST_F(NotificationServiceWorkerTest, ACompletionThatIsDroppedWithoutACallKeepsN
 }
 
 TEST_F(NotificationServiceWorkerTest, ADelegateThatIsGoneIsLogged) {
-  auto gone = std::make_shared<TestService>();
-  const auto worker = NotificationServiceWorker::make(std::shared_ptr<ClientCalling>(gone, gone.get()));
-  gone.reset();
+  const auto worker = makeWorker({});
+  service_.reset();
   EXPECT_EQ(worker->clientProvideConfig().logLevel(), LogLevel::none);
   worker->clientDidReceive(makeRequest({}), nullptr, [](const auto&) { ADD_FAILURE() << "completed"; });
   EXPECT_TRUE(log_->has("Client calling delegate is nil in clientProvideConfig"));

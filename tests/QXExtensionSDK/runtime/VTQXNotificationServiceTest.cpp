@@ -86,6 +86,18 @@ TEST_F(VTQXNotificationServiceTest, ARaisingHookIsAnEmptyChangeSet) {
                                   "VTQXNotificationService exception in client code=index 7 beyond bounds"});
 }
 
+TEST_F(VTQXNotificationServiceTest, AHookThatThrowsAnythingElseEndsTheProcess) {
+  const auto service = std::make_shared<TestService>(
+      VTNotificationServiceConfig(LogLevel::error, true),
+      [](const Content&, const ClientContentHandler&) { throw std::runtime_error("the host's own"); });
+  EXPECT_DEATH(service->callClientDidReceiveRequest(makeRequest({}), nullptr, [](const auto&) {}), "");
+}
+
+TEST_F(VTQXNotificationServiceTest, WithoutAHostsOwnConfigurationTheEnvironmentSetsTheLevel) {
+  const support::ScopedEnvironment level("QX_LOG_LEVEL", "warn");
+  EXPECT_EQ(VTQXNotificationService().vtqxProvideConfig().logLevel(), LogLevel::warn);
+}
+
 TEST_F(VTQXNotificationServiceTest, EveryRequestGetsAWorkerOfItsOwn) {
   const auto service = std::make_shared<TestService>();
   EXPECT_EQ(service->internalWorker(), nullptr);

@@ -1,6 +1,8 @@
 #include "QXPlatform/dispatch/DispatchQueue.h"
 
 #include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "QXPlatform/dispatch/DispatchGroup.h"
 #include "tests/support/Test.h"
@@ -233,6 +235,29 @@ TEST(DispatchQueueDeathTest, AnExceptionThatLeavesAnItemEndsTheProcess) {
       },
       "");
   EXPECT_DEATH(queue.sync([] { throw 1; }), "");
+}
+
+[[noreturn]] void exitAfterAWantOfThreads() {
+  const DispatchQueue queue("serial", Attribute::serial);
+  constexpr uid_t kNobody = 54321;
+  rlimit many{};
+  getrlimit(RLIMIT_NPROC, &many);
+  const rlimit one{1, many.rlim_max};
+  std::promise<void> ran;
+  const bool isLimited = setuid(kNobody) == 0 && setrlimit(RLIMIT_NPROC, &one) == 0;
+  queue.async([&] { ran.set_value(); });
+  const bool ranAtOnce = DispatchQueue::canRun();
+  setrlimit(RLIMIT_NPROC, &many);
+  const bool runs = DispatchQueue::canRun();
+  ran.get_future().wait();
+  std::_Exit(isLimited && !ranAtOnce && runs ? 0 : 1);
+}
+
+TEST(DispatchQueueDeathTest, WithoutAThreadItemsWaitUntilThereIsOne) {
+  // Threads are counted by user, and root's are not.
+  if (geteuid() != 0) GTEST_SKIP() << "cannot become a user without other processes";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(exitAfterAWantOfThreads(), testing::ExitedWithCode(0), "");
 }
 
 TEST(DispatchQueueDeathTest, TheProcessExitsWhateverItsThreadsDo) {

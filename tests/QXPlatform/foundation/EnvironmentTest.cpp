@@ -2,8 +2,9 @@
 
 #include "QXPlatform/foundation/Bundle.h"
 #include "QXPlatform/foundation/Device.h"
+#include "QXPlatform/foundation/Executable.h"
 #include "QXPlatform/foundation/Locale.h"
-#include "QXPlatform/linux/OSRelease.h"
+#include "QXPlatform/foundation/OSRelease.h"
 #include "tests/support/Test.h"
 
 namespace QXPlatform {
@@ -40,7 +41,7 @@ TEST(BundleTest, IsEmptyWithoutAReadableInfoFile) {
 
 TEST(BundleTest, TheMainBundleIsTheOneNamedElseWhereTheExecutableLies) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const auto executable = std::filesystem::canonical("/proc/self/exe").parent_path();
+  const auto executable = executablePath().parent_path();
   EXPECT_EXIT(exitAfterComparing("/no/such/bundle", "/no/such/bundle"), testing::ExitedWithCode(0), "");
   EXPECT_EXIT(exitAfterComparing(std::nullopt, executable), testing::ExitedWithCode(0), "");
   EXPECT_EXIT(exitAfterComparing("", executable), testing::ExitedWithCode(0), "");

@@ -1,14 +1,21 @@
 #include "QXPlatform/log/Log.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include "QXPlatform/linux/JournalStream.h"
+#include "QXPlatform/dispatch/DispatchGroup.h"
+#include "QXPlatform/dispatch/DispatchQueue.h"
+#include "QXPlatform/foundation/Date.h"
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/log/LogOutput.h"
+#include "QXPlatform/log/LogSubject.h"
 #include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {
+
+// Of a line that begins with 2024-05-01T09:03:07.250Z.
+double secondsOfDay(const std::string& line) {
+  return std::stod(line.substr(11, 2)) * 3600 + std::stod(line.substr(14, 2)) * 60 +
+         std::stod(line.substr(17, 6));
+}
 
 TEST(LogTest, WithoutASinkEachRecordIsOneLineOnStandardError) {
   const std::vector<std::pair<std::string, std::string>> table{
@@ -19,14 +26,39 @@ TEST(LogTest, WithoutASinkEachRecordIsOneLineOnStandardError) {
       {std::string("nul\0inside", 10), "nul\\x00inside"},
       {"umlaut \xC3\xA4, C1 \xC2\x9B"
        "2J, no-break space \xC2\xA0, cut \xC2",
-       "umlaut \xC3\xA4, C1 \\x9b2J, no-break space \xC2\xA0, cut \xC2"},
+       "umlaut \xC3\xA4, C1 \\x9b2J, no-break space \xC2\xA0, cut \xEF\xBF\xBD"},
+      {"stray \xFF, cut \xE2\x82", "stray \xEF\xBF\xBD, cut \xEF\xBF\xBD"},
       {std::string(100'000, 'x'), std::string(100'000, 'x')},
   };
   for (const auto& [message, shown] : table) {
     testing::internal::CaptureStderr();
     os_log({"ServiceExtension", "Network", LogType::error, message});
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "[error] ServiceExtension Network: " + shown + "\n");
+    const std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(line.substr(24), " [error] ServiceExtension Network: " + shown + "\n");
+    EXPECT_NEAR(secondsOfDay(line), std::fmod(Date::now().secondsSince1970, 86400), 60) << line;
   }
+}
+
+// Through work items and groups, however many threads there are.
+TEST(LogTest, ALineInJSONSaysWhichThreadWroteItAndForWhichPush) {
+  const DispatchQueue queue("log", DispatchQueue::Attribute::concurrent);
+  const DispatchGroup group;
+  const auto line = [] {
+    const std::string text = logLine({"s", "c", LogType::error, "m\n\xFF"}, LogFormat::json);
+    return parseJSON(text)->dictionary().value();
+  };
+  std::promise<Dictionary> logged;
+  {
+    const ScopedLogSubject subject(std::make_shared<const std::string>("push-1"));
+    queue.async(group, [&] { queue.async([&] { logged.set_value(line()); }); });
+  }
+  const Dictionary inside = logged.get_future().get();
+  EXPECT_EQ(inside.find("push")->string(), "push-1");
+  EXPECT_EQ(inside.find("message")->string(), "m\n\xEF\xBF\xBD");
+  EXPECT_EQ(inside.find("time")->string()->size(), 24U);
+  const Dictionary outside = line();
+  EXPECT_EQ(outside.find("push"), nullptr);
+  EXPECT_NE(outside.find("thread")->integer(), inside.find("thread")->integer());
 }
 
 TEST(LogTest, TheInnermostSinkGetsTheRecords) {
@@ -82,21 +114,6 @@ TEST(LogTest, AScopeThatEndsWaitsForCallsInProgress) {
   stop = true;
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(calls, logged);
-}
-
-TEST(LogTest, RecognisesTheJournalByDeviceAndInode) {
-  const int file = open("/dev/null", O_RDWR | O_CLOEXEC);
-  ASSERT_GE(file, 0);
-  struct stat status {};
-  ASSERT_EQ(fstat(file, &status), 0);
-  const std::string device = std::to_string(status.st_dev);
-  const std::string inode = std::to_string(status.st_ino);
-  EXPECT_TRUE(isJournalStream(device + ":" + inode, file));
-  const std::vector<std::string> others{
-      "", ":", device, device + ":", device + ":" + inode + "0", inode + ":" + device + ":", "x:y"};
-  for (const std::string& other : others) EXPECT_FALSE(isJournalStream(other, file)) << other;
-  close(file);
-  EXPECT_FALSE(isJournalStream(device + ":" + inode, file));
 }
 
 }  // namespace

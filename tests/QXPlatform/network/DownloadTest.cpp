@@ -1,8 +1,12 @@
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/network/DownloadedFile.h"
 #include "tests/support/Exchange.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
@@ -46,7 +50,6 @@ mode_t modeOf(const fs::path& path) {
 
 TEST_F(DownloadTest, TheFileIsTheReceiversDuringTheCompletionOnly) {
   const LoopbackServer server;
-  EXPECT_TRUE(fs::is_empty(temporary_.path()));
   const auto outcome = download(server.url("/files/night.png"), [](const fs::path& file) {
                          EXPECT_EQ(modeOf(file), 0600U);
                          EXPECT_EQ(modeOf(file.parent_path()), 0700U);
@@ -55,21 +58,42 @@ TEST_F(DownloadTest, TheFileIsTheReceiversDuringTheCompletionOnly) {
   EXPECT_EQ(outcome.fileContent, backend::panels()[3].bytes);
   settle();
   EXPECT_FALSE(fs::exists(outcome.file->filePath()));
-  EXPECT_EQ(fs::path(outcome.file->filePath()).parent_path().parent_path(), temporary_.path());
+  const fs::path all = fs::path(outcome.file->filePath()).parent_path().parent_path();
+  EXPECT_EQ(all.parent_path(), temporary_.path());
   session_.reset();
-  EXPECT_TRUE(fs::is_empty(temporary_.path()));
+  EXPECT_TRUE(fs::is_empty(all));
 }
 
-TEST_F(DownloadTest, AFileMovedWithinItsDirectorySurvivesTheSession) {
+TEST_F(DownloadTest, AFileMovedWithinItsDirectoryGoesWithItsLastOwner) {
   const LoopbackServer server;
-  fs::path moved;
-  download(server.url("/files/night.png"), [&moved](const fs::path& file) {
-    moved = file.parent_path() / "night.png";
-    fs::rename(file, moved);
-  }).wait();
-  settle();
-  session_.reset();
-  EXPECT_EQ(fs::file_size(moved), backend::panels()[3].bytes.size());
+  for (int round = 0; round < 2; ++round) {
+    fs::path moved;
+    std::shared_ptr<DownloadedFile> owner;
+    download(server.url("/files/night.png"), [&](const fs::path& file) {
+      moved = file.parent_path() / "night.png";
+      fs::rename(file, moved);
+      owner = DownloadedFile::owner(URL::file(moved.native()));
+    }).wait();
+    settle();
+    EXPECT_EQ(DownloadedFile::owner(URL::file(moved.native())), owner);
+    owner.reset();
+    EXPECT_FALSE(fs::exists(moved.parent_path())) << "and the session can make it again";
+  }
+  const std::string foreign = temporary_.write("night.png", "the host's own");
+  EXPECT_EQ(DownloadedFile::owner(URL::file(foreign)), nullptr);
+}
+
+TEST_F(DownloadTest, WhatAKilledProcessHasLeftIsRemovedByTheNext) {
+  for (const char* name : {"qx-downloads-killed", "qx-downloads-living"}) {
+    fs::create_directory(temporary_.path(name));
+    temporary_.write(std::string(name) + "/download-1", "half of a pict");
+  }
+  const FileDescriptor living(open(temporary_.path("qx-downloads-living").c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(living.get(), LOCK_EX), 0);
+  const LoopbackServer server;
+  download(server.url("/files/night.png")).wait();
+  EXPECT_FALSE(fs::exists(temporary_.path("qx-downloads-killed")));
+  EXPECT_TRUE(fs::exists(temporary_.path("qx-downloads-living/download-1")));
 }
 
 TEST_F(DownloadTest, AnEmptyAnswerAndAFailedStatusAreFilesToo) {
@@ -90,24 +114,24 @@ TEST_F(DownloadTest, ABrokenTransferLeavesNothing) {
   EXPECT_EQ(outcome.file, std::nullopt);
   settle();
   session_.reset();
-  EXPECT_TRUE(fs::is_empty(temporary_.path()));
+  for (const auto& all : fs::directory_iterator(temporary_.path())) EXPECT_TRUE(fs::is_empty(all));
 }
 
 TEST_F(DownloadTest, AFullDiskIsAnError) {
+  const LoopbackServer server;
+  {
+    const support::ScopedEnvironment gone("TMPDIR", "/nonexistent");
+    EXPECT_EQ(download(server.url("/files/night.png")).wait().code(), Code::cannotWriteFile);
+  }
   // A limit on the size of files stands for the disk's end: both fail in write().
   signal(SIGXFSZ, SIG_IGN);
   rlimit before{};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
   const rlimit small{4096, before.rlim_max};
-  const LoopbackServer server;
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
   const auto outcome = download(server.url("/files/night.png")).wait();
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
   EXPECT_EQ(outcome.code(), Code::cannotWriteFile);
-
-  const support::ScopedEnvironment gone("TMPDIR", "/nonexistent");
-  session_.emplace(URLSessionConfiguration{});
-  EXPECT_EQ(download(server.url("/files/night.png")).wait().code(), Code::cannotWriteFile);
 }
 
 }  // namespace

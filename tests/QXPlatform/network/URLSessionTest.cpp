@@ -1,6 +1,10 @@
 #include "QXPlatform/network/URLSession.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/files/FileDescriptor.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/Exchange.h"
 #include "tests/support/Test.h"
@@ -122,6 +126,7 @@ TEST(URLSessionTest, PassesEveryStatusOnWithItsBody) {
 }
 
 TEST(URLSessionTest, ABrokenAnswerIsAnError) {
+  const std::string zipped = support::gzipped("a longer body");
   const std::pair<Response, Code> table[] = {
       {{.fault = Fault::closeWithoutAnswer}, Code::connectionLost},
       {{.body = "body", .fault = Fault::resetInHeaders}, Code::connectionLost},
@@ -129,6 +134,12 @@ TEST(URLSessionTest, ABrokenAnswerIsAnError) {
       {{.body = "a longer body", .fault = Fault::truncatedBody}, Code::connectionLost},
       {{.body = "a longer body", .chunked = true, .fault = Fault::truncatedBody}, Code::connectionLost},
       {{.headers = {{"Content-Encoding", "gzip"}}, .body = "not gzip"}, Code::badServerResponse},
+      {{.headers = {{"Content-Encoding", "gzip"}}, .body = zipped.substr(0, zipped.size() / 2)},
+       Code::connectionLost},
+      {{.headers = {{"Content-Encoding", "gzip"}}, .body = zipped.substr(0, zipped.size() - 1)},
+       Code::connectionLost},
+      {{.headers = {{"Content-Encoding", "br"}}, .body = "anything"}, Code::badServerResponse},
+      {{.headers = {{"X-Huge", std::string(120'000, 'x')}}}, Code::badServerResponse},
       {{.headers = {{"X-Large", std::string(90'000, 'x')},
                     {"X-Larger", std::string(90'000, 'x')},
                     {"X-Largest", std::string(90'000, 'x')}}},
@@ -147,16 +158,27 @@ TEST(URLSessionTest, ABrokenAnswerIsAnError) {
 
 TEST(URLSessionTest, UnpacksTheBody) {
   const std::string text(100'000, 'z');
-  const LoopbackServer server = answering({.headers = {{"Content-Encoding", "gzip"}}, .body = gzipped(text)});
-  EXPECT_EQ(load(server.url()).data, Data(text));
-  EXPECT_EQ(server.requests().at(0).header("Accept-Encoding"), "gzip, deflate");
+  const struct {
+    const char* encoding;
+    std::string body;
+  } table[] = {{"gzip", support::gzipped(text)},
+               {"X-GZIP", support::gzipped(text)},
+               {"deflate", support::deflateRaw(text, MAX_WBITS)},
+               {"deflate", support::deflateRaw(text)},
+               {"identity", text}};
+  for (const auto& row : table) {
+    const LoopbackServer server =
+        answering({.headers = {{"Content-Encoding", row.encoding}}, .body = row.body});
+    EXPECT_EQ(load(server.url()).data, Data(text)) << row.encoding;
+    EXPECT_EQ(server.requests().at(0).header("Accept-Encoding"), "gzip, deflate");
+  }
 }
 
 TEST(URLSessionTest, ABodyIsHeldUpToALimit) {
   const LoopbackServer large = answering({.body = std::string(std::size_t{10} << 20, 'x')});
   EXPECT_EQ(load(large.url()).data->size(), std::size_t{10} << 20);
 
-  const std::string bomb = gzipped(std::string(std::size_t{17} << 20, '\0'));
+  const std::string bomb = support::gzipped(std::string(std::size_t{17} << 20, '\0'));
   const LoopbackServer bombing = answering({.headers = {{"Content-Encoding", "gzip"}}, .body = bomb});
   EXPECT_EQ(load(bombing.url()).code(), Code::badServerResponse);
 }
@@ -300,6 +322,25 @@ TEST(URLSessionDeathTest, TheProcessMayEndWithATransferInFlight) {
         exit(0);
       },
       testing::ExitedWithCode(0), "");
+}
+
+[[noreturn]] void exitAfterAWantOfDescriptors() {
+  const LoopbackServer server = answering({.body = "answer"});
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const FileDescriptor lowest(dup(STDERR_FILENO));
+  const rlimit none{static_cast<rlim_t>(lowest.get()), before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  const bool failed = load(server.url()).error.has_value();
+  setrlimit(RLIMIT_NOFILE, &before);
+  const bool goesOn = load(server.url()).status() == 200;
+  std::exit(failed && goesOn ? 0 : 1);
+}
+
+// Neither the thread, nor who waits for it at the exit, is left waiting for a call that cannot come.
+TEST(URLSessionDeathTest, AfterAWantOfDescriptorsTransfersGoOnAndTheProcessEnds) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(exitAfterAWantOfDescriptors(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "QXPlatform/libraries/network/SessionDirectory.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "QXPlatform/notifications/UNNotificationAttachment.h"
 #include "QXPlatform/notifications/UNNotificationContent.h"
@@ -169,11 +168,9 @@ class LateExtension final : public UNNotificationServiceExtension {
   std::promise<ContentHandler> handler_;
 };
 
-std::shared_ptr<const UNNotificationContent> contentTitled(
-    std::string title, std::vector<UNNotificationAttachment> attachments = {}) {
+std::shared_ptr<const UNNotificationContent> contentTitled(std::string title) {
   NotificationProperties properties;
   properties.title = std::move(title);
-  properties.attachments = std::move(attachments);
   return std::make_shared<const UNNotificationContent>(std::move(properties));
 }
 
@@ -219,33 +216,6 @@ TEST_F(ServiceExtensionHostTest, WhoIsToldThatTheTimeWillExpireHasTheLastSecondF
     EXPECT_EQ(result.content.title, row.title);
     EXPECT_LE(result.elapsed, std::chrono::seconds(30));
   }
-}
-
-TEST_F(ServiceExtensionHostTest, OfWhatComesTooLateOnlyDownloadsAreRemoved) {
-  const std::string image = "\x89PNG\r\n\x1a\n";
-  const support::TemporaryDirectory temporary;
-  std::filesystem::create_directory(temporary.path("album"));
-  const std::filesystem::path own = temporary.write("album/own.png", image);
-  SessionDirectory session;
-  std::string download;
-  const int descriptor = session.createFile(download);
-  ASSERT_GE(descriptor, 0);
-  ASSERT_EQ(write(descriptor, image.data(), image.size()), static_cast<ssize_t>(image.size()));
-  close(descriptor);
-  const std::filesystem::path thumbnail = std::filesystem::path(download).replace_filename("thumbnail.png");
-  std::filesystem::rename(download, thumbnail);
-
-  const auto tooLate = contentTitled(
-      "too late", {*UNNotificationAttachment::make("own", URL::file(own.native())),
-                   *UNNotificationAttachment::make("thumbnail", URL::file(thumbnail.native()))});
-  auto running = run([&](const ContentHandler& handler) {
-    handler(contentTitled("in time"));
-    handler(tooLate);
-  });
-  clock_.advance(std::chrono::seconds(29));
-  EXPECT_EQ(running.get().content.title, "in time");
-  EXPECT_TRUE(support::eventually([&] { return !std::filesystem::exists(thumbnail.parent_path()); }));
-  EXPECT_TRUE(std::filesystem::exists(own));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // `qx push` as a program: arguments, standard streams, exit codes.
 
+#include "QXPlatform/foundation/JSON.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Program.h"
 #include "tests/support/Test.h"
@@ -50,6 +51,8 @@ TEST(PushCommandTest, ABadgeIsAWholeNumberHoweverItIsWritten) {
 }
 
 TEST(PushCommandTest, ACarouselGetsItsThumbnailUnlessTheHostWantsNone) {
+  const support::TemporaryDirectory temporary;
+  const support::ScopedEnvironment environment("TMPDIR", temporary.path());
   const backend::LoopbackServer server;
   const std::string input = R"({"aps":{"alert":"Hi"},"_sid":"VTQX","_rf":)" +
                             support::carousel(support::plainPanels(1, server.url("/files/sunrise.png"))) +
@@ -62,7 +65,6 @@ TEST(PushCommandTest, ACarouselGetsItsThumbnailUnlessTheHostWantsNone) {
   EXPECT_EQ(shown.elements()[0].find("identifier")->string(), "SomeAttachmentId");
   const auto url = QXPlatform::URL::parse(*shown.elements()[0].find("url")->string());
   EXPECT_TRUE(std::filesystem::exists(url->filePath()));
-  std::filesystem::remove_all(std::filesystem::path(url->filePath()).parent_path());
   EXPECT_TRUE(attachments({"--no-thumbnail"}).elements().empty());
 }
 
@@ -101,9 +103,10 @@ TEST(PushCommandTest, TheHostsHookDoesAsTold) {
   const auto raised =
       push({"-", "--hook-raise", "out of range", "--log-level", "error", "--log-format", "json"}, input);
   EXPECT_EQ(raised.exitCode, 0);
-  EXPECT_EQ(raised.errors,
-            "{\"category\":\"ServiceGeneral\",\"message\":\"VTQXNotificationService exception in client "
-            "code=out of range\",\"subsystem\":\"ServiceExtension\",\"type\":\"error\"}\n");
+  const auto logged = QXPlatform::parseJSON(raised.errors)->dictionary().value();
+  EXPECT_EQ(logged.find("message")->string(),
+            "VTQXNotificationService exception in client code=out of range");
+  EXPECT_EQ(logged.find("push")->string(), "i");
 
   const auto start = std::chrono::steady_clock::now();
   const auto hung = push({"-", "--hook-hang", "--time-limit", "0.3"}, input);
@@ -183,6 +186,124 @@ TEST(PushCommandTest, WhatAProgramRefusesIsAnsweredInItsPlaceAndTheRestGoOn) {
   EXPECT_EQ(lines[1].find("error")->string(), "too odd");
   EXPECT_EQ(lines[1].find("line")->integer(), 3);
   EXPECT_EQ(lines[2].find("identifier")->string(), "c");
+}
+
+TEST(PushCommandTest, AProgramThatDiesCostsOneAnswerAndIsStartedAgain) {
+  const support::TemporaryDirectory directory;
+  const std::string program =
+      shellProgram(directory, "dies-of-bad-ones",
+                   "while read -r line; do case $line in *bad*) kill -ABRT $$;; esac\n"
+                   "echo '{\"identifier\":\"same\",\"outcome\":\"delivered\",\"content\":{}}'; done");
+  std::string input;
+  for (const char* title : {"one", "bad", "two", "bad", "three"}) {
+    input += R"({"identifier":"same","content":{"title":")" + std::string(title) + "\"}}\n";
+  }
+  const auto result = push({"-", "--extension", program}, input);
+  EXPECT_EQ(result.exitCode, 1);
+  const auto lines = result.lines();
+  ASSERT_EQ(lines.size(), 5U);
+  for (std::size_t i = 0; i < lines.size(); ++i) EXPECT_EQ(lines[i].contains("error"), i == 1 || i == 3) << i;
+  EXPECT_EQ(result.errors,
+            "qx push: the extension ended with signal 6; the next push starts it again\n"
+            "qx push: the extension ended with signal 6; the next push starts it again\n"
+            "qx push: 2 pushes were refused; the answers say which and why\n");
+}
+
+// What a push of this system's with a thumbnail looks like, one a line.
+std::string pushesWithThumbnail(const backend::LoopbackServer& server, int count) {
+  std::string input;
+  for (int i = 0; i < count; ++i) {
+    input += R"({"identifier":"i)" + std::to_string(i) +
+             R"(","content":{"userInfo":{"_sid":"VTQX","_rf":{"vt":{"it":[{"md":{"ul":")" +
+             server.url("/files/night.png") + "\"}}]}}}}}\n";
+  }
+  return input;
+}
+
+TEST(PushCommandTest, AttachmentsLieInOneDirectoryWhereTheyAreToldTo) {
+  const backend::LoopbackServer server;
+  const std::string program = support::programPath("example-service-extension");
+  for (const std::vector<std::string>& extension : {{}, std::vector<std::string>{"--extension", program}}) {
+    for (const std::string option : {"", "none", "named"}) {
+      const support::TemporaryDirectory temporary;
+      const support::TemporaryDirectory elsewhere;
+      const support::ScopedEnvironment environment("TMPDIR", temporary.path());
+      std::vector<std::string> arguments{"-", "--jobs", "3"};
+      arguments.insert(arguments.end(), extension.begin(), extension.end());
+      if (!option.empty()) {
+        const std::string where = option == "none" ? option : elsewhere.path(option);
+        arguments.insert(arguments.end(), {"--attachments", where});
+      }
+      const auto result = push(arguments, pushesWithThumbnail(server, 6));
+      EXPECT_EQ(result.exitCode, 0) << result.errors;
+      std::set<std::filesystem::path> files;
+      std::set<std::filesystem::path> directories;
+      for (const Dictionary& line : result.lines()) {
+        const auto& attachments = line.find("content")->find("attachments")->elements();
+        ASSERT_EQ(attachments.size(), 1U);
+        const std::string url(*attachments[0].find("url")->string());
+        const std::filesystem::path file = url.substr(std::string("file://").size());
+        EXPECT_EQ(std::filesystem::exists(file), option != "none");
+        files.insert(file);
+        directories.insert(file.parent_path());
+      }
+      EXPECT_EQ(files.size(), 6U);
+      EXPECT_EQ(directories.size(), 1U);
+      const std::filesystem::directory_iterator left(temporary.path());
+      EXPECT_EQ(std::distance(begin(left), end(left)), option.empty() ? 1 : 0) << option;
+      EXPECT_EQ(directories.contains(elsewhere.path("named")), option == "named");
+    }
+  }
+}
+
+TEST(PushCommandTest, TheLogOfAProgramTakesTheFormatAskedFor) {
+  const std::string input =
+      R"({"identifier":"i0","content":{"userInfo":{"_sid":"VTQX","_rf":{"vt":{"it":[{"md":{"ul":"ftp://a/b.png"}}]}}}}})";
+  const auto result = push({"-", "--extension", support::programPath("example-service-extension"),
+                            "--log-level", "debug", "--log-format", "json"},
+                           input);
+  std::istringstream errors(result.errors);
+  bool thumbnailFailed = false;
+  for (std::string text; std::getline(errors, text);) {
+    const auto line = QXPlatform::parseJSON(text)->dictionary().value();
+    EXPECT_NE(line.find("type")->string(), "debug") << "the program's own level is error";
+    EXPECT_EQ(line.find("push")->string(), "i0") << text;
+    thumbnailFailed |= line.find("message")->string()->starts_with("Thumbnail not attached: ");
+  }
+  EXPECT_TRUE(thumbnailFailed) << result.errors;
+}
+
+// Beside the answers there are two connections, two trees and the push itself.
+TEST(PushCommandTest, WhateverABackEndAnswersAPushTakesLittleMemory) {
+  constexpr long kMostKilobytes = 20 * 1024;
+  std::string widest = "[[]";
+  while (widest.size() < 1'000'000) widest += ",[]";
+  for (const std::string& body : {widest + "]", std::string(std::size_t{8} << 20, '[')}) {
+    const backend::LoopbackServer server({.body = body});
+    const support::TemporaryDirectory groups;
+    const auto qx = [&](std::vector<std::string> arguments, const std::string& input = {}) {
+      arguments.insert(arguments.begin(), {"--groups-root", groups.path()});
+      // By a program of its own: a child's peak begins with what its parent has in memory.
+      arguments.insert(arguments.begin(), {"-f", "%M", support::programPath("qx")});
+      auto result = runProgram("/usr/bin/time", arguments, input);
+      EXPECT_EQ(result.exitCode, 0) << result.errors;
+      return result;
+    };
+    qx({"host", "init"});
+    qx({"host", "set-device", "--base-url", server.url(), "--application-id", "A", "--device-id", "D",
+        "--access-token", "TOK", "--sdk-version", "1", "--subscriber-token", "S", "--tenant-id", "T",
+        "--session-id", "S"});
+    qx({"host", "receipts", "on"});
+    for (const char* module : {"quorixEngagement", "mobileAppMessaging"})
+      qx({"host", "map-app", module, "A"});
+    const auto context = qx({"context", "encode", "--source", "1", "--destinations", "3"}).lines();
+    ASSERT_EQ(context.size(), 1U);
+    const std::string co(context[0].find("context")->string().value_or(""));
+    const auto pushed = qx(
+        {"push"}, R"({"aps":{},"_sid":"VTQX","_co":")" + co + R"(","_m":"m1","_mt":"t","_r":"r","_pb":"b"})");
+    EXPECT_EQ(server.requests().size(), 2U) << co;
+    EXPECT_LT(std::stol(pushed.errors), kMostKilobytes);
+  }
 }
 
 TEST(PushCommandTest, ResultsKeepTheOrderOfTheInputEvenWithOneIdentifier) {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "QXExtensionSDK/runtime/Version.h"
+#include "QXExtensionSDK/Version.h"
 
 namespace qx {
 

@@ -1,4 +1,4 @@
-#include "QXExtensionSDK/runtime/Version.h"
+#include "QXExtensionSDK/Version.h"
 
 namespace QXExtensionSDK {
 

@@ -1,3 +1,5 @@
+#include "tools/qx/check/CheckCommand.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -7,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "tools/qx/AuthoringCommands.h"
 #include "tools/qx/EachPush.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/SimulatedLog.h"

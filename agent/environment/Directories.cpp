@@ -1,4 +1,4 @@
-#include "agent/setup/Directories.h"
+#include "agent/environment/Directories.h"
 
 #include <cstdlib>
 #include <sstream>

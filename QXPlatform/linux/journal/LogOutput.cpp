@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "QXPlatform/linux/JournalStream.h"
+#include "QXPlatform/log/LogSubject.h"
 #include "QXPlatform/log/StandardError.h"
 
 namespace QXPlatform {
@@ -33,11 +33,18 @@ int journalPriority(LogType type) {
   return LOG_NOTICE;
 }
 
+// The stream to the journal is named by "device:inode".
+bool isStandardError(std::string_view journalStream) {
+  struct stat status {};
+  if (fstat(STDERR_FILENO, &status) != 0) return false;
+  return journalStream == std::to_string(status.st_dev) + ':' + std::to_string(status.st_ino);
+}
+
 // Asked once: the environment is not to be read while other threads may change it.
 bool runsUnderJournal() {
   static const bool answer = [] {
     const char* const stream = std::getenv("JOURNAL_STREAM");
-    return stream != nullptr && isJournalStream(stream, STDERR_FILENO);
+    return stream != nullptr && isStandardError(stream);
   }();
   return answer;
 }
@@ -49,29 +56,28 @@ std::string field(std::string_view name, std::string_view value) {
 }
 
 bool sendToJournal(const LogRecord& record) {
-  std::array<std::string, 5> fields{
+  const LogSubject subject = currentLogSubject();
+  std::array<std::string, 6> fields{
       field("MESSAGE", record.message),
       field("PRIORITY", std::to_string(journalPriority(record.type))),
       field("QX_SUBSYSTEM", record.subsystem),
       field("QX_CATEGORY", record.category),
       field("QX_TYPE", logTypeName(record.type)),
+      field("QX_PUSH", subject == nullptr ? "" : *subject),
   };
-  std::array<iovec, 5> pieces{};
+  std::array<iovec, 6> pieces{};
   for (std::size_t i = 0; i < fields.size(); ++i) pieces[i] = {fields[i].data(), fields[i].size()};
-  return sd_journal_sendv(pieces.data(), static_cast<int>(pieces.size())) >= 0;
+  // The last is only there where there is something to say.
+  const std::size_t count = subject == nullptr ? pieces.size() - 1 : pieces.size();
+  return sd_journal_sendv(pieces.data(), static_cast<int>(count)) >= 0;
 }
 
 }  // namespace
 
-bool isJournalStream(std::string_view journalStream, int descriptor) {
-  struct stat status {};
-  if (fstat(descriptor, &status) != 0) return false;
-  return journalStream == std::to_string(status.st_dev) + ':' + std::to_string(status.st_ino);
-}
-
 void writeToSystemLog(const LogRecord& record) {
-  if (runsUnderJournal() && sendToJournal(record)) return;
-  writeToStandardError(logLine(record));
+  const auto format = requestedLogFormat();
+  if (!format && runsUnderJournal() && sendToJournal(record)) return;
+  writeToStandardError(logLine(record, format.value_or(LogFormat::text)));
 }
 
 }  // namespace QXPlatform

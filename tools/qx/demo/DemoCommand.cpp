@@ -1,4 +1,4 @@
-#include "tools/qx/DemoCommand.h"
+#include "tools/qx/demo/DemoCommand.h"
 
 #include <array>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "QXPlatform/linux/OSRelease.h"
+#include "QXPlatform/foundation/OSRelease.h"
 
 #include <algorithm>
 

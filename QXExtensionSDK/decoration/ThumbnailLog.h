@@ -1,0 +1,14 @@
+#pragma once
+
+#include "QXExtensionSDK/runtime/logging/Logger.h"
+
+namespace QXExtensionSDK {
+
+// The one line on a missing thumbnail that a developer who logs errors gets to see; what went wrong on the
+// way is logged as detail beside it.
+template <typename Reason>
+void logThumbnailNotAttached(const Reason& reason) {
+  Logger::service().error(LogCategory::serviceGeneral, "Thumbnail not attached: ", reason);
+}
+
+}  // namespace QXExtensionSDK

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "QXPlatform/files/FileDescriptor.h"
+
+namespace QXPlatform {
+
+// The one directory under the system's temporary directory that holds all that this process's sessions
+// download: made with the first file, with mode 0700, and removed with all that is left in it when the
+// process exits. Making it removes those of processes that were killed. Any thread.
+class DownloadDirectory {
+ public:
+  static DownloadDirectory& shared();
+
+  // A new directory inside it; empty, with errno, on failure.
+  std::string makeSubdirectory();
+  // Whether the file lies inside it, as written.
+  bool contains(const std::filesystem::path& file) const;
+
+ private:
+  DownloadDirectory();
+  bool make();
+  void removeAll();
+
+  mutable std::mutex mutex_;
+  // Below, guarded by mutex_.
+  std::string path_;                    // empty until it is made
+  std::optional<FileDescriptor> held_;  // locked for as long as the process lives
+  unsigned long made_ = 0;
+};
+
+}  // namespace QXPlatform

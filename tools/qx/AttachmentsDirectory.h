@@ -1,0 +1,27 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace qx {
+
+// Where the attachments of a run's results go: a directory that the user names, or one for this run under the
+// temporary one, which goes again when nothing has come into it or, with "none", whatever has.
+class AttachmentsDirectory {
+ public:
+  explicit AttachmentsDirectory(const std::optional<std::string>& option);
+  ~AttachmentsDirectory();
+  AttachmentsDirectory(const AttachmentsDirectory&) = delete;
+  AttachmentsDirectory& operator=(const AttachmentsDirectory&) = delete;
+
+  // Nothing when no temporary directory can be made; then the extension finds a place of its own.
+  const std::optional<std::filesystem::path>& path() const { return path_; }
+
+ private:
+  const bool isNamed_;
+  const bool isDropped_;
+  std::optional<std::filesystem::path> path_;
+};
+
+}  // namespace qx

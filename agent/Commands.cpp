@@ -106,7 +106,6 @@ void endAgent(const Installation& installation) {
 }  // namespace
 
 int runAgent(const RunOptions& options) {
-  std::signal(SIGPIPE, SIG_IGN);
   const auto installation = Installation::read(options.app);
   if (!installation) return fail(installation.error().message);
   EventLoop loop;

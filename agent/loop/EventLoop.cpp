@@ -9,6 +9,8 @@
 namespace QXAgent {
 
 EventLoop::EventLoop() {
+  // A program that reads no more is an error of the write, not the end.
+  std::signal(SIGPIPE, SIG_IGN);
   sd_event* event = nullptr;
   if (sd_event_new(&event) < 0) throw std::runtime_error("no event loop");
   event_.reset(event);

@@ -92,9 +92,8 @@ Agent::Agent(EventLoop& loop, const Bus& bus, const Database& database, Setting 
 Agent::~Agent() = default;
 
 ProgramStart Agent::extensionStart(const std::filesystem::path& program) const {
-  ProgramStart start{program,
-                     {"--jobs", std::to_string(QXPlatform::kMostPushesAtOnce)},
-                     {"TMPDIR=" + temporaryOf(setting_.state).native()}};
+  ProgramStart start{
+      program, {"--jobs", std::to_string(kMostInHand)}, {"TMPDIR=" + temporaryOf(setting_.state).native()}};
   if (setting_.installation.bundle)
     start.environment.push_back("QX_BUNDLE=" + setting_.installation.bundle->native());
   return start;

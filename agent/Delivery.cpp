@@ -16,7 +16,6 @@ namespace {
 using QXPlatform::Dictionary;
 using QXPlatform::Result;
 
-constexpr std::size_t kMostInHand = QXPlatform::kMostPushesAtOnce;
 constexpr int kMostDeaths = 2;
 constexpr std::chrono::seconds kLongestWaitForEarlier{2};
 constexpr std::chrono::seconds kLongestPause{60};

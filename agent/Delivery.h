@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -8,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "QXExtensionSDK/runtime/VTQXNotificationService.h"
 #include "QXPlatform/foundation/Value.h"
 #include "agent/extensions/ServiceExtension.h"
 #include "agent/loop/EventLoop.h"
@@ -15,6 +17,9 @@
 #include "agent/spool/Spool.h"
 
 namespace QXAgent {
+
+// How many pushes the extension is given at the same time.
+inline constexpr std::size_t kMostInHand = QXExtensionSDK::VTQXNotificationService::kMostNotificationsAtOnce;
 
 // Leads the pushes that wait in the spool through the extension and onto the desktop: in the order in which
 // they came, though none waits for an earlier one longer than two seconds.

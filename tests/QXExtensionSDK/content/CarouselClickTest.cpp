@@ -1,12 +1,9 @@
 #include "QXExtensionSDK/content/CarouselClick.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "AppGroupSDK/context/PNContextUtils.h"
 #include "QXExtensionSDK/content/CarouselClickStoring.h"
 #include "tests/AppGroupSDK/HostBundle.h"
-#include "tests/support/RecordingLogSink.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {

@@ -1,14 +1,9 @@
 #include "QXExtensionSDK/content/CarouselCoordinator.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "QXPlatform/notifications/UNUserNotificationCenter.h"
 #include "tests/QXExtensionSDK/content/FakeCarouselScreen.h"
 #include "tests/support/CarouselPayloads.h"
-#include "tests/support/RecordingLogSink.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {

@@ -1,11 +1,8 @@
 #include "QXExtensionSDK/content/CarouselPresenter.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
 #include "tests/support/CarouselPayloads.h"
-#include "tests/support/RecordingLogSink.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {

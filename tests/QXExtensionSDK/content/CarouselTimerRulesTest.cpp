@@ -1,6 +1,5 @@
 #include "QXExtensionSDK/content/CarouselTimerRules.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {

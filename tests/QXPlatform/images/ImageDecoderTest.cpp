@@ -1,17 +1,10 @@
 #include "QXPlatform/images/ImageDecoder.h"
 
-#include <gtest/gtest.h>
-
 #include <QColorSpace>
 #include <QTransform>
-#include <chrono>
-#include <cmath>
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {

@@ -1,18 +1,11 @@
 #include "QXPlatform/images/ImageProcess.h"
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
-
 #include "QXPlatform/images/ImageDecoder.h"
 #include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
-#include "tests/support/Deadline.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {

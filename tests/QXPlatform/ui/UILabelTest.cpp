@@ -1,11 +1,9 @@
 #include "QXPlatform/ui/UILabel.h"
 
-#include <gtest/gtest.h>
-
 #include <QImage>
-#include <string>
 
 #include "QXPlatform/ui/Appearance.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {

@@ -1,17 +1,10 @@
 // `qx send`: what a push service gets, and what its answers mean.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "QXPlatform/foundation/JSON.h"
 #include "agent/webpush/Base64URL.h"
 #include "agent/webpush/WebPush.h"
 #include "tests/support/Program.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 
 namespace {

@@ -1,16 +1,6 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QApplication>
-#include <future>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "QXExtensionSDK/content/CarouselClickStoring.h"
 #include "QXExtensionSDK/content/CarouselViewController.h"
@@ -18,8 +8,7 @@
 #include "QXPlatform/ui/ContentExtensionHost.h"
 #include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
 #include "tests/support/CarouselPayloads.h"
-#include "tests/support/Deadline.h"
-#include "tests/support/RecordingLogSink.h"
+#include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 
 namespace support {

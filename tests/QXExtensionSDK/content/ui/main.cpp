@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <QApplication>
 
 #include "QXPlatform/ui/Application.h"
+#include "tests/support/Test.h"
 
 // One application object for the process, at twice the pixels, that never waits for a slide.
 int main(int argc, char** argv) {

@@ -70,10 +70,6 @@ TEST_F(VTQXNotificationServiceTest, AnOrdinaryPushLogsItsSteps) {
                          "debug Decompression: Deflate: Deallocating destination buffer",
                          "debug Decompression: Adding decompressed field",
                          "debug CarouselAttachment: Carousel Media URL Extraction Failure"));
-
-  deliver(std::make_shared<TestService>(VTNotificationServiceConfig(LogLevel::debug, false)),
-          {{"_sid", "VTQX"}});
-  EXPECT_TRUE(log_->has("Carousel Thumbnail flag disabled"));
 }
 
 TEST_F(VTQXNotificationServiceTest, ARaisingHookIsAnEmptyChangeSet) {
@@ -96,6 +92,27 @@ TEST_F(VTQXNotificationServiceTest, AHookThatThrowsAnythingElseEndsTheProcess) {
 TEST_F(VTQXNotificationServiceTest, WithoutAHostsOwnConfigurationTheEnvironmentSetsTheLevel) {
   const support::ScopedEnvironment level("QX_LOG_LEVEL", "warn");
   EXPECT_EQ(VTQXNotificationService().vtqxProvideConfig().logLevel(), LogLevel::warn);
+}
+
+TEST_F(VTQXNotificationServiceTest, ABlockedHookHoldsUpNeitherDecompressionNorExpiry) {
+  std::promise<void> release;
+  Deliveries deliveries;
+  const auto service = std::make_shared<TestService>(
+      VTNotificationServiceConfig(LogLevel::debug, false),
+      [released = release.get_future().share()](const Content&, const ClientContentHandler& handler) {
+        released.wait();
+        handler(Dictionary{{"host", "late"}});
+      });
+  service->didReceiveNotificationRequest(
+      makeRequest({{"_sid", "vtqx"}, {"$_rf", support::packed(R"({"vt":{}})")}}), deliveries.handler());
+  EXPECT_TRUE(log_->waitFor("Carousel Thumbnail flag disabled"));
+  service->serviceExtensionTimeWillExpire();
+  ASSERT_TRUE(deliveries.waitFor(1));
+  EXPECT_FALSE(deliveries.at(0).userInfo.contains("_rf")) << "collected changes are not merged on expiry";
+  release.set_value();
+  ASSERT_TRUE(deliveries.waitFor(2));
+  EXPECT_TRUE(deliveries.at(1).userInfo.contains("host"));
+  EXPECT_TRUE(deliveries.at(1).userInfo.contains("_rf"));
 }
 
 TEST_F(VTQXNotificationServiceTest, EveryRequestGetsAWorkerOfItsOwn) {

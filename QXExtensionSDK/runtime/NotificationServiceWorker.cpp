@@ -1,6 +1,7 @@
 #include "QXExtensionSDK/runtime/NotificationServiceWorker.h"
 
 #include <atomic>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -55,9 +56,14 @@ class NotificationServiceWorker::Turn {
       Logger::service().error(LogCategory::serviceWorker, "self reference is nil in processDidReceive");
       return;
     }
-    worker->serialQueue_.async([worker, &processor = processor_, changes = std::move(changes)]() mutable {
-      worker->accept(processor, std::move(changes));
-    });
+    try {
+      worker->serialQueue_.async([worker, &processor = processor_, changes = std::move(changes)]() mutable {
+        worker->accept(processor, std::move(changes));
+      });
+    } catch (const std::bad_alloc&) {
+      // Kept from the host's hook, out of which it would end the process; the time limit ends the wait.
+      worker->keepAlive(nullptr);
+    }
   }
 
  private:

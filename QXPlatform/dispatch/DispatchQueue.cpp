@@ -38,7 +38,7 @@ void runToEnd(WorkItem item) {
   const ScopedLogSubject subject(std::move(item.subject));
   runWork(item.work);
   item.work = nullptr;
-  if (item.group) item.group->leave();
+  if (item.group) runWork([&] { item.group->leave(); });
 }
 
 // Inside another item it is that one's activity that counts, since that one waits for this.

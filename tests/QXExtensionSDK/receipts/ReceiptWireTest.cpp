@@ -12,7 +12,7 @@
 namespace QXExtensionSDK {
 namespace {
 
-constexpr std::size_t kTenMegabytes = 10'000'000;
+constexpr std::size_t kAlmostOneMegabyte = 1'000'000;
 
 using backend::Fault;
 using backend::LoopbackServer;
@@ -105,10 +105,12 @@ TEST(ReceiptWireTest, EveryAnswerLeavesTheReceiptsInTheirState) {
        json(200, R"({"nodes":[{"x":1,"version":"1","nodes":{},"response":{"status":200,"body":[]}}]})"),
        Left::nothing, kSuccess},
       {"NodesAsText", json(200, R"({"nodes":"none"})"), Left::nothing, kSuccess},
-      {"TenMegabytes", json(200, R"({"body":")" + std::string(kTenMegabytes, 'x') + "\"}"), Left::nothing,
-       kSuccess},
-      {"TenMegabytesOfLists", json(200, R"({"body":[)" + lists(kTenMegabytes) + "[]]}"), Left::failed,
-       kDecoder, "the JSON text needs more than 16 MB."},
+      {"AlmostOneMegabyte", json(200, R"({"body":")" + std::string(kAlmostOneMegabyte, 'x') + "\"}"),
+       Left::nothing, kSuccess},
+      {"TwoMegabytes", json(200, R"({"body":")" + std::string(2 * kAlmostOneMegabyte, 'x') + "\"}"),
+       Left::failed, std::string(kExecutor) + "127.0.0.1: the answer is larger than 1 MB"},
+      {"AlmostOneMegabyteOfLists", json(200, R"({"body":[)" + lists(kAlmostOneMegabyte) + "[]]}"),
+       Left::failed, kDecoder, "the JSON text needs more than 2 MB."},
       {"Echo",
        json(200, R"({"code":1,"message":")" + allSecrets() + R"(","requestId":")" + allSecrets() +
                      R"(","body":")" + allSecrets() + R"(","nodes":[{"name":")" + allSecrets() + R"("}]})"),

@@ -35,8 +35,6 @@ TEST(CommandLineTest, WrongUsageIsExitCodeTwoAndSaysWhatIsWrong) {
       {"host show --bundle /nowhere", "/nowhere"},
       {"push --jobs 0", "not in range 1 to 16"},
       {"push --jobs 17", "not in range 1 to 16"},
-      {"push --extension /bin/true --log-level debug", "excludes"},
-      {"--log-format json push --extension /bin/true", "excludes"},
       {"push --time-limit 0", "--time-limit: must be above 0"},
       {"push --time-limit nan", "--time-limit: must be above 0"},
       {"push --time-limit 86401", "--time-limit: must be above 0 and at most a day"},

@@ -68,14 +68,14 @@ TEST(NotificationFilesTest, OnlyWhatTheNotificationShowsIsKept) {
       {[&](auto& content, const auto& show) { attach(content), content.setAttachments({}), show(); }, false},
   };
   std::size_t row = 0;
-  for (const auto& [script, shown] : table) {
+  for (const auto& each : table) {
     std::shared_ptr<UNMutableNotificationContent> kept;
-    ServiceExtensionHost host([&] { return std::make_shared<ScriptedExtension>(script, kept); },
+    ServiceExtensionHost host([&] { return std::make_shared<ScriptedExtension>(each.script, kept); },
                               support::kPatience, temporary.path("attachments"));
     const auto result = host.run(support::makeRequest({}));
     EXPECT_TRUE(Activity::waitUntilNone(support::soon()));
     EXPECT_FALSE(std::filesystem::exists(path)) << row;
-    EXPECT_EQ(result.content.attachments.size(), shown ? 2U : 0U) << row;
+    EXPECT_EQ(result.content.attachments.size(), each.shown ? 2U : 0U) << row;
     for (const auto& attachment : result.content.attachments) {
       EXPECT_TRUE(std::filesystem::exists(attachment.url().filePath())) << row;
     }

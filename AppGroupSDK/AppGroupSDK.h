@@ -13,25 +13,29 @@
 #include "AppGroupSDK/records/FeatureConfigDetailStore.h"
 #include "AppGroupSDK/records/ModuleAppMappingStore.h"
 
-using VTQXAppDeviceInfo = AppGroupSDK::AppDeviceInfo;
-using VTQXDeliveryReceiptsModel = AppGroupSDK::DeliveryReceiptsModel;
-using VTQXDeliveryReceiptPNModel = AppGroupSDK::DeliveryReceiptPNModel;
-using VTQXFeatureConfigDetail = AppGroupSDK::FeatureConfigDetail;
-using VTQXDeliveryReceiptConfig = AppGroupSDK::DeliveryReceiptConfig;
-using VTQXModuleAppMapping = AppGroupSDK::ModuleAppMapping;
-using VTQXModuleAppMappings = AppGroupSDK::ModuleAppMappings;
-using VTQXCarouselClickModel = AppGroupSDK::CarouselClickModel;
+namespace AppGroupSDK {
 
-using VTQXAppDeviceInfoFetchResult = AppGroupSDK::AppDeviceInfoFetchResult;
-using VTQXDeliveryReceiptsModelFetchResult = AppGroupSDK::DeliveryReceiptsModelFetchResult;
-using VTQXFeatureConfigDetailFetchResult = AppGroupSDK::FeatureConfigDetailFetchResult;
-using VTQXModuleAppMappingFetchResult = AppGroupSDK::ModuleAppMappingFetchResult;
-using VTQXCarouselClickModelFetchResult = AppGroupSDK::CarouselClickModelFetchResult;
+using VTQXAppDeviceInfo = AppDeviceInfo;
+using VTQXDeliveryReceiptsModel = DeliveryReceiptsModel;
+using VTQXDeliveryReceiptPNModel = DeliveryReceiptPNModel;
+using VTQXFeatureConfigDetail = FeatureConfigDetail;
+using VTQXDeliveryReceiptConfig = DeliveryReceiptConfig;
+using VTQXModuleAppMapping = ModuleAppMapping;
+using VTQXModuleAppMappings = ModuleAppMappings;
+using VTQXCarouselClickModel = CarouselClickModel;
 
-using VTQXAppDeviceInfoStore = AppGroupSDK::AppDeviceInfoStore;
-using VTQXDeliveryReceiptsModelStore = AppGroupSDK::DeliveryReceiptsModelStore;
-using VTQXFeatureConfigDetailStore = AppGroupSDK::FeatureConfigDetailStore;
-using VTQXCarouselClickModelStore = AppGroupSDK::CarouselClickModelStore;
-using VTQXModuleAppMappingStore = AppGroupSDK::ModuleAppMappingStore;
+using VTQXAppDeviceInfoFetchResult = AppDeviceInfoFetchResult;
+using VTQXDeliveryReceiptsModelFetchResult = DeliveryReceiptsModelFetchResult;
+using VTQXFeatureConfigDetailFetchResult = FeatureConfigDetailFetchResult;
+using VTQXModuleAppMappingFetchResult = ModuleAppMappingFetchResult;
+using VTQXCarouselClickModelFetchResult = CarouselClickModelFetchResult;
 
-using VTQXAppIdProvider = AppGroupSDK::AppIdProvider;
+using VTQXAppDeviceInfoStore = AppDeviceInfoStore;
+using VTQXDeliveryReceiptsModelStore = DeliveryReceiptsModelStore;
+using VTQXFeatureConfigDetailStore = FeatureConfigDetailStore;
+using VTQXCarouselClickModelStore = CarouselClickModelStore;
+using VTQXModuleAppMappingStore = ModuleAppMappingStore;
+
+using VTQXAppIdProvider = AppIdProvider;
+
+}  // namespace AppGroupSDK

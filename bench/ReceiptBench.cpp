@@ -17,7 +17,6 @@
 #include "AppGroupSDK/AppGroupSDK.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptManagerProvider.h"
 #include "bench/BareFile.h"
-#include "tests/support/ScopedEnvironment.h"
 #include "tools/backend/LoopbackServer.h"
 
 namespace {
@@ -47,6 +46,8 @@ std::string makeDirectory() {
 class Host {
  public:
   Host() {
+    ::setenv("QX_BUNDLE", directory_.c_str(), 1);
+    ::setenv("QX_APP_GROUPS_ROOT", directory_.c_str(), 1);
     AppGroupSDK::AppDeviceInfoStore().saveModelData(
         {server_.url(), "app-1", "device-1", "access", "5.2.0", "subscriber", "tenant", "session"});
   }
@@ -63,8 +64,6 @@ class Host {
  private:
   const backend::LoopbackServer server_{{.body = R"({"code":200,"message":"accepted","requestId":"r"})"}};
   const std::string directory_ = makeDirectory();
-  const support::ScopedEnvironment bundle_{"QX_BUNDLE", directory_};
-  const support::ScopedEnvironment root_{"QX_APP_GROUPS_ROOT", directory_};
 };
 
 void putPending(std::int64_t count) {

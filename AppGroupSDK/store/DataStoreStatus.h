@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <optional>
 #include <string_view>
+
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace AppGroupSDK {
 
@@ -17,9 +19,11 @@ enum class DataStoreStatus : std::int64_t {
   decodingFailed = 6,          // the file holds something else (fetch)
   moduleStoreUnavailable = 7,  // a module-scoped call on a store made without a module
 };
-
-// Nothing for a number outside 0 to 7.
-std::optional<DataStoreStatus> makeDataStoreStatus(std::int64_t rawValue);
+constexpr auto rawValues(QXPlatform::RawValuesOf<DataStoreStatus>) {
+  using enum DataStoreStatus;
+  return std::to_array({success, containerUnavailable, containerNotFileURL, encodingFailed, writeFailed,
+                        noData, decodingFailed, moduleStoreUnavailable});
+}
 
 // The case's name, such as "writeFailed".
 std::string_view description(DataStoreStatus status);

@@ -25,12 +25,12 @@ bool makeContainer() {
 }  // namespace
 
 bool prepareContainer() {
-  return makeContainer() &&
-         VTQXAppIdProvider().storeAppId(kAppId, kModule) == AppGroupSDK::DataStoreStatus::success;
+  return makeContainer() && AppGroupSDK::VTQXAppIdProvider().storeAppId(kAppId, kModule) ==
+                                AppGroupSDK::DataStoreStatus::success;
 }
 
 QString lastClick() {
-  const auto result = VTQXCarouselClickModelStore(kModule, kAppId).fetchModuleScopedModelData();
+  const auto result = AppGroupSDK::VTQXCarouselClickModelStore(kModule, kAppId).fetchModuleScopedModelData();
   if (!result.value()) return {};
   const auto& click = *result.value();
   const QString panel = QString("Panel %1").arg(click.clickIndex() + 1);

@@ -9,6 +9,8 @@ thread_local std::size_t allocations = 0;
 
 }  // namespace
 
+// A sanitizer has operators of its own, which are not to be replaced: there nothing is counted.
+#ifndef QX_SANITIZED
 void* operator new(std::size_t size) {
   ++allocations;
   if (void* memory = std::malloc(size)) return memory;
@@ -20,6 +22,7 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept {
   std::free(memory);
 }
+#endif
 
 namespace support {
 

@@ -58,7 +58,6 @@ void removeAll(const std::vector<std::filesystem::path>& files) {
 
 Agent::Agent(EventLoop& loop, const Bus& bus, const Database& database, Setting setting)
     : loop_(loop),
-      bus_(bus),
       setting_(std::move(setting)),
       spool_(database),
       registrations_(database),

@@ -66,7 +66,6 @@ class Agent final : private PushReceiver {
   void endWhenIdle();
 
   EventLoop& loop_;
-  const Bus& bus_;
   const Setting setting_;
   Spool spool_;
   RegistrationStore registrations_;

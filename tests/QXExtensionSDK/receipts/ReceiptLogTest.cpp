@@ -373,7 +373,7 @@ TEST(ReceiptLogTest, AtLevelNoneNoTextIsMade) {
   linesOfAllKinds();
   const support::AllocationCount allocations;
   linesOfAllKinds();
-  EXPECT_EQ(allocations.count(), 1U) << "the completion that the handler passes on";
+  EXPECT_LE(allocations.count(), 1U) << "the completion that the handler passes on";
 }
 
 }  // namespace

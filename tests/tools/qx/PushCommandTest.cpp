@@ -273,9 +273,11 @@ TEST(PushCommandTest, TheLogOfAProgramTakesTheFormatAskedFor) {
   EXPECT_TRUE(thumbnailFailed) << result.errors;
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__)
 // Beside the answers there are two connections, two trees and the push itself.
 TEST(PushCommandTest, WhateverABackEndAnswersAPushTakesLittleMemory) {
+#ifdef QX_SANITIZED
+  GTEST_SKIP() << "A sanitizer's own memory is the most of it";
+#endif
   constexpr long kMostKilobytes = 20 * 1024;
   std::string widest = "[[]";
   while (widest.size() < 1'000'000) widest += ",[]";
@@ -306,7 +308,6 @@ TEST(PushCommandTest, WhateverABackEndAnswersAPushTakesLittleMemory) {
     EXPECT_LT(std::stol(pushed.errors), kMostKilobytes);
   }
 }
-#endif
 
 TEST(PushCommandTest, ResultsKeepTheOrderOfTheInputEvenWithOneIdentifier) {
   std::string input;

@@ -69,8 +69,11 @@ class DataStore {
       if (found != nullptr) stored.emplace();
       if (found != nullptr && *found) {
         auto model = QXPlatform::decodeJSON<Model>((*found)->view());
-        if (model) stored->value = *std::move(model);
-        if (!model && !setAside(**found, *file, stored->setAsideAs)) return std::nullopt;
+        if (model) {
+          stored->value = *std::move(model);
+        } else if (!setAside(**found, *file, stored->setAsideAs)) {
+          return std::nullopt;
+        }
       }
       auto bytes = QXPlatform::encodeJSON(change(std::move(stored)));
       if (bytes) return *std::move(bytes);

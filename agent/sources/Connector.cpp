@@ -42,7 +42,7 @@ int replyOld(sd_bus_message* call, Answer answer, sd_bus_error* error) {
   return answer == Answer::done ? sd_bus_reply_method_return(call, "") : refuse(answer, error);
 }
 
-Answer passOn(UnifiedPush& source, const std::string& sender, UnifiedPush::Message message) {
+Answer passOn(UnifiedPush& source, const std::string& sender, const UnifiedPush::Message& message) {
   // What does not fit is ignored.
   if (message.token.empty() || message.token.size() > kLongestToken) return Answer::done;
   if (message.bytes.empty() || message.bytes.size() > kMostSealedBytes) return Answer::done;

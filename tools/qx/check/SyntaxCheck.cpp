@@ -67,7 +67,7 @@ std::optional<SyntaxProblem> explain(std::string_view before, std::string_view r
 std::optional<SyntaxProblem> findSyntaxProblem(std::string_view text) {
   const auto error = QXPlatform::findJSONTextError(text);
   if (!error) return std::nullopt;
-  if (const auto problem = findEncodingProblem(text)) return problem;
+  if (auto problem = findEncodingProblem(text)) return problem;
   if (!QXPlatform::isValidUTF8(text)) {
     return SyntaxProblem{error->offset, "not UTF-8 text", "save the file as UTF-8"};
   }

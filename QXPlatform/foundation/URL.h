@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace QXPlatform {
 
@@ -19,8 +21,12 @@ class URL {
   std::string withoutSecrets() const;
   // In lower case; empty when the reference has none.
   std::string scheme() const;
+  // As written; empty when there is none. Lives as long as this URL.
+  std::string_view userInfo() const;
   // In lower case, without brackets; empty when there is no authority.
   std::string host() const;
+  // As written; empty when there is none.
+  std::string port() const;
   // Percent-encoded, as written.
   std::string path() const;
   // The last path segment, percent-decoded; a trailing slash does not count. Empty for an empty path.
@@ -32,12 +38,29 @@ class URL {
   // The component is percent-encoded where needed; its own slashes stay separators.
   URL appendingPathComponent(std::string_view component) const;
 
-  friend bool operator==(const URL&, const URL&) = default;
+  friend bool operator==(const URL& left, const URL& right) { return left.text_ == right.text_; }
 
  private:
-  explicit URL(std::string text) : text_(std::move(text)) {}
+  // Where a component stands in the text.
+  struct Range {
+    std::size_t start = 0;
+    std::size_t length = 0;
+  };
+  struct Components {
+    Range scheme;
+    Range credentials;  // with the "@" behind them
+    Range host;
+    Range port;
+    Range path;
+  };
+  class Reading;
+  URL(std::string text, const Components& components) : text_(std::move(text)), components_(components) {}
+  std::string_view at(const Range& range) const {
+    return std::string_view(text_).substr(range.start, range.length);
+  }
 
   std::string text_;
+  Components components_;
 };
 
 }  // namespace QXPlatform

@@ -11,56 +11,6 @@ namespace QXPlatform {
 
 namespace {
 
-bool isWellFormed(std::string_view text) {
-  UriUriA uri;
-  const char* errorPosition = nullptr;
-  const int outcome = uriParseSingleUriExA(&uri, text.data(), text.data() + text.size(), &errorPosition);
-  if (outcome == URI_SUCCESS) uriFreeUriMembersA(&uri);
-  return outcome == URI_SUCCESS;
-}
-
-// The components of a reference that is known to be well formed, as written; for such a text the delimiters
-// alone tell them apart.
-struct Parts {
-  std::string_view scheme;
-  std::string_view authority;
-  std::string_view path;
-  std::string_view queryAndFragment;  // from its "?" or "#"
-};
-
-// One vectorised search a delimiter, where find_first_of() would make one for every character of the text.
-std::size_t findFirst(std::string_view text, std::string_view delimiters) {
-  std::size_t first = std::string_view::npos;
-  for (const char delimiter : delimiters) first = std::min(first, text.find(delimiter));
-  return first;
-}
-
-std::string_view takeUntil(std::string_view& rest, std::string_view delimiters) {
-  const std::string_view taken = rest.substr(0, findFirst(rest, delimiters));
-  rest.remove_prefix(taken.size());
-  return taken;
-}
-
-Parts split(std::string_view text) {
-  Parts parts;
-  const std::size_t delimiter = findFirst(text, ":/?#");
-  if (delimiter != std::string_view::npos && text[delimiter] == ':') {
-    parts.scheme = text.substr(0, delimiter);
-    text.remove_prefix(delimiter + 1);
-  }
-  if (text.starts_with("//")) {
-    text.remove_prefix(2);
-    parts.authority = takeUntil(text, "/?#");
-  }
-  parts.path = takeUntil(text, "?#");
-  parts.queryAndFragment = text;
-  return parts;
-}
-
-std::string_view withoutUserInfo(std::string_view authority) {
-  return authority.substr(authority.find('@') + 1);
-}
-
 std::string_view withoutTrailingSlashes(std::string_view path) {
   return path.substr(0, path.find_last_not_of('/') + 1);
 }
@@ -94,60 +44,117 @@ std::string percentEncodedPath(std::string_view path) {
 
 }  // namespace
 
+// The library's reading of a text, which must outlive it.
+class URL::Reading {
+ public:
+  explicit Reading(std::string_view text) : text_(text) {
+    const char* errorPosition = nullptr;
+    isWellFormed_ =
+        uriParseSingleUriExA(&uri_, text.data(), text.data() + text.size(), &errorPosition) == URI_SUCCESS;
+  }
+  ~Reading() {
+    if (isWellFormed_) uriFreeUriMembersA(&uri_);
+  }
+  Reading(const Reading&) = delete;
+  Reading& operator=(const Reading&) = delete;
+
+  bool isWellFormed() const { return isWellFormed_; }
+  // REQUIRES: isWellFormed()
+  Components components() const {
+    Components found{
+        range(uri_.scheme), range(uri_.userInfo), range(uri_.hostText), range(uri_.portText), {}};
+    if (uri_.userInfo.first != nullptr)
+      found.credentials = {position(uri_.userInfo.first), found.credentials.length + 1};
+    found.path.length = pathLength();
+    found.path.start = pathEnd() - found.path.length;
+    return found;
+  }
+
+ private:
+  std::size_t position(const char* place) const { return static_cast<std::size_t>(place - text_.data()); }
+
+  // What is empty need not lie in the text.
+  Range range(const UriTextRangeA& found) const {
+    if (found.first == found.afterLast) return {};
+    return {position(found.first), static_cast<std::size_t>(found.afterLast - found.first)};
+  }
+
+  // Only the segments that are not empty say where they stand. Before each is a slash, but for the first of a
+  // relative path.
+  std::size_t pathLength() const {
+    if (uri_.pathHead == nullptr) return uri_.absolutePath != URI_FALSE ? 1 : 0;
+    std::size_t length = 0;
+    for (const UriPathSegmentA* segment = uri_.pathHead; segment != nullptr; segment = segment->next) {
+      length += 1 + range(segment->text).length;
+    }
+    const bool isRelative = uri_.absolutePath == URI_FALSE && uri_.hostText.first == nullptr;
+    return isRelative ? length - 1 : length;
+  }
+
+  std::size_t pathEnd() const {
+    if (uri_.query.first != nullptr) return position(uri_.query.first) - 1;
+    return uri_.fragment.first != nullptr ? position(uri_.fragment.first) - 1 : text_.size();
+  }
+
+  std::string_view text_;
+  UriUriA uri_{};
+  bool isWellFormed_ = false;
+};
+
 std::optional<URL> URL::parse(std::string_view text) {
-  if (text.empty() || !isWellFormed(text)) return std::nullopt;
-  return URL(std::string(text));
+  if (text.empty()) return std::nullopt;
+  const Reading reading(text);
+  if (!reading.isWellFormed()) return std::nullopt;
+  return URL(std::string(text), reading.components());
 }
 
 URL URL::file(std::string_view absolutePath) {
   if (!absolutePath.starts_with('/')) fatalError("A file URL needs an absolute path");
-  return URL("file://" + percentEncodedPath(absolutePath));
+  return *parse("file://" + percentEncodedPath(absolutePath));
 }
 
 std::string URL::withoutSecrets() const {
-  const Parts parts = split(text_);
-  std::string_view before = std::string_view(text_).substr(0, text_.size() - parts.queryAndFragment.size());
-  before.remove_suffix(parts.path.size() + parts.authority.size());
-  return std::string(before).append(withoutUserInfo(parts.authority)).append(parts.path);
+  const auto& [scheme, credentials, host, port, path] = components_;
+  return text_.substr(0, path.start + path.length).erase(credentials.start, credentials.length);
 }
 
 std::string URL::scheme() const {
-  return lowercased(split(text_).scheme);
+  return lowercased(at(components_.scheme));
+}
+
+std::string_view URL::userInfo() const {
+  const std::string_view credentials = at(components_.credentials);
+  return credentials.substr(0, credentials.find_last_of('@'));
 }
 
 std::string URL::host() const {
-  std::string_view host = withoutUserInfo(split(text_).authority);
-  const bool bracketed = host.starts_with('[');
-  host = bracketed ? host.substr(1, host.find(']') - 1) : host.substr(0, host.find(':'));
-  return lowercased(host);
+  return lowercased(at(components_.host));
+}
+
+std::string URL::port() const {
+  return std::string(at(components_.port));
 }
 
 std::string URL::path() const {
-  return std::string(split(text_).path);
+  return std::string(at(components_.path));
 }
 
 std::string URL::lastPathComponent() const {
-  const std::string_view path = withoutTrailingSlashes(split(text_).path);
+  const std::string_view path = withoutTrailingSlashes(at(components_.path));
   return percentDecoded(path.substr(path.find_last_of('/') + 1));
 }
 
 std::string URL::filePath() const {
-  return percentDecoded(split(text_).path);
+  return percentDecoded(at(components_.path));
 }
 
 URL URL::appendingPathComponent(std::string_view component) const {
-  const Parts parts = split(text_);
-  const std::string_view tail = parts.queryAndFragment;
-  const std::string_view head = std::string_view(text_).substr(0, text_.size() - tail.size());
-  const std::size_t pathStart = head.size() - parts.path.size();
-  const std::size_t pathEnd = pathStart + withoutTrailingSlashes(parts.path).size();
+  const Range& path = components_.path;
+  const std::size_t kept = path.start + withoutTrailingSlashes(at(path)).size();
   component.remove_prefix(std::min(component.find_first_not_of('/'), component.size()));
-
-  std::string joined(head.substr(0, pathEnd));
-  joined += '/';
-  joined += percentEncodedPath(component);
-  joined += tail;
-  return URL(std::move(joined));
+  std::string joined = text_.substr(0, kept);
+  joined.append("/").append(percentEncodedPath(component)).append(text_, path.start + path.length);
+  return *parse(joined);
 }
 
 }  // namespace QXPlatform

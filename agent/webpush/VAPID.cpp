@@ -26,13 +26,8 @@ std::string vapidAudience(const QXPlatform::URL& endpoint) {
   const std::string scheme = endpoint.scheme();
   std::string host = endpoint.host();
   if (host.find(':') != std::string::npos) host = "[" + host + "]";
-  std::string_view authority = endpoint.absoluteString();
-  authority.remove_prefix(scheme.size() + std::string_view("://").size());
-  authority = authority.substr(0, authority.find_first_of("/?#"));
-  const std::size_t colon = authority.find_last_of(":@]");
-  const bool hasPort = colon != std::string_view::npos && authority[colon] == ':';
-  const std::string_view port = hasPort ? authority.substr(colon + 1) : std::string_view();
-  return scheme + "://" + host + (isDefaultPort(scheme, port) ? "" : ":" + std::string(port));
+  const std::string port = endpoint.port();
+  return scheme + "://" + host + (isDefaultPort(scheme, port) ? "" : ":" + port);
 }
 
 QXPlatform::Result<std::string> vapidAuthorization(std::string_view privateKey, const VAPIDClaims& claims) {

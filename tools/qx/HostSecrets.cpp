@@ -24,15 +24,21 @@ std::string shortened(std::string_view token) {
   return std::string(firstCharacters(token, isLong ? 4 : 0)).append("…");
 }
 
-// `https://…@host/`. What is no URL may hold a bare slash in its password.
-std::string withoutUserInfo(std::string_view url) {
-  const std::size_t slashes = url.find("//");
-  const std::size_t authority = slashes == std::string_view::npos ? 0 : slashes + 2;
-  const bool wellFormed = QXPlatform::URL::parse(url).has_value();
-  const std::size_t end = wellFormed ? url.find_first_of("/?#", authority) : std::string_view::npos;
-  const std::size_t at = url.substr(0, end).rfind('@');
-  if (at == std::string_view::npos || at < authority) return std::string(url);
-  return std::string(url.substr(0, authority)).append("…").append(url.substr(at));
+// `https://…@host/`.
+std::string withoutUserInfo(std::string_view text) {
+  const auto url = QXPlatform::URL::parse(text);
+  if (url && !url->host().empty()) {
+    const std::string& whole = url->absoluteString();
+    const std::string_view secret = url->userInfo();
+    const auto start = static_cast<std::size_t>(secret.data() - whole.data());
+    return secret.empty() ? whole : std::string(whole).replace(start, secret.size(), "…");
+  }
+  // What is no URL may hold a bare slash in its password.
+  const std::size_t at = text.rfind('@');
+  if (at == std::string_view::npos) return std::string(text);
+  const std::size_t slashes = text.find("//");
+  const std::size_t start = slashes > at ? 0 : slashes + 2;
+  return std::string(text.substr(0, start)).append("…").append(text.substr(at));
 }
 
 QXPlatform::Dictionary replacing(const QXPlatform::Dictionary& record, std::string_view key,

@@ -29,9 +29,8 @@ constexpr std::string_view kAppGroupKey = "VT_QUORIX_APP_GROUP_KEY";
 
 // What a later push names to take its place: the identifier that it brings, or that of its message.
 std::string identifierOf(const Value& push, const QXPlatform::UNNotificationRequest& request) {
-  const Value* identifier = push.find("aps") == nullptr ? push.find("identifier") : nullptr;
-  if (identifier != nullptr && identifier->string() && !identifier->string()->empty())
-    return std::string(*identifier->string());
+  const auto identifier = push.find("aps") == nullptr ? push["identifier"].string() : std::nullopt;
+  if (identifier && !identifier->empty()) return std::string(*identifier);
   const auto message =
       AppGroupSDK::CarouselRichFeatureMetaUtils::getUniqueNotificationIdFrom(request.content->userInfo());
   return message ? *message : request.identifier;

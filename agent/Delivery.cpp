@@ -30,11 +30,6 @@ std::optional<Dictionary> readDictionary(std::string_view text) {
   return value ? value->dictionary() : std::nullopt;
 }
 
-std::optional<Dictionary> dictionaryAt(const Dictionary& parent, std::string_view key) {
-  const auto* value = parent.find(key);
-  return value == nullptr ? std::nullopt : value->dictionary();
-}
-
 void removeFiles(const std::vector<std::filesystem::path>& files) {
   std::error_code ignored;
   for (const auto& file : files) std::filesystem::remove(file, ignored);
@@ -105,7 +100,7 @@ void Delivery::finishAsking(std::int64_t number, const ServiceExtension::Outcome
   push.isAsked = false;
   goOnSoon();
   if (outcome.end == ServiceExtension::End::answered) {
-    auto content = adoptAttachments(dictionaryAt(outcome.answer, "content").value_or(Dictionary()), number,
+    auto content = adoptAttachments(outcome.answer["content"].dictionary().value_or(Dictionary()), number,
                                     setting_.temporary, setting_.files);
     spool_.recordAnswer(number, compact(content));
     return makeReady(push, std::move(content));
@@ -115,7 +110,7 @@ void Delivery::finishAsking(std::int64_t number, const ServiceExtension::Outcome
     spool_.recordDeath(number);
     if (++push.push.deaths < kMostDeaths) return;
   }
-  makeReady(push, dictionaryAt(push.request, "content").value_or(Dictionary()));
+  makeReady(push, push.request["content"].dictionary().value_or(Dictionary()));
 }
 
 void Delivery::makeReady(InHand& push, Dictionary content) {

@@ -14,9 +14,9 @@ namespace {
 
 template <typename T>
 std::optional<T> member(const Value& object, std::string_view key) {
-  const Value* value = object.find(key);
-  if (value == nullptr || value->isNull()) return std::nullopt;
-  auto decoded = QXPlatform::decodeValue<T>(*value);
+  const Value& value = object[key];
+  if (value.isNull()) return std::nullopt;
+  auto decoded = QXPlatform::decodeValue<T>(value);
   if (decoded) return *std::move(decoded);
   Logger::service().debug(LogCategory::deliveryReceipt, "MAMEventResponse without ", key, ": ",
                           decoded.error());

@@ -33,11 +33,8 @@ RequestResult requestFromAPNs(const Value& aps, const Dictionary& push) {
   properties.title = text(alert["title"]).value_or("");
   properties.subtitle = text(alert["subtitle"]).value_or("");
   properties.body = text(alert.string() ? alert : alert["body"]).value_or("");
-  if (const Value* badge = aps.find("badge")) {
-    // However it is written: 3 and 3.0 are one number.
-    const auto number = decodeValue<std::int64_t>(*badge);
-    if (number) properties.badge = *number;
-  }
+  // However it is written: 3 and 3.0 are one number.
+  if (const auto badge = decodeValue<std::int64_t>(aps["badge"])) properties.badge = *badge;
   const Value& sound = aps["sound"];
   properties.sound = text(sound.string() ? sound : sound["name"]);
   properties.userInfo = push;

@@ -44,8 +44,8 @@ ContentWindow::End ContentWindow::judge() const {
   std::istringstream lines(output_);
   for (std::string line; std::getline(lines, line);) {
     const auto answer = QXPlatform::parseJSON(line);
-    const auto* performed = answer ? answer->find("defaultActionPerformed") : nullptr;
-    if (performed != nullptr) return performed->boolean().value_or(false) ? End::tapped : End::dismissed;
+    const auto performed = answer ? (*answer)["defaultActionPerformed"].boolean() : std::nullopt;
+    if (performed) return *performed ? End::tapped : End::dismissed;
   }
   return End::failed;
 }

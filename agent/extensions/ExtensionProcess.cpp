@@ -45,7 +45,7 @@ void ExtensionProcess::ask(const Dictionary& request, Completion completion) {
   const auto text = QXPlatform::writeJSON(request, QXPlatform::JSONStyle::compact);
   if (!text) return completion(text.error());
   const bool wasIdle = unwritten_.empty();
-  questions_.insert_or_assign(std::string(request.find("identifier")->string().value_or("")),
+  questions_.insert_or_assign(std::string(request["identifier"].string().value_or("")),
                               Question{++lines_, std::move(completion)});
   unwritten_.append(*text).push_back('\n');
   if (wasIdle && input_) {
@@ -126,11 +126,9 @@ void ExtensionProcess::takeLine(std::string_view line) {
 }
 
 bool ExtensionProcess::takeResult(const Dictionary& reply) {
-  const QXPlatform::Value* identifier = reply.find("identifier");
-  if (identifier == nullptr || !identifier->string() || !reply.contains("outcome") ||
-      !reply.contains("content"))
-    return false;
-  const auto asked = questions_.find(*identifier->string());
+  const auto identifier = reply["identifier"].string();
+  if (!identifier || !reply.contains("outcome") || !reply.contains("content")) return false;
+  const auto asked = questions_.find(*identifier);
   if (asked == questions_.end()) return false;
   auto question = questions_.extract(asked);
   question.mapped().completion(reply);
@@ -138,15 +136,15 @@ bool ExtensionProcess::takeResult(const Dictionary& reply) {
 }
 
 bool ExtensionProcess::takeRefusal(const Dictionary& reply) {
-  const QXPlatform::Value* line = reply.find("line");
-  const QXPlatform::Value* error = reply.find("error");
-  if (line == nullptr || error == nullptr || !error->string()) return false;
-  const auto asked = std::ranges::find_if(
-      questions_, [&](const auto& question) { return line->integer() == question.second.line; });
+  const auto line = reply["line"].integer();
+  const auto error = reply["error"].string();
+  if (!line || !error) return false;
+  const auto asked =
+      std::ranges::find_if(questions_, [&](const auto& question) { return *line == question.second.line; });
   if (asked == questions_.end()) return false;
   auto question = questions_.extract(asked);
   hasRefused_ = true;
-  question.mapped().completion(Error{std::string(*error->string())});
+  question.mapped().completion(Error{std::string(*error)});
   return true;
 }
 

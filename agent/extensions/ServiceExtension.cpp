@@ -61,7 +61,7 @@ class ServiceExtension::Run {
 
   void ask(const Dictionary& request, Completion completion) {
     patience_.stop();
-    const std::string identifier(request.find("identifier")->string().value_or(""));
+    const std::string identifier(request["identifier"].string().value_or(""));
     deadlines_.push_back({SteadyClock::now() + kTimeLimit, identifier});
     if (!limit_.isRunning()) limit_.start(kTimeLimit);
     process_.ask(request, [this, identifier,

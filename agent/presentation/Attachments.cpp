@@ -14,8 +14,7 @@ using QXPlatform::Dictionary;
 using QXPlatform::Value;
 
 std::optional<std::filesystem::path> fileOf(const Value& attachment) {
-  const Value* text = attachment.find("url");
-  const auto url = QXPlatform::URL::parse(text == nullptr ? "" : text->string().value_or(""));
+  const auto url = QXPlatform::URL::parse(attachment["url"].string().value_or(""));
   if (!url || !url->isFileURL()) return std::nullopt;
   return std::filesystem::path(url->filePath()).lexically_normal();
 }
@@ -35,10 +34,9 @@ bool move(const std::filesystem::path& from, const std::filesystem::path& to) {
 
 Dictionary adoptAttachments(const Dictionary& content, std::int64_t number,
                             const std::filesystem::path& temporary, const std::filesystem::path& files) {
-  const Value* attachments = content.find("attachments");
-  if (attachments == nullptr) return content;
+  if (!content.contains("attachments")) return content;
   std::vector<Value> adopted;
-  for (const Value& attachment : attachments->elements()) {
+  for (const Value& attachment : content["attachments"].elements()) {
     const auto file = fileOf(attachment);
     if (!file || !liesBelow(temporary, *file)) {
       adopted.push_back(attachment);
@@ -56,9 +54,7 @@ Dictionary adoptAttachments(const Dictionary& content, std::int64_t number,
 std::vector<std::filesystem::path> attachmentsIn(const std::filesystem::path& files,
                                                  const Dictionary& content) {
   std::vector<std::filesystem::path> found;
-  const Value* attachments = content.find("attachments");
-  if (attachments == nullptr) return found;
-  for (const Value& attachment : attachments->elements()) {
+  for (const Value& attachment : content["attachments"].elements()) {
     if (const auto file = fileOf(attachment); file && liesBelow(files, *file)) found.push_back(*file);
   }
   return found;

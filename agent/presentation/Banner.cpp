@@ -19,13 +19,8 @@ constexpr std::size_t kLongestTitle = 512;
 constexpr std::size_t kLongestBody = 4'096;
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-const Value* find(const Value* value, std::string_view key) {
-  return value == nullptr ? nullptr : value->find(key);
-}
-
 std::string_view textAt(const Value& content, std::string_view key) {
-  const Value* value = content.find(key);
-  return value == nullptr ? std::string_view() : value->string().value_or(std::string_view());
+  return content[key].string().value_or(std::string_view());
 }
 
 // U+FDD0 to U+FDEF, and the last two of each plane.
@@ -44,22 +39,18 @@ bool isControl(std::string_view sequence) {
 }
 
 Urgency urgencyOf(const Value& content) {
-  const Value* level = find(find(content.find("userInfo"), "aps"), "interruption-level");
-  const auto name = level == nullptr ? std::nullopt : level->string();
+  const auto name = content["userInfo"]["aps"]["interruption-level"].string();
   if (name == "passive") return Urgency::low;
   return name == "critical" || name == "time-sensitive" ? Urgency::critical : Urgency::normal;
 }
 
 bool isCarousel(const Value& content) {
-  const Value* richFeatures = find(content.find("userInfo"), "_rf");
-  const auto dictionary = richFeatures == nullptr ? std::nullopt : richFeatures->dictionary();
-  return dictionary && QXExtensionSDK::PayloadCarouselModelParser::decode(*dictionary).ok();
+  const auto richFeatures = content["userInfo"]["_rf"].dictionary();
+  return richFeatures && QXExtensionSDK::PayloadCarouselModelParser::decode(*richFeatures).ok();
 }
 
 std::optional<std::filesystem::path> firstImage(const Value& content) {
-  const Value* attachments = content.find("attachments");
-  if (attachments == nullptr) return std::nullopt;
-  for (const Value& attachment : attachments->elements()) {
+  for (const Value& attachment : content["attachments"].elements()) {
     const auto url = QXPlatform::URL::parse(textAt(attachment, "url"));
     if (!url || !url->isFileURL()) continue;
     std::filesystem::path file = url->filePath();
@@ -106,7 +97,7 @@ Banner makeBanner(const std::string& identifier, const Dictionary& properties, c
   banner.image = firstImage(content);
   if (const auto sound = textAt(content, "sound"); !sound.empty())
     banner.sound = displayText(sound, kLongestTitle);
-  if (const Value* badge = content.find("badge")) banner.badge = badge->integer();
+  banner.badge = content["badge"].integer();
   banner.urgency = urgencyOf(content);
   banner.isExpandable = isCarousel(content);
   return banner;

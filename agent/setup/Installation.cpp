@@ -29,8 +29,7 @@ std::filesystem::path installationFile(const std::string& app) {
 }
 
 std::optional<std::string> textAt(const Dictionary& dictionary, std::string_view key) {
-  const Value* value = dictionary.find(key);
-  const auto text = value == nullptr ? std::nullopt : value->string();
+  const auto text = dictionary[key].string();
   return text ? std::optional(std::string(*text)) : std::nullopt;
 }
 
@@ -116,10 +115,8 @@ Result<Installation> parse(const std::string& app, const std::string& text) {
   installation.name = textAt(*members, "name").value_or(app);
   installation.icon = textAt(*members, "icon").value_or("");
   installation.distributor = textAt(*members, "distributor");
-  if (const Value* files = members->find("files")) {
-    for (const Value& file : files->elements()) {
-      if (const auto path = file.string()) installation.files.emplace_back(*path);
-    }
+  for (const Value& file : (*members)["files"].elements()) {
+    if (const auto path = file.string()) installation.files.emplace_back(*path);
   }
   return installation;
 }

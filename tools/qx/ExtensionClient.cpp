@@ -42,7 +42,7 @@ ExtensionClient::~ExtensionClient() {
 }
 
 Result<Dictionary> ExtensionClient::ask(const Dictionary& request, std::chrono::duration<double> limit) {
-  const std::string identifier(request.find("identifier")->string().value_or(""));
+  const std::string identifier(request["identifier"].string().value_or(""));
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [&] { return !inHand_.contains(identifier); });
   inHand_.insert(identifier);

@@ -96,9 +96,7 @@ void checkTemplate(const Value& richFeatures, Findings& findings) {
   if (panels == nullptr) return;
   const std::size_t count = panels->elements().size();
   if (count == 0) findings.error("/_rf/vt/it", "no panels: there is nothing to show");
-  const Value* timer = richFeatures["vt"].find("tms");
-  if (timer == nullptr) return;
-  const auto milliseconds = QXPlatform::decodeValue<std::int64_t>(*timer);
+  const auto milliseconds = QXPlatform::decodeValue<std::int64_t>(richFeatures["vt"]["tms"]);
   if (!milliseconds) return;
   if (*milliseconds < 1) {
     findings.warn("/_rf/vt/tms", "below 1: the carousel does not advance by itself");

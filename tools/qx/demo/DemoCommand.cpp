@@ -47,10 +47,10 @@ std::string inQuotes(std::string_view text) {
 }
 
 // The beginning of a value's JSON: enough to see what became of a push.
-std::string inBrief(const Value* value) {
+std::string inBrief(const Value& value) {
   constexpr std::size_t kShown = 72;
-  if (value == nullptr) return "-";
-  const std::string text = value->string() ? inQuotes(*value->string()) : value->description();
+  if (value.isNull()) return "-";
+  const std::string text = value.string() ? inQuotes(*value.string()) : value.description();
   return text.size() <= kShown ? text : text.substr(0, kShown) + "...";
 }
 
@@ -101,16 +101,13 @@ DemoFinding pushCarousel(DemoStage& stage) {
   if (!push) return failed(push.error().message);
   DemoFinding finding;
   finding.receipts = push->receipts;
-  const Value sent(packed);
   finding.notes = {
-      "before  $_rf = " + inBrief(&sent), "after   $_rf = " + inBrief(push->shown.userInfo.find("$_rf")),
-      "        _rf  = " + inBrief(push->shown.userInfo.find("_rf")),
+      "before  $_rf = " + inBrief(packed), "after   $_rf = " + inBrief(push->shown.userInfo["$_rf"]),
+      "        _rf  = " + inBrief(push->shown.userInfo["_rf"]),
       std::to_string(packed.size()) + " bytes of rich features became " + std::to_string(plain.size()),
       "shown as " + inQuotes(push->shown.title) + " with " + std::to_string(push->shown.attachments.size()) +
           " attachment"};
-  const Value* features = push->shown.userInfo.find("_rf");
-  expect(finding, features != nullptr && *features == Value(carousel(stage)),
-         "the inflated carousel under _rf");
+  expect(finding, push->shown.userInfo["_rf"] == Value(carousel(stage)), "the inflated carousel under _rf");
   expect(finding, push->shown.attachments.size() == 1, "the first panel's image as thumbnail");
   for (const auto& [module, trail] : push->receipts) {
     expect(finding, trail.received == MessageIds{"yesterday", "carousel"},

@@ -5,13 +5,12 @@
 namespace AppGroupSDK {
 
 std::string_view stringValue(ExtensionModuleName module) {
-  switch (module) {
-    case ExtensionModuleName::quorixEngagement:
-      return "quorixEngagement";
-    case ExtensionModuleName::mobileAppMessaging:
-      return "mobileAppMessaging";
-  }
-  QXPlatform::fatalError("A module name other than 1 and 2");
+  constexpr auto kNames = std::to_array<QXPlatform::RawCase<ExtensionModuleName>>(
+      {{ExtensionModuleName::quorixEngagement, "quorixEngagement"},
+       {ExtensionModuleName::mobileAppMessaging, "mobileAppMessaging"}});
+  const std::string_view name = QXPlatform::nameIn(kNames, module);
+  if (name.empty()) QXPlatform::fatalError("A module name other than 1 and 2");
+  return name;
 }
 
 }  // namespace AppGroupSDK

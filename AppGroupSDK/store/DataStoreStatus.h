@@ -21,11 +21,21 @@ enum class DataStoreStatus : std::int64_t {
 };
 constexpr auto rawValues(QXPlatform::RawValuesOf<DataStoreStatus>) {
   using enum DataStoreStatus;
-  return std::to_array({success, containerUnavailable, containerNotFileURL, encodingFailed, writeFailed,
-                        noData, decodingFailed, moduleStoreUnavailable});
+  return std::to_array<QXPlatform::RawCase<DataStoreStatus>>({
+      {success, "success"},
+      {containerUnavailable, "containerUnavailable"},
+      {containerNotFileURL, "containerNotFileURL"},
+      {encodingFailed, "encodingFailed"},
+      {writeFailed, "writeFailed"},
+      {noData, "noData"},
+      {decodingFailed, "decodingFailed"},
+      {moduleStoreUnavailable, "moduleStoreUnavailable"},
+  });
 }
 
 // The case's name, such as "writeFailed".
-std::string_view description(DataStoreStatus status);
+constexpr std::string_view description(DataStoreStatus status) {
+  return QXPlatform::rawValue(status);
+}
 
 }  // namespace AppGroupSDK

@@ -9,6 +9,7 @@
 
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/foundation/FatalError.h"
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace QXExtensionSDK {
 
@@ -21,10 +22,6 @@ using AppGroupSDK::PNStatus;
 
 // Without what surrounds the receipts.
 constexpr std::size_t kRoomForReceipts = kMaxReceiptListBytes - 64;
-
-std::int64_t rawValue(PNStatus status) {
-  return static_cast<std::int64_t>(status);
-}
 
 template <typename... Pieces>
 void log(const Pieces&... pieces) {
@@ -186,14 +183,15 @@ std::optional<Receipts> DeliveryReceiptsPNStore::fetchReceipts(PNStatus status) 
   Receipts kept;
   std::ranges::copy_if(stored, std::back_inserter(kept),
                        [status](const auto& receipt) { return receipt.status() == status; });
-  log("DeliveryReceipts fetched for status: ", rawValue(status), " with result: ", ReceiptListText{kept});
+  log("DeliveryReceipts fetched for status: ", QXPlatform::rawValue(status),
+      " with result: ", ReceiptListText{kept});
   return kept;
 }
 
 std::optional<DataStoreStatus> DeliveryReceiptsPNStore::updateStatus(const Receipts& receipts,
                                                                      PNStatus status) {
   if (load().empty()) {
-    log("No DeliveryReceipts to update status: ", rawValue(status));
+    log("No DeliveryReceipts to update status: ", QXPlatform::rawValue(status));
     return std::nullopt;
   }
   const auto ids = uniqueIds(receipts);
@@ -203,7 +201,7 @@ std::optional<DataStoreStatus> DeliveryReceiptsPNStore::updateStatus(const Recei
     }
     return storedReceipts_.size();
   });
-  log("DeliveryReceipts ", ReceiptListText{receipts}, " updated status: ", rawValue(status),
+  log("DeliveryReceipts ", ReceiptListText{receipts}, " updated status: ", QXPlatform::rawValue(status),
       " with result: ", result);
   return result;
 }

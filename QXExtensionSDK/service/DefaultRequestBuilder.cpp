@@ -17,7 +17,7 @@ QXPlatform::Result<QXPlatform::URLRequest, ServiceError> DefaultRequestBuilder::
     const ServiceProtocol& service) const {
   QXPlatform::URLRequest request(service.url(), QXPlatform::CachePolicy::useProtocolCachePolicy,
                                  kTimeoutInterval);
-  request.httpMethod = rawValue(service.method());
+  request.httpMethod = QXPlatform::rawValue(service.method());
   for (const auto& [field, value] : service.headers()) request.setValueForHTTPHeaderField(value, field);
   if (const auto body = service.body()) {
     auto text = QXPlatform::writeJSON(*body, QXPlatform::JSONStyle::compact);

@@ -1,19 +1,23 @@
 #pragma once
 
+#include <array>
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 
+#include "QXPlatform/foundation/RawValues.h"
 #include "QXPlatform/foundation/URL.h"
 #include "QXPlatform/foundation/Value.h"
 
 namespace QXExtensionSDK {
 
 enum class HTTPMethod { get, post, put, delete_ };
-
-// "GET", "POST", "PUT" or "DELETE".
-std::string_view rawValue(HTTPMethod method);
+constexpr auto rawValues(QXPlatform::RawValuesOf<HTTPMethod>) {
+  return std::to_array<QXPlatform::RawCase<HTTPMethod>>({{HTTPMethod::get, "GET"},
+                                                         {HTTPMethod::post, "POST"},
+                                                         {HTTPMethod::put, "PUT"},
+                                                         {HTTPMethod::delete_, "DELETE"}});
+}
 
 // Describes one request to the back end. One value record a kind of request; immutable.
 class ServiceProtocol {

@@ -1,41 +1,31 @@
 #include "QXPlatform/foundation/JSONCoder.h"
 
+#include <array>
 #include <cmath>
 
 namespace QXPlatform {
 
 namespace {
 
-std::string_view kindName(const Value& value) {
-  switch (value.kind()) {
-    case Value::Kind::null:
-      return "null";
-    case Value::Kind::boolean:
-      return "a boolean";
-    case Value::Kind::integer:
-      return "an integer";
-    case Value::Kind::number:
-      return "a fraction";
-    case Value::Kind::string:
-      return "text";
-    case Value::Kind::date:
-      return "a date";
-    case Value::Kind::data:
-      return "bytes";
-    case Value::Kind::array:
-      return "an array";
-    case Value::Kind::dictionary:
-      return "an object";
-  }
-  return "something else";
-}
+constexpr auto kKindNames = std::to_array<RawCase<Value::Kind>>({
+    {Value::Kind::null, "null"},
+    {Value::Kind::boolean, "a boolean"},
+    {Value::Kind::integer, "an integer"},
+    {Value::Kind::number, "a fraction"},
+    {Value::Kind::string, "text"},
+    {Value::Kind::date, "a date"},
+    {Value::Kind::data, "bytes"},
+    {Value::Kind::array, "an array"},
+    {Value::Kind::dictionary, "an object"},
+});
 
 }  // namespace
 
 namespace detail {
 
 bool failDecoding(std::string_view expected, const Value& found, DecodingErrors& errors) {
-  return errors.add(std::string("expected ").append(expected).append(", found ").append(kindName(found)));
+  return errors.add(
+      std::string("expected ").append(expected).append(", found ").append(nameIn(kKindNames, found.kind())));
 }
 
 bool failMissing(DecodingErrors& errors) {

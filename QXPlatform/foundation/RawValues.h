@@ -2,6 +2,7 @@
 
 #include <array>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -25,6 +26,15 @@ struct RawValuesOf {};
 template <typename Enumeration>
 using RawCase = std::pair<Enumeration, std::string_view>;
 
+// The name that a table gives to a case; empty when it gives none.
+template <typename Enumeration, std::size_t size>
+constexpr std::string_view nameIn(const std::array<RawCase<Enumeration>, size>& names, Enumeration value) {
+  for (const auto& [known, name] : names) {
+    if (known == value) return name;
+  }
+  return {};
+}
+
 template <typename T>
 concept RawRepresentable = std::is_enum_v<T> && requires {
   rawValues(RawValuesOf<T>());
@@ -38,10 +48,7 @@ inline constexpr bool kHasTextRawValues =
 template <RawRepresentable T>
 constexpr auto rawValue(T value) {
   if constexpr (kHasTextRawValues<T>) {
-    for (const auto& [known, raw] : rawValues(RawValuesOf<T>())) {
-      if (known == value) return raw;
-    }
-    return std::string_view();
+    return nameIn(rawValues(RawValuesOf<T>()), value);
   } else {
     return static_cast<std::int64_t>(value);
   }

@@ -2,9 +2,11 @@
 
 #include <QWidget>
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
+#include "QXPlatform/foundation/RawValues.h"
 #include "QXPlatform/notifications/UNUserNotificationCenter.h"
 
 namespace QXPlatform {
@@ -73,16 +75,13 @@ void ContentExtensionHost::setDefaultActionHandler(std::function<void()> handler
   context_->handler = std::move(handler);
 }
 
-const char* responseOptionName(UNNotificationContentExtensionResponseOption option) {
-  switch (option) {
-    case UNNotificationContentExtensionResponseOption::doNotDismiss:
-      return "doNotDismiss";
-    case UNNotificationContentExtensionResponseOption::dismiss:
-      return "dismiss";
-    case UNNotificationContentExtensionResponseOption::dismissAndForwardAction:
-      return "dismissAndForwardAction";
-  }
-  return "doNotDismiss";
+std::string_view responseOptionName(UNNotificationContentExtensionResponseOption option) {
+  using enum UNNotificationContentExtensionResponseOption;
+  constexpr auto kNames = std::to_array<RawCase<UNNotificationContentExtensionResponseOption>>(
+      {{doNotDismiss, "doNotDismiss"},
+       {dismiss, "dismiss"},
+       {dismissAndForwardAction, "dismissAndForwardAction"}});
+  return nameIn(kNames, option);
 }
 
 }  // namespace QXPlatform

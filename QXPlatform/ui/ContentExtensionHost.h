@@ -2,7 +2,7 @@
 
 #include <functional>
 #include <memory>
-#include <string>
+#include <string_view>
 
 #include "QXPlatform/notifications/UNNotificationContentExtension.h"
 #include "QXPlatform/ui/NSExtensionContext.h"
@@ -51,6 +51,6 @@ class ContentExtensionHost final : private UIViewController {
 };
 
 // "doNotDismiss", "dismiss" or "dismissAndForwardAction".
-const char* responseOptionName(UNNotificationContentExtensionResponseOption option);
+std::string_view responseOptionName(UNNotificationContentExtensionResponseOption option);
 
 }  // namespace QXPlatform

@@ -1,8 +1,10 @@
 #include "tools/qx/HostRecords.h"
 
+#include <array>
 #include <utility>
 
 #include "AppGroupSDK/records/ModuleAppMappingStore.h"
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace qx {
 
@@ -16,25 +18,19 @@ int reportSave(const SimulatorOptions& simulator, std::string_view command, Data
 }
 
 std::string explain(DataStoreStatus status) {
-  switch (status) {
-    case DataStoreStatus::success:
-      return "done";
-    case DataStoreStatus::containerUnavailable:
-      return "the bundle names no app group, or its container is not there: see qx host init";
-    case DataStoreStatus::containerNotFileURL:
-      return "the container is not a file location";
-    case DataStoreStatus::encodingFailed:
-      return "the record cannot be written as JSON";
-    case DataStoreStatus::writeFailed:
-      return "the file cannot be written";
-    case DataStoreStatus::noData:
-      return "nothing is stored";
-    case DataStoreStatus::decodingFailed:
-      return "the file holds something else than the record";
-    case DataStoreStatus::moduleStoreUnavailable:
-      return "the store has no module";
-  }
-  return "unknown status";
+  using enum DataStoreStatus;
+  constexpr auto kExplanations = std::to_array<QXPlatform::RawCase<DataStoreStatus>>({
+      {success, "done"},
+      {containerUnavailable,
+       "the bundle names no app group, or its container is not there: see qx host init"},
+      {containerNotFileURL, "the container is not a file location"},
+      {encodingFailed, "the record cannot be written as JSON"},
+      {writeFailed, "the file cannot be written"},
+      {noData, "nothing is stored"},
+      {decodingFailed, "the file holds something else than the record"},
+      {moduleStoreUnavailable, "the store has no module"},
+  });
+  return std::string(QXPlatform::nameIn(kExplanations, status));
 }
 
 QXPlatform::Result<std::string> storedAppId(ExtensionModuleName module) {

@@ -1,15 +1,18 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <string_view>
+
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace QXExtensionSDK {
 
 // The extension that speaks.
 enum class LogSubSystem : std::uint8_t { serviceExtension = 0, contentExtnsion = 1 };
-
-constexpr std::string_view rawValue(LogSubSystem subSystem) {
-  return subSystem == LogSubSystem::serviceExtension ? "ServiceExtension" : "ContentExtension";
+constexpr auto rawValues(QXPlatform::RawValuesOf<LogSubSystem>) {
+  return std::to_array<QXPlatform::RawCase<LogSubSystem>>(
+      {{LogSubSystem::serviceExtension, "ServiceExtension"},
+       {LogSubSystem::contentExtnsion, "ContentExtension"}});
 }
 
 }  // namespace QXExtensionSDK

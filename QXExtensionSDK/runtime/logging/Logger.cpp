@@ -1,27 +1,29 @@
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 
 #include <array>
-#include <cstddef>
 #include <utility>
 
 #include "QXPlatform/foundation/FatalError.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
+#include "QXPlatform/foundation/RawValues.h"
 
 namespace QXExtensionSDK {
 
 std::string_view categoryString(LogCategory category) {
-  static constexpr std::array<std::string_view, 9> kNames{"Module",
-                                                          "ServiceGeneral",
-                                                          "ServiceWorker",
-                                                          "Decompression",
-                                                          "DeliveryReceipt",
-                                                          "Network",
-                                                          "CarouselAttachment",
-                                                          "ContentGeneral",
-                                                          "UI"};
-  const auto index = static_cast<std::size_t>(category);
-  if (index >= kNames.size()) QXPlatform::fatalError("A log category outside 0 to 8");
-  return kNames.at(index);
+  using enum LogCategory;
+  constexpr auto kNames =
+      std::to_array<QXPlatform::RawCase<LogCategory>>({{module, "Module"},
+                                                       {serviceGeneral, "ServiceGeneral"},
+                                                       {serviceWorker, "ServiceWorker"},
+                                                       {decompression, "Decompression"},
+                                                       {deliveryReceipt, "DeliveryReceipt"},
+                                                       {network, "Network"},
+                                                       {carouselAttachment, "CarouselAttachment"},
+                                                       {contentGeneral, "ContentGeneral"},
+                                                       {ui, "UI"}});
+  const std::string_view name = QXPlatform::nameIn(kNames, category);
+  if (name.empty()) QXPlatform::fatalError("A log category outside 0 to 8");
+  return name;
 }
 
 std::atomic<std::int64_t> Logger::globalLoglevel_{static_cast<std::int64_t>(LogLevel::error)};
@@ -42,7 +44,7 @@ const Logger& Logger::content() {
 }
 
 void Logger::print(QXPlatform::LogType type, LogCategory category, std::string_view message) const {
-  logPrinter_->print(message, type, rawValue(subSystem_), categoryString(category));
+  logPrinter_->print(message, type, QXPlatform::rawValue(subSystem_), categoryString(category));
 }
 
 }  // namespace QXExtensionSDK

@@ -1,98 +1,54 @@
 #include "tools/qx/carousel/CarouselReport.h"
 
+#include <array>
 #include <cmath>
 #include <utility>
 #include <vector>
 
+#include "QXPlatform/foundation/RawValues.h"
 #include "QXPlatform/log/Log.h"
 
 namespace qx {
 
 namespace {
 
+using QXExtensionSDK::ActionType;
 using QXExtensionSDK::CarouselPanelView;
 using QXExtensionSDK::CarouselViewController;
 using QXExtensionSDK::CarouselViewModel;
+using QXExtensionSDK::FontStyle;
+using QXExtensionSDK::ImageLoadingState;
+using QXExtensionSDK::TextAlignment;
+using QXExtensionSDK::TimerState;
+using QXExtensionSDK::ViewTextState;
 using QXPlatform::Dictionary;
+using QXPlatform::nameIn;
+using QXPlatform::RawCase;
 using QXPlatform::Value;
 
-const char* name(QXExtensionSDK::TimerState state) {
-  switch (state) {
-    case QXExtensionSDK::TimerState::notStarted:
-      return "notStarted";
-    case QXExtensionSDK::TimerState::running:
-      return "running";
-    case QXExtensionSDK::TimerState::stopped:
-      return "stopped";
-  }
-  return "";
-}
-
-const char* name(QXExtensionSDK::ImageLoadingState state) {
-  switch (state) {
-    case QXExtensionSDK::ImageLoadingState::notStarted:
-      return "notStarted";
-    case QXExtensionSDK::ImageLoadingState::downloading:
-      return "downloading";
-    case QXExtensionSDK::ImageLoadingState::success:
-      return "success";
-    case QXExtensionSDK::ImageLoadingState::failed:
-      return "failed";
-  }
-  return "";
-}
-
-const char* name(QXExtensionSDK::FontStyle style) {
-  switch (style) {
-    case QXExtensionSDK::FontStyle::regular:
-      return "regular";
-    case QXExtensionSDK::FontStyle::bold:
-      return "bold";
-    case QXExtensionSDK::FontStyle::italic:
-      return "italic";
-  }
-  return "";
-}
-
-const char* name(QXExtensionSDK::TextAlignment alignment) {
-  switch (alignment) {
-    case QXExtensionSDK::TextAlignment::beginning:
-      return "beginning";
-    case QXExtensionSDK::TextAlignment::center:
-      return "center";
-    case QXExtensionSDK::TextAlignment::end:
-      return "end";
-  }
-  return "";
-}
-
-const char* name(QXExtensionSDK::ViewTextState state) {
-  switch (state) {
-    case QXExtensionSDK::ViewTextState::none:
-      return "none";
-    case QXExtensionSDK::ViewTextState::onlyTitle:
-      return "onlyTitle";
-    case QXExtensionSDK::ViewTextState::onlySubtitle:
-      return "onlySubtitle";
-    case QXExtensionSDK::ViewTextState::both:
-      return "both";
-  }
-  return "";
-}
-
-const char* name(QXExtensionSDK::ActionType type) {
-  switch (type) {
-    case QXExtensionSDK::ActionType::openApp:
-      return "openApp";
-    case QXExtensionSDK::ActionType::openDeepLink:
-      return "openDeepLink";
-    case QXExtensionSDK::ActionType::openWebUrl:
-      return "openWebUrl";
-    case QXExtensionSDK::ActionType::openCloudPage:
-      return "openCloudPage";
-  }
-  return "";
-}
+constexpr auto kTimerStates = std::to_array<RawCase<TimerState>>({{TimerState::notStarted, "notStarted"},
+                                                                  {TimerState::running, "running"},
+                                                                  {TimerState::stopped, "stopped"}});
+constexpr auto kImageStates =
+    std::to_array<RawCase<ImageLoadingState>>({{ImageLoadingState::notStarted, "notStarted"},
+                                               {ImageLoadingState::downloading, "downloading"},
+                                               {ImageLoadingState::success, "success"},
+                                               {ImageLoadingState::failed, "failed"}});
+constexpr auto kFontStyles = std::to_array<RawCase<FontStyle>>(
+    {{FontStyle::regular, "regular"}, {FontStyle::bold, "bold"}, {FontStyle::italic, "italic"}});
+constexpr auto kAlignments = std::to_array<RawCase<TextAlignment>>({{TextAlignment::beginning, "beginning"},
+                                                                    {TextAlignment::center, "center"},
+                                                                    {TextAlignment::end, "end"}});
+constexpr auto kTextStates =
+    std::to_array<RawCase<ViewTextState>>({{ViewTextState::none, "none"},
+                                           {ViewTextState::onlyTitle, "onlyTitle"},
+                                           {ViewTextState::onlySubtitle, "onlySubtitle"},
+                                           {ViewTextState::both, "both"}});
+constexpr auto kActionKinds =
+    std::to_array<RawCase<ActionType>>({{ActionType::openApp, "openApp"},
+                                        {ActionType::openDeepLink, "openDeepLink"},
+                                        {ActionType::openWebUrl, "openWebUrl"},
+                                        {ActionType::openCloudPage, "openCloudPage"}});
 
 using Entries = std::vector<std::pair<std::string, Value>>;
 
@@ -101,25 +57,25 @@ void addText(Entries& entries, const char* key,
   if (!component) return;
   entries.emplace_back(key, Dictionary{{"text", component->text},
                                        {"size", std::llround(component->font.pointSize)},
-                                       {"style", name(component->font.style)},
-                                       {"alignment", name(component->textAlignment)},
+                                       {"style", nameIn(kFontStyles, component->font.style)},
+                                       {"alignment", nameIn(kAlignments, component->textAlignment)},
                                        {"color", component->textColor.hexString()}});
 }
 
 Value reportPanel(const QXExtensionSDK::PanelItemComponent& panel, const CarouselPanelView* view) {
-  using QXExtensionSDK::ImageLoadingState;
-  Entries entries{{"url", panel.media.url},
-                  {"mediaBackground", panel.media.backgroundColor.hexString()},
-                  {"panelColor", panel.panelColor.hexString()},
-                  {"textState", name(panel.textState)},
-                  {"imageState", name(view == nullptr ? ImageLoadingState::notStarted
-                                                      : view->imageView().imageLoadingState())},
-                  {"imageDownloadCount", view == nullptr ? 0 : view->imageView().imageDownloadCount()}};
+  Entries entries{
+      {"url", panel.media.url},
+      {"mediaBackground", panel.media.backgroundColor.hexString()},
+      {"panelColor", panel.panelColor.hexString()},
+      {"textState", nameIn(kTextStates, panel.textState)},
+      {"imageState", nameIn(kImageStates, view == nullptr ? ImageLoadingState::notStarted
+                                                          : view->imageView().imageLoadingState())},
+      {"imageDownloadCount", view == nullptr ? 0 : view->imageView().imageDownloadCount()}};
   addText(entries, "altText", panel.media.altText);
   addText(entries, "title", panel.title);
   addText(entries, "subTitle", panel.subTitle);
   if (panel.action) {
-    const Dictionary action{{"kind", name(panel.action->kind)}};
+    const Dictionary action{{"kind", nameIn(kActionKinds, panel.action->kind)}};
     const auto& url = panel.action->url;
     entries.emplace_back("action", url ? action.setting("url", url->absoluteString()) : action);
   }
@@ -166,7 +122,7 @@ Dictionary reportCarousel(std::string_view step, QXPlatform::ContentExtensionHos
       {"currentPanelIndex", viewModel.currentPanelIndex},
       {"hasValidTimer", viewModel.hasValidTimer},
       {"timerInMilliSec", viewModel.timerInMilliSec},
-      {"timerState", name(screen != nullptr ? screen->timerState() : QXExtensionSDK::TimerState::notStarted)},
+      {"timerState", nameIn(kTimerStates, screen != nullptr ? screen->timerState() : TimerState::notStarted)},
       {"navigationState", reportNavigation(viewModel.navigationState)},
       {"panels", panels},
       {"defaultActionPerformed", host.isDefaultActionPerformed()},

@@ -8,6 +8,7 @@
 
 #include "AppGroupSDK/store/Trimming.h"
 #include "QXPlatform/dispatch/Clock.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXExtensionSDK {
 
@@ -46,12 +47,12 @@ std::shared_ptr<ReceiptRun::Ledger> ReceiptRun::Ledger::shared(AppGroupSDK::Exte
     std::map<std::string, std::weak_ptr<Ledger>> ledgers;  // guarded by mutex
   };
   // Never destroyed: runs may end while the process exits.
-  static Registry& registry = *new Registry;
+  static QXPlatform::NeverDestroyed<Registry> registry;
 
-  const std::lock_guard lock(registry.mutex);
+  const std::lock_guard lock(registry->mutex);
   // The file's name does without the blanks as well.
   const auto name = AppGroupSDK::trimmingWhitespaceAndNewlines(appId);
-  auto& known = registry.ledgers[std::string(stringValue(module)).append("/").append(name)];
+  auto& known = registry->ledgers[std::string(stringValue(module)).append("/").append(name)];
   auto ledger = known.lock();
   if (ledger == nullptr) known = ledger = std::make_shared<Ledger>();
   return ledger;

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <new>
-#include <string>
 #include <utility>
 
 namespace QXExtensionSDK {
@@ -13,17 +12,9 @@ using QXPlatform::DispatchQueue;
 using QXPlatform::UNMutableNotificationContent;
 using QXPlatform::UNNotificationRequest;
 
-const std::string& concurrentQueueLabel() {
-  static const std::string& label =
-      *new std::string("com.veltro.quorix.QXExtensionSDK.service.extension.concurrentQueue");
-  return label;
-}
-
-const std::string& serialQueueLabel() {
-  static const std::string& label =
-      *new std::string("com.veltro.quorix.QXExtensionSDK.service.extension.serialQueue");
-  return label;
-}
+constexpr const char* kConcurrentQueueLabel =
+    "com.veltro.quorix.QXExtensionSDK.service.extension.concurrentQueue";
+constexpr const char* kSerialQueueLabel = "com.veltro.quorix.QXExtensionSDK.service.extension.serialQueue";
 
 }  // namespace
 
@@ -76,8 +67,8 @@ NotificationServiceWorker::NotificationServiceWorker(Token,
                                                      std::weak_ptr<ClientCalling> clientCallingDelegate,
                                                      std::unique_ptr<const ModuleProvider> moduleProvider)
     : logger_(Logger::service()),
-      concurrentQueue_(concurrentQueueLabel(), DispatchQueue::Attribute::concurrent),
-      serialQueue_(serialQueueLabel(), DispatchQueue::Attribute::serial),
+      concurrentQueue_(kConcurrentQueueLabel, DispatchQueue::Attribute::concurrent),
+      serialQueue_(kSerialQueueLabel, DispatchQueue::Attribute::serial),
       moduleProvider_(std::move(moduleProvider)),
       clientCallingDelegate_(std::move(clientCallingDelegate)) {
   Logger::setGlobalLoglevel(static_cast<std::int64_t>(clientProvideConfig().logLevel()));

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 
+#include "QXPlatform/foundation/NeverDestroyed.h"
+
 namespace QXPlatform {
 namespace {
 
@@ -17,7 +19,8 @@ class SteadyClock final : public Clock {
 
 std::atomic<Clock*>& installedClock() {
   // Never destroyed: threads may still wait while the process exits.
-  static std::atomic<Clock*> clock = new SteadyClock;
+  static NeverDestroyed<SteadyClock> steady;
+  static std::atomic<Clock*> clock = &*steady;
   return clock;
 }
 

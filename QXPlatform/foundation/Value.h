@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -71,7 +72,10 @@ class Value {
     if (raw_.owner != nullptr) detail::release(raw_.owner);
   }
 
-  Kind kind() const { return static_cast<Kind>(raw_.kind); }
+  Kind kind() const {
+    static_assert(std::same_as<std::underlying_type_t<Kind>, decltype(detail::RawValue::kind)>);
+    return static_cast<Kind>(raw_.kind);
+  }
   bool isNull() const { return kind() == Kind::null; }
   bool isDictionary() const { return kind() == Kind::dictionary; }
   bool isArray() const { return kind() == Kind::array; }

@@ -23,6 +23,7 @@
 #include <utility>
 
 #include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 #include "QXPlatform/images/ImageDecoder.h"
 
 namespace QXPlatform {
@@ -249,8 +250,8 @@ class ForkedImageProcess final : public ImageProcess {
 
 ImageProcess& ImageProcess::shared() {
   // Never destroyed: a decoding thread may outlast the objects of the program.
-  static ForkedImageProcess& process = *new ForkedImageProcess;
-  return process;
+  static NeverDestroyed<ForkedImageProcess> process;
+  return *process;
 }
 
 }  // namespace QXPlatform

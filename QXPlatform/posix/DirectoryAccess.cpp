@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "QXPlatform/foundation/NeverDestroyed.h"
 #include "QXPlatform/log/Log.h"
 
 namespace QXPlatform {
@@ -90,8 +91,8 @@ class DirectoryAccess::Directories {
  public:
   static Directories& shared() {
     // Never destroyed: accesses may go on while the process exits.
-    static Directories& directories = *new Directories;
-    return directories;
+    static NeverDestroyed<Directories> directories;
+    return *directories;
   }
 
   Directory& enter(const std::string& path) {

@@ -18,6 +18,10 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kNamePrefix = "qx-downloads-";
 
+Error lastError() {
+  return {std::generic_category().message(errno)};
+}
+
 // A directory whose process lives is locked by it.
 std::optional<FileDescriptor> lock(const fs::path& directory) {
   FileDescriptor opened(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -44,8 +48,8 @@ void removeAbandoned(const fs::path& parent) {
 
 DownloadDirectory& DownloadDirectory::shared() {
   // Never destroyed: threads may still load while the process exits.
-  static DownloadDirectory& directory = *new DownloadDirectory;
-  return directory;
+  static NeverDestroyed<DownloadDirectory> directory;
+  return *directory;
 }
 
 // Made with the first session, so before the network's thread: what runs at the exit runs after that has
@@ -54,35 +58,34 @@ DownloadDirectory::DownloadDirectory() {
   static_cast<void>(std::atexit([] { shared().removeAll(); }));
 }
 
-std::string DownloadDirectory::makeSubdirectory() {
+Result<std::string> DownloadDirectory::makeSubdirectory() {
   const std::lock_guard lock(mutex_);
   // The second time, when the first one finds that somebody has cleaned up.
   for (int attempt = 0; attempt < 2; ++attempt) {
-    if (path_.empty() && !make()) return {};
+    if (path_.empty()) {
+      if (auto failed = make()) return *std::move(failed);
+    }
     std::string subdirectory = path_ + "/" + std::to_string(++made_);
     if (mkdir(subdirectory.c_str(), 0700) == 0) return subdirectory;
-    if (errno != ENOENT) return {};
+    if (errno != ENOENT) break;
     path_.clear();
   }
-  return {};
+  return lastError();
 }
 
-bool DownloadDirectory::make() {
+std::optional<Error> DownloadDirectory::make() {
   std::error_code error;
   const fs::path parent = fs::temp_directory_path(error);
-  if (error) {
-    errno = error.value();
-    return false;
-  }
+  if (error) return Error{error.message()};
   removeAbandoned(parent);
   std::string directory = (parent / kNamePrefix).native() + "XXXXXX";
-  if (mkdtemp(directory.data()) == nullptr) return false;
+  if (mkdtemp(directory.data()) == nullptr) return lastError();
   held_.reset();
   // Whoever cleans up in just this moment may have it before the lock does; then the next attempt makes
   // another.
   if (auto held = lock(directory)) held_.emplace(*std::move(held));
   path_ = std::move(directory);
-  return true;
+  return std::nullopt;
 }
 
 bool DownloadDirectory::contains(const fs::path& file) const {

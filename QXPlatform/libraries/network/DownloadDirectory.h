@@ -6,6 +6,8 @@
 #include <string>
 
 #include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
+#include "QXPlatform/foundation/Result.h"
 
 namespace QXPlatform {
 
@@ -16,14 +18,15 @@ class DownloadDirectory {
  public:
   static DownloadDirectory& shared();
 
-  // A new directory inside it; empty, with errno, on failure.
-  std::string makeSubdirectory();
+  // A new directory inside it.
+  Result<std::string> makeSubdirectory();
   // Whether the file lies inside it, as written.
   bool contains(const std::filesystem::path& file) const;
 
  private:
+  friend class NeverDestroyed<DownloadDirectory>;
   DownloadDirectory();
-  bool make();
+  std::optional<Error> make();
   void removeAll();
 
   mutable std::mutex mutex_;

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "QXPlatform/foundation/NeverDestroyed.h"
 #include "QXPlatform/libraries/network/DownloadDirectory.h"
 
 namespace QXPlatform {
@@ -19,8 +20,8 @@ struct Owners {
 
 Owners& owners() {
   // Never destroyed: threads may still load while the process exits.
-  static Owners& shared = *new Owners;
-  return shared;
+  static NeverDestroyed<Owners> shared;
+  return *shared;
 }
 
 }  // namespace

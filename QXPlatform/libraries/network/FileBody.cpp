@@ -9,9 +9,12 @@
 namespace QXPlatform {
 namespace {
 
-URLError cannotWrite(int number) {
-  return {URLError::Code::cannotWriteFile,
-          "the download cannot be written: " + std::generic_category().message(number)};
+URLError cannotWrite(const std::string& reason) {
+  return {URLError::Code::cannotWriteFile, "the download cannot be written: " + reason};
+}
+
+URLError lastError() {
+  return cannotWrite(std::generic_category().message(errno));
 }
 
 URLError tooLarge() {
@@ -25,16 +28,19 @@ std::optional<URLError> FileBody::expect(std::size_t size) {
 }
 
 void FileBody::discard() {
-  if (file_ >= 0) close(std::exchange(file_, -1));
+  file_.reset();
   if (!path_.empty()) unlink(path_.c_str());
   path_.clear();
   directory_.reset();
 }
 
 std::optional<URLError> FileBody::open() {
-  if (file_ >= 0) return std::nullopt;
-  file_ = directory_->createFile(path_);
-  return file_ >= 0 ? std::nullopt : std::optional(cannotWrite(errno));
+  if (file_) return std::nullopt;
+  auto created = directory_->createFile();
+  if (!created) return cannotWrite(created.error().message);
+  path_ = std::move(created.value().path);
+  file_.emplace(std::move(created.value().descriptor));
+  return std::nullopt;
 }
 
 std::optional<URLError> FileBody::append(std::string_view bytes) {
@@ -42,8 +48,8 @@ std::optional<URLError> FileBody::append(std::string_view bytes) {
   size_ += bytes.size();
   if (auto failed = open()) return failed;
   while (!bytes.empty()) {
-    const ssize_t written = write(file_, bytes.data(), bytes.size());
-    if (written < 0 && errno != EINTR) return cannotWrite(errno);
+    const ssize_t written = write(file_->get(), bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return lastError();
     if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
   }
   return std::nullopt;
@@ -51,8 +57,9 @@ std::optional<URLError> FileBody::append(std::string_view bytes) {
 
 std::optional<URLError> FileBody::finish() {
   if (auto failed = open()) return failed;
-  const int file = std::exchange(file_, -1);
-  return close(file) == 0 ? std::nullopt : std::optional(cannotWrite(errno));
+  const bool isWritten = file_->close();
+  file_.reset();
+  return isWritten ? std::nullopt : std::optional(lastError());
 }
 
 }  // namespace QXPlatform

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "QXPlatform/libraries/network/ResponseBody.h"
@@ -33,7 +35,7 @@ class FileBody final : public ResponseBody {
 
   std::shared_ptr<SessionDirectory> directory_;
   std::string path_;
-  int file_ = -1;
+  std::optional<FileDescriptor> file_;  // while it is written
   std::size_t size_ = 0;
 };
 

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <system_error>
+#include <utility>
 
 #include "QXPlatform/libraries/network/DownloadDirectory.h"
 
@@ -19,19 +21,23 @@ SessionDirectory::~SessionDirectory() {
   if (!path_.empty()) rmdir(path_.c_str());
 }
 
-int SessionDirectory::createFile(std::string& path) {
+Result<SessionDirectory::File> SessionDirectory::createFile() {
   const std::lock_guard lock(mutex_);
-  if (path_.empty()) path_ = DownloadDirectory::shared().makeSubdirectory();
-  if (path_.empty()) return -1;
-  std::string file = path_ + "/download-XXXXXX";
-  int descriptor = mkostemp(file.data(), O_CLOEXEC);
-  // The owner of an earlier file may have removed the directory with it.
-  if (descriptor < 0 && errno == ENOENT && mkdir(path_.c_str(), 0700) == 0) {
-    file = path_ + "/download-XXXXXX";
-    descriptor = mkostemp(file.data(), O_CLOEXEC);
+  if (path_.empty()) {
+    auto made = DownloadDirectory::shared().makeSubdirectory();
+    if (!made) return made.error();
+    path_ = *std::move(made);
   }
-  if (descriptor >= 0) path = std::move(file);
-  return descriptor;
+  const auto create = [this](std::string& file) {
+    file = path_ + "/download-XXXXXX";
+    return mkostemp(file.data(), O_CLOEXEC);
+  };
+  std::string file;
+  int descriptor = create(file);
+  // The owner of an earlier file may have removed the directory with it.
+  if (descriptor < 0 && errno == ENOENT && mkdir(path_.c_str(), 0700) == 0) descriptor = create(file);
+  if (descriptor < 0) return Error{std::generic_category().message(errno)};
+  return File{std::move(file), FileDescriptor(descriptor)};
 }
 
 }  // namespace QXPlatform

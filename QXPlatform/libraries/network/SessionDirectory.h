@@ -3,6 +3,9 @@
 #include <mutex>
 #include <string>
 
+#include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/foundation/Result.h"
+
 namespace QXPlatform {
 
 // One session's place in the directory of downloads, of mode 0700, made with its first file and removed, when
@@ -14,8 +17,13 @@ class SessionDirectory {
   SessionDirectory(const SessionDirectory&) = delete;
   SessionDirectory& operator=(const SessionDirectory&) = delete;
 
-  // The descriptor of a new file of mode 0600, whose path is put into `path`; -1, with errno, on failure.
-  int createFile(std::string& path);
+  struct File {
+    std::string path;
+    FileDescriptor descriptor;  // to write to
+  };
+
+  // A new file, of mode 0600.
+  Result<File> createFile();
 
  private:
   std::mutex mutex_;

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string_view>
 
+#include "QXPlatform/foundation/ASCII.h"
+
 namespace QXPlatform {
 namespace {
 
@@ -14,8 +16,7 @@ std::string environmentOr(const char* name, const char* otherwise) {
 
 // As the tools that rehash such a directory name the entries: 1a2b3c4d.0
 bool isHashedName(std::string_view name) {
-  return name.size() == 10 && name.ends_with(".0") &&
-         name.find_first_not_of("0123456789abcdef") == name.size() - 2;
+  return name.size() == 10 && name.ends_with(".0") && name.find_first_not_of(kHexDigits) == name.size() - 2;
 }
 
 bool isHashed(const std::string& directory) {

@@ -12,6 +12,10 @@ constexpr char lowercased(char character) {
   return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
 }
 
+constexpr char uppercased(char character) {
+  return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
+}
+
 constexpr bool isASCIIDigit(char character) {
   return character >= '0' && character <= '9';
 }
@@ -27,6 +31,12 @@ constexpr bool isHexDigit(char character) {
 inline std::string lowercased(std::string_view text) {
   std::string result(text);
   for (char& character : result) character = lowercased(character);
+  return result;
+}
+
+inline std::string uppercased(std::string_view text) {
+  std::string result(text);
+  for (char& character : result) character = uppercased(character);
   return result;
 }
 

@@ -1,15 +1,14 @@
 #include "QXPlatform/notifications/ServiceExtensionMain.h"
 
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <filesystem>
 #include <iostream>
 #include <optional>
-#include <string_view>
 
 #include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/foundation/CommandLine.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "QXPlatform/notifications/StandardInput.h"
@@ -26,29 +25,21 @@ struct Arguments {
   std::optional<std::filesystem::path> attachments;
 };
 
-// Above zero, and not above the most; what is not a number is neither.
-template <typename Number>
-bool readNumber(std::string_view text, Number& number, Number most) {
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() && number > 0 && number <= most;
-}
-
 std::optional<Arguments> readArguments(int argc, const char* const* argv, std::size_t mostAtOnce) {
   Arguments arguments;
-  for (int i = 1; i < argc; i += 2) {
-    const std::string_view name = argv[i];
-    if (i + 1 == argc) return std::nullopt;
-    if (name == "--attachments") {
-      arguments.attachments = argv[i + 1];
-      continue;
-    }
-    const bool known = name == "--time-limit" ? readNumber(argv[i + 1], arguments.timeLimitSeconds,
-                                                           ServiceExtensionHost::kLongestTimeLimit.count())
-                       : name == "--jobs"     ? readNumber(argv[i + 1], arguments.jobs, mostAtOnce)
-                                              : false;
-    if (!known) return std::nullopt;
-  }
-  return arguments;
+  const auto takeTimeLimit = [&](const char* seconds) {
+    return readNumber(seconds, arguments.timeLimitSeconds, ServiceExtensionHost::kLongestTimeLimit.count());
+  };
+  const auto takeJobs = [&](const char* count) { return readNumber(count, arguments.jobs, mostAtOnce); };
+  const auto takeAttachments = [&](const char* directory) {
+    arguments.attachments = directory;
+    return true;
+  };
+  const bool isUnderstood = readCommandLine(argc, argv,
+                                            {{"time-limit", true, takeTimeLimit},
+                                             {"jobs", true, takeJobs},
+                                             {"attachments", true, takeAttachments}});
+  return isUnderstood ? std::optional(arguments) : std::nullopt;
 }
 
 }  // namespace

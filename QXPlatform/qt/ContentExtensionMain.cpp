@@ -1,15 +1,14 @@
 #include "QXPlatform/ui/ContentExtensionMain.h"
 
 #include <QApplication>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <iostream>
 #include <optional>
-#include <string_view>
 #include <utility>
 
 #include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/foundation/CommandLine.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/StandardInput.h"
 #include "QXPlatform/ui/Application.h"
@@ -29,30 +28,15 @@ struct Arguments {
   bool window = false;
 };
 
-std::optional<int> readWidth(std::string_view text) {
-  int width = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), width);
-  const bool isNumber = error == std::errc() && end == text.data() + text.size();
-  return isNumber && width > 0 && width <= kWidest ? std::optional(width) : std::nullopt;
-}
-
 std::optional<Arguments> readArguments(int argc, const char* const* argv) {
   Arguments arguments;
-  for (int i = 1; i < argc; ++i) {
-    const std::string_view name = argv[i];
-    if (name == "--reuse") {
-      arguments.reuse = true;
-    } else if (name == "--window") {
-      arguments.window = true;
-    } else if (name == "--width" && i + 1 < argc) {
-      const auto width = readWidth(argv[++i]);
-      if (!width) return std::nullopt;
-      arguments.width = *width;
-    } else {
-      return std::nullopt;
-    }
-  }
-  return arguments.reuse && arguments.window ? std::nullopt : std::optional(arguments);
+  const auto takeWidth = [&](const char* points) { return readNumber(points, arguments.width, kWidest); };
+  const bool isUnderstood =
+      readCommandLine(argc, argv,
+                      {{"width", true, takeWidth},
+                       {"reuse", false, [&](const char*) { return arguments.reuse = true; }},
+                       {"window", false, [&](const char*) { return arguments.window = true; }}});
+  return isUnderstood && !(arguments.reuse && arguments.window) ? std::optional(arguments) : std::nullopt;
 }
 
 // The first notification alone.

@@ -160,4 +160,14 @@ Result<int> startDetached(const ProgramStart& start) {
   return spawn(start, nothing.get(), STDERR_FILENO, POSIX_SPAWN_SETSID);
 }
 
+Result<int> runToItsEnd(const ProgramStart& start) {
+  const FileDescriptor nothing(open("/dev/null", O_RDWR | O_CLOEXEC));
+  const auto process = spawn(start, nothing.get(), nothing.get(), 0);
+  if (!process) return process.error();
+  int status = 0;
+  if (QXPlatform::retryInterrupted([&] { return waitpid(*process, &status, 0); }) < 0)
+    return Error{start.program.string() + ": " + std::strerror(errno)};
+  return status;
+}
+
 }  // namespace QXAgent

@@ -60,4 +60,8 @@ QXPlatform::Result<StartedProgram> startChild(const ProgramStart& start);
 // program may be a name to be looked for. Returns its process id, which is to be waited for.
 QXPlatform::Result<int> startDetached(const ProgramStart& start);
 
+// Runs a program that has nothing to read and whose output nobody wants until it exits. Returns how it
+// exited, as waitpid() says.
+QXPlatform::Result<int> runToItsEnd(const ProgramStart& start);
+
 }  // namespace QXAgent

@@ -28,7 +28,6 @@ class Outline {
 
  private:
   struct Header {
-    unsigned kind;
     std::uint64_t count;
     std::uint64_t contentStart;
   };
@@ -51,7 +50,7 @@ class Outline {
   std::optional<Header> headerAt(std::uint64_t offset) const {
     const auto marker = number(offset, 1);
     if (!marker) return std::nullopt;
-    Header header{static_cast<unsigned>(*marker >> 4U), *marker & 0xFU, offset + 1};
+    Header header{*marker & 0xFU, offset + 1};
     if (header.count != 0xF) return header;
     // A larger count follows as an integer object.
     const auto width = number(offset + 1, 1);
@@ -93,26 +92,12 @@ class Outline {
     return true;
   }
 
-  // A dictionary's references to its keys stand before those to its values.
   bool unfoldChildren(std::uint64_t offset, std::uint64_t referencesPerEntry, int depthLeft) {
     const auto header = headerAt(offset);
     if (!header || header->count > left_.nodes) return false;
-    const std::uint64_t keys = referencesPerEntry == 2 ? header->count : 0;
     for (std::uint64_t i = 0; i < header->count * referencesPerEntry; ++i) {
       const auto child = number(header->contentStart + i * referenceWidth_, referenceWidth_);
-      if (!child || !unfold(*child, depthLeft) || (i < keys && !isKey(*child))) return false;
-    }
-    return true;
-  }
-
-  // Text without a NUL.
-  bool isKey(std::uint64_t object) const {
-    const auto offset = offsetOf(object);
-    const auto header = offset ? headerAt(*offset) : std::nullopt;
-    if (!header || (header->kind != 0x5 && header->kind != 0x6)) return false;
-    const std::uint64_t width = header->kind == 0x5 ? 1 : 2;
-    for (std::uint64_t i = 0; i < header->count; ++i) {
-      if (number(header->contentStart + i * width, width).value_or(0) == 0) return false;
+      if (!child || !unfold(*child, depthLeft)) return false;
     }
     return true;
   }

@@ -1,7 +1,5 @@
 #include <benchmark/benchmark.h>
 
-#include <boost/json/parse.hpp>
-#include <boost/json/value.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +7,7 @@
 #include "QXPlatform/foundation/Base64.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/foundation/JSONCoding.h"
+#include "bench/BareJSON.h"
 
 namespace {
 
@@ -72,7 +71,7 @@ BENCHMARK(BM_ParseJSON)->Arg(300)->Arg(4096)->Arg(12288)->Arg(65536);
 
 void BM_FloorParseJSON(benchmark::State& state) {
   const std::string text = makePayload(static_cast<std::size_t>(state.range(0)));
-  for (auto _ : state) benchmark::DoNotOptimize(boost::json::parse(text));
+  for (auto _ : state) benchmark::DoNotOptimize(bench::bareParse(text));
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(BM_FloorParseJSON)->Arg(300)->Arg(4096)->Arg(12288)->Arg(65536);
@@ -98,7 +97,7 @@ BENCHMARK(BM_DecodeReceipts)->Arg(1)->Arg(300);
 
 void BM_FloorDecodeReceipts(benchmark::State& state) {
   const std::string text = *QXPlatform::encodeJSON(makeReceipts(static_cast<int>(state.range(0))));
-  for (auto _ : state) benchmark::DoNotOptimize(boost::json::parse(text));
+  for (auto _ : state) benchmark::DoNotOptimize(bench::bareParse(text));
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
 }
 BENCHMARK(BM_FloorDecodeReceipts)->Arg(1)->Arg(300);

@@ -4,7 +4,6 @@
 #include <libdeflate.h>
 #include <openssl/evp.h>
 
-#include <boost/json.hpp>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -15,6 +14,7 @@
 #include "QXExtensionSDK/QXExtensionSDK.h"
 #include "QXExtensionSDK/decoration/DecompressionDecorator.h"
 #include "QXPlatform/foundation/Base64.h"
+#include "bench/BareJSON.h"
 
 namespace {
 
@@ -75,7 +75,7 @@ void BM_Floor(benchmark::State& state) {
     std::size_t count = 0;
     libdeflate_deflate_decompress(inflater, bytes.data(), static_cast<std::size_t>(decoded), buffer.get(),
                                   kBufferSize, &count);
-    benchmark::DoNotOptimize(boost::json::parse({buffer.get(), count}));
+    benchmark::DoNotOptimize(bench::bareParse({buffer.get(), count}));
   }
   libdeflate_free_decompressor(inflater);
 }

@@ -5,7 +5,6 @@
 #include <curl/curl.h>
 #include <stdlib.h>
 
-#include <boost/json.hpp>
 #include <condition_variable>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +16,7 @@
 #include "AppGroupSDK/AppGroupSDK.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptManagerProvider.h"
 #include "bench/BareFile.h"
+#include "bench/BareJSON.h"
 #include "tools/backend/LoopbackServer.h"
 
 namespace {
@@ -169,9 +169,8 @@ void BM_FloorCycle(benchmark::State& state) {
   const std::string file = host.receiptFile();
   const std::string stored = bench::bareRead(file);
   for (auto _ : state) {
-    const auto receipts = boost::json::parse(bench::bareRead(file));
-    benchmark::DoNotOptimize(receipts);
-    const bool held = bench::bareSave(host.container(), file, stored) && post->perform() &&
+    const bool held = bench::bareParse(bench::bareRead(file)) &&
+                      bench::bareSave(host.container(), file, stored) && post->perform() &&
                       bench::bareSave(host.container(), host.container() + "/floor", R"({"pnData":[]})");
     if (!held) state.SkipWithError("cycle failed");
   }

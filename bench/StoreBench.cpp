@@ -3,7 +3,6 @@
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
-#include <boost/json.hpp>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include "AppGroupSDK/records/DeliveryReceiptsModelStore.h"
 #include "bench/BareFile.h"
+#include "bench/BareJSON.h"
 
 namespace {
 
@@ -99,8 +99,7 @@ void BM_FetchReceipts(benchmark::State& state) {
 void BM_FloorFetch(benchmark::State& state) {
   storedBytes(state.range(0));
   for (auto _ : state) {
-    const auto value = boost::json::parse(bench::bareRead(Host::shared().recordFile()));
-    benchmark::DoNotOptimize(value);
+    benchmark::DoNotOptimize(bench::bareParse(bench::bareRead(Host::shared().recordFile())));
   }
 }
 

@@ -7,13 +7,18 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+# In a shared library the linker hides what its export list does not name (QXLibraries.cmake).
+if(NOT BUILD_SHARED_LIBS)
+  set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+endif()
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+# Public headers lie below it, so that another major version can be installed beside this one.
+set(QX_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/qxextensionsdk-${PROJECT_VERSION_MAJOR}")
 
 find_program(QX_CCACHE ccache)
-if(QX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+if(PROJECT_IS_TOP_LEVEL AND QX_CCACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
   # The sloppiness is what the cache asks for to keep what uses precompiled headers.
   set(CMAKE_CXX_COMPILER_LAUNCHER
     "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
@@ -40,9 +45,15 @@ function(qx_configure target)
   get_target_property(type ${target} TYPE)
   if(NOT type STREQUAL "EXECUTABLE")
     target_include_directories(${target} PUBLIC
-      $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+      $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${QX_INSTALL_INCLUDEDIR}>)
     target_compile_features(${target} PUBLIC cxx_std_20)
   else()
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   endif()
+endfunction()
+
+# The headers of a library that a host may include; no other is installed.
+function(qx_public_headers target)
+  list(TRANSFORM ARGN PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/" OUTPUT_VARIABLE headers)
+  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${headers})
 endfunction()

@@ -1,0 +1,59 @@
+# The libraries that a host links, under the same names in this build and of the installed package. They are the static
+# libraries themselves or, by BUILD_SHARED_LIBS, two shared ones that are made of them; what is built here besides (tools,
+# agent, tests) links the static ones in either case.
+
+set(QX_SERVICE_LIBRARIES QXPlatform QXLogging AppGroupSDK QXExtensionSDK)
+set(QX_CONTENT_LIBRARIES QXExtensionSDKContentCore)
+if(QX_BUILD_CONTENT)
+  list(APPEND QX_CONTENT_LIBRARIES QXPlatformUI QXExtensionSDKContent)
+endif()
+
+if(NOT BUILD_SHARED_LIBS)
+  foreach(library IN LISTS QX_SERVICE_LIBRARIES QX_CONTENT_LIBRARIES)
+    add_library(QX::${library} ALIAS ${library})
+  endforeach()
+  return()
+endif()
+
+# A shared library of the objects and public headers of static ones: qx_shared_library(name EXPORTS map
+# ALIASES QX-names… FROM libraries…). It exports what the map names, and resolves all that it needs.
+function(qx_shared_library name)
+  cmake_parse_arguments(arg "" "EXPORTS" "ALIASES;FROM" ${ARGN})
+  add_library(${name} SHARED)
+  qx_configure(${name})
+  foreach(library IN LISTS arg_FROM)
+    get_target_property(headers ${library} HEADER_SET)
+    get_target_property(links ${library} LINK_LIBRARIES)
+    list(FILTER links EXCLUDE REGEX "^(QX|AppGroupSDK)")
+    target_sources(${name} PRIVATE $<TARGET_OBJECTS:${library}>
+      PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${headers})
+    target_link_libraries(${name} PRIVATE ${links})
+  endforeach()
+  target_link_options(${name} PRIVATE -Wl,-z,defs "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/${arg_EXPORTS}")
+  list(POP_FRONT arg_ALIASES first)
+  set_target_properties(${name} PROPERTIES
+    LINKER_LANGUAGE CXX LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/${arg_EXPORTS}"
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} EXPORT_NAME ${first})
+  add_library(QX::${first} ALIAS ${name})
+  set(targets ${name})
+  foreach(alias IN LISTS arg_ALIASES)
+    add_library(${name}-${alias} INTERFACE)
+    target_link_libraries(${name}-${alias} INTERFACE ${name})
+    set_target_properties(${name}-${alias} PROPERTIES EXPORT_NAME ${alias})
+    add_library(QX::${alias} ALIAS ${name}-${alias})
+    list(APPEND targets ${name}-${alias})
+  endforeach()
+  set(${name}_TARGETS ${targets} PARENT_SCOPE)
+endfunction()
+
+qx_shared_library(qxextensionsdk EXPORTS qxextensionsdk.map
+  ALIASES QXExtensionSDK AppGroupSDK QXPlatform FROM ${QX_SERVICE_LIBRARIES})
+set(QX_SERVICE_LIBRARIES ${qxextensionsdk_TARGETS})
+if(QX_BUILD_CONTENT)
+  qx_shared_library(qxextensionsdk-content EXPORTS qxextensionsdk-content.map
+    ALIASES QXExtensionSDKContent FROM ${QX_CONTENT_LIBRARIES})
+  target_link_libraries(qxextensionsdk-content PUBLIC qxextensionsdk Qt6::Widgets)
+  set(QX_CONTENT_LIBRARIES ${qxextensionsdk-content_TARGETS})
+else()
+  set(QX_CONTENT_LIBRARIES)
+endif()

@@ -1,0 +1,22 @@
+# Removes what was installed last, and the directories that are empty then: called with -DMANIFEST=...
+cmake_minimum_required(VERSION 3.25)
+
+if(NOT EXISTS "${MANIFEST}")
+  message(FATAL_ERROR "Nothing to uninstall: there is no ${MANIFEST}")
+endif()
+file(STRINGS "${MANIFEST}" installed)
+foreach(file IN LISTS installed)
+  file(REMOVE "$ENV{DESTDIR}${file}")
+  # Upwards to the first directory that holds something of somebody else's.
+  set(directory "$ENV{DESTDIR}${file}")
+  while(TRUE)
+    cmake_path(GET directory PARENT_PATH directory)
+    file(GLOB content "${directory}/*" "${directory}/.*")
+    list(FILTER content EXCLUDE REGEX "/\\.\\.?$")
+    if(content OR NOT IS_DIRECTORY "${directory}")
+      break()
+    endif()
+    file(REMOVE_RECURSE "${directory}")
+  endwhile()
+endforeach()
+file(REMOVE "${MANIFEST}")

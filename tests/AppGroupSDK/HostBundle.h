@@ -1,14 +1,7 @@
 #pragma once
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <vector>
-
 #include "QXPlatform/files/Container.h"
-#include "tests/support/ScopedEnvironment.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace support {
 
@@ -30,11 +23,7 @@ class HostBundle {
   void write(const std::string& name, const std::string& content) const {
     directory_.write(std::string(kGroup) + "/" + name, content);
   }
-  // Empty when there is no such file.
-  std::string read(const std::string& name) const {
-    std::ifstream stream(file(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
+  std::string read(const std::string& name) const { return contentsOf(file(name)); }
   std::vector<std::string> files() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(container())) {

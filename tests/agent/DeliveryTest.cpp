@@ -1,14 +1,5 @@
 #include "agent/Delivery.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace QXAgent {
 namespace {

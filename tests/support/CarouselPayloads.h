@@ -28,6 +28,10 @@ inline std::shared_ptr<const QXPlatform::UNNotificationRequest> makeRequest(
   return requestWith(std::move(properties), std::move(identifier));
 }
 
+inline std::shared_ptr<const QXPlatform::UNNotificationRequest> requestOf(std::string_view userInfo) {
+  return makeRequest(dictionary(userInfo));
+}
+
 // The rich features of a carousel: `items` is the JSON text of its panels, `more` of further members of the
 // template, such as R("tms":3000,).
 inline std::string carousel(std::string_view items, std::string_view more = "") {

@@ -38,15 +38,16 @@ class ChildProcess {
 
   bool running() { return !status_ && !reap(WNOHANG); }
 
-  // Whether it ends by itself, without a failure, before the deadline.
-  bool succeeds(std::chrono::milliseconds deadline = std::chrono::seconds(60)) {
+  // How it ends by itself before the deadline; as in a shell, 128 more than the signal that ended it.
+  std::optional<int> exitCode(std::chrono::milliseconds deadline = std::chrono::seconds(60)) {
     const auto end = std::chrono::steady_clock::now() + deadline;
     while (running()) {
-      if (std::chrono::steady_clock::now() > end) return false;
+      if (std::chrono::steady_clock::now() > end) return std::nullopt;
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return WIFEXITED(*status_) && WEXITSTATUS(*status_) == 0;
+    return WIFEXITED(*status_) ? WEXITSTATUS(*status_) : 128 + WTERMSIG(*status_);
   }
+  bool succeeds() { return exitCode() == 0; }
 
  private:
   bool reap(int options) {

@@ -36,8 +36,7 @@ class Exchange {
                                                                                   auto error) {
       Outcome outcome{.file = file, .response = http(response), .error = std::move(error)};
       if (file) {
-        std::ifstream stream(file->filePath(), std::ios::binary);
-        outcome.fileContent.assign(std::istreambuf_iterator<char>(stream), {});
+        outcome.fileContent = contentsOf(file->filePath());
         duringCompletion(file->filePath());
       }
       outcomes.put(std::move(outcome));

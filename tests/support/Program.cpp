@@ -1,21 +1,21 @@
 #include "tests/support/Program.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
-
-#include <boost/asio/io_context.hpp>
-#include <boost/process.hpp>
 
 #include "QXPlatform/foundation/Executable.h"
 #include "QXPlatform/foundation/JSON.h"
-#include "tests/support/Test.h"
 
 namespace support {
-
-namespace process = boost::process;
 
 namespace {
 
 constexpr std::chrono::minutes kLongestRun{2};
+
+void redirect(int descriptor, const std::string& path) {
+  ::dup2(::open(path.c_str(), descriptor == STDIN_FILENO ? O_RDONLY : O_WRONLY | O_CREAT | O_APPEND, 0600),
+         descriptor);
+}
 
 }  // namespace
 
@@ -29,22 +29,41 @@ long largestChildMemory() {
   return usage.ru_maxrss;
 }
 
+RunningProgram::RunningProgram(std::string_view name, const std::vector<std::string>& arguments,
+                               std::string_view input)
+    : process_([&, program = programPath(name), given = files_.write("input", input)] {
+        std::vector<char*> words{const_cast<char*>(program.c_str())};
+        for (const std::string& word : arguments) words.push_back(const_cast<char*>(word.c_str()));
+        words.push_back(nullptr);
+        redirect(STDIN_FILENO, given);
+        redirect(STDOUT_FILENO, files_.path("output"));
+        redirect(STDERR_FILENO, files_.path("errors"));
+        ::execv(program.c_str(), words.data());
+        ::_exit(127);
+      }) {}
+
+std::string RunningProgram::output() const {
+  return files_.read("output");
+}
+
+QXPlatform::Dictionary RunningProgram::nextLine() {
+  ProgramResult result;
+  const auto hasLine = [&] {
+    result.output = output();
+    return std::ranges::count(result.output, '\n') > static_cast<std::ptrdiff_t>(linesRead_);
+  };
+  return eventually(hasLine) ? result.lines().at(linesRead_++) : QXPlatform::Dictionary();
+}
+
+ProgramResult RunningProgram::wait() {
+  const auto exitCode = process_.exitCode(kLongestRun);
+  EXPECT_TRUE(exitCode) << "did not end";
+  return {exitCode.value_or(-1), output(), files_.read("errors")};
+}
+
 ProgramResult runProgram(std::string_view name, const std::vector<std::string>& arguments,
-                         const std::string& input) {
-  boost::asio::io_context context;
-  std::future<std::string> output;
-  std::future<std::string> errors;
-  process::child child(programPath(name), process::args(arguments),
-                       process::std_in<boost::asio::buffer(input), process::std_out> output,
-                       process::std_err > errors, context);
-  context.run_for(kLongestRun);
-  if (!context.stopped()) {
-    child.terminate();
-    ADD_FAILURE() << name << " did not end";
-    return {};
-  }
-  child.wait();
-  return {child.exit_code(), output.get(), errors.get()};
+                         std::string_view input) {
+  return RunningProgram(name, arguments, input).wait();
 }
 
 std::vector<QXPlatform::Dictionary> ProgramResult::lines() const {

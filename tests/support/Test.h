@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <algorithm>
 #include <array>
@@ -38,7 +39,159 @@
 #include <variant>
 #include <vector>
 
-#include "tests/support/Deadline.h"
-#include "tests/support/RecordingLogSink.h"
-#include "tests/support/ScopedEnvironment.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "QXPlatform/log/Log.h"
+
+namespace support {
+
+// In real time. Long enough for a busy machine under a sanitizer: reaching it means that the thing never
+// comes.
+constexpr std::chrono::seconds kPatience{20};
+
+// Looks again and again until `condition()` holds; returns whether it came to hold in time.
+template <typename Condition>
+bool eventually(Condition condition) {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+inline std::chrono::steady_clock::time_point soon() {
+  return std::chrono::steady_clock::now() + kPatience;
+}
+
+// Sets an environment variable, or takes it out, for as long as this lives. Not while other threads look.
+class ScopedEnvironment {
+ public:
+  ScopedEnvironment(std::string name, const std::optional<std::string>& value) : name_(std::move(name)) {
+    if (const char* previous = getenv(name_.c_str())) previous_ = previous;
+    assign(value);
+  }
+  ~ScopedEnvironment() { assign(previous_); }
+  ScopedEnvironment(const ScopedEnvironment&) = delete;
+  ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+ private:
+  void assign(const std::optional<std::string>& value) const {
+    if (value) {
+      setenv(name_.c_str(), value->c_str(), 1);
+    } else {
+      unsetenv(name_.c_str());
+    }
+  }
+
+  std::string name_;
+  std::optional<std::string> previous_;
+};
+
+// Empty when there is no such file.
+inline std::string contentsOf(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A new, empty directory of mode 0700 that goes with everything in it.
+class TemporaryDirectory {
+ public:
+  TemporaryDirectory() : path_((std::filesystem::temp_directory_path() / "qx-test-XXXXXX").string()) {
+    if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("No temporary directory");
+  }
+  ~TemporaryDirectory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  const std::string& path() const { return path_; }
+  std::string path(std::string_view name) const { return path_ + "/" + std::string(name); }
+  // Writes a file of that content and returns its path.
+  std::string write(std::string_view name, std::string_view content) const {
+    std::ofstream(path(name), std::ios::binary) << content;
+    return path(name);
+  }
+  std::string read(std::string_view name) const { return contentsOf(path(name)); }
+
+ private:
+  std::string path_;
+};
+
+struct LogEntry {
+  std::string subsystem;
+  std::string category;
+  QXPlatform::LogType type;
+  std::string message;
+
+  friend bool operator==(const LogEntry&, const LogEntry&) = default;
+};
+
+// Keeps what the process logs. Any thread may log and ask.
+class RecordingLogSink final : public QXPlatform::LogSink {
+ public:
+  void write(const QXPlatform::LogRecord& record) override {
+    const std::lock_guard lock(mutex_);
+    entries_.push_back({std::string(record.subsystem), std::string(record.category), record.type,
+                        std::string(record.message)});
+    changed_.notify_all();
+  }
+
+  std::vector<LogEntry> entries() const {
+    const std::lock_guard lock(mutex_);
+    return entries_;
+  }
+  std::vector<std::string> messages() const {
+    std::vector<std::string> messages;
+    for (const LogEntry& entry : entries()) messages.push_back(entry.message);
+    return messages;
+  }
+  // Each as "<type> <category>: <message>".
+  std::vector<std::string> lines() const {
+    std::vector<std::string> lines;
+    for (const LogEntry& entry : entries()) {
+      lines.push_back(std::string(QXPlatform::logTypeName(entry.type)) + " " + entry.category + ": " +
+                      entry.message);
+    }
+    return lines;
+  }
+  // Whether a message was logged; compares whole messages.
+  bool has(std::string_view message) const {
+    const std::lock_guard lock(mutex_);
+    return std::ranges::find(entries_, message, &LogEntry::message) != entries_.end();
+  }
+  // Whether a text occurs in any message, for instance a secret that must not.
+  bool mentions(std::string_view text) const {
+    const std::lock_guard lock(mutex_);
+    return std::ranges::any_of(
+        entries_, [&](const LogEntry& entry) { return entry.message.find(text) != std::string::npos; });
+  }
+  // Blocks until the message is logged; false when it does not come.
+  bool waitFor(std::string_view message) const {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_until(lock, soon(), [&] {
+      return std::ranges::find(entries_, message, &LogEntry::message) != entries_.end();
+    });
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;
+  std::vector<LogEntry> entries_;
+};
+
+// Keeps what the process logs while this lives.
+//
+//   support::ScopedLogRecorder log;
+//   ...
+//   EXPECT_TRUE(log->has("text"));
+class ScopedLogRecorder {
+ public:
+  const RecordingLogSink* operator->() const { return &sink_; }
+
+ private:
+  RecordingLogSink sink_;
+  QXPlatform::ScopedLogSink scope_{sink_};
+};
+
+}  // namespace support

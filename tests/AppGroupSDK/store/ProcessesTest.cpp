@@ -1,17 +1,6 @@
-#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <unistd.h>
-
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "AppGroupSDK/records/DeliveryReceiptsModelStore.h"
 #include "tests/AppGroupSDK/HostBundle.h"
@@ -26,20 +15,7 @@ using support::ChildProcess;
 using support::HostBundle;
 using support::Signal;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer) || __has_feature(address_sanitizer)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-#else
-constexpr bool kSanitized = false;
-#endif
-
-// Forking a sanitized process takes several milliseconds.
-constexpr int kKills = kSanitized ? 200 : 1000;
+constexpr int kKills = 200;
 
 // A record whose every receipt bears its version, and whose length follows from it.
 DeliveryReceiptsModel makeRecord(int version) {

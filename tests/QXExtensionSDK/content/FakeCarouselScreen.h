@@ -1,10 +1,8 @@
 #pragma once
 
-#include <memory>
-#include <stdexcept>
-
 #include "QXExtensionSDK/content/CarouselScreen.h"
 #include "QXPlatform/ui/NSExtensionContext.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 

@@ -1,17 +1,16 @@
 // What becomes of one push's receipts, with every line that is logged on the way: its type, its category and
 // its place in the order.
 
-#include <gtest/gtest.h>
+#include "QXExtensionSDK/receipts/DeliveryReceiptProcessor.h"
 
-#include <filesystem>
-#include <functional>
 #include <regex>
 
-#include "QXExtensionSDK/receipts/DeliveryReceiptProcessor.h"
 #include "QXExtensionSDK/receipts/MAMDeliveryReceipts.h"
 #include "QXExtensionSDK/receipts/QXEDeliveryReceipts.h"
+#include "QXExtensionSDK/receipts/UserAgentProvider.h"
+#include "QXPlatform/foundation/Device.h"
+#include "QXPlatform/foundation/Locale.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
-#include "tests/support/AllocationCount.h"
 
 namespace QXExtensionSDK {
 namespace {
@@ -297,83 +296,108 @@ error DeliveryReceipt: Failed to store receipt for manager: QXEDeliveryReceiptMa
                 replaced(kAcknowledged, "result: success", "result: writeFailed"));
 }
 
-class NothingPending final : public DeliveryReceiptRepository {
- public:
-  AppGroupSDK::DataStoreStatus storeReceipt(std::string_view, const std::optional<std::string>&,
-                                            std::string_view, const std::optional<Dictionary>&) override {
-    return AppGroupSDK::DataStoreStatus::success;
-  }
-  std::optional<Receipts> fetchPendingReceipts() override { return Receipts(); }
-  void handleSendResult(bool, const Receipts&, const ReceiptCompletion&) override {}
-};
-
-// Not reached by a push of a process's own.
-TEST(ReceiptLogTest, ManagersWithNothingToSendOrNoApplicationIdSendNothing) {
-  class NoHandler final : public DeliveryReceiptHandling {
-   public:
-    void send(const ServiceProtocol&, ReceiptCompletion) const override { ADD_FAILURE() << "sent"; }
-  };
-  Logger::setGlobalLoglevel(0);
-  const ReceiptHost host("http://127.0.0.1:1");
-  const auto info = std::make_shared<AppDeviceInfoProvider>(kQXE, appIdOf(kQXE));
-  QXEDeliveryReceiptManager engagement(std::make_shared<NothingPending>(),
-                                       std::make_unique<const QXEDeliveryReceiptPayloadCreator>(info),
-                                       std::make_unique<NoHandler>(), info);
-  MAMDeliveryReceiptManager messaging(std::make_shared<NothingPending>(),
-                                      std::make_unique<const MAMDeliveryReceiptPayloadCreator>(info),
-                                      std::make_unique<NoHandler>(), info, "");
-  const support::ScopedLogRecorder log;
-  std::string results;
-  const auto completion = [&](bool succeeded) { results += succeeded ? '+' : '-'; };
-  for (ReceiptManager* manager : std::initializer_list<ReceiptManager*>{&engagement, &messaging}) {
-    manager->sendReceipts(completion);
-    manager->sendReceipts({}, completion);
-  }
-  messaging.ReceiptManager::sendReceipts(receipts(1, 1), completion);
-  EXPECT_EQ(results, "+-+--");
-  EXPECT_EQ(textOf(log->lines()), R"(
-debug DeliveryReceipt: No pending receipts to send for QXE
-debug DeliveryReceipt: No pending receipts to create MAM delivery receipt payload
-debug DeliveryReceipt: No pending receipts to send for MAM
-debug DeliveryReceipt: No pending receipts to create MAM delivery receipt payload
-error DeliveryReceipt: UMA ApplicationId not available
-error DeliveryReceipt: MAM Request Headers not available
-error DeliveryReceipt: DeliveryReceiptRequest creation failure)");
+std::string canonical(std::string_view json) {
+  return *QXPlatform::writeJSON(*QXPlatform::parseJSON(json), QXPlatform::JSONStyle::pretty);
 }
 
-// A filtered-out line costs no text.
-TEST(ReceiptLogTest, AtLevelNoneNoTextIsMade) {
-  class Configuration final : public DeliveryReceiptConfigProviding {
-   public:
-    std::optional<AppGroupSDK::DeliveryReceiptConfig> deliveryReceiptConfig() const override {
-      return AppGroupSDK::DeliveryReceiptConfig(AppGroupSDK::FeatureFlagStatus::enabled);
-    }
-    std::string description() const override { return std::string(100, 'x'); }
-  };
-  class Refusal final : public DeliveryReceiptSending {
-   public:
-    void send(const ServiceProtocol&, ServiceManager::Completion completion) const override {
-      static const ServiceManager::Answer answer = SendError(ServiceError(ServiceError::Failed{503, {}}));
-      completion(answer);
-    }
-  };
-  const ReceiptHost host("http://127.0.0.1:1");
-  const DeliveryReceiptProcessor processor(nullptr, AppGroupSDK::AppIdProvider(), nullptr);
-  const Configuration configuration;
-  const DeliveryReceiptHandler handler(std::make_unique<const Refusal>());
-  const MAMDeliveryReceiptRequest request(*QXPlatform::URL::parse("http://127.0.0.1:1"), {}, {});
-  const Dictionary foreign = kForBoth.removing("_sid");
-  Logger::setGlobalLoglevel(4);
-  const auto linesOfAllKinds = [&] {
-    processor.isVtqxPush(foreign);
-    processor.isFeatureEnabled(configuration);
-    DeliveryReceiptDataParser().parse({});
-    handler.send(request, [](bool succeeded) { EXPECT_FALSE(succeeded); });
-  };
-  linesOfAllKinds();
-  const support::AllocationCount allocations;
-  linesOfAllKinds();
-  EXPECT_LE(allocations.count(), 1U) << "the completion that the handler passes on";
+// Without what differs from push to push.
+std::string bodyText(const Request& request) {
+  const std::regex uuid("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}");
+  const std::regex now("20(2[4-9]|[3-9][0-9])-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z");
+  return canonical(std::regex_replace(std::regex_replace(request.body, uuid, "UUID"), now, "NOW"));
+}
+
+class ReceiptRequestTest : public testing::Test {
+ protected:
+  bool push(const Dictionary& userInfo) { return extension_.push(userInfo); }
+  // The one request of a push, whose path and further headers are these.
+  Request sent(const std::string& path,
+               const std::vector<std::pair<std::string, std::string>>& headers) const {
+    const auto requests = server_.requests();
+    EXPECT_EQ(requests.size(), 1U);
+    if (requests.empty()) return {};
+    EXPECT_EQ(requests[0].method + " " + requests[0].path, "POST /base" + path);
+    EXPECT_EQ(requests[0].header("Authorization"), "Bearer access-secret");
+    EXPECT_EQ(requests[0].header("Content-Type"), "application/json");
+    for (const auto& [name, value] : headers) EXPECT_EQ(requests[0].header(name), value) << name;
+    return requests[0];
+  }
+
+  const LoopbackServer server_;
+  const ReceiptHost host_{server_.url("/base/")};
+  support::ScopedLogRecorder log_;
+  Extension extension_;
+};
+
+TEST_F(ReceiptRequestTest, TheEngagementModulePostsAnalyticEvents) {
+  ReceiptHost::put(kQXE, {receipt(1), {"uuid-2", "m2", "", "t", 1e300, std::nullopt, PNStatus::failed}});
+  ASSERT_TRUE(push(receiptPush("m1", 1).merging({{"_r", "r1"}, {"_pb", Dictionary{{"k", "v"}}}})));
+  const auto& device = QXPlatform::Device::current();
+  const Request request =
+      sent("/devicestatistics/v1/analytic",
+           {{"X-Subscriber-Token", "subscriber-secret"},
+            {"User-Agent", "QuorixSdk/5.2.0 (" + device.systemName + " " + device.systemVersion + "; " +
+                               QXPlatform::Locale::currentIdentifier() + "; Apple/" + device.name +
+                               ") com.example.host/3.1; QuorixExtensionSdk/1.0.0"}});
+  EXPECT_EQ(bodyText(request), canonical(R"({
+    "applicationId": "app-1", "deviceId": "device-1",
+    "nodes": [{"version": 1, "name": "event", "items": [
+      {"eventType": 112, "event": {
+        "uuid": "uuid-2", "applicationId": "app-1", "deviceId": "device-1", "messageId": "m2",
+        "messageType": "t", "propertyBag": "", "receiptDateUtc": "NOW"}},
+      {"eventType": 112, "event": {
+        "uuid": "uuid-1", "applicationId": "app-1", "deviceId": "device-1", "messageId": "message-1",
+        "messageType": "type", "propertyBag": "{}", "receiptDateUtc": "NOW",
+        "eventDateUtc": "2023-11-14T22:13:21.250Z"}},
+      {"eventType": 112, "event": {
+        "uuid": "UUID", "applicationId": "app-1", "deviceId": "device-1", "messageId": "m1",
+        "messageType": "promo", "propertyBag": "{\n  \"k\" : \"v\"\n}", "requestId": "r1",
+        "receiptDateUtc": "NOW", "eventDateUtc": "NOW"}}]}]})"));
+}
+
+TEST_F(ReceiptRequestTest, TheAppMessagingModulePostsEngagementEvents) {
+  ASSERT_TRUE(push(receiptPush("m1", 2)));
+  const Request request =
+      sent("/platform/messaging/mobileapp/v1/events/engagement",
+           {{"x-vlto-mobile-app-id", "mam-app-secret"}, {"x-vlto-tenant-id", "tenant-secret"}});
+  EXPECT_EQ(request.header("X-Subscriber-Token"), std::nullopt);
+  EXPECT_FALSE(request.header("User-Agent").value_or("").starts_with("QuorixSdk"));
+  const auto& device = QXPlatform::Device::current();
+  EXPECT_EQ(bodyText(request), canonical(R"({
+    "deviceId": "device-1", "devicePlatform": "iPhone OS", "mobileAppName": "com.example.host",
+    "nodes": [{"version": 1, "name": "event", "items": [
+      {"eventType": "RECEIVED", "event": {
+        "eventId": "UUID", "sessionId": "session-secret", "category": "engagement", "messageId": "m1",
+        "receiptDateUtc": "NOW", "dateTime": "NOW", "propertyBag": "{}"}}]}],
+    "deviceModel": ")" + device.name + R"(", "deviceVersion": ")" +
+                                         device.systemVersion + R"(", "locale": ")" +
+                                         QXPlatform::Locale::currentIdentifier() + "\"}"));
+}
+
+TEST_F(ReceiptRequestTest, AModulesOwnRecordComesBeforeTheBaseRecordAndADamagedOneEndsTheSearch) {
+  using AppGroupSDK::FeatureFlagStatus;
+  const AppGroupSDK::FeatureConfigDetailStore mamFeatures(kMAM, appIdOf(kMAM));
+  mamFeatures.saveModuleScopedModelData(
+      AppGroupSDK::FeatureConfigDetail(AppGroupSDK::DeliveryReceiptConfig(FeatureFlagStatus::disabled)));
+  ASSERT_TRUE(push(receiptPush("m1")));
+  EXPECT_EQ(server_.requests().size(), 1U);
+  EXPECT_TRUE(log_->has("Delivery Receipt feature flag is: 0 for configuration: mobileAppMessaging"));
+
+  host_.bundle().write(
+      "com.veltro.qx.extensionsdk.featureConfigDetail.mobileAppMessaging.mam-app-secret.data", "{");
+  ASSERT_TRUE(push(receiptPush("m2", 2)));
+  EXPECT_EQ(server_.requests().size(), 1U);
+  EXPECT_TRUE(log_->has("No delivery receipt managers available"));
+
+  auto own = ReceiptHost::device(server_.url("/own"));
+  AppGroupSDK::AppDeviceInfoStore(kQXE, appIdOf(kQXE)).saveModuleScopedModelData(own);
+  ASSERT_TRUE(push(receiptPush("m3", 1)));
+  EXPECT_EQ(server_.requests().back().path, "/own/devicestatistics/v1/analytic");
+}
+
+TEST(UserAgentTest, EveryPlaceOfTheVersionIsFilledOnce) {
+  const ReceiptHost host("https://example.com");
+  EXPECT_TRUE(UserAgentProvider::userAgent("{qxsdk_version}1").starts_with("QuorixSdk/{qxsdk_version}1 ("));
 }
 
 }  // namespace

@@ -1,11 +1,5 @@
 // The receipt list and the repository over real files.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <set>
-
 #include "QXExtensionSDK/receipts/DeliveryReceiptRepository.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
 #include "tests/support/ChildProcess.h"
@@ -39,21 +33,16 @@ class ReceiptStorageTest : public testing::Test {
 };
 
 TEST_F(ReceiptStorageTest, TheThreeHundredAndFirstPushesTheOldestOutOfTheFileOnly) {
-  put(receipts(1, 300));
-  const auto store = makeStore();
-  EXPECT_EQ(store->storeReceipts(receipts(301, 301), maxStoredReceipts), DataStoreStatus::success);
-  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(2, 301)));
-  EXPECT_EQ(store->fetchAllReceipts()->size(), 301U);
-  EXPECT_TRUE(log_->has("All receipts count before storing any new receipt is 300"));
-}
-
-TEST_F(ReceiptStorageTest, OfALongerFileTheNewestThreeHundredAreRead) {
-  put(receipts(1, 360));
-  EXPECT_EQ(messageIds(*makeStore()->fetchAllReceipts()), messageIds(receipts(61, 360)));
-  const auto store = makeStore();
-  store->storeReceipts(receipts(361, 361), maxStoredReceipts);
-  EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(62, 361)));
-  EXPECT_EQ(store->fetchAllReceipts()->size(), 301U);
+  for (const int length : {300, 360}) {
+    put(receipts(1, length));
+    const auto store = makeStore();
+    EXPECT_EQ(messageIds(*makeStore()->fetchAllReceipts()), messageIds(receipts(length - 299, length)));
+    EXPECT_EQ(store->storeReceipts(receipts(length + 1, length + 1), maxStoredReceipts),
+              DataStoreStatus::success);
+    EXPECT_EQ(messageIds(onDisk()), messageIds(receipts(length - 298, length + 1)));
+    EXPECT_EQ(store->fetchAllReceipts()->size(), 301U);
+    EXPECT_TRUE(log_->has("All receipts count before storing any new receipt is 300"));
+  }
 }
 
 TEST_F(ReceiptStorageTest, WhatASendChangesIsTheWholeListInMemory) {

@@ -1,19 +1,11 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "AppGroupSDK/AppGroupSDK.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptsPNStore.h"
 #include "QXPlatform/foundation/Base64.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "tests/AppGroupSDK/HostBundle.h"
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
-#include "tests/support/RecordingLogSink.h"
 #include "tools/backend/LoopbackServer.h"
 
 namespace QXExtensionSDK {

@@ -114,12 +114,6 @@ TEST_F(NotificationServiceWorkerTest, ExpiryDeliversTheContentAsItStandsAndTheMe
   EXPECT_EQ(deliveries_.at(2).userInfo, deliveries_.at(1).userInfo);
 }
 
-TEST_F(NotificationServiceWorkerTest, WithoutProcessorsTheContentComesBackUnchanged) {
-  makeWorker({})->workerDidReceive(makeRequest({{"a", 1}}), deliveries_.handler());
-  ASSERT_TRUE(deliveries_.waitFor(1));
-  EXPECT_EQ(deliveries_.at(0).userInfo, (Dictionary{{"a", 1}}));
-}
-
 TEST_F(NotificationServiceWorkerTest, WhatIsMissingIsLoggedAndNothingIsDelivered) {
   const auto early = makeWorker({});
   early->workerServiceExtensionTimeWillExpire();

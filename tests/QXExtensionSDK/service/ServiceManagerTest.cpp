@@ -2,15 +2,11 @@
 
 #include "QXExtensionSDK/service/ServiceManager.h"
 
-#include <gtest/gtest.h>
-
-#include <utility>
-
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXExtensionSDK/service/DefaultRequestBuilder.h"
 #include "QXExtensionSDK/service/JSONResponseDecoder.h"
 #include "QXExtensionSDK/service/URLSessionExecutor.h"
-#include "tests/support/RecordingLogSink.h"
+#include "tests/support/Test.h"
 
 namespace QXExtensionSDK {
 namespace {
@@ -67,21 +63,6 @@ TEST(URLSessionExecutorTest, AnErrorComesBeforeMissingDataAndThatBeforeTheAnswer
   URLSessionExecutor::answer(Data("{}"), &notHTTP, std::nullopt, executed.completion());
   URLSessionExecutor::answer(Data("{}"), nullptr, std::nullopt, executed.completion());
   EXPECT_EQ(executed.calls, 2);
-}
-
-TEST(ServiceErrorTest, EveryCaseHasItsText) {
-  const QXPlatform::Error cause{"cause"};
-  const std::vector<std::pair<SendError, std::string>> cases{
-      {ServiceError(ServiceError::EncodingError{cause}), "Error encoding data cause."},
-      {ServiceError(ServiceError::DecodingError{cause}), "Error decoding data cause."},
-      {ServiceError(ServiceError::Failed{-1, std::nullopt}), "Failed with status code: -1 and data nil."},
-      {ServiceError(ServiceError::MissingBaseURL()), "No Base URL found."},
-      {ServiceError(ServiceError::NoData()), "No data returned."},
-      {ServiceError(ServiceError::Unknown()), "Unknown error occurred."}};
-  for (const auto& [error, text] : cases) EXPECT_EQ(description(error), text);
-  EXPECT_EQ(ErrorDetails{cases[1].first}.description(), "cause");
-  EXPECT_FALSE(ErrorDetails{cases[4].first}.exist());
-  EXPECT_FALSE(ErrorDetails{SendError(URLError{URLError::Code::timedOut, "late"})}.exist());
 }
 
 struct TestRequest final : ServiceProtocol {

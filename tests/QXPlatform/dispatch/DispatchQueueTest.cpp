@@ -1,28 +1,20 @@
 #include "QXPlatform/dispatch/DispatchQueue.h"
 
-#include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/dispatch/DispatchGroup.h"
+#include "tests/support/ManualClock.h"
 #include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {
 
+using namespace std::chrono_literals;
 using support::eventually;
 using support::soon;
 using Attribute = DispatchQueue::Attribute;
-
-std::string threadName() {
-  std::array<char, 16> name{};
-  pthread_getname_np(pthread_self(), name.data(), name.size());
-  return name.data();
-}
-
-std::ptrdiff_t threadsOfProcess() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
-}
 
 // Holds items back until it is opened.
 class Gate {
@@ -189,42 +181,6 @@ TEST(DispatchQueueTest, WhatWorkHoldsMaySubmitWhileItIsDestroyed) {
   EXPECT_TRUE(group.wait(soon()));
 }
 
-TEST(DispatchQueueTest, TheThreadBearsTheLabelsLastCharacters) {
-  const DispatchGroup group;
-  const std::vector<std::pair<std::string, std::string>> table{
-      {"com.example.service.serialQueue", "ice.serialQueue"},
-      {"exactly15chars!", "exactly15chars!"},
-      {"short", "short"},
-      {"", ""},
-  };
-  for (const auto& [label, name] : table) {
-    for (int i = 0; i < 3; ++i) {
-      DispatchQueue(label, Attribute::serial).async(group, [expected = name] {
-        EXPECT_EQ(threadName(), expected);
-      });
-      ASSERT_TRUE(group.wait(soon()));
-    }
-  }
-  const std::string own = threadName();
-  DispatchQueue("other", Attribute::serial).sync([&] { EXPECT_EQ(threadName(), own); });
-}
-
-TEST(DispatchQueueTest, IdleThreadsRetireAndComeBack) {
-  const DispatchQueue queue("concurrent", Attribute::concurrent);
-  const DispatchGroup group;
-  // A sanitizer starts a thread of its own beside the first one.
-  std::thread([] {}).join();
-  const std::ptrdiff_t before = threadsOfProcess();
-  for (int round = 0; round < 2; ++round) {
-    Gate gate;
-    for (int i = 0; i < 20; ++i) queue.async(group, [&] { gate.wait(); });
-    EXPECT_GE(threadsOfProcess(), 20);
-    gate.open();
-    ASSERT_TRUE(group.wait(soon()));
-    EXPECT_TRUE(eventually([&] { return threadsOfProcess() <= before; }));
-  }
-}
-
 TEST(DispatchQueueDeathTest, AnExceptionThatLeavesAnItemEndsTheProcess) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const DispatchQueue queue("serial", Attribute::serial);
@@ -273,6 +229,142 @@ TEST(DispatchQueueDeathTest, TheProcessExitsWhateverItsThreadsDo) {
         std::exit(0);
       },
       testing::ExitedWithCode(0), "");
+}
+
+TEST(DispatchGroupTest, NotifiesOnceEmptyAndAtOnceWhenEmptyAlready) {
+  const DispatchQueue concurrent("concurrent", DispatchQueue::Attribute::concurrent);
+  const DispatchQueue serial("serial", DispatchQueue::Attribute::serial);
+  for (int round = 0; round < 200; ++round) {
+    const DispatchGroup group;
+    const DispatchGroup notified;
+    std::atomic<int> members = 3;
+    std::atomic<int> notifications = 0;
+    notified.enter();
+    group.notify(serial, [&] { notified.leave(); });
+    ASSERT_TRUE(notified.wait(soon()));
+
+    notified.enter();
+    notified.enter();
+    for (int i = 0; i < 3; ++i) concurrent.async(group, [&] { --members; });
+    for (int i = 0; i < 2; ++i) {
+      group.notify(serial, [&] {
+        EXPECT_EQ(members, 0);
+        ++notifications;
+        notified.leave();
+      });
+    }
+    ASSERT_TRUE(notified.wait(soon()));
+    EXPECT_EQ(notifications, 2);
+  }
+}
+
+TEST(DispatchGroupTest, WaitGivesUpAtTheDeadlineOfTheInstalledClock) {
+  support::InstalledManualClock clock;
+  const DispatchGroup group;
+  group.enter();
+  EXPECT_FALSE(group.wait(clock.now()));
+
+  std::atomic<bool> over = false;
+  std::thread waiter([&, deadline = clock.now() + 20s] {
+    EXPECT_FALSE(group.wait(deadline));
+    over = true;
+  });
+  clock.advance(19s);
+  std::this_thread::sleep_for(20ms);
+  EXPECT_FALSE(over);
+  clock.advance(1s);
+  waiter.join();
+
+  // The last member leaves before the deadline.
+  std::thread other([&, deadline = clock.now() + 20s] { EXPECT_TRUE(group.wait(deadline)); });
+  group.leave();
+  other.join();
+  EXPECT_TRUE(group.wait(clock.now() - 1s));
+}
+
+TEST(DispatchGroupTest, WaitsForAnyDeadlineThatATimePointCanHold) {
+  const DispatchQueue queue("concurrent", DispatchQueue::Attribute::concurrent);
+  const DispatchGroup group;
+  queue.async(group, [] { std::this_thread::sleep_for(5ms); });
+  EXPECT_TRUE(group.wait(Clock::TimePoint::max()));
+  group.enter();
+  EXPECT_FALSE(group.wait(Clock::current().now() + 10ms));
+  EXPECT_FALSE(group.wait(Clock::TimePoint::min()));
+  group.leave();
+}
+
+TEST(DispatchGroupDeathTest, LeavingMoreOftenThanEnteredStopsTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(DispatchGroup().leave(), "left more often than entered");
+}
+
+bool nothingInFlight() {
+  return Activity::waitUntilNone(Clock::current().now());
+}
+
+TEST(ActivityTest, CountsItemsFromSubmissionToEnd) {
+  const DispatchQueue queue("serial", DispatchQueue::Attribute::serial);
+  ASSERT_TRUE(Activity::waitUntilNone(soon()));
+  for (int round = 0; round < 200; ++round) {
+    std::atomic<int> ran = 0;
+    for (int i = 0; i < 5; ++i) queue.async([&] { ++ran; });
+    ASSERT_TRUE(Activity::waitUntilNone(soon()));
+    ASSERT_EQ(ran, 5);
+  }
+}
+
+TEST(ActivityTest, SeesNoGapBetweenTheLastMemberAndTheNotification) {
+  const DispatchQueue queue("concurrent", DispatchQueue::Attribute::concurrent);
+  for (int round = 0; round < 500; ++round) {
+    std::atomic<bool> notified = false;
+    const DispatchGroup group;
+    std::promise<void> registered;
+    queue.async(group, [&, ready = registered.get_future().share()] { ready.wait(); });
+    group.notify(queue, [&] { notified = true; });
+    registered.set_value();
+    ASSERT_TRUE(Activity::waitUntilNone(soon()));
+    ASSERT_TRUE(notified);
+  }
+}
+
+TEST(ActivityTest, GivesUpAtTheDeadlineOfTheInstalledClock) {
+  support::InstalledManualClock clock;
+  Activity networkTask;
+  std::thread waiter([&, deadline = clock.now() + 30s] { EXPECT_FALSE(Activity::waitUntilNone(deadline)); });
+  clock.advance(30s);
+  waiter.join();
+  { const Activity taken(std::move(networkTask)); }
+  EXPECT_TRUE(nothingInFlight());
+}
+
+TEST(ActivityTest, ForeignCodeDoesNotCount) {
+  const DispatchQueue queue("concurrent", DispatchQueue::Attribute::concurrent);
+  const DispatchQueue other("serial", DispatchQueue::Attribute::serial);
+  const DispatchGroup group;
+  std::promise<void> mayReturn;
+  std::promise<void> returned;
+  std::promise<void> mayEnd;
+  queue.async(group, [&] {
+    // Work of sync() belongs to the item that waits for it.
+    other.sync([&] {
+      const ForeignCodeScope scope;
+      const ForeignCodeScope nested;
+      mayReturn.get_future().wait();
+    });
+    returned.set_value();
+    mayEnd.get_future().wait();
+  });
+  EXPECT_TRUE(eventually(nothingInFlight));
+  mayReturn.set_value();
+  returned.get_future().wait();
+  EXPECT_FALSE(nothingInFlight());
+  mayEnd.set_value();
+  EXPECT_TRUE(group.wait(soon()));
+  EXPECT_TRUE(Activity::waitUntilNone(soon()));
+
+  const Activity outside;
+  const ForeignCodeScope scope;
+  EXPECT_FALSE(nothingInFlight());
 }
 
 }  // namespace

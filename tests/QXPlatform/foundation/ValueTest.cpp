@@ -62,13 +62,6 @@ TEST(ValueTest, PartsOutliveTheTreeTheyCameFrom) {
   EXPECT_EQ(other.find("kept")->elements()[99].string(), "text 99");
 }
 
-TEST(ValueTest, AnUnfinishedArenaAndAScalarRootAreFreed) {
-  ValueArena unfinished(64);
-  unfinished.store(std::string(1 << 20, 'x'));
-  ValueArena scalar(64);
-  EXPECT_EQ(std::move(scalar).finish(ValueArena::boolean(true)).boolean(), true);
-}
-
 TEST(ValueTest, CopiesAreReadAndDroppedOnManyThreads) {
   const Value shared(Dictionary{{"list", std::vector<Value>{"a", "b", Dictionary{{"deep", "text"}}}}});
   std::vector<std::thread> threads;

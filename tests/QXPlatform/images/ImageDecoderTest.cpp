@@ -3,7 +3,7 @@
 #include <QColorSpace>
 #include <QTransform>
 
-#include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
+#include "tests/support/EncodedImages.h"
 #include "tests/support/Test.h"
 
 namespace QXPlatform {

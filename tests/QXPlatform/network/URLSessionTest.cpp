@@ -7,8 +7,10 @@
 #include "QXPlatform/files/FileDescriptor.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/Exchange.h"
+#include "tests/support/Program.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
+#include "tools/backend/ThrowAwayCertificate.h"
 
 namespace QXPlatform {
 namespace {
@@ -344,6 +346,43 @@ TEST(URLSessionDeathTest, AfterAWantOfDescriptorsTransfersGoOnAndTheProcessEnds)
 #endif
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(exitAfterAWantOfDescriptors(), testing::ExitedWithCode(0), "");
+}
+
+TEST(HTTP2Test, RequestsShareAConnectionThatSpeaksIt) {
+  const support::TemporaryDirectory files;
+  const std::string large(1'000'000, 'x');
+  files.write("large", large);
+  const backend::ThrowAwayCertificate certificate;
+  const support::ScopedEnvironment trusted("SSL_CERT_FILE", certificate.caFile().string());
+  const std::string port = std::to_string(LoopbackServer().port());  // free again
+  // Another program's server, since the loopback back end speaks HTTP/1.1 alone; sends back what is posted.
+  support::RunningProgram server(
+      QX_NGHTTPD, {"--verbose", "--echo-upload", "--address=127.0.0.1", "--htdocs=" + files.path(), port,
+                   files.write("key", certificate.keyPEM()), certificate.caFile()});
+  ASSERT_TRUE(
+      support::eventually([&] { return server.output().find("listen 127.0.0.1") != std::string::npos; }));
+  const std::string url = "https://127.0.0.1:" + port;
+
+  URLSession session({});
+  EXPECT_EQ(load(session, requestTo(url + "/large")).data, Data(large));
+  URLRequest post = requestTo(url + "/echo");
+  post.httpMethod = "POST";
+  post.httpBody = Data(large);
+  post.setValueForHTTPHeaderField("token", "Authorization");
+  const auto answer = load(session, post);
+  EXPECT_EQ(answer.status(), 200);
+  EXPECT_EQ(answer.data, Data(large));
+
+  const std::string log = server.output();
+  const auto handshake = log.find("The negotiated protocol: h2");
+  ASSERT_NE(handshake, std::string::npos);
+  EXPECT_EQ(log.find("The negotiated protocol", handshake + 1), std::string::npos);
+  EXPECT_THAT(log, HasSubstr("(stream_id=1) :method: GET"));
+  EXPECT_THAT(log, HasSubstr("(stream_id=3) :method: POST"));
+  EXPECT_THAT(log, HasSubstr(" authorization: token"));
+
+  server.kill();
+  EXPECT_EQ(load(session, post).code(), URLError::Code::cannotConnect);
 }
 
 }  // namespace

@@ -1,13 +1,7 @@
 #include "agent/activation/DesktopEntry.h"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <iterator>
-
 #include "agent/setup/Installation.h"
-#include "tests/support/ScopedEnvironment.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace QXAgent {
 namespace {
@@ -55,8 +49,7 @@ TEST(InstallationTest, WhatIsWrittenIsReadAndRemovedAgain) {
   EXPECT_EQ(read->files, installed->files);
   EXPECT_FALSE(read->contentExtension || read->distributor);
 
-  std::ifstream unit(installed->files[1]);
-  const std::string text{std::istreambuf_iterator<char>(unit), {}};
+  const std::string text = support::contentsOf(installed->files[1]);
   EXPECT_NE(text.find(R"(ExecStart="/opt/a \"b\"/qx-agent" run --app com.example.Sh-op)"), std::string::npos)
       << text;
   EXPECT_TRUE(DesktopEntry::find(installation.app)->isBusActivatable);

@@ -1,10 +1,8 @@
 #include "agent/presentation/Banner.h"
 
-#include <gtest/gtest.h>
-
 #include "QXPlatform/foundation/JSON.h"
 #include "agent/presentation/Attachments.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace QXAgent {
 namespace {

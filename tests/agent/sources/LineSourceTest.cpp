@@ -1,18 +1,11 @@
 #include "agent/sources/LineSource.h"
 
 #include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
-
-#include <array>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/notifications/PushLines.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/Test.h"
 
 namespace QXAgent {
 namespace {

@@ -1,11 +1,6 @@
 #include "agent/spool/Spool.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-
 #include "tests/support/ChildProcess.h"
-#include "tests/support/TemporaryDirectory.h"
 
 namespace QXAgent {
 namespace {

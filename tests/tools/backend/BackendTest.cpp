@@ -87,38 +87,6 @@ TEST(LoopbackServerTest, KeepsNoRequestsUnlessItIsTo) {
   EXPECT_TRUE(server.requests().empty());
 }
 
-// A size that no new thread can have.
-class NoThreads {
- public:
-  NoThreads() {
-    pthread_getattr_default_np(&usual_);
-    pthread_attr_t tooLarge;
-    pthread_getattr_default_np(&tooLarge);
-    pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 47);
-    pthread_setattr_default_np(&tooLarge);
-    pthread_attr_destroy(&tooLarge);
-  }
-  ~NoThreads() {
-    pthread_setattr_default_np(&usual_);
-    pthread_attr_destroy(&usual_);
-  }
-  NoThreads(const NoThreads&) = delete;
-  NoThreads& operator=(const NoThreads&) = delete;
-
- private:
-  pthread_attr_t usual_{};
-};
-
-TEST(LoopbackServerTest, AClientForWhomThereIsNoThreadIsDroppedAndTheNextIsServed) {
-  const LoopbackServer server;
-  {
-    const NoThreads noThreads;
-    Client client(server);
-    EXPECT_EQ(client.receiveUntilClosed(), "");
-  }
-  EXPECT_THAT(get(server, "/"), EndsWith("{}"));
-}
-
 TEST(LoopbackServerTest, HandlerScriptsTheAnswer) {
   LoopbackServer server({.handler = [](const Request& request) -> std::optional<Response> {
     if (request.path == "/else") return std::nullopt;

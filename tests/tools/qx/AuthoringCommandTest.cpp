@@ -101,36 +101,6 @@ TEST(AuthoringCommandTest, CheckHeedsTheHostsBundle) {
   EXPECT_EQ(runProgram("qx", {"check", "-", "--bundle", bundle.path()}, push).lines().size(), 1U);
 }
 
-TEST(AuthoringCommandTest, WhatIsNoPushIsRefusedWithItsPlace) {
-  const support::TemporaryDirectory directory;
-  const std::string file = directory.write("push.json", "{\n  \"aps\": {},\n  \"é\": tru\n}\n");
-  const std::string missing = directory.path("missing.json");
-  const struct {
-    std::string file;
-    std::string input;
-    std::string reason;
-  } table[] = {
-      {file, "", file + ": syntax error at line 3, column 8\n"},
-      {missing, "", missing + ": No such file or directory\n"},
-      {"-", "", "standard input: no push\n"},
-      {"-", R"({"_rf":{}})", "standard input: neither \"aps\" nor \"content\": not a push\n"},
-      {"-", R"({"content":{"badge":"1"}})",
-       "standard input: /content/badge: expected an integer, found text\n"},
-  };
-  for (const std::string command : {"pack", "unpack"}) {
-    for (const auto& row : table) {
-      const auto result = runProgram("qx", {command, row.file}, row.input);
-      EXPECT_EQ(result.exitCode, 1);
-      EXPECT_EQ(result.output, "");
-      EXPECT_EQ(result.errors, "qx " + command + ": " + row.reason);
-    }
-  }
-  const auto checked = runProgram("qx", {"check", file}).lines();
-  ASSERT_EQ(checked.size(), 1U);
-  EXPECT_EQ(checked[0]["line"].integer(), 3);
-  EXPECT_EQ(checked[0]["column"].integer(), 8);
-}
-
 TEST(AuthoringCommandTest, UnpackUndoesPackAndADeviceDoesSoToo) {
   const std::string full = R"({"identifier":"i","content":{"badge":3,"userInfo":)" + kPush + "}}";
   for (const std::string& push : {kPush, full}) {
@@ -150,24 +120,35 @@ TEST(AuthoringCommandTest, UnpackUndoesPackAndADeviceDoesSoToo) {
 }
 
 TEST(AuthoringCommandTest, SaysWhatCannotBePackedOrUnpacked) {
+  const support::TemporaryDirectory directory;
+  const std::string file = directory.write("push.json", "{\n  \"aps\": {},\n  \"é\": tru\n}\n");
+  const std::string missing = directory.path("missing.json");
   const std::string large = R"({"aps":{},"_rf":{"x":")" + std::string(65'530, 'x') + "\"}}";
+  const std::string input = "standard input: ";
   const struct {
     std::string command;
+    std::string file;
     std::string push;
     std::string reason;
   } table[] = {
-      {"pack", R"({"aps":{}})", "no _rf to pack"},
-      {"pack", R"({"aps":{},"_rf":"{}"})", "_rf is not an object"},
-      {"pack", R"({"aps":{},"_rf":{},"$_rf":""})", "$_rf is there already, beside _rf"},
-      {"pack", large, "_rf: 65538 bytes of JSON, more than the 65535 that a device inflates"},
-      {"unpack", R"({"aps":{}})", "no $_rf to unpack"},
-      {"unpack", R"({"aps":{},"$_rf":"AAAA"})", "$_rf: not raw deflate data, or cut off"},
+      {"pack", file, "", file + ": syntax error at line 3, column 8"},
+      {"unpack", missing, "", missing + ": No such file or directory"},
+      {"pack", "-", "", input + "no push"},
+      {"unpack", "-", R"({"_rf":{}})", input + "neither \"aps\" nor \"content\": not a push"},
+      {"pack", "-", R"({"content":{"badge":"1"}})",
+       input + "/content/badge: expected an integer, found text"},
+      {"pack", "-", R"({"aps":{}})", input + "no _rf to pack"},
+      {"pack", "-", R"({"aps":{},"_rf":"{}"})", input + "_rf is not an object"},
+      {"pack", "-", R"({"aps":{},"_rf":{},"$_rf":""})", input + "$_rf is there already, beside _rf"},
+      {"pack", "-", large, input + "_rf: 65538 bytes of JSON, more than the 65535 that a device inflates"},
+      {"unpack", "-", R"({"aps":{}})", input + "no $_rf to unpack"},
+      {"unpack", "-", R"({"aps":{},"$_rf":"AAAA"})", input + "$_rf: not raw deflate data, or cut off"},
   };
-  for (const auto& [command, push, reason] : table) {
-    const auto result = runProgram("qx", {command, "-"}, push);
+  for (const auto& row : table) {
+    const auto result = runProgram("qx", {row.command, row.file}, row.push);
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.output, "");
-    EXPECT_THAT(result.errors, testing::EndsWith(": standard input: " + reason + "\n"));
+    EXPECT_EQ(result.errors, "qx " + row.command + ": " + row.reason + "\n");
   }
 }
 

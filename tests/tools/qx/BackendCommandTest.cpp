@@ -1,6 +1,5 @@
 // `qx backend` as a program, asked by a real client.
 
-#include <boost/process.hpp>
 #include <csignal>
 
 #include "QXPlatform/foundation/JSON.h"
@@ -11,34 +10,6 @@
 namespace {
 
 using QXPlatform::Dictionary;
-using QXPlatform::URLError;
-
-class Backend {
- public:
-  explicit Backend(const std::vector<std::string>& arguments)
-      : child_(support::programPath("qx"), "backend", boost::process::args(arguments),
-               boost::process::std_out > output_) {}
-  ~Backend() { child_.terminate(); }
-  Backend(const Backend&) = delete;
-  Backend& operator=(const Backend&) = delete;
-
-  Dictionary nextLine() {
-    std::string line;
-    std::getline(output_, line);
-    const auto parsed = QXPlatform::parseJSON(line);
-    EXPECT_TRUE(parsed) << line;
-    return parsed ? parsed->dictionary().value_or(Dictionary()) : Dictionary();
-  }
-  int endWith(int signal) {
-    ::kill(child_.id(), signal);
-    EXPECT_TRUE(support::eventually([this] { return !child_.running(); }));
-    return child_.exit_code();
-  }
-
- private:
-  boost::process::ipstream output_;
-  boost::process::child child_;
-};
 
 support::Exchange::Outcome post(const std::string& url, const std::string& body) {
   QXPlatform::URLRequest request = support::requestTo(url);
@@ -54,7 +25,7 @@ std::string text(const Dictionary& line, const char* key) {
 }
 
 TEST(BackendCommandTest, SaysWhereItListensThenEveryRequestAndEndsOnASignal) {
-  Backend backend({"--status", "503", "--body", "busy"});
+  support::RunningProgram backend("qx", {"backend", "--status", "503", "--body", "busy"});
   const std::string url = text(backend.nextLine(), "listening");
   ASSERT_TRUE(url.starts_with("http://127.0.0.1:")) << url;
   const auto answer = post(url + "/a?b=c", R"({"k": [1]})");
@@ -65,11 +36,12 @@ TEST(BackendCommandTest, SaysWhereItListensThenEveryRequestAndEndsOnASignal) {
   EXPECT_EQ(text(line, "path"), "/a?b=c");
   EXPECT_EQ(text(line, "body"), R"({"k":[1]})");
   EXPECT_TRUE(line.find("headers")->isDictionary());
-  EXPECT_EQ(backend.endWith(SIGTERM), 0);
+  ::kill(backend.id(), SIGTERM);
+  EXPECT_EQ(backend.wait().exitCode, 0);
 }
 
 TEST(BackendCommandTest, TalksTLSToThoseWhoTrustItsCertificate) {
-  Backend backend({"--tls"});
+  support::RunningProgram backend("qx", {"backend", "--tls"});
   const Dictionary first = backend.nextLine();
   const std::string url = text(first, "listening");
   ASSERT_TRUE(url.starts_with("https://")) << url;
@@ -78,17 +50,13 @@ TEST(BackendCommandTest, TalksTLSToThoseWhoTrustItsCertificate) {
     const support::ScopedEnvironment trust("SSL_CERT_FILE", text(first, "caFile"));
     EXPECT_EQ(post(url, "{}").status(), 200);
   }
-  EXPECT_EQ(backend.endWith(SIGINT), 0);
+  ::kill(backend.id(), SIGINT);
+  EXPECT_EQ(backend.wait().exitCode, 0);
   EXPECT_FALSE(std::filesystem::exists(text(first, "caFile")));
 }
 
-TEST(BackendCommandTest, MisbehavesAsItIsTold) {
-  Backend backend({"--close"});
-  EXPECT_EQ(post(text(backend.nextLine(), "listening"), "{}").code(), URLError::Code::connectionLost);
-}
-
 TEST(BackendCommandTest, APortThatIsTakenIsAnErrorInOneLine) {
-  Backend backend({});
+  support::RunningProgram backend("qx", {"backend"});
   const std::string url = text(backend.nextLine(), "listening");
   const auto second = support::runProgram("qx", {"backend", "--port", url.substr(url.rfind(':') + 1)});
   EXPECT_EQ(second.exitCode, 1);

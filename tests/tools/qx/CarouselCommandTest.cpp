@@ -7,9 +7,9 @@
 #include <QTimer>
 
 #include "QXPlatform/ui/Application.h"
-#include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
+#include "tests/support/EncodedImages.h"
 #include "tests/support/Program.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"

@@ -34,60 +34,39 @@ const Value& oddValue(Random& random) {
 }
 
 std::string mutatedText(std::string text, Random& random) {
-  if (text.empty()) return "x";
-  const std::size_t at = below(random, text.size());
-  switch (below(random, 3)) {
-    case 0:
-      return text.substr(0, at);
-    case 1:
-      text[at] = static_cast<char>('0' + below(random, 75));
-      return text;
-    default:
-      return text.insert(at, 1, 'A');
-  }
+  const std::size_t at = below(random, text.size() + 1);
+  return below(random, 2) == 0 ? text.substr(0, at) : text.insert(at, 1, 'A');
 }
 
-Value mutated(const Value& value, Random& random);
-
-Value mutatedObject(const Dictionary& object, Random& random) {
-  const auto& [key, member] = *(object.begin() + static_cast<std::ptrdiff_t>(below(random, object.size())));
-  const std::string name(key);
-  switch (below(random, 8)) {
-    case 0:
-      return object.removing(name);
-    case 1:
-      return object.removing(name).setting(mutatedText(name, random), member);
-    case 2:
-      return object.setting("more", oddValue(random));
-    default:
-      return object.setting(name, mutated(member, random));
-  }
-}
-
-Value mutatedArray(std::vector<Value> elements, Random& random) {
-  const std::size_t at = below(random, elements.size());
-  const auto place = elements.begin() + static_cast<std::ptrdiff_t>(at);
-  switch (below(random, 8)) {
-    case 0:
-      elements.erase(place);
-      break;
-    case 1:
-      elements.insert(place, oddValue(random));
-      break;
-    default:
-      *place = mutated(*place, random);
-  }
-  return elements;
-}
-
+// Something else in one place of the tree: a value or a key taken out, replaced, added or misspelt.
 Value mutated(const Value& value, Random& random) {
-  if (below(random, 8) == 0) return oddValue(random);
   const auto object = value.dictionary();
-  if (object && !object->empty()) return mutatedObject(*object, random);
   const auto elements = value.elements();
-  if (!elements.empty()) return mutatedArray({elements.begin(), elements.end()}, random);
+  const std::size_t change = below(random, 8);
+  if (change == 0) return oddValue(random);
+  if (object && !object->empty()) {
+    const auto& [key, member] =
+        *(object->begin() + static_cast<std::ptrdiff_t>(below(random, object->size())));
+    const std::string name(key);
+    if (change == 1) return object->removing(name);
+    if (change == 2) return object->removing(name).setting(mutatedText(name, random), member);
+    return change == 3 ? object->setting("more", oddValue(random))
+                       : object->setting(name, mutated(member, random));
+  }
+  if (!elements.empty()) {
+    std::vector<Value> list(elements.begin(), elements.end());
+    const auto place = list.begin() + static_cast<std::ptrdiff_t>(below(random, list.size()));
+    if (change == 1) {
+      list.erase(place);
+    } else if (change == 2) {
+      list.insert(place, oddValue(random));
+    } else {
+      *place = mutated(*place, random);
+    }
+    return list;
+  }
   const auto text = value.string();
-  return text && below(random, 2) == 0 ? Value(mutatedText(std::string(*text), random)) : oddValue(random);
+  return text && change < 5 ? Value(mutatedText(std::string(*text), random)) : oddValue(random);
 }
 
 Dictionary asPush(const Value& richFeatures) {
@@ -95,21 +74,15 @@ Dictionary asPush(const Value& richFeatures) {
       "_rf", richFeatures);
 }
 
-std::string contents(const std::filesystem::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
-
 // Every payload of the source tree, plain and compressed, and one that is both.
 std::vector<Dictionary> payloads() {
   const std::filesystem::path root(QX_SOURCE_DIR);
   std::vector<Dictionary> pushes;
   for (const auto& file : std::filesystem::directory_iterator(root / "fuzz/corpus/carousel")) {
-    if (const auto richFeatures = QXPlatform::parseJSON(contents(file)))
+    if (const auto richFeatures = QXPlatform::parseJSON(support::contentsOf(file)))
       pushes.push_back(asPush(*richFeatures));
   }
-  const std::string guide = contents(root / "docs/payload.md");
+  const std::string guide = support::contentsOf(root / "docs/payload.md");
   const std::size_t start = guide.find("```json") + 7;
   pushes.push_back(support::dictionary(guide.substr(start, guide.find("```", start) - start)));
   for (std::size_t i = 0, count = pushes.size(); i < count; ++i) {

@@ -102,21 +102,17 @@ TEST(CheckTest, CountsTheBytesOfAPushWithoutWhiteSpace) {
   EXPECT_EQ(qx::checkPush(*push, qx::PushLimit::webPush).size(), 1U);
 }
 
+// What the framework's decoder refuses, with what a device cannot know: how it is meant to be written.
 TEST(CheckTest, ReportsEveryErrorThatKeepsTheCarouselFromBeingShown) {
   expectFindings({
       {R"("t":"0")", R"("t":0)", {"error /_rf/vt/t: expected text, found an integer (write \"0\")"}},
-      {R"("t":"0")", R"("t":"1")", {"error /_rf/vt/t: not one of 0"}},
       {R"({"vt":)",
        R"({"tv":)",
        {"error /_rf/vt: missing", "warning /_rf/tv: ignored: no key that is read here (did you mean vt?)"}},
       {R"("tms":3000,"s":{"bgc":"E5E5E5"})",
        R"("tms":"3","s":{"bgc":7})",
        {"error /_rf/vt/tms: expected an integer, found text (write 3)", "error /_rf/vt/s/bgc: "}},
-      {R"("fz":"L","an":"C")",
-       R"("fz":"l","an":"left")",
-       {"error /_rf/vt/it/0/ti/s/fz: not one of S, M, L (write \"L\")",
-        "error /_rf/vt/it/0/ti/s/an: not one of B, C, E"}},
-      {R"("ac":[{"t":"2")", R"("ac":[{"t":"4")", {"error /_rf/vt/it/0/ac/0/t: not one of 0, 1, 2, 3"}},
+      {R"("fz":"L")", R"("fz":"l")", {"error /_rf/vt/it/0/ti/s/fz: not one of S, M, L (write \"L\")"}},
       {R"({"id":"b","md":)",
        R"(7,{"dm":)",
        {"error /_rf/vt/it/1: expected an object", "error /_rf/vt/it/2/id: missing",

@@ -1,7 +1,6 @@
 // `qx push` as a program: arguments, standard streams, exit codes.
 
 #include "QXPlatform/foundation/JSON.h"
-#include "tests/support/CarouselPayloads.h"
 #include "tests/support/Program.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
@@ -9,7 +8,6 @@
 namespace {
 
 using QXPlatform::Dictionary;
-using QXPlatform::Value;
 using support::ProgramResult;
 using support::runProgram;
 
@@ -48,24 +46,6 @@ TEST(PushCommandTest, ABadgeIsAWholeNumberHoweverItIsWritten) {
   for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(lines[i].find("content")->find("badge")->integer(), 3);
   EXPECT_EQ(lines[2].find("content")->find("badge"), nullptr);
   EXPECT_EQ(lines[3].find("error")->string(), "/content/badge: expected an integer, found a fraction");
-}
-
-TEST(PushCommandTest, ACarouselGetsItsThumbnailUnlessTheHostWantsNone) {
-  const support::TemporaryDirectory temporary;
-  const support::ScopedEnvironment environment("TMPDIR", temporary.path());
-  const backend::LoopbackServer server;
-  const std::string input = R"({"aps":{"alert":"Hi"},"_sid":"VTQX","_rf":)" +
-                            support::carousel(support::plainPanels(1, server.url("/files/sunrise.png"))) +
-                            "}";
-  const auto attachments = [&](const std::vector<std::string>& arguments) {
-    return *push(arguments, input).lines().at(0).find("content")->find("attachments");
-  };
-  const Value shown = attachments({});
-  ASSERT_EQ(shown.elements().size(), 1U);
-  EXPECT_EQ(shown.elements()[0].find("identifier")->string(), "SomeAttachmentId");
-  const auto url = QXPlatform::URL::parse(*shown.elements()[0].find("url")->string());
-  EXPECT_TRUE(std::filesystem::exists(url->filePath()));
-  EXPECT_TRUE(attachments({"--no-thumbnail"}).elements().empty());
 }
 
 TEST(PushCommandTest, WhatIsNoPushIsAnsweredInItsPlaceAndTheRestGoOn) {
@@ -254,6 +234,8 @@ TEST(PushCommandTest, AttachmentsLieInOneDirectoryWhereTheyAreToldTo) {
       EXPECT_EQ(directories.contains(elsewhere.path("named")), option == "named");
     }
   }
+  const auto without = push({"-", "--no-thumbnail"}, pushesWithThumbnail(server, 1)).lines();
+  EXPECT_TRUE(without.at(0)["content"]["attachments"].elements().empty());
 }
 
 TEST(PushCommandTest, TheLogOfAProgramTakesTheFormatAskedFor) {

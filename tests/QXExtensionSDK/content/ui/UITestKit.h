@@ -6,8 +6,8 @@
 #include "QXExtensionSDK/content/CarouselViewController.h"
 #include "QXExtensionSDK/content/VTQXNotificationViewController.h"
 #include "QXPlatform/ui/ContentExtensionHost.h"
-#include "tests/QXExtensionSDK/content/ui/EncodedImages.h"
 #include "tests/support/CarouselPayloads.h"
+#include "tests/support/EncodedImages.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 
@@ -114,7 +114,7 @@ struct Expanded {
 
   void deliverItems(const std::string& items, std::string_view more = "") {
     auto push = R"({"_sid":"VTQX","_m":"m","_rf":)" + carousel(items, more) + "}";
-    host->deliver(makeRequest(dictionary(push)));
+    host->deliver(requestOf(push));
   }
   void deliver(const std::vector<PanelText>& panels, std::string_view more = "") {
     deliverItems(panelList(panels), more);

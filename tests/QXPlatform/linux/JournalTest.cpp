@@ -1,19 +1,12 @@
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <array>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <string_view>
-
 #include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/log/Log.h"
 #include "QXPlatform/log/LogSubject.h"
-#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Test.h"
 
 namespace QXPlatform {
 namespace {

@@ -5,17 +5,12 @@
 #include <QColor>
 #include <QImage>
 #include <QImageWriter>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
+
+#include "tests/support/Test.h"
+
+#include "tests/support/Test.h"
 
 namespace support {
-
-inline std::string contentsOf(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // An image as a server would send it.
 inline std::string encoded(const QImage& image, const char* format) {
@@ -43,6 +38,16 @@ inline std::string encodedProgressiveJPEG(QSize size) {
   writer.setProgressiveScanWrite(true);
   writer.write(image);
   return bytes.toStdString();
+}
+
+// Takes seconds, for a few kilobytes: the last of its scans thousands of times over.
+inline std::string encodedSlowImage() {
+  const std::string jpeg = encodedProgressiveJPEG({4000, 3000});
+  const auto lastScan = jpeg.rfind("\xFF\xDA");
+  const std::string scan = jpeg.substr(lastScan, jpeg.size() - 2 - lastScan);
+  std::string repeated = jpeg.substr(0, jpeg.size() - 2);
+  for (int i = 0; i < 2000; ++i) repeated += scan;
+  return repeated + jpeg.substr(jpeg.size() - 2);
 }
 
 // Two by two pixels in red, as an animation of two frames of which the second is cut off when asked for.

@@ -4,6 +4,7 @@
 
 #include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/Date.h"
+#include "QXPlatform/foundation/RawValues.h"
 #include "QXPlatform/foundation/ThreadNumber.h"
 #include "QXPlatform/foundation/UTF8.h"
 #include "QXPlatform/foundation/Value.h"
@@ -88,8 +89,11 @@ std::string jsonLine(const LogRecord& record) {
 }  // namespace
 
 std::string_view logTypeName(LogType type) {
-  static constexpr std::array<std::string_view, 4> kNames{"debug", "default", "error", "fault"};
-  return kNames.at(static_cast<std::size_t>(type));
+  constexpr auto kNames = std::to_array<RawCase<LogType>>({{LogType::debug, "debug"},
+                                                           {LogType::default_, "default"},
+                                                           {LogType::error, "error"},
+                                                           {LogType::fault, "fault"}});
+  return nameIn(kNames, type);
 }
 
 std::optional<LogFormat> requestedLogFormat() {

@@ -43,18 +43,8 @@ bool beginsAsImage(const std::filesystem::path& path) {
   std::array<char, 8> start{};
   std::ifstream file(path, std::ios::binary);
   file.read(start.data(), start.size());
-  switch (imageFormatOf({start.data(), static_cast<std::size_t>(file.gcount())})) {
-    case ImageFormat::png:
-    case ImageFormat::jpeg:
-    case ImageFormat::gif:
-      return true;
-    case ImageFormat::none:
-    case ImageFormat::webp:
-    case ImageFormat::bmp:
-    case ImageFormat::avif:
-      return false;
-  }
-  return false;
+  const auto format = imageFormatOf({start.data(), static_cast<std::size_t>(file.gcount())});
+  return format == ImageFormat::png || format == ImageFormat::jpeg || format == ImageFormat::gif;
 }
 
 // Why the file cannot be shown; empty when it can.

@@ -1,6 +1,5 @@
 #include "tools/qx/CarouselSteps.h"
 
-#include <array>
 #include <charconv>
 #include <optional>
 #include <utility>
@@ -11,20 +10,7 @@ namespace {
 
 using Kind = CarouselStep::Kind;
 
-constexpr std::array<std::pair<std::string_view, Kind>, 6> kNames{{{"next", Kind::next},
-                                                                   {"back", Kind::back},
-                                                                   {"tick", Kind::tick},
-                                                                   {"tap", Kind::tap},
-                                                                   {"refresh", Kind::refresh},
-                                                                   {"wait", Kind::wait}}};
 constexpr std::int64_t kLongestWait = 3'600'000;
-
-std::optional<Kind> kindNamed(std::string_view name) {
-  for (const auto& [known, kind] : kNames) {
-    if (known == name) return kind;
-  }
-  return std::nullopt;
-}
 
 std::optional<std::chrono::milliseconds> readTime(std::string_view text) {
   std::int64_t milliseconds = 0;
@@ -36,7 +22,7 @@ std::optional<std::chrono::milliseconds> readTime(std::string_view text) {
 
 std::optional<CarouselStep> parseStep(std::string_view text) {
   const std::size_t colon = text.find(':');
-  const auto kind = kindNamed(text.substr(0, colon));
+  const auto kind = QXPlatform::fromRawValue<Kind>(text.substr(0, colon));
   const bool takesArgument = kind == Kind::refresh || kind == Kind::wait;
   if (!kind || takesArgument != (colon != std::string_view::npos)) return std::nullopt;
   const std::string_view argument = takesArgument ? text.substr(colon + 1) : std::string_view();
@@ -49,13 +35,6 @@ std::optional<CarouselStep> parseStep(std::string_view text) {
 }
 
 }  // namespace
-
-std::string_view CarouselStep::name() const {
-  for (const auto& [known, knownKind] : kNames) {
-    if (knownKind == kind) return known;
-  }
-  return {};
-}
 
 QXPlatform::Result<std::vector<CarouselStep>> parseCarouselSteps(std::string_view text) {
   std::vector<CarouselStep> steps;

@@ -1,25 +1,33 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "QXPlatform/foundation/RawValues.h"
 #include "QXPlatform/foundation/Result.h"
 
 namespace qx {
 
+enum class CarouselStepKind : std::uint8_t { next, back, tick, tap, refresh, wait };
+constexpr auto rawValues(QXPlatform::RawValuesOf<CarouselStepKind>) {
+  using enum CarouselStepKind;
+  return std::to_array<QXPlatform::RawCase<CarouselStepKind>>(
+      {{next, "next"}, {back, "back"}, {tick, "tick"}, {tap, "tap"}, {refresh, "refresh"}, {wait, "wait"}});
+}
+
 // Something that happens to a carousel.
 struct CarouselStep {
-  enum class Kind : std::uint8_t { next, back, tick, tap, refresh, wait };
+  using Kind = CarouselStepKind;
 
   Kind kind;
   std::string file = {};              // to refresh from
   std::chrono::milliseconds time{0};  // to wait
 
-  // "next", "refresh", ...
-  std::string_view name() const;
+  std::string_view name() const { return QXPlatform::rawValue(kind); }
 };
 
 // Reads "next,back,tick,tap,refresh:FILE,wait:MS", in any order and number.

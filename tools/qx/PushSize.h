@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "QXPlatform/foundation/RawValues.h"
 #include "QXPlatform/foundation/Value.h"
@@ -20,8 +23,9 @@ constexpr std::size_t mostPushBytes(PushLimit limit) {
 }
 
 // The bytes of a push on its way, which carries no white space.
-inline std::size_t pushSize(const QXPlatform::Dictionary& userInfo) {
-  return userInfo.description().size();
-}
+std::size_t pushSize(const QXPlatform::Dictionary& userInfo);
+
+// The bytes that each key takes with its value, the largest first.
+std::vector<std::pair<std::string, std::size_t>> sizesByKey(const QXPlatform::Dictionary& userInfo);
 
 }  // namespace qx

@@ -2,11 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "AppGroupSDK/context/ContextModuleChecker.h"
 #include "AppGroupSDK/context/PNContextUtils.h"
@@ -33,13 +30,10 @@ std::string problem(const Value* value) {
   return value == nullptr ? "missing" : "not text";
 }
 
-// "_rf 3900, aps 120", the largest first.
-std::string sizesByKey(const Dictionary& userInfo) {
-  std::vector<std::pair<std::size_t, std::string_view>> sizes;
-  for (const auto& [key, value] : userInfo) sizes.emplace_back(pushSize({{key, value}}) - 2, key);
-  std::ranges::sort(sizes, std::ranges::greater());
+// "_rf 3900, aps 120".
+std::string listSizes(const Dictionary& userInfo) {
   std::string text;
-  for (const auto& [size, key] : sizes) {
+  for (const auto& [key, size] : sizesByKey(userInfo)) {
     text.append(text.empty() ? "" : ", ").append(key).append(" ").append(std::to_string(size));
   }
   return text;
@@ -59,7 +53,7 @@ void checkSize(const Dictionary& userInfo, PushLimit limit, Findings& findings) 
   if (size <= mostPushBytes(limit)) return;
   findings.error("", std::to_string(size) + " bytes without white space, over the " +
                          std::to_string(mostPushBytes(limit)) + " of " +
-                         std::string(QXPlatform::rawValue(limit)) + ": " + sizesByKey(userInfo));
+                         std::string(QXPlatform::rawValue(limit)) + ": " + listSizes(userInfo));
 }
 
 void checkAps(const Dictionary& userInfo, bool hasCarousel, Findings& findings) {

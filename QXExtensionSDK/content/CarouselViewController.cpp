@@ -266,16 +266,24 @@ std::shared_ptr<CarouselViewControllerDelegate> CarouselViewController::listenin
   return isCollapsed_ ? nullptr : delegate_.lock();
 }
 
+void CarouselViewController::move(void (CarouselViewControllerDelegate::*request)(), std::string_view step) {
+  const auto delegate = listeningDelegate();
+  if (delegate == nullptr) return;
+  const std::int64_t index = viewModel_.currentPanelIndex;
+  ((*delegate).*request)();
+  if (stepHandler_ && viewModel_.currentPanelIndex != index) stepHandler_(step);
+}
+
 void CarouselViewController::backButtonTapped() {
-  if (const auto delegate = listeningDelegate()) delegate->backButtonTapped();
+  move(&CarouselViewControllerDelegate::backButtonTapped, "back");
 }
 
 void CarouselViewController::nextButtonTapped() {
-  if (const auto delegate = listeningDelegate()) delegate->nextButtonTapped();
+  move(&CarouselViewControllerDelegate::nextButtonTapped, "next");
 }
 
 void CarouselViewController::timerFired() {
-  nextButtonTapped();
+  move(&CarouselViewControllerDelegate::nextButtonTapped, "tick");
 }
 
 void CarouselViewController::tapGesturePerformed() {

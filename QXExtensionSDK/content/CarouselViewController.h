@@ -3,7 +3,10 @@
 #include <QTimer>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "QXExtensionSDK/content/CarouselButton.h"
@@ -12,6 +15,7 @@
 #include "QXExtensionSDK/content/CarouselPanelView.h"
 #include "QXExtensionSDK/content/CarouselScreen.h"
 #include "QXExtensionSDK/content/CarouselTimerRules.h"
+#include "QXExtensionSDK/content/CarouselViewControllerDelegate.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/network/URLSession.h"
 #include "QXPlatform/ui/UIPageControl.h"
@@ -49,6 +53,8 @@ class CarouselViewController final : public QXPlatform::UIViewController,
   // What a tap on the panel and a tick of the timer do.
   void tapGesturePerformed();
   void timerFired();
+  // Told of each "next", "back" and "tick" that has moved the carousel.
+  void setStepHandler(std::function<void(std::string_view)> handler) { stepHandler_ = std::move(handler); }
 
  protected:
   void viewDidLoad() override;
@@ -63,6 +69,8 @@ class CarouselViewController final : public QXPlatform::UIViewController,
   std::shared_ptr<CarouselViewControllerDelegate> listeningDelegate() const;
   void backButtonTapped();
   void nextButtonTapped();
+  // Lets the delegate move the carousel, and tells of it when it did.
+  void move(void (CarouselViewControllerDelegate::*request)(), std::string_view step);
   void takePanels(const std::shared_ptr<const PanelItemComponents>& panels);
   bool isCurrentPanelThere() const;
   std::size_t panelCount() const;
@@ -76,6 +84,7 @@ class CarouselViewController final : public QXPlatform::UIViewController,
 
   const Logger& logger_;
   std::weak_ptr<CarouselViewControllerDelegate> delegate_;
+  std::function<void(std::string_view)> stepHandler_;
   CarouselViewModel viewModel_;
   bool isCollapsed_ = false;
   CarouselTimerRules timerRules_;

@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <utility>
 
+#include "QXExtensionSDK/content/CarouselInspection.h"
 #include "QXExtensionSDK/content/CarouselViewController.h"
 #include "QXExtensionSDK/content/DefaultCoordinatorFactory.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
@@ -17,6 +18,11 @@ constexpr LogCategory kCategory = LogCategory::contentGeneral;
 
 std::shared_ptr<CarouselScreen> makeCarouselScreen() {
   return std::make_shared<CarouselViewController>(Logger::content());
+}
+
+// Null when there is none.
+CarouselViewController* carousel(const std::shared_ptr<QXPlatform::UIViewController>& controller) {
+  return dynamic_cast<CarouselViewController*>(controller.get());
 }
 
 }  // namespace
@@ -66,6 +72,7 @@ void VTQXNotificationViewController::embed(std::shared_ptr<QXPlatform::UIViewCon
   controller->resizeView(view().width(), view().height());
   childView.show();
   coordinatorVC_ = std::move(controller);
+  if (auto* screen = carousel(coordinatorVC_)) screen->setStepHandler(stepHandler_);
   setPreferredContentSize(coordinatorVC_->preferredContentSize());
 }
 
@@ -105,6 +112,24 @@ void VTQXNotificationViewController::setLogLevel() {
   if (const auto config = vtqxProvideConfig()) {
     Logger::setGlobalLoglevel(static_cast<std::int64_t>(config->logLevel()));
   }
+}
+
+QXPlatform::Dictionary VTQXNotificationViewController::inspect(bool isShown) const {
+  return inspectCarousel(carousel(coordinatorVC_), isShown);
+}
+
+void VTQXNotificationViewController::take(std::string_view step) {
+  takeCarouselStep(carousel(coordinatorVC_), step);
+}
+
+bool VTQXNotificationViewController::isLoading() const {
+  const auto* screen = carousel(coordinatorVC_);
+  return screen != nullptr && screen->isAnyImageDownloading();
+}
+
+void VTQXNotificationViewController::setStepHandler(StepHandler handler) {
+  stepHandler_ = std::move(handler);
+  if (auto* screen = carousel(coordinatorVC_)) screen->setStepHandler(stepHandler_);
 }
 
 }  // namespace QXExtensionSDK

@@ -5,6 +5,7 @@
 #include "QXExtensionSDK/content/Coordinator.h"
 #include "QXExtensionSDK/content/VTContentExtensionConfig.h"
 #include "QXPlatform/notifications/UNNotificationContentExtension.h"
+#include "QXPlatform/ui/UIInspectable.h"
 #include "QXPlatform/ui/UIViewController.h"
 
 namespace QXExtensionSDK {
@@ -12,7 +13,8 @@ namespace QXExtensionSDK {
 // The host's content extension: draws an expanded notification of this system, and takes no room for any
 // other. A host may subclass it to supply its configuration. Main thread.
 class VTQXNotificationViewController : public QXPlatform::UIViewController,
-                                       public QXPlatform::UNNotificationContentExtension {
+                                       public QXPlatform::UNNotificationContentExtension,
+                                       public QXPlatform::UIInspectable {
  public:
   void didReceiveNotification(const QXPlatform::UNNotification& notification) override;
   void didReceiveNotificationResponse(const QXPlatform::UNNotificationResponse& response,
@@ -41,11 +43,17 @@ class VTQXNotificationViewController : public QXPlatform::UIViewController,
   void preferredContentSizeDidChangeForChildContentContainer(QXPlatform::UIViewController& child) override;
 
  private:
+  QXPlatform::Dictionary inspect(bool isShown) const override;
+  void take(std::string_view step) override;
+  bool isLoading() const override;
+  void setStepHandler(StepHandler handler) override;
+
   void start(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request);
   void embed(std::shared_ptr<QXPlatform::UIViewController> controller);
 
   std::shared_ptr<Coordinator> coordinator_;
   std::shared_ptr<QXPlatform::UIViewController> coordinatorVC_;
+  StepHandler stepHandler_;
 };
 
 }  // namespace QXExtensionSDK

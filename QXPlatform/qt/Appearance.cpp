@@ -35,6 +35,11 @@ const QStringList& fontFamilies() {
   return families;
 }
 
+double& textScale() {
+  static double scale = 1;
+  return scale;
+}
+
 }  // namespace
 
 UserInterfaceStyle userInterfaceStyle(const QWidget& view) {
@@ -51,10 +56,14 @@ bool isReduceMotionEnabled() {
   return qEnvironmentVariable("QX_REDUCE_MOTION") == "1";
 }
 
+void setTextScale(double scale) {
+  textScale() = scale;
+}
+
 QFont systemFont(SystemFontStyle style, double pointSize) {
   QFont font;
   font.setFamilies(fontFamilies());
-  font.setPixelSize(qRound(pointSize));
+  font.setPixelSize(qRound(pointSize * textScale()));
   font.setBold(style == SystemFontStyle::bold);
   font.setItalic(style == SystemFontStyle::italic);
   font.setHintingPreference(QFont::PreferNoHinting);

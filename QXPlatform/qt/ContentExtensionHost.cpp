@@ -71,6 +71,10 @@ bool ContentExtensionHost::isDefaultActionPerformed() const {
   return context_->isDefaultActionPerformed;
 }
 
+UIInspectable* ContentExtensionHost::inspectable() const {
+  return dynamic_cast<UIInspectable*>(controller_.get());
+}
+
 void ContentExtensionHost::setDefaultActionHandler(std::function<void()> handler) {
   context_->handler = std::move(handler);
 }

@@ -11,6 +11,7 @@
 #include "QXPlatform/foundation/CommandLine.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/StandardInput.h"
+#include "QXPlatform/qt/ContentExtensionConversation.h"
 #include "QXPlatform/ui/Application.h"
 #include "QXPlatform/ui/ContentExtensionWindow.h"
 
@@ -26,6 +27,7 @@ struct Arguments {
   int width = 360;
   bool reuse = false;
   bool window = false;
+  bool drive = false;
 };
 
 std::optional<Arguments> readArguments(int argc, const char* const* argv) {
@@ -35,8 +37,10 @@ std::optional<Arguments> readArguments(int argc, const char* const* argv) {
       readCommandLine(argc, argv,
                       {{"width", true, takeWidth},
                        {"reuse", false, [&](const char*) { return arguments.reuse = true; }},
-                       {"window", false, [&](const char*) { return arguments.window = true; }}});
-  return isUnderstood && !(arguments.reuse && arguments.window) ? std::optional(arguments) : std::nullopt;
+                       {"window", false, [&](const char*) { return arguments.window = true; }},
+                       {"drive", false, [&](const char*) { return arguments.drive = true; }}});
+  const bool isContradiction = arguments.reuse && (arguments.window || arguments.drive);
+  return isUnderstood && !isContradiction ? std::optional(arguments) : std::nullopt;
 }
 
 // The first notification alone.
@@ -62,8 +66,35 @@ Dictionary answer(ContentExtensionHost& host, const UNNotificationRequest& reque
 Result<Dictionary> showInWindow(ContentExtensionHost& host, const UNNotificationRequest& request) {
   if (host.isCollapsed()) return answer(host, request);
   bool isPerformed = false;
-  runInWindow(host, request.content->snapshot().title, [&isPerformed] { isPerformed = true; });
+  ContentExtensionWindow window(host, request.content->snapshot().title);
+  window.open([&isPerformed] { isPerformed = true; });
+  QApplication::exec();
   return answer(host, request).merging({{"defaultActionPerformed", isPerformed}});
+}
+
+bool answerAll(const Arguments& arguments, const ContentExtensionHostFactory& makeHost) {
+  std::unique_ptr<ContentExtensionHost> host;
+  std::unique_ptr<PushSource> source;
+  if (arguments.window) {
+    source = std::make_unique<FirstPush>();
+  } else {
+    source = std::make_unique<PushLineSource>(standardInput());
+  }
+  const auto show = [&](const std::shared_ptr<const UNNotificationRequest>& request) -> Result<Dictionary> {
+    if (host == nullptr || !arguments.reuse) host = makeHost(arguments.width);
+    host->deliver(request);
+    if (arguments.window) return showInWindow(*host, *request);
+    QCoreApplication::processEvents();
+    return answer(*host, *request);
+  };
+  const PushAnswers answers =
+      answerPushes(*source, std::cout, {.answer = show, .limits = kFullRequestLimits, .progress = nullptr});
+  return answers.errors == 0 && !answers.outputFailed;
+}
+
+bool beDriven(const Arguments& arguments, const ContentExtensionHostFactory& makeHost) {
+  const auto host = makeHost(arguments.width);
+  return ContentExtensionConversation(*host).run();
 }
 
 }  // namespace
@@ -73,8 +104,8 @@ int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactor
   const auto arguments = readArguments(argc, argv);
   if (!arguments) {
     std::cerr << "usage: " << program
-              << " [--width POINTS] [--reuse | --window]  (notifications on standard input, one JSON object "
-                 "a line)\n";
+              << " [--width POINTS] [--reuse | --window | --drive [--window]]  (notifications on standard "
+                 "input, one JSON object a line)\n";
     return 2;
   }
   if (arguments->window && !hasScreen()) {
@@ -82,25 +113,9 @@ int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactor
     return 1;
   }
   const auto application = makeApplication(arguments->window ? ScreenUse::windows : ScreenUse::none);
-  std::unique_ptr<ContentExtensionHost> host;
-  std::unique_ptr<PushSource> source;
-  if (arguments->window) {
-    source = std::make_unique<FirstPush>();
-  } else {
-    source = std::make_unique<PushLineSource>(standardInput());
-  }
-  const auto show = [&](const std::shared_ptr<const UNNotificationRequest>& request) -> Result<Dictionary> {
-    if (host == nullptr || !arguments->reuse) host = makeHost(arguments->width);
-    host->deliver(request);
-    if (arguments->window) return showInWindow(*host, *request);
-    QCoreApplication::processEvents();
-    return answer(*host, *request);
-  };
-  const PushAnswers answers =
-      answerPushes(*source, std::cout, {.answer = show, .limits = kFullRequestLimits, .progress = nullptr});
-  host.reset();
+  const bool isGood = arguments->drive ? beDriven(*arguments, makeHost) : answerAll(*arguments, makeHost);
   Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
-  return answers.errors == 0 && !answers.outputFailed ? 0 : 1;
+  return isGood ? 0 : 1;
 }
 
 }  // namespace QXPlatform

@@ -24,7 +24,10 @@ bool isReduceMotionEnabled();
 
 enum class SystemFontStyle { regular, bold, italic };
 
-// The system's font; in points, which follow the screen's scale.
+// How large the user wants texts, 1 being the ordinary size; for fonts asked for from then on.
+void setTextScale(double scale);
+
+// The system's font; in points, which follow the screen's scale and the user's wish.
 QFont systemFont(SystemFontStyle style, double pointSize);
 
 // Whether the system has a font for every letter of the text, which is UTF-8.

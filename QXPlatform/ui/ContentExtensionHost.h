@@ -6,6 +6,7 @@
 
 #include "QXPlatform/notifications/UNNotificationContentExtension.h"
 #include "QXPlatform/ui/NSExtensionContext.h"
+#include "QXPlatform/ui/UIInspectable.h"
 #include "QXPlatform/ui/UIViewController.h"
 
 namespace QXPlatform {
@@ -35,6 +36,8 @@ class ContentExtensionHost final : private UIViewController {
   bool isDefaultActionPerformed() const;
   // What the extension itself asked for last.
   Size preferredContentSize() const { return controller_->preferredContentSize(); }
+  // What the extension lets a simulator see and do; null when that is nothing.
+  UIInspectable* inspectable() const;
   // Called when the extension performs the default action, which ends the expanded notification.
   void setDefaultActionHandler(std::function<void()> handler);
 

@@ -24,6 +24,9 @@ using ContentExtensionHostFactory = std::function<std::unique_ptr<ContentExtensi
 // notification's title, and answers when that is closed; the line then has "defaultActionPerformed": whether
 // the application is to be opened. What collapses opens no window, and has no such key.
 //
+// With --drive the lines are ContentExtensionDriver's commands, which play the user of one extension object;
+// --window beside it lets them open a window.
+//
 // Returns the exit code: 0, 1 when a line was no notification or there is no screen for a window, 2
 // for wrong arguments.
 int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactory& makeHost);

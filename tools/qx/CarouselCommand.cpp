@@ -10,6 +10,7 @@
 
 #include "QXPlatform/foundation/Executable.h"
 #include "agent/extensions/Program.h"
+#include "tools/qx/ExtensionEnvironment.h"
 #include "tools/qx/Results.h"
 
 namespace qx {
@@ -43,6 +44,7 @@ Result<QXAgent::ProgramStart> drawing(const SimulatorOptions& simulator, const C
 int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& options) {
   const auto start = drawing(simulator, options);
   if (!start) return fail("carousel", start.error().message);
+  if (options.extension) setEnvironmentOf(*options.extension, simulator);
   execl(start->program.c_str(), start->program.c_str(), start->arguments.front().c_str(), nullptr);
   return fail("carousel", "cannot start " + start->program.string() + ": " + std::strerror(errno));
 }

@@ -14,12 +14,13 @@ constexpr double kDrawingScale = 2;
 constexpr int kMostPixelsAcross = 16'384;
 
 struct CarouselOptions {
-  std::string file;                // "-" is standard input
-  std::optional<std::string> png;  // draws instead of opening a window
-  std::optional<int> panel;        // from 0; with png
-  bool all = false;                // every panel; with png
-  int width = 360;                 // points
-  std::optional<double> scale;     // absent: kDrawingScale for a drawing, the screen's for a window
+  std::string file;                      // "-" is standard input
+  std::optional<std::string> extension;  // a host's own program, in place of the framework's extension
+  std::optional<std::string> png;        // draws instead of opening a window
+  std::optional<int> panel;              // from 0; with png
+  bool all = false;                      // every panel; with png
+  int width = 360;                       // points
+  std::optional<double> scale;           // absent: kDrawingScale for a drawing, the screen's for a window
   bool dark = false;
   bool rtl = false;
   std::optional<std::string> steps;  // "next,back,wait:500"
@@ -27,11 +28,11 @@ struct CarouselOptions {
   static constexpr auto jsonFields() {
     using QXPlatform::jsonField;
     return QXPlatform::jsonFields(
-        jsonField("file", &CarouselOptions::file), jsonField("png", &CarouselOptions::png),
-        jsonField("panel", &CarouselOptions::panel), jsonField("all", &CarouselOptions::all),
-        jsonField("width", &CarouselOptions::width), jsonField("scale", &CarouselOptions::scale),
-        jsonField("dark", &CarouselOptions::dark), jsonField("rtl", &CarouselOptions::rtl),
-        jsonField("steps", &CarouselOptions::steps));
+        jsonField("file", &CarouselOptions::file), jsonField("extension", &CarouselOptions::extension),
+        jsonField("png", &CarouselOptions::png), jsonField("panel", &CarouselOptions::panel),
+        jsonField("all", &CarouselOptions::all), jsonField("width", &CarouselOptions::width),
+        jsonField("scale", &CarouselOptions::scale), jsonField("dark", &CarouselOptions::dark),
+        jsonField("rtl", &CarouselOptions::rtl), jsonField("steps", &CarouselOptions::steps));
   }
 };
 

@@ -1,6 +1,5 @@
 #include "tools/qx/PushCommand.h"
 
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "tools/qx/AttachmentsDirectory.h"
+#include "tools/qx/ExtensionEnvironment.h"
 #include "tools/qx/ExtensionRun.h"
 #include "tools/qx/Progress.h"
 #include "tools/qx/PushFiles.h"
@@ -63,23 +63,8 @@ QXPlatform::PushAnswers pushToBuiltIn(const SimulatorOptions& simulator, const P
   return answers;
 }
 
-// The program's own bundle, when it brings one and the user names no other.
-void preferBundleOf(const std::filesystem::path& program, const SimulatorOptions& simulator) {
-  const std::filesystem::path directory = std::filesystem::absolute(program).parent_path();
-  if (!simulator.bundle && std::filesystem::exists(directory / "Info.plist")) {
-    setenv("QX_BUNDLE", directory.c_str(), 1);
-  }
-}
-
-// What a host says for itself counts before what the environment carries to its program.
-void askForLog(const SimulatorOptions& simulator) {
-  setenv("QX_LOG_LEVEL", std::string(QXPlatform::rawValue(simulator.logLevel)).c_str(), 1);
-  setenv("QX_LOG_FORMAT", std::string(QXPlatform::rawValue(simulator.logFormat)).c_str(), 1);
-}
-
 Result<QXPlatform::PushAnswers> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
-  preferBundleOf(*options.extension, simulator);
-  askForLog(simulator);
+  setEnvironmentOf(*options.extension, simulator);
   const AttachmentsDirectory attachments(options.attachments);
   std::vector<std::string> arguments{"--time-limit", std::to_string(options.timeLimitSeconds), "--jobs",
                                      std::to_string(options.jobs)};

@@ -209,6 +209,9 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
   carousel.add_option("--scale", options.scale, "Pixels a point [2 for a drawing]")
       ->type_name("F")
       ->check(number<double>([](double scale) { return scale >= 1 && scale <= 8; }, "must be from 1 to 8"));
+  carousel.add_option("--extension", options.extension, "A host's own content-extension program")
+      ->type_name("PROGRAM")
+      ->check(CLI::Validator(CLI::ExistingFile).description(""));
   carousel.add_flag("--dark", options.dark, "Dark appearance");
   carousel.add_flag("--rtl", options.rtl, "Read from right to left");
   carousel.add_option("--do", options.steps, "Steps in order: next, back, tick, tap, refresh:FILE, wait:MS")

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QTimer>
 
+#include "QXExtensionSDK/content/CarouselContentView.h"
 #include "QXPlatform/ui/Application.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
@@ -13,6 +14,7 @@
 #include "tests/support/Program.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
+#include "tools/qx/Results.h"
 #include "tools/qx/carousel/CarouselSession.h"
 
 namespace {
@@ -155,6 +157,29 @@ TEST_F(CarouselCommand, DrawsThePanelsThatAreAskedFor) {
   EXPECT_LT(dark.pixelColor(0, 0).lightness(), 60);
 }
 
+TEST_F(CarouselCommand, DrivesAHostsOwnExtensionAsItsOwn) {
+  const std::string file = writeCarousel("push.json", panels(3));
+  const std::string steps = "wait:0,next,wait:0,back,tap,refresh:" + file + ",wait:0";
+  const auto own =
+      carousel({file, "--do", steps, "--png", path("own.png"), "--panel", "2", "--rtl", "--dark"});
+  const auto hosts = carousel({file, "--do", steps, "--png", path("hosts.png"), "--panel", "2", "--rtl",
+                               "--dark", "--extension", support::programPath("example-content-extension")});
+  ASSERT_EQ(hosts.exitCode, 0) << hosts.errors;
+  EXPECT_EQ(hosts.lines(), own.lines());
+  EXPECT_EQ(QImage(QString::fromStdString(path("hosts.png"))),
+            QImage(QString::fromStdString(path("own.png"))));
+  const std::string other = write("other.json", R"({"aps":{"alert":"Hi"},"_sid":"OTHER"})");
+  const auto collapsed = carousel({other, "--extension", support::programPath("example-content-extension")});
+  EXPECT_EQ(text(collapsed.lines().at(0), "outcome"), "collapsed");
+
+  const std::string dying = write("dying", "#!/bin/sh\nread line; echo chatter; exit 3\n");
+  std::filesystem::permissions(dying, std::filesystem::perms::owner_all);
+  const auto died = carousel({file, "--do", "next", "--extension", dying});
+  EXPECT_EQ(died.exitCode, 1);
+  EXPECT_NE(died.errors.find("extension: chatter"), std::string::npos) << died.errors;
+  EXPECT_NE(died.errors.find("ended with exit code 3"), std::string::npos) << died.errors;
+}
+
 TEST_F(CarouselCommand, SaysWhatItRefuses) {
   const std::string file = writeCarousel("push.json", panels(2));
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
@@ -207,7 +232,10 @@ TEST_F(CarouselCommand, ClosesTheWindowAtATapAsADeviceWould) {
   qx::CarouselInvocation invocation;
   invocation.carousel.file =
       write("tapped.json", R"({"aps":{},"_sid":"VTQX","_m":"m","_rf":)" + support::carousel(panels(2)) + "}");
-  qx::CarouselSession session(invocation);
+  const auto carousel = qx::makeCarousel(invocation, {.width = 360, .hasWindow = true},
+                                         [](const Dictionary& state) { qx::printResult({}, state); });
+  ASSERT_TRUE(carousel);
+  qx::CarouselSession session(invocation, **carousel);
   QTimer::singleShot(0, application.get(), [] {
     for (QWidget* widget : QApplication::allWidgets()) {
       auto* panel = dynamic_cast<QXExtensionSDK::CarouselContentView*>(widget);

@@ -4,22 +4,21 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
-#include "QXExtensionSDK/content/CarouselViewController.h"
-#include "QXExtensionSDK/content/VTQXNotificationViewController.h"
 #include "QXPlatform/foundation/Result.h"
-#include "QXPlatform/ui/ContentExtensionHost.h"
+#include "QXPlatform/foundation/Value.h"
 #include "tools/qx/CarouselOptions.h"
 #include "tools/qx/CarouselSteps.h"
+#include "tools/qx/carousel/PlayedCarousel.h"
 
 namespace qx {
 
-// A content extension in which one carousel is looked at. Each run answers why it was refused, or nothing.
+// One carousel that is looked at. Each run answers why it was refused, or nothing.
 // REQUIRES: an application object.
 class CarouselSession {
  public:
-  explicit CarouselSession(const CarouselInvocation& invocation);
-  ~CarouselSession();
+  CarouselSession(const CarouselInvocation& invocation, PlayedCarousel& carousel);
 
   // Loads, takes the steps, draws; reports to standard output.
   std::optional<QXPlatform::Error> runScript();
@@ -29,25 +28,24 @@ class CarouselSession {
   std::optional<QXPlatform::Error> runWithoutScreen();
 
  private:
-  std::optional<QXPlatform::Error> load(const std::string& file);
+  using Refusal = std::optional<QXPlatform::Error>;
+
+  Refusal look();
+  Refusal load(std::string_view step, const std::string& file);
+  Refusal take(const CarouselStep& step);
+  // Has the command carried out, and keeps how the carousel stands then.
+  Refusal play(const QXPlatform::Dictionary& command);
+  Refusal draw();
+  Refusal drawTo(std::size_t index, const std::filesystem::path& file);
   // Once.
   void reportMissingFont();
-  std::optional<QXPlatform::Error> take(const CarouselStep& step);
-  void wait(std::chrono::milliseconds time);
-  void waitForImages();
-  std::optional<QXPlatform::Error> draw();
-  std::optional<QXPlatform::Error> drawPanel(std::size_t index, const std::filesystem::path& file);
-  bool settleAt(std::size_t index);
-  bool goTo(std::size_t index);
-  std::size_t position() const;
-  void report(std::string_view step);
-  // Null while nothing is shown.
-  QXExtensionSDK::CarouselViewController* screen() const;
+  void report() const;
+  bool isShown() const;
   std::size_t panelCount() const;
 
-  const CarouselInvocation invocation_;
-  const std::shared_ptr<QXExtensionSDK::VTQXNotificationViewController> extension_;
-  QXPlatform::ContentExtensionHost host_;
+  const CarouselInvocation& invocation_;
+  PlayedCarousel& carousel_;
+  QXPlatform::Dictionary state_;
   bool isMissingFontReported_ = false;
 };
 

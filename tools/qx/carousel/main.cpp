@@ -7,7 +7,6 @@
 #include <optional>
 
 #include "QXPlatform/dispatch/Activity.h"
-#include "QXPlatform/ui/Appearance.h"
 #include "QXPlatform/ui/Application.h"
 #include "tools/qx/CarouselOptions.h"
 #include "tools/qx/Results.h"
@@ -20,28 +19,36 @@ constexpr int kWrongUsage = 2;
 // What was cancelled ends at once; a process must not go down around a thread at work.
 constexpr std::chrono::seconds kLongestWaitForWork(5);
 
-// The session ends in here, and with it what it was still fetching.
-std::optional<QXPlatform::Error> runSession(const qx::CarouselInvocation& invocation, bool usesWindow) {
-  qx::CarouselSession session(invocation);
+qx::PlayedCarousel::StepHandler reportTo(const qx::SimulatorOptions& simulator) {
+  return [&simulator](const QXPlatform::Dictionary& state) { qx::printResult(simulator, state); };
+}
+
+bool usesWindow(const qx::CarouselOptions& options) {
+  return !options.png && !options.steps && QXPlatform::hasScreen();
+}
+
+// The carousel ends in here, and with it what it was still fetching.
+std::optional<QXPlatform::Error> runSession(const qx::CarouselInvocation& invocation, bool inWindow) {
   const qx::CarouselOptions& options = invocation.carousel;
+  const auto carousel =
+      qx::makeCarousel(invocation, {options.width, inWindow}, reportTo(invocation.simulator));
+  if (!carousel) return carousel.error();
+  qx::CarouselSession session(invocation, **carousel);
   if (options.png || options.steps) return session.runScript();
-  return usesWindow ? session.runWindow() : session.runWithoutScreen();
+  return inWindow ? session.runWindow() : session.runWithoutScreen();
 }
 
 int run(const qx::CarouselInvocation& invocation) {
   const qx::CarouselOptions& options = invocation.carousel;
-  const bool usesWindow = !options.png && !options.steps && QXPlatform::hasScreen();
-  if (options.scale || !usesWindow) {
+  const bool inWindow = usesWindow(options);
+  if (options.scale || !inWindow) {
     qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale.value_or(qx::kDrawingScale)));
   }
   const auto application =
-      QXPlatform::makeApplication(usesWindow ? QXPlatform::ScreenUse::windows : QXPlatform::ScreenUse::none);
-  if (options.dark) QXPlatform::setUserInterfaceStyle(QXPlatform::UserInterfaceStyle::dark);
-  if (options.rtl) QApplication::setLayoutDirection(Qt::RightToLeft);
-
+      QXPlatform::makeApplication(inWindow ? QXPlatform::ScreenUse::windows : QXPlatform::ScreenUse::none);
   qx::StandardErrorLogSink sink(invocation.simulator.logFormat);
   const QXPlatform::ScopedLogSink logging(sink);
-  const auto refused = runSession(invocation, usesWindow);
+  const auto refused = runSession(invocation, inWindow);
   QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);
   return qx::finish(refused ? qx::fail("carousel", refused->message) : 0);
 }

@@ -1,26 +1,20 @@
-#include "tools/qx/carousel/CarouselReport.h"
+#include "QXExtensionSDK/content/CarouselInspection.h"
 
+#include <QCoreApplication>
 #include <array>
 #include <cmath>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
+#include "QXExtensionSDK/content/CarouselClickStoring.h"
 #include "QXPlatform/foundation/RawValues.h"
-#include "QXPlatform/log/Log.h"
 
-namespace qx {
+namespace QXExtensionSDK {
 
 namespace {
 
-using QXExtensionSDK::ActionType;
-using QXExtensionSDK::CarouselPanelView;
-using QXExtensionSDK::CarouselViewController;
-using QXExtensionSDK::CarouselViewModel;
-using QXExtensionSDK::FontStyle;
-using QXExtensionSDK::ImageLoadingState;
-using QXExtensionSDK::TextAlignment;
-using QXExtensionSDK::TimerState;
-using QXExtensionSDK::ViewTextState;
 using QXPlatform::Dictionary;
 using QXPlatform::nameIn;
 using QXPlatform::RawCase;
@@ -52,8 +46,7 @@ constexpr auto kActionKinds =
 
 using Entries = std::vector<std::pair<std::string, Value>>;
 
-void addText(Entries& entries, const char* key,
-             const std::optional<QXExtensionSDK::TextComponent>& component) {
+void addText(Entries& entries, const char* key, const std::optional<TextComponent>& component) {
   if (!component) return;
   entries.emplace_back(key, Dictionary{{"text", component->text},
                                        {"size", std::llround(component->font.pointSize)},
@@ -62,7 +55,7 @@ void addText(Entries& entries, const char* key,
                                        {"color", component->textColor.hexString()}});
 }
 
-Value reportPanel(const QXExtensionSDK::PanelItemComponent& panel, const CarouselPanelView* view) {
+Value reportPanel(const PanelItemComponent& panel, const CarouselPanelView* view) {
   Entries entries{
       {"url", panel.media.url},
       {"mediaBackground", panel.media.backgroundColor.hexString()},
@@ -82,51 +75,42 @@ Value reportPanel(const QXExtensionSDK::PanelItemComponent& panel, const Carouse
   return Dictionary::fromEntries(entries);
 }
 
-Value reportNavigation(const QXExtensionSDK::ViewTemplateNavigationState& state) {
+Value reportNavigation(const ViewTemplateNavigationState& state) {
   const Dictionary navigation{{"showNavigationButtons", state.showNavigationButtons},
                               {"backButtonEnabled", state.backButtonEnabled},
                               {"nextButtonEnabled", state.nextButtonEnabled}};
   if (!state.buttonClickState) return navigation;
-  const bool isNext = *state.buttonClickState == QXExtensionSDK::NavigationButtonClickState::next;
+  const bool isNext = *state.buttonClickState == NavigationButtonClickState::next;
   return navigation.setting("buttonClickState", isNext ? "next" : "back");
-}
-
-struct NoLog final : QXPlatform::LogSink {
-  void write(const QXPlatform::LogRecord& /*record*/) override {}
-};
-
-// Asks without leaving a trace: nobody has answered the notification.
-QXPlatform::UNNotificationContentExtensionResponseOption responseOption(
-    QXPlatform::ContentExtensionHost& host) {
-  NoLog sink;
-  const QXPlatform::ScopedLogSink quiet(sink);
-  return host.respond();
 }
 
 }  // namespace
 
-Dictionary reportCarousel(std::string_view step, QXPlatform::ContentExtensionHost& host,
-                          const CarouselViewController* screen) {
-  const bool isShown = screen != nullptr && !host.isCollapsed();
+Dictionary inspectCarousel(const CarouselViewController* screen, bool isShown) {
   static const CarouselViewModel nothing;
-  const CarouselViewModel& viewModel = isShown ? screen->viewModel() : nothing;
+  const CarouselViewModel& viewModel = screen != nullptr && isShown ? screen->viewModel() : nothing;
   std::vector<Value> panels;
   for (std::size_t i = 0; viewModel.panels != nullptr && i < viewModel.panels->size(); ++i) {
     panels.push_back(reportPanel((*viewModel.panels)[i], screen->panelView(i)));
   }
-  const QXPlatform::Size size = host.preferredContentSize();
   return {
-      {"step", step},
-      {"outcome", isShown ? "carousel" : "collapsed"},
-      {"preferredContentSize", std::vector<Value>{std::llround(size.width), std::llround(size.height)}},
       {"currentPanelIndex", viewModel.currentPanelIndex},
       {"hasValidTimer", viewModel.hasValidTimer},
       {"timerInMilliSec", viewModel.timerInMilliSec},
       {"timerState", nameIn(kTimerStates, screen != nullptr ? screen->timerState() : TimerState::notStarted)},
       {"navigationState", reportNavigation(viewModel.navigationState)},
-      {"panels", panels},
-      {"defaultActionPerformed", host.isDefaultActionPerformed()},
-      {"responseOption", QXPlatform::responseOptionName(responseOption(host))}};
+      {"panels", panels}};
 }
 
-}  // namespace qx
+void takeCarouselStep(CarouselViewController* screen, std::string_view step) {
+  if (screen == nullptr) return;
+  if (step == "next") screen->nextButton().click();
+  if (step == "back") screen->backButton().click();
+  if (step == "tick") screen->timerFired();
+  if (step != "tap") return;
+  screen->tapGesturePerformed();
+  clickSavingQueue().sync([] {});
+  QCoreApplication::sendPostedEvents();
+}
+
+}  // namespace QXExtensionSDK

@@ -106,7 +106,7 @@ CLI::Validator nameOf() {
   return oneOf(names);
 }
 
-// A number that passes the test; what is no number does not.
+// A number that passes the test; what is no number does not. (The parser's own ranges let NaN pass.)
 template <typename Number>
 CLI::Validator number(bool (*isGood)(Number), const std::string& demand) {
   return {[=](const std::string& text) {

@@ -10,9 +10,10 @@ namespace QXPlatform {
 // Coordinated access to record files across threads and processes: readers of a file exclude its replacing,
 // and writers each other. A crash at any instant leaves the old or the new content, never a mixture; a power
 // failure may undo the last replacings, too, but no more. Blocks until the others are done, though for five
-// seconds at most: then the access fails, a line in the log names the process that holds the lock, and
-// accesses to that directory do not wait any more until one has been served again. An accessor must not
-// coordinate access to the same directory itself. Any thread.
+// seconds at most before the accessor runs and, when it has written, five more: then the access fails, a line
+// in the log names the process that holds the lock, and accesses of the kind to that directory do not wait
+// any more until one has been served again. An accessor must not coordinate access to the same directory
+// itself. Any thread.
 class FileCoordinator {
  public:
   using WritingAccessor = std::function<bool(const URL&)>;

@@ -4,9 +4,11 @@
 #include <sys/file.h>
 
 #include <algorithm>
+#include <array>
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -35,7 +37,7 @@ class Pauses {
 };
 
 // Those who wait in a line hold a record lock, shared, on a byte of the directory that stands for the line.
-struct flock recordLock(WaitingLine line, short type) {
+struct flock recordLock(LockKind line, short type) {
   struct flock lock {};
   lock.l_type = type;
   lock.l_whence = SEEK_SET;
@@ -46,7 +48,7 @@ struct flock recordLock(WaitingLine line, short type) {
 
 class Announcement {
  public:
-  Announcement(const FileDescriptor& directory, WaitingLine line) : directory_(directory), line_(line) {
+  Announcement(const FileDescriptor& directory, LockKind line) : directory_(directory), line_(line) {
     set(F_RDLCK);
   }
   ~Announcement() { set(F_UNLCK); }
@@ -60,18 +62,17 @@ class Announcement {
   }
 
   const FileDescriptor& directory_;
-  const WaitingLine line_;
+  const LockKind line_;
 };
 
-bool somebodyWaits(const FileDescriptor& directory, WaitingLine line) {
+bool somebodyWaits(const FileDescriptor& directory, LockKind line) {
   struct flock lock = recordLock(line, F_WRLCK);
   return ::fcntl(directory.get(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-void logGivingUp(const std::string& path, const std::optional<std::string>& holder) {
-  const std::string message =
-      path + " has been locked for too long by " + holder.value_or("another process") + ": not waited for";
-  os_log({"QXPlatform", "Files", LogType::error, message});
+void logGivingUp(const std::string& path, std::string_view why) {
+  os_log(
+      {"QXPlatform", "Files", LogType::error, path + " has been " + std::string(why) + ": not waited for"});
 }
 
 }  // namespace
@@ -81,7 +82,7 @@ struct DirectoryAccess::Directory {
   int present = 0;  // waiting or admitted
   int readers = 0;
   int writers = 0;
-  bool isHeld = false;  // its lock was waited for in vain
+  std::array<bool, kLockKinds> isHeld{};  // what was waited for in vain
 
   int& admitted(AccessKind kind) { return kind == AccessKind::reading ? readers : writers; }
   bool hasRoom(AccessKind kind) { return admitted(kind) < (kind == AccessKind::reading ? 2 : 1); }
@@ -112,17 +113,19 @@ class DirectoryAccess::Directories {
     const std::lock_guard lock(mutex_);
     auto& directory = directories_[path];
     if (wasAdmitted) --directory.admitted(kind);
-    if (--directory.present == 0 && !directory.isHeld) directories_.erase(path);
+    const bool isAnyHeld =
+        std::find(directory.isHeld.begin(), directory.isHeld.end(), true) != directory.isHeld.end();
+    if (--directory.present == 0 && !isAnyHeld) directories_.erase(path);
     changed_.notify_all();
   }
-  bool isHeld(const Directory& directory) {
+  bool isHeld(const Directory& directory, LockKind kind) {
     const std::lock_guard lock(mutex_);
-    return directory.isHeld;
+    return directory.isHeld[static_cast<std::size_t>(kind)];
   }
   // What it was before.
-  bool setHeld(Directory& directory, bool isHeld) {
+  bool setHeld(Directory& directory, LockKind kind, bool isHeld) {
     const std::lock_guard lock(mutex_);
-    return std::exchange(directory.isHeld, isHeld);
+    return std::exchange(directory.isHeld[static_cast<std::size_t>(kind)], isHeld);
   }
 
  private:
@@ -137,6 +140,7 @@ DirectoryAccess::DirectoryAccess(std::string path, AccessKind kind)
       end_(Clock::current().now() + kPatience),
       state_(Directories::shared().enter(path_)) {
   isAdmitted_ = Directories::shared().awaitTurn(state_, kind_, end_);
+  if (!isAdmitted_) logGivingUp(path_, "busy for too long with other accesses of this process");
 }
 
 DirectoryAccess::~DirectoryAccess() {
@@ -146,24 +150,33 @@ DirectoryAccess::~DirectoryAccess() {
 LockAnswer DirectoryAccess::wait(const Wanted& wanted) {
   auto& directories = Directories::shared();
   auto answer = wanted.attempt();
-  const bool waits = answer == LockAnswer::busy && !directories.isHeld(state_);
+  const bool waits = answer == LockAnswer::busy && !directories.isHeld(state_, wanted.kind);
   for (Pauses pauses; waits && answer == LockAnswer::busy && Clock::current().now() < end_;) {
     pauses.next();
     answer = wanted.attempt();
   }
   const bool isHeld = answer == LockAnswer::busy;
-  if (!directories.setHeld(state_, isHeld) && isHeld) logGivingUp(path_, wanted.holder());
+  const bool wasHeld = directories.setHeld(state_, wanted.kind, isHeld);
+  if (isHeld && !wasHeld)
+    logGivingUp(path_, "locked for too long by " + wanted.holder().value_or("another process"));
   return answer;
 }
 
-LockAnswer DirectoryAccess::wait(const FileDescriptor& directory, WaitingLine line, const Wanted& wanted) {
-  const auto answer = wanted.attempt();
-  if (answer != LockAnswer::busy) return answer;
-  const Announcement announcement(directory, line);
-  return wait(wanted);
+LockAnswer DirectoryAccess::waitInLine(const FileDescriptor& directory, const Wanted& wanted) {
+  std::optional<Announcement> announcement;
+  const auto attempt = [&] {
+    const auto answer = wanted.attempt();
+    if (answer == LockAnswer::busy && !announcement) announcement.emplace(directory, wanted.kind);
+    return answer;
+  };
+  return wait({wanted.kind, attempt, wanted.holder});
 }
 
-void DirectoryAccess::holdBack(const FileDescriptor& directory, WaitingLine line) {
+void DirectoryAccess::renewPatience() {
+  end_ = Clock::current().now() + kPatience;
+}
+
+void DirectoryAccess::holdBack(const FileDescriptor& directory, LockKind line) {
   if (!somebodyWaits(directory, line)) return;
   const auto end = std::chrono::steady_clock::now() + kCourtesy;
   for (Pauses pauses; somebodyWaits(directory, line) && std::chrono::steady_clock::now() < end;) {

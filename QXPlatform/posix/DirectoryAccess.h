@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -19,16 +20,15 @@ enum class LockAnswer : std::uint8_t {
 // One attempt; does not block.
 LockAnswer tryLock(const FileDescriptor& file, int operation);
 
-// The lines in which whoever is not served at once waits. Who has waited says so, and newcomers hold back:
-// else those that come and go for ever, whose turns overlap or follow each other within microseconds, would
-// keep out one that can only ask again and again.
-enum class WaitingLine : std::uint8_t { directoryLock, stagingFile };
+// As they stand in the lines of a directory; whoever reads only waits in none.
+enum class LockKind : std::uint8_t { replacing, staging, reading };
+inline constexpr std::size_t kLockKinds = 3;
 
 enum class AccessKind : std::uint8_t { reading, writing };
 
 // One access to a directory, and the patience it has: five seconds, for all that it has to wait for. When
-// they have passed, a line in the log says who holds the lock, and until it is granted again, nobody in this
-// process waits for it any longer.
+// they have passed, a line in the log says who holds the lock, and until that kind of lock is granted again,
+// nobody in this process waits for it any longer.
 class DirectoryAccess {
  public:
   // Waits for its turn: in one process one access writes and two read at a time, so that those who wait need
@@ -38,21 +38,26 @@ class DirectoryAccess {
   DirectoryAccess(const DirectoryAccess&) = delete;
   DirectoryAccess& operator=(const DirectoryAccess&) = delete;
 
-  // False when its turn did not come.
+  // False when its turn did not come, which a line in the log says.
   bool isAdmitted() const { return isAdmitted_; }
 
   // What is asked for, and who has it meanwhile.
   struct Wanted {
+    LockKind kind;
     std::function<LockAnswer()> attempt;
     std::function<std::optional<std::string>()> holder;
   };
 
   // Asks until the answer is another than `busy`, or patience has ended. REQUIRES: isAdmitted()
   LockAnswer wait(const Wanted& wanted);
-  // The same, in a line of `directory`.
-  LockAnswer wait(const FileDescriptor& directory, WaitingLine line, const Wanted& wanted);
+  // The same in a line, one of `directory` for each kind: who waits there says so, and newcomers hold back.
+  // Else those that come and go for ever, whose turns overlap or follow each other within microseconds, would
+  // keep out one that can only ask again and again.
+  LockAnswer waitInLine(const FileDescriptor& directory, const Wanted& wanted);
   // Lets those go first who wait in the line already, if that does not take long.
-  static void holdBack(const FileDescriptor& directory, WaitingLine line);
+  static void holdBack(const FileDescriptor& directory, LockKind line);
+  // What comes next is not to suffer for what has been waited for, or has been done, before.
+  void renewPatience();
 
  private:
   struct Directory;
@@ -60,7 +65,7 @@ class DirectoryAccess {
 
   const std::string path_;
   const AccessKind kind_;
-  const Clock::TimePoint end_;
+  Clock::TimePoint end_;
   Directory& state_;
   bool isAdmitted_ = false;
 };

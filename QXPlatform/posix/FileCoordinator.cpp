@@ -70,11 +70,11 @@ FileDescriptor openStagingFile(const FileDescriptor& directory, int flags) {
 class DirectoryLock {
  public:
   static DirectoryLock forReading(const FileDescriptor& directory, DirectoryAccess& access) {
-    DirectoryAccess::holdBack(directory, WaitingLine::directoryLock);
-    return {directory, access.wait(wanted(directory, LOCK_SH))};
+    DirectoryAccess::holdBack(directory, LockKind::replacing);
+    return {directory, access.wait(wanted(directory, LockKind::reading, LOCK_SH))};
   }
   static DirectoryLock forReplacing(const FileDescriptor& directory, DirectoryAccess& access) {
-    return {directory, access.wait(directory, WaitingLine::directoryLock, wanted(directory, LOCK_EX))};
+    return {directory, access.waitInLine(directory, wanted(directory, LockKind::replacing, LOCK_EX))};
   }
   // Unlocks in so many words: closing would not do while a forked child has a copy of the descriptor.
   ~DirectoryLock() {
@@ -89,8 +89,8 @@ class DirectoryLock {
   DirectoryLock(const FileDescriptor& directory, LockAnswer answer)
       : directory_(directory), held_(answer == LockAnswer::granted) {}
 
-  static DirectoryAccess::Wanted wanted(const FileDescriptor& directory, int operation) {
-    return {[&directory, operation] { return tryLock(directory, operation); },
+  static DirectoryAccess::Wanted wanted(const FileDescriptor& directory, LockKind kind, int operation) {
+    return {kind, [&directory, operation] { return tryLock(directory, operation); },
             [&directory] { return lockHolder(directory); }};
   }
 
@@ -98,10 +98,12 @@ class DirectoryLock {
   const bool held_;
 };
 
-// Removes what bears the staging file's name, unless it is the file of a writer that lives: then `busy`.
+// Removes what bears the staging file's name, unless it is the file of a writer that lives: then `busy`, and
+// also when that cannot be known, since the file is another user's.
 LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& path) {
   const FileDescriptor found = openStagingFile(directory, O_RDONLY);
   if (!found.valid() && errno == ENOENT) return LockAnswer::granted;
+  if (!found.valid() && errno == EACCES) return LockAnswer::busy;
   if (found.valid()) {
     if (tryLock(found, LOCK_EX) == LockAnswer::busy) return LockAnswer::busy;
     if (!isStillNamed(directory, found)) return LockAnswer::granted;
@@ -117,9 +119,9 @@ class StagingFile {
  public:
   StagingFile(const FileDescriptor& directory, std::string path, DirectoryAccess& access)
       : directory_(directory), path_(std::move(path)) {
-    DirectoryAccess::holdBack(directory, WaitingLine::stagingFile);
+    DirectoryAccess::holdBack(directory, LockKind::staging);
     const auto holder = [&] { return lockHolder(openStagingFile(directory_, O_RDONLY)); };
-    answer_ = access.wait(directory, WaitingLine::stagingFile, {[&] { return make(); }, holder});
+    answer_ = access.waitInLine(directory, {LockKind::staging, [&] { return make(); }, holder});
   }
   ~StagingFile() {
     if (!made_) return;
@@ -204,6 +206,7 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(
   if (!staging.made()) return staging.lockRefused() ? Outcome::calledOff : Outcome::failed;
   if (!mayBeReplaced(directory, file->name)) return Outcome::failed;
   if (!accessor(URL::file(staging.path())) || !staging.sync()) return Outcome::failed;
+  access.renewPatience();
   const auto lock = DirectoryLock::forReplacing(directory, access);
   return lock.held() && staging.replace(file->name) ? Outcome::replaced : Outcome::failed;
 }

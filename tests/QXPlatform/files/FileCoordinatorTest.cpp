@@ -213,6 +213,7 @@ TEST_F(FileCoordinatorTest, WaitsFiveSecondsForALockThatIsHeldForEverAndNamesIts
     std::atomic<bool> ended = false;
     std::thread writer([&] {
       EXPECT_EQ(replace("record", "new"), Outcome::failed);
+      EXPECT_EQ(read("record"), "old") << "another lock, which is granted";
       EXPECT_EQ(replace("record", "new"), Outcome::failed) << "without waiting again";
       ended = true;
     });
@@ -228,17 +229,58 @@ TEST_F(FileCoordinatorTest, WaitsFiveSecondsForALockThatIsHeldForEverAndNamesIts
   }
 }
 
+TEST_F(FileCoordinatorTest, HasPatienceLeftForTheReplacingAfterASlowAccessor) {
+  ASSERT_EQ(replace("record", "old"), Outcome::replaced);
+  support::InstalledManualClock clock;
+  support::Signal reading;
+  support::Signal enough;
+  std::thread reader([&] {
+    coordinator_.coordinateReading(url("record"), [&](const URL&) {
+      reading.send();
+      EXPECT_TRUE(enough.await());
+      std::this_thread::sleep_for(50ms);
+    });
+  });
+  EXPECT_TRUE(reading.await());
+  EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"),
+                                                       [&](const URL& file) {
+                                                         clock.advance(6s);
+                                                         enough.send();
+                                                         return writeContents("new", file);
+                                                       }),
+            Outcome::replaced);
+  reader.join();
+}
+
+// In a child process as another user, where there is another to be.
+class Stranger : public support::ChildProcess {
+ public:
+  explicit Stranger(const std::function<void()>& body)
+      : ChildProcess([&body] {
+          constexpr uid_t kNobody = 65534;
+          ASSERT_TRUE(::geteuid() != 0 || ::seteuid(kNobody) == 0);
+          body();
+        }) {}
+};
+
 TEST_F(FileCoordinatorTest, LeavesAFileAloneThatThisUserMayNotWrite) {
   std::filesystem::permissions(directory_.path(), std::filesystem::perms::all);
-  support::ChildProcess stranger([&] {
-    constexpr uid_t kNobody = 65534;
-    ASSERT_TRUE(::geteuid() != 0 || ::seteuid(kNobody) == 0);
+  Stranger stranger([&] {
     directory_.write("record", "old");
     ::chmod(path("record").c_str(), 0400);
     EXPECT_EQ(replace("record", "new"), Outcome::failed);
     EXPECT_EQ(read("record"), "old");
   });
   EXPECT_TRUE(stranger.succeeds());
+}
+
+TEST_F(FileCoordinatorTest, LeavesTheStagingFileOfAnotherUsersWriterThatLives) {
+  std::filesystem::permissions(directory_.path(), std::filesystem::perms::all);
+  const auto whileStaged = [&](const URL& file) {
+    Stranger stranger([&] { read("record"); });
+    return stranger.succeeds() && writeContents("new", file);
+  };
+  EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"), whileStaged), Outcome::replaced);
 }
 
 }  // namespace

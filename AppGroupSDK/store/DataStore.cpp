@@ -1,5 +1,8 @@
 #include "AppGroupSDK/store/DataStore.h"
 
+#include <filesystem>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace AppGroupSDK {
@@ -11,9 +14,16 @@ DataStore::DataStore(std::unique_ptr<const DataStoreDirectoryProviding> director
 bool DataStore::setAside(const QXPlatform::Data& bytes, const QXPlatform::URL& file,
                          std::optional<std::string>& name) {
   if (bytes.view().empty()) return true;
-  const auto kept = QXPlatform::URL::file(file.filePath().append(kSetAsideSuffix));
-  name = kept.lastPathComponent();
-  return QXPlatform::writeContents(bytes.view(), kept);
+  const std::string kept = file.filePath().append(kSetAsideSuffix);
+  const std::string beside = kept + ".new";
+  name = QXPlatform::URL::file(kept).lastPathComponent();
+  // An earlier one stays until this is whole.
+  if (!QXPlatform::writeContents(bytes.view(), QXPlatform::URL::file(beside))) return false;
+  std::error_code error;
+  std::filesystem::rename(beside, kept, error);
+  if (!error) return true;
+  std::filesystem::remove(beside, error);
+  return false;
 }
 
 QXPlatform::Result<QXPlatform::URL, DataStoreStatus> DataStore::locate(std::string_view baseName) const {

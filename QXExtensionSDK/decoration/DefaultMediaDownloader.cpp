@@ -1,6 +1,7 @@
 #include "QXExtensionSDK/decoration/DefaultMediaDownloader.h"
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -21,9 +22,10 @@ using QXPlatform::URL;
 
 constexpr auto kTimeout = std::chrono::seconds(15);
 
-bool isSuccess(const QXPlatform::URLResponse* response) {
+// Only HTTP has a status, and only http and https are loaded.
+std::int64_t statusOf(const QXPlatform::URLResponse* response) {
   const auto* http = dynamic_cast<const QXPlatform::HTTPURLResponse*>(response);
-  return http != nullptr && http->statusCode() >= 200 && http->statusCode() <= 299;
+  return http == nullptr ? 0 : http->statusCode();
 }
 
 // A name from outside may be anything; only one that stays in the directory will do.
@@ -53,7 +55,11 @@ std::optional<URL> takeFile(const URL& remote, const std::optional<URL>& tempora
     logThumbnailNotAttached(*error);
     return std::nullopt;
   }
-  if (!temporary || !isSuccess(response)) return std::nullopt;
+  const std::int64_t status = statusOf(response);
+  if (!temporary || status < 200 || status > 299) {
+    logThumbnailNotAttached("the server answered with status ", status);
+    return std::nullopt;
+  }
   auto moved = moveBeside(*temporary, remote);
   if (!moved) {
     logger.debug(LogCategory::carouselAttachment, "Attachment media remove/move error: ", moved.error());

@@ -23,13 +23,13 @@ using AppGroupSDK::PNStatus;
 // Without what surrounds the receipts.
 constexpr std::size_t kRoomForReceipts = kMaxReceiptListBytes - 64;
 
-template <typename... Pieces>
-void log(const Pieces&... pieces) {
+template <LogPiece... Pieces>
+void log(Pieces&&... pieces) {
   Logger::service().debug(LogCategory::deliveryReceipt, pieces...);
 }
 
-template <typename... Pieces>
-void logError(const Pieces&... pieces) {
+template <LogPiece... Pieces>
+void logError(Pieces&&... pieces) {
   Logger::service().error(LogCategory::deliveryReceipt, pieces...);
 }
 

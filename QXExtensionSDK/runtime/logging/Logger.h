@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "QXExtensionSDK/runtime/logging/LogCategory.h"
 #include "QXExtensionSDK/runtime/logging/LogLevel.h"
@@ -14,11 +15,16 @@
 
 namespace QXExtensionSDK {
 
+// What a message is made of: text, an integer, or anything with a `description()` of its own or beside its
+// type. Not a text, or another owner of memory, that is made for the call: it would be made for filtered-out
+// messages as well.
+template <typename Piece>
+concept LogPiece = std::is_lvalue_reference_v<Piece> || std::is_trivially_destructible_v<Piece>;
+
 // Writes messages of one extension to the log. Immutable; any thread.
 //
 // A message is handed over in pieces and joined only when the level lets it through, so a filtered-out call
-// costs one comparison. A piece is text, an integer, or anything with a `description()` of its own or beside
-// its type:
+// costs one comparison:
 //
 //   logger.error(LogCategory::network, "ServiceManager NetworkExecutor error ", error);
 class Logger {
@@ -43,23 +49,23 @@ class Logger {
     globalLoglevel_.store(level, std::memory_order_relaxed);
   }
 
-  template <typename... Pieces>
-  void debug(LogCategory category, const Pieces&... pieces) const {
+  template <LogPiece... Pieces>
+  void debug(LogCategory category, Pieces&&... pieces) const {
     if (globalLoglevel() < 1) [[unlikely]]
       write(QXPlatform::LogType::debug, category, pieces...);
   }
-  template <typename... Pieces>
-  void warn(LogCategory category, const Pieces&... pieces) const {
+  template <LogPiece... Pieces>
+  void warn(LogCategory category, Pieces&&... pieces) const {
     if (globalLoglevel() < 2) [[unlikely]]
       write(QXPlatform::LogType::default_, category, pieces...);
   }
-  template <typename... Pieces>
-  void error(LogCategory category, const Pieces&... pieces) const {
+  template <LogPiece... Pieces>
+  void error(LogCategory category, Pieces&&... pieces) const {
     if (globalLoglevel() < 3) [[unlikely]]
       write(QXPlatform::LogType::error, category, pieces...);
   }
-  template <typename... Pieces>
-  void fault(LogCategory category, const Pieces&... pieces) const {
+  template <LogPiece... Pieces>
+  void fault(LogCategory category, Pieces&&... pieces) const {
     if (globalLoglevel() < 4) [[unlikely]]
       write(QXPlatform::LogType::fault, category, pieces...);
   }

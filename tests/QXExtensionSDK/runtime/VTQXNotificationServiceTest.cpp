@@ -169,8 +169,10 @@ TEST(LoggerTest, TheLevelDecidesWhichMessagesAreWritten) {
 TEST(LoggerTest, RecordsCarrySubsystemCategoryTypeAndJoinedPieces) {
   const support::ScopedLogRecorder log;
   _VTQX_Internal_Logger::setGlobalLoglevel(0);
-  Logger::service().warn(LogCategory::serviceWorker, "n=", 5, " ok=", true, " ", std::string("text"));
-  Logger::content().debug(LogCategory::ui, QXPlatform::Dictionary{{"a", 1}});
+  const std::string text = "text";
+  const QXPlatform::Dictionary dictionary{{"a", 1}};
+  Logger::service().warn(LogCategory::serviceWorker, "n=", 5, " ok=", true, " ", text);
+  Logger::content().debug(LogCategory::ui, dictionary);
   const std::vector<support::LogEntry> expected{
       {"ServiceExtension", "ServiceWorker", LogType::default_, "n=5 ok=true text"},
       {"ContentExtension", "UI", LogType::debug, R"({"a":1})"}};

@@ -11,6 +11,7 @@
 #include "QXPlatform/foundation/Device.h"
 #include "QXPlatform/foundation/Locale.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
+#include "tests/support/FreedTexts.h"
 
 namespace QXExtensionSDK {
 namespace {
@@ -398,6 +399,40 @@ TEST_F(ReceiptRequestTest, AModulesOwnRecordComesBeforeTheBaseRecordAndADamagedO
 TEST(UserAgentTest, EveryPlaceOfTheVersionIsFilledOnce) {
   const ReceiptHost host("https://example.com");
   EXPECT_TRUE(UserAgentProvider::userAgent("{qxsdk_version}1").starts_with("QuorixSdk/{qxsdk_version}1 ("));
+}
+
+// A filtered-out line costs no text: neither how a line of this push begins nor how it ends is ever made.
+TEST(ReceiptLogTest, AtLevelNoneNoTextIsMade) {
+  for (const int status : {200, 503}) {
+    const LoopbackServer server({.handler = [status](const Request& request) -> std::optional<Response> {
+      return Response{.status = request.method == "GET" ? 404 : status, .body = "{}"};
+    }});
+    const ReceiptHost host(server.url());
+    const auto userInfo = receiptPush("m").setting(
+        "_rf", support::dictionary(support::carousel(support::plainPanels(1, server.url("/none.png")))));
+    const auto push = [&](LogLevel level) {
+      Logger::setGlobalLoglevel(static_cast<std::int64_t>(level));
+      const Deliveries deliveries;
+      const auto service = std::make_shared<TestService>(VTNotificationServiceConfig{level, true});
+      service->didReceiveNotificationRequest(makeRequest(userInfo), deliveries.handler());
+      EXPECT_TRUE(deliveries.waitFor(1));
+    };
+    std::vector<std::string> texts;
+    {
+      const support::ScopedLogRecorder log;
+      push(LogLevel::debug);
+      constexpr std::size_t kLength = 20;
+      for (const std::string& message : log->messages()) {
+        if (message.size() < kLength) continue;
+        texts.push_back(message.substr(0, kLength));
+        texts.push_back(message.substr(message.size() - kLength));
+      }
+      EXPECT_GT(texts.size(), 40U);
+    }
+    const support::FreedTexts freed(std::move(texts));
+    push(LogLevel::none);
+    EXPECT_EQ(support::FreedTexts::found(), "") << status;
+  }
 }
 
 }  // namespace

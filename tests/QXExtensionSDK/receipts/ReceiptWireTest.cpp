@@ -7,6 +7,7 @@
 #include <sys/file.h>
 
 #include "tests/support/ChildProcess.h"
+#include "tests/support/FileCalls.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/Program.h"
 
@@ -321,6 +322,59 @@ TEST(ReceiptLossTest, AKillAtAnyInstantLeavesEveryReceiptStoredOrAcknowledged) {
     const auto& all = accounted[isForMAM(request) ? 1 : 0];
     for (const std::string& id : messagesIn(request)) EXPECT_TRUE(all.contains(id)) << id;
   }
+}
+
+// A process sends what is in the file, and cannot know what others are sending of it just now: so a receipt
+// may be acknowledged to several, but to none is it lost.
+TEST(ReceiptLossTest, ProcessesAtOnceLoseNothingAndRepeatWithinBounds) {
+  constexpr std::size_t kProcesses = 8;
+  constexpr std::size_t kPushes = 5;
+  std::mutex mutex;
+  unsigned answered = 0;
+  MessageIds acknowledged[2];
+  const LoopbackServer server({.handler = [&](const Request& request) -> std::optional<Response> {
+    const std::lock_guard lock(mutex);
+    if (answered++ % 3 == 0) return Response{.status = 500};
+    acknowledged[isForMAM(request) ? 1 : 0].merge(messagesIn(request));
+    return Response{.body = "{}"};
+  }});
+  const ReceiptHost host(server.url());
+  std::set<std::string> all;
+  std::vector<std::unique_ptr<support::RunningProgram>> processes;
+  for (std::size_t process = 0; process < kProcesses; ++process) {
+    std::string lines;
+    for (std::size_t i = 0; i < kPushes; ++i) {
+      const std::string id = "m" + std::to_string(process * kPushes + i);
+      lines += receiptPush(id).setting("aps", QXPlatform::Dictionary()).description() + "\n";
+      all.insert(id);
+    }
+    processes.push_back(
+        std::make_unique<support::RunningProgram>("qx", std::vector<std::string>{"push", "-"}, lines));
+  }
+  for (const auto& process : processes) EXPECT_EQ(process->wait().exitCode, 0);
+  std::size_t repeats = 0;
+  for (const auto module : {kQXE, kMAM}) {
+    const std::lock_guard lock(mutex);
+    const MessageIds& taken = acknowledged[module == kMAM ? 1 : 0];
+    std::set<std::string> accounted(taken.begin(), taken.end());
+    repeats += taken.size() - accounted.size();
+    const MessageIds stored = storedMessages(module);
+    accounted.insert(stored.begin(), stored.end());
+    EXPECT_EQ(accounted, all) << stringValue(module);
+  }
+  EXPECT_LE(repeats, 2 * all.size() * (kProcesses - 1));
+  RecordProperty("repeats", static_cast<int>(repeats));
+}
+
+// On the disk is a record's new content when it takes the old one's place; the directory may follow.
+TEST(ReceiptLossTest, APushForTwoModulesFlushesFourFilesAndNoDirectory) {
+  if (!support::FileCalls::areCounted()) GTEST_SKIP() << "A sanitizer has the calls of its own";
+  const LoopbackServer server({.body = "{}"});
+  const ReceiptHost host(server.url());
+  Extension extension;
+  const support::FileCalls calls;
+  ASSERT_TRUE(extension.push(receiptPush("m")));
+  EXPECT_EQ(calls.flushes(), 4U);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 namespace QXPlatform {
 
-// Decodes a png, jpeg, gif or webp (of an animation the first frame), bmp (without run lengths) or avif to
+// Decodes a png, jpeg, gif or webp (of an animation the first frame), bmp or avif to
 // what fills `place`: the middle part of its shape, turned as the camera says, and never larger than `place`;
 // a smaller picture stays as small as it is. Metadata that no pixel needs is skipped.
 //

@@ -8,8 +8,11 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
 
+#include "QXPlatform/images/ImageDecoder.h"
+#include "QXPlatform/libraries/images/BMPRunLengths.h"
 #include "QXPlatform/libraries/images/Codecs.h"
 
 namespace QXPlatform {
@@ -27,6 +30,8 @@ std::uint32_t littleEndian(std::string_view bytes, std::size_t position, std::si
 struct Header {
   std::size_t pixelsAt = 0;
   std::size_t colorsAt = 0;
+  std::size_t colorBytes = 4;
+  bool hasRunLengths = false;
   PixelSize size;
   bool isTopDown = false;
   unsigned bitsAPixel = 0;
@@ -36,6 +41,11 @@ struct Header {
 
 constexpr std::size_t kFileHeaderBytes = 14;
 constexpr std::size_t kInfoBytes = 40;
+constexpr std::size_t kOldInfoBytes = 12;
+constexpr std::uint32_t kPlain = 0;
+constexpr std::uint32_t kRunLengthsOfBytes = 1;
+constexpr std::uint32_t kRunLengthsOfHalves = 2;
+constexpr std::uint32_t kMasks = 3;
 
 bool readMasks(std::string_view bytes, std::size_t infoBytes, bool areGiven, Header& header) {
   constexpr std::size_t kMasksAt = kFileHeaderBytes + kInfoBytes;
@@ -53,33 +63,38 @@ bool readMasks(std::string_view bytes, std::size_t infoBytes, bool areGiven, Hea
   return true;
 }
 
-// Nothing when the pixels are not all there, or come with run lengths.
-std::optional<Header> readHeader(std::string_view bytes) {
-  constexpr std::uint32_t kPlain = 0;
-  constexpr std::uint32_t kMasks = 3;
-  if (bytes.size() < kFileHeaderBytes + kInfoBytes) return std::nullopt;
-  const std::size_t infoBytes = littleEndian(bytes, kFileHeaderBytes, 4);
-  const auto width = static_cast<std::int32_t>(littleEndian(bytes, 18, 4));
-  const auto height = static_cast<std::int32_t>(littleEndian(bytes, 22, 4));
-  const std::uint32_t compression = littleEndian(bytes, 30, 4);
-  if (infoBytes < kInfoBytes || width <= 0 || height == 0 ||
-      height == std::numeric_limits<std::int32_t>::min()) {
-    return std::nullopt;
-  }
-  Header header;
-  header.pixelsAt = littleEndian(bytes, 10, 4);
+// What the two kinds of information say alike.
+bool readSize(std::string_view bytes, std::size_t infoBytes, Header& header) {
+  const bool isOld = infoBytes == kOldInfoBytes;
+  if (!isOld && (infoBytes < kInfoBytes || bytes.size() < kFileHeaderBytes + kInfoBytes)) return false;
+  const auto width = static_cast<std::int32_t>(littleEndian(bytes, 18, isOld ? 2 : 4));
+  const auto height = static_cast<std::int32_t>(littleEndian(bytes, isOld ? 20 : 22, isOld ? 2 : 4));
+  if (width <= 0 || height == 0 || height == std::numeric_limits<std::int32_t>::min()) return false;
   header.size = {width, std::abs(height)};
   header.isTopDown = height < 0;
-  header.bitsAPixel = littleEndian(bytes, 28, 2);
-  constexpr std::array kDepths{1U, 4U, 8U, 16U, 24U, 32U};
-  if (std::ranges::find(kDepths, header.bitsAPixel) == kDepths.end()) return std::nullopt;
-  const bool hasMasks = compression == kMasks && (header.bitsAPixel == 16 || header.bitsAPixel == 32);
-  if (compression != kPlain && !hasMasks) return std::nullopt;
+  header.bitsAPixel = littleEndian(bytes, isOld ? 24 : 28, 2);
+  header.colorBytes = isOld ? 3 : 4;
+  header.pixelsAt = littleEndian(bytes, 10, 4);
   header.colorsAt = kFileHeaderBytes + infoBytes;
   header.rowBytes = (static_cast<std::size_t>(width) * header.bitsAPixel + 31) / 32 * 4;
-  const bool isWhole =
-      header.pixelsAt <= bytes.size() &&
-      (bytes.size() - header.pixelsAt) / header.rowBytes >= static_cast<std::size_t>(header.size.height);
+  constexpr std::array kDepths{1U, 4U, 8U, 16U, 24U, 32U};
+  return std::ranges::find(kDepths, header.bitsAPixel) != kDepths.end() && header.pixelsAt <= bytes.size();
+}
+
+// Nothing when the pixels are not all there.
+std::optional<Header> readHeader(std::string_view bytes) {
+  Header header;
+  if (bytes.size() < kFileHeaderBytes + kOldInfoBytes) return std::nullopt;
+  const std::size_t infoBytes = littleEndian(bytes, kFileHeaderBytes, 4);
+  if (!readSize(bytes, infoBytes, header)) return std::nullopt;
+  const std::uint32_t compression = infoBytes == kOldInfoBytes ? kPlain : littleEndian(bytes, 30, 4);
+  const unsigned bits = header.bitsAPixel;
+  const bool hasMasks = compression == kMasks && (bits == 16 || bits == 32);
+  header.hasRunLengths =
+      (compression == kRunLengthsOfBytes && bits == 8) || (compression == kRunLengthsOfHalves && bits == 4);
+  if (compression != kPlain && !hasMasks && !header.hasRunLengths) return std::nullopt;
+  const bool isWhole = header.hasRunLengths || (bytes.size() - header.pixelsAt) / header.rowBytes >=
+                                                   static_cast<std::size_t>(header.size.height);
   if (!isWhole || !readMasks(bytes, infoBytes, hasMasks, header)) return std::nullopt;
   return header;
 }
@@ -94,9 +109,9 @@ std::uint8_t channel(std::uint32_t pixel, std::uint32_t mask, std::uint8_t absen
 std::array<Pixel, 256> readColors(std::string_view bytes, const Header& header) {
   std::array<Pixel, 256> colors{};
   for (std::size_t i = 0; i < colors.size(); ++i) {
-    const std::size_t at = header.colorsAt + i * 4;
-    if (at + 4 > std::min(bytes.size(), header.pixelsAt)) break;
-    const std::uint32_t color = littleEndian(bytes, at, 4);
+    const std::size_t at = header.colorsAt + i * header.colorBytes;
+    if (at + header.colorBytes > std::min(bytes.size(), header.pixelsAt)) break;
+    const std::uint32_t color = littleEndian(bytes, at, 3);
     colors[i] = {static_cast<std::uint8_t>(color >> 16), static_cast<std::uint8_t>(color >> 8),
                  static_cast<std::uint8_t>(color), 0xFF};
   }
@@ -120,14 +135,25 @@ Pixel pixelAt(std::string_view row, std::size_t x, const Header& header,
 }  // namespace
 
 bool decodeBMP(std::string_view bytes, ImageSink& sink) {
-  const auto header = readHeader(bytes);
+  auto header = readHeader(bytes);
   if (!header || !sink.begin(header->size, {}, {})) return false;
   const auto colors = readColors(bytes, *header);
+  std::string_view rows = bytes.substr(header->pixelsAt);
+  std::vector<std::uint8_t> unpacked;
+  if (header->hasRunLengths) {
+    if (long{header->size.width} * header->size.height > kMostDecodingBytes) return false;
+    auto numbers = unpackRunLengths(rows, header->size, header->bitsAPixel);
+    if (!numbers) return false;
+    unpacked = *std::move(numbers);
+    rows = {reinterpret_cast<const char*>(unpacked.data()), unpacked.size()};
+    header->bitsAPixel = 8;
+    header->rowBytes = static_cast<std::size_t>(header->size.width);
+  }
   const auto height = static_cast<std::size_t>(header->size.height);
   std::vector<Pixel> pixels(static_cast<std::size_t>(header->size.width));
   for (std::size_t y = 0; y < height; ++y) {
     const std::size_t line = header->isTopDown ? y : height - 1 - y;
-    const std::string_view row = bytes.substr(header->pixelsAt + line * header->rowBytes, header->rowBytes);
+    const std::string_view row = rows.substr(line * header->rowBytes, header->rowBytes);
     for (std::size_t x = 0; x < pixels.size(); ++x) pixels[x] = pixelAt(row, x, *header, colors);
     sink.addRow(pixels.front().data());
   }

@@ -156,11 +156,20 @@ class JPEGDecoder {
     return true;
   }
 
-  // Of several scans all are read before the first row: without an end only a progressive image tells whether
-  // there were to be more.
+  // Without an end the scans that were read tell whether there were to be more.
   bool isWhole() const {
     if (arePixelsMissing_) return false;
-    if (!isEndMissing_ || info_.input_scan_number <= 1) return true;
+    if (!isEndMissing_) return true;
+    return info_.progressive_mode != FALSE ? isEveryBitKnown() : isEveryComponentKnown();
+  }
+
+  // A component gets its table with its scan.
+  bool isEveryComponentKnown() const {
+    return std::ranges::all_of(std::span(info_.comp_info, static_cast<std::size_t>(info_.num_components)),
+                               [](const auto& component) { return component.quant_table != nullptr; });
+  }
+
+  bool isEveryBitKnown() const {
     if (info_.coef_bits == nullptr) return false;
     for (int component = 0; component < info_.num_components; ++component) {
       for (const int missingBits : std::span(info_.coef_bits[component])) {

@@ -1,5 +1,6 @@
 #include "tools/qx/ExtensionRun.h"
 
+#include <string>
 #include <utility>
 
 #include "QXPlatform/log/StandardError.h"
@@ -41,10 +42,10 @@ Result<std::shared_ptr<ExtensionClient>> ExtensionRun::running() {
 }
 
 // By the last one that waits for its answers.
-void ExtensionRun::bury(ExtensionClient* client) const {
+void ExtensionRun::bury(ExtensionClient* client) {
   const std::unique_ptr<ExtensionClient> owner(client);
   const auto problem = client->finish();
-  if (isOver_) return;
+  if (isOver_ || ++deaths_ > 1) return;
   const std::string reason = problem ? problem->message : "the extension has ended";
   QXPlatform::writeToStandardError("qx push: " + reason + "; the next push starts it again\n");
 }
@@ -52,6 +53,10 @@ void ExtensionRun::bury(ExtensionClient* client) const {
 std::optional<Error> ExtensionRun::finish() {
   const std::lock_guard lock(mutex_);
   isOver_ = true;
+  if (deaths_ > 1) {
+    QXPlatform::writeToStandardError("qx push: the extension ended " + std::to_string(deaths_) +
+                                     " times before the last push\n");
+  }
   return client_ == nullptr ? std::nullopt : client_->finish();
 }
 

@@ -16,7 +16,8 @@
 namespace qx {
 
 // A host's own program through all the pushes of a run. When it dies, what it has in hand is answered with an
-// error, and the next push starts it again; each death is one line on standard error.
+// error, and the next push starts it again; the first death is one line on standard error, and when there are
+// more, their number is one at the end.
 class ExtensionRun {
  public:
   ExtensionRun(std::filesystem::path program, std::vector<std::string> arguments);
@@ -31,12 +32,13 @@ class ExtensionRun {
 
  private:
   QXPlatform::Result<std::shared_ptr<ExtensionClient>> running();
-  void bury(ExtensionClient* client) const;
+  void bury(ExtensionClient* client);
 
   const std::filesystem::path program_;
   const std::vector<std::string> arguments_;
   std::mutex mutex_;
   std::atomic<bool> isOver_ = false;
+  std::atomic<int> deaths_ = 0;
   std::shared_ptr<ExtensionClient> client_;  // guarded by mutex_
 };
 

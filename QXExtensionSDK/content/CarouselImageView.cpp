@@ -215,15 +215,17 @@ void CarouselImageView::layoutFailure() {
 }
 
 // The colours are the payload's; where they leave something hard to see, a backing is put in between.
-void CarouselImageView::paintBacking(QPainter& painter) const {
+void CarouselImageView::paintBacking(QPainter& painter, const QPainterPath& frame) const {
   painter.setPen(Qt::NoPen);
   const QColor textColor = altTextLabel_->textColor();
   if (!altTextLabel_->isHidden() && QXPlatform::contrastRatio(textColor, backgroundColor_) < kReadable) {
     constexpr QMargins kAround(12, 4, 12, 4);
     const QRect text = altTextLabel_->textRect().translated(altTextLabel_->pos());
     const QRectF area = text.marginsAdded(kAround).intersected(rect());
+    QPainterPath backing;
+    backing.addRoundedRect(area, kCornerRadius / 2, kCornerRadius / 2);
     painter.setBrush(backingFor(textColor));
-    painter.drawRoundedRect(area, kCornerRadius / 2, kCornerRadius / 2);
+    painter.drawPath(backing.intersected(frame));
   }
   const QColor spinnerColor = this->spinnerColor();
   if (!spinnerView_->isHidden() && QXPlatform::contrastRatio(spinnerColor, backgroundColor_) < kVisible) {
@@ -248,7 +250,7 @@ void CarouselImageView::paintEvent(QPaintEvent* /*event*/) {
     image_.setTransform(QTransform::fromScale(width() / pixels.width(), height() / pixels.height()));
     painter.fillPath(frame, image_);
   }
-  paintBacking(painter);
+  paintBacking(painter, frame);
   painter.strokePath(frame, QPen(toQColor(kBorderColor), 1));
 }
 

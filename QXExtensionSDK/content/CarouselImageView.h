@@ -47,7 +47,7 @@ class CarouselImageView final : public QWidget {
   void showFailure(bool isFailure);
   void updateAppearance();
   QColor spinnerColor() const;
-  void paintBacking(QPainter& painter) const;
+  void paintBacking(QPainter& painter, const QPainterPath& frame) const;
   void layoutSubviews();
   void layoutFailure();
 

@@ -180,6 +180,14 @@ TEST_F(CarouselCommand, DrivesAHostsOwnExtensionAsItsOwn) {
   EXPECT_NE(died.errors.find("ended with exit code 3"), std::string::npos) << died.errors;
 }
 
+TEST_F(CarouselCommand, SaysOnceThatNoFontHasALetter) {
+  const auto push = writeCarousel(
+      "push.json", R"([{"id":"p","md":{"ul":"u"},"ti":{"tx":"\uDB84\uDE34"},"sti":{"tx":"\uDB84\uDE35"}}])");
+  const auto result = carousel({push, "--do", "refresh:" + push});
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.errors, "qx carousel: no font of this system has all letters of \"\U000F1234\"\n");
+}
+
 TEST_F(CarouselCommand, SaysWhatItRefuses) {
   const std::string file = writeCarousel("push.json", panels(2));
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{

@@ -18,6 +18,9 @@ if(QX_BUILD_CONTENT)
   # A set of its own, so that a service extension needs no view toolkit to be built.
   qx_install_libraries(QXExtensionSDKContentTargets libqxextensionsdk-content1 ${QX_CONTENT_LIBRARIES})
 endif()
+if(QX_BUILD_TEST_SUPPORT)
+  qx_install_libraries(QXTestSupportTargets libqxextensionsdk-dev QXTestSupport)
+endif()
 
 configure_package_config_file(cmake/QXExtensionSDKConfig.cmake.in
   "${PROJECT_BINARY_DIR}/QXExtensionSDKConfig.cmake" INSTALL_DESTINATION "${QX_PACKAGE_DIR}")

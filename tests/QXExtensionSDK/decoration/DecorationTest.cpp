@@ -6,9 +6,9 @@
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
 #include "QXPlatform/foundation/Base64.h"
 #include "QXPlatform/foundation/JSON.h"
+#include "QXTestSupport/ManualClock.h"
 #include "tests/QXExtensionSDK/ServiceTestKit.h"
 #include "tests/support/Deflate.h"
-#include "tests/support/ManualClock.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/backend/Panels.h"
@@ -127,7 +127,7 @@ TEST_F(ThumbnailTest, WhateverGoesWrongTheNotificationIsDeliveredWithoutIt) {
 TEST_F(ThumbnailTest, StalledAndTricklingDownloadsEndAfterFifteenSeconds) {
   for (const std::string path : {"/stalled/a.png", "/trickle/a.png"}) {
     const support::ScopedLogRecorder log;
-    support::InstalledManualClock clock;
+    QXTestSupport::ManualClock clock;
     Deliveries deliveries;
     const std::size_t before = server_.requests().size();
     const auto service = std::make_shared<TestService>();

@@ -1,9 +1,9 @@
 // The receipt list and the repository over real files.
 
 #include "QXExtensionSDK/receipts/DeliveryReceiptRepository.h"
+#include "QXTestSupport/ManualClock.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
 #include "tests/support/FileCalls.h"
-#include "tests/support/ManualClock.h"
 
 namespace QXExtensionSDK {
 namespace {
@@ -227,7 +227,7 @@ TEST_F(ReceiptStorageTest, AReceiptBeyondBoundsIsSentButPushesNoOtherOut) {
 }
 
 TEST_F(ReceiptStorageTest, ARunThatIsStuckInItsAnswerGivesItsReceiptsBackInTime) {
-  support::InstalledManualClock clock;
+  QXTestSupport::ManualClock clock;
   put(receipts(1, 2));
   auto stuck = makeRepository();
   auto next = makeRepository();

@@ -6,9 +6,9 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include "QXTestSupport/ManualClock.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/FileCalls.h"
-#include "tests/support/ManualClock.h"
 #include "tests/support/Program.h"
 
 namespace QXExtensionSDK {
@@ -145,7 +145,7 @@ struct TimedPush {
 
   const ReceiptHost host;
   const support::ScopedLogRecorder log;
-  support::InstalledManualClock clock;
+  QXTestSupport::ManualClock clock;
   Extension extension;
 };
 
@@ -207,7 +207,7 @@ TEST(ReceiptConnectionTest, AContainerThatIsHeldForEverKeepsAPushForFiveSecondsI
   });
   ASSERT_TRUE(held.await());
   const support::ScopedLogRecorder log;
-  support::InstalledManualClock clock;
+  QXTestSupport::ManualClock clock;
   Extension extension;
   extension.start(receiptPush("m1"));
   const auto seconds = clock.secondsUntil([&] { return extension.deliveries().count() == 1; }, 5);

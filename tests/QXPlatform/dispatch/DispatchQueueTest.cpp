@@ -5,7 +5,7 @@
 
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/dispatch/DispatchGroup.h"
-#include "tests/support/ManualClock.h"
+#include "QXTestSupport/ManualClock.h"
 #include "tests/support/Test.h"
 
 namespace QXPlatform {
@@ -259,7 +259,7 @@ TEST(DispatchGroupTest, NotifiesOnceEmptyAndAtOnceWhenEmptyAlready) {
 }
 
 TEST(DispatchGroupTest, WaitGivesUpAtTheDeadlineOfTheInstalledClock) {
-  support::InstalledManualClock clock;
+  QXTestSupport::ManualClock clock;
   const DispatchGroup group;
   group.enter();
   EXPECT_FALSE(group.wait(clock.now()));
@@ -328,7 +328,7 @@ TEST(ActivityTest, SeesNoGapBetweenTheLastMemberAndTheNotification) {
 }
 
 TEST(ActivityTest, GivesUpAtTheDeadlineOfTheInstalledClock) {
-  support::InstalledManualClock clock;
+  QXTestSupport::ManualClock clock;
   Activity networkTask;
   std::thread waiter([&, deadline = clock.now() + 30s] { EXPECT_FALSE(Activity::waitUntilNone(deadline)); });
   clock.advance(30s);

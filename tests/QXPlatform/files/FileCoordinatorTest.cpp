@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 
 #include "QXPlatform/files/FileContents.h"
+#include "QXTestSupport/ManualClock.h"
 #include "tests/support/ChildProcess.h"
-#include "tests/support/ManualClock.h"
 #include "tests/support/Test.h"
 
 namespace QXPlatform {
@@ -209,7 +209,7 @@ TEST_F(FileCoordinatorTest, WaitsFiveSecondsForALockThatIsHeldForEverAndNamesIts
     });
     ASSERT_TRUE(holding.await());
     const support::ScopedLogRecorder log;
-    support::InstalledManualClock clock;
+    QXTestSupport::ManualClock clock;
     std::atomic<bool> ended = false;
     std::thread writer([&] {
       EXPECT_EQ(replace("record", "new"), Outcome::failed);
@@ -231,7 +231,7 @@ TEST_F(FileCoordinatorTest, WaitsFiveSecondsForALockThatIsHeldForEverAndNamesIts
 
 TEST_F(FileCoordinatorTest, HasPatienceLeftForTheReplacingAfterASlowAccessor) {
   ASSERT_EQ(replace("record", "old"), Outcome::replaced);
-  support::InstalledManualClock clock;
+  QXTestSupport::ManualClock clock;
   support::Signal reading;
   support::Signal enough;
   std::thread reader([&] {

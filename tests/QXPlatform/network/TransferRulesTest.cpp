@@ -1,5 +1,5 @@
+#include "QXTestSupport/ManualClock.h"
 #include "tests/support/Exchange.h"
-#include "tests/support/ManualClock.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 
@@ -128,7 +128,7 @@ class TimeoutTest : public testing::Test {
     return exchange;
   }
 
-  support::InstalledManualClock clock_;
+  QXTestSupport::ManualClock clock_;
 };
 
 TEST_F(TimeoutTest, SilenceEndsInTheShorterOfTheTwoLimits) {

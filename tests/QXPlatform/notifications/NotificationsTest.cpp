@@ -4,8 +4,8 @@
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "QXPlatform/notifications/UNNotificationAttachment.h"
 #include "QXPlatform/notifications/UNNotificationContent.h"
+#include "QXTestSupport/ManualClock.h"
 #include "tests/support/CarouselPayloads.h"
-#include "tests/support/ManualClock.h"
 #include "tests/support/Test.h"
 
 namespace QXPlatform {
@@ -192,7 +192,7 @@ class ServiceExtensionHostTest : public testing::Test {
     return running;
   }
 
-  support::InstalledManualClock clock_;
+  QXTestSupport::ManualClock clock_;
   std::promise<void> started_;
   std::optional<ServiceExtensionHost> host_;
 };

@@ -1,24 +1,31 @@
 #pragma once
 
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/dispatch/Clock.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
-#include "tests/support/Test.h"
+#include "QXTestSupport/Patience.h"
 
-namespace support {
+namespace QXTestSupport {
 
-// Installs a clock that stands still until the test moves it; threads that wait by it notice a move within a
-// few milliseconds. Before it goes, all that waits by it has ended.
-class InstalledManualClock {
+// While this lives, the framework's time stands still until the test moves it; threads that wait by it notice
+// a move within a few milliseconds. Before it goes, all that waits by it has ended. One at a time.
+class ManualClock {
  public:
-  InstalledManualClock() = default;
-  ~InstalledManualClock() {
+  ManualClock() = default;
+  ~ManualClock() {
     scope_.reset();
     clock_.advance(std::chrono::hours(24));
     QXPlatform::Activity::waitUntilNone(soon());
   }
-  InstalledManualClock(const InstalledManualClock&) = delete;
-  InstalledManualClock& operator=(const InstalledManualClock&) = delete;
+  ManualClock(const ManualClock&) = delete;
+  ManualClock& operator=(const ManualClock&) = delete;
 
   QXPlatform::Clock::TimePoint now() const { return clock_.now(); }
   void advance(QXPlatform::Clock::Duration duration) { clock_.advance(duration); }
@@ -67,4 +74,4 @@ class InstalledManualClock {
   std::optional<QXPlatform::ScopedClock> scope_{std::in_place, clock_};
 };
 
-}  // namespace support
+}  // namespace QXTestSupport

@@ -19,15 +19,23 @@ std::optional<std::string> text(const Value& value) {
   return found ? std::optional(std::string(*found)) : std::nullopt;
 }
 
-std::shared_ptr<const UNNotificationRequest> makeRequest(std::optional<std::string> identifier,
+std::string identifierOf(std::optional<std::string> ownName, const RequestNaming& naming) {
+  for (const auto* name : {&naming.identifier, &std::as_const(ownName), &naming.otherwise}) {
+    if (*name) return **name;
+  }
+  return makeUUIDString();
+}
+
+std::shared_ptr<const UNNotificationRequest> makeRequest(std::optional<std::string> ownName,
+                                                         const RequestNaming& naming,
                                                          NotificationProperties properties) {
   return std::make_shared<const UNNotificationRequest>(
-      UNNotificationRequest{identifier ? *std::move(identifier) : makeUUIDString(),
+      UNNotificationRequest{identifierOf(std::move(ownName), naming),
                             std::make_shared<const UNNotificationContent>(std::move(properties))});
 }
 
 // An alert is text, the body, or an object; a sound is a name, or an object with one.
-RequestResult requestFromAPNs(const Value& aps, const Dictionary& push) {
+RequestResult requestFromAPNs(const Value& aps, const Dictionary& push, const RequestNaming& naming) {
   NotificationProperties properties;
   const Value& alert = aps["alert"];
   properties.title = text(alert["title"]).value_or("");
@@ -38,7 +46,7 @@ RequestResult requestFromAPNs(const Value& aps, const Dictionary& push) {
   const Value& sound = aps["sound"];
   properties.sound = text(sound.string() ? sound : sound["name"]);
   properties.userInfo = push;
-  return makeRequest(std::nullopt, std::move(properties));
+  return makeRequest(std::nullopt, naming, std::move(properties));
 }
 
 struct AttachmentRecord {
@@ -94,13 +102,13 @@ Result<std::vector<UNNotificationAttachment>> makeAttachments(const std::vector<
   return attachments;
 }
 
-RequestResult requestFromFullForm(const Dictionary& push) {
+RequestResult requestFromFullForm(const Dictionary& push, const RequestNaming& naming) {
   auto record = decodeValue<RequestRecord>(push);
   if (!record) return Error{record.error().description()};
   ContentRecord& content = record.value().content;
   auto attachments = makeAttachments(content.attachments.value_or(std::vector<AttachmentRecord>()));
   if (!attachments) return attachments.error();
-  return makeRequest(std::move(record.value().identifier),
+  return makeRequest(std::move(record.value().identifier), naming,
                      {.title = content.title.value_or(""),
                       .subtitle = content.subtitle.value_or(""),
                       .body = content.body.value_or(""),
@@ -122,11 +130,11 @@ Value attachmentsToJSON(const std::vector<UNNotificationAttachment>& attachments
 
 }  // namespace
 
-RequestResult notificationRequestFromJSON(const Value& push) {
+RequestResult notificationRequestFromJSON(const Value& push, const RequestNaming& naming) {
   const auto object = push.dictionary();
   if (!object) return Error{"a push is a JSON object"};
-  if (const Value* aps = object->find("aps")) return requestFromAPNs(*aps, *object);
-  if (object->contains("content")) return requestFromFullForm(*object);
+  if (const Value* aps = object->find("aps")) return requestFromAPNs(*aps, *object, naming);
+  if (object->contains("content")) return requestFromFullForm(*object, naming);
   return Error{"neither \"aps\" nor \"content\": not a push"};
 }
 

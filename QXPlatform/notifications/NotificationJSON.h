@@ -1,12 +1,20 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "QXPlatform/foundation/Result.h"
 #include "QXPlatform/foundation/Value.h"
 #include "QXPlatform/notifications/UNNotificationRequest.h"
 
 namespace QXPlatform {
+
+// What a request is called beside what its push says.
+struct RequestNaming {
+  std::optional<std::string> identifier = {};  // whatever the push says
+  std::optional<std::string> otherwise = {};   // when the push brings none; without one a fresh UUID
+};
 
 // Notifications as JSON, the form in which they reach and leave an extension's process. Any thread.
 //
@@ -16,9 +24,10 @@ namespace QXPlatform {
 //   {"identifier": "...", "content": {"title", "subtitle", "body", "badge", "sound", "userInfo": {...},
 //                                     "attachments": [{"identifier", "url"}]}}
 //
-// Every member is optional but "content"; a missing identifier becomes a fresh UUID. What "aps" holds in
-// another shape than it should is left out; in a full request it is an error that names the place.
-Result<std::shared_ptr<const UNNotificationRequest>> notificationRequestFromJSON(const Value& push);
+// Every member is optional but "content"; what a push leaves unnamed is named as `naming` says. What "aps"
+// holds in another shape than it should is left out; in a full request it is an error that names the place.
+Result<std::shared_ptr<const UNNotificationRequest>> notificationRequestFromJSON(
+    const Value& push, const RequestNaming& naming = {});
 
 // As "content" above; absent values are left out, "userInfo" and "attachments" are always there.
 Dictionary notificationContentToJSON(const NotificationProperties& properties);

@@ -19,6 +19,13 @@ namespace {
 // How many answers a job may wait for an earlier one before no more pushes are taken.
 constexpr std::size_t kMostWaitingPerJob = 4;
 
+std::string compactLine(const AnsweredPush& answered) {
+  const Dictionary answer = answerToJSON(answered);
+  // Content that a host filled with what JSON lacks is still shown, in words.
+  auto text = writeJSON(answer, JSONStyle::compact);
+  return (text ? *std::move(text) : answer.description()) + '\n';
+}
+
 // Lets several threads take from one source and, if asked to, puts their answers back into its order.
 class OrderedAnswers {
  public:
@@ -33,14 +40,10 @@ class OrderedAnswers {
     return std::pair(taken_++, *std::move(push));
   }
 
-  void put(std::size_t position, const Dictionary& answer, bool isError) {
-    const auto style = answering_.pretty ? JSONStyle::pretty : JSONStyle::compact;
-    // Content that a host filled with what JSON lacks is still shown, in words.
-    auto text = writeJSON(answer, style);
-    std::string line = text ? *std::move(text) : answer.description();
-    line += '\n';
+  void put(const AnsweredPush& answered) {
+    std::string text = answering_.present ? answering_.present(answered) : compactLine(answered);
     const std::lock_guard lock(outputMutex_);
-    waiting_.emplace(answering_.inOrder ? position : written_, std::move(line));
+    waiting_.emplace(answering_.inOrder ? answered.position : written_, std::move(text));
     for (auto next = waiting_.begin(); next != waiting_.end() && next->first == written_;
          next = waiting_.erase(next)) {
       // In one piece, so that what a host prints comes between the lines.
@@ -50,7 +53,7 @@ class OrderedAnswers {
     output_.flush();
     if (!output_) result_.outputFailed = true;
     room_.notify_all();
-    if (isError) ++result_.errors;
+    if (!answered.answer) ++result_.errors;
     ++answered_;
     if (answering_.progress) answering_.progress(answered_);
   }
@@ -84,17 +87,19 @@ Result<Dictionary> answerPush(const PushText& push, const PushAnswering& answeri
   if (push.unreadable) return *push.unreadable;
   const auto parsed = parseJSON(push.text, answering.limits);
   if (!parsed) return parsed.error();
-  const auto request = notificationRequestFromJSON(*parsed);
+  const auto request = notificationRequestFromJSON(*parsed, push.naming);
   if (!request) return request.error();
   return answering.answer(*request);
 }
 
-Dictionary errorAnswer(const PushText& push, const Error& error) {
-  const Dictionary answer{{"line", static_cast<std::int64_t>(push.line)}, {"error", error.message}};
-  return push.source.empty() ? answer : answer.setting("file", push.source);
-}
-
 }  // namespace
+
+Dictionary answerToJSON(const AnsweredPush& answered) {
+  if (answered.answer) return *answered.answer;
+  const Dictionary answer{{"line", static_cast<std::int64_t>(answered.push.line)},
+                          {"error", answered.answer.error().message}};
+  return answered.push.source.empty() ? answer : answer.setting("file", answered.push.source);
+}
 
 PushLineSource::PushLineSource(std::istream& input, std::string name, std::size_t limit)
     : input_(input), name_(std::move(name)), limit_(limit) {}
@@ -136,8 +141,7 @@ PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAns
   const auto work = [&] {
     while (const auto taken = answers.take()) {
       const auto& [position, push] = *taken;
-      const auto answer = answerPush(push, answering);
-      answers.put(position, answer ? *answer : errorAnswer(push, answer.error()), !answer.ok());
+      answers.put({push, position, answerPush(push, answering)});
     }
   };
   std::vector<std::thread> helpers;

@@ -11,6 +11,7 @@
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/foundation/Result.h"
 #include "QXPlatform/foundation/Value.h"
+#include "QXPlatform/notifications/NotificationJSON.h"
 #include "QXPlatform/notifications/UNNotificationRequest.h"
 
 namespace QXPlatform {
@@ -28,7 +29,19 @@ struct PushText {
   std::size_t line;                 // counted from 1
   std::string source;               // names the file in an error; empty for the only one
   std::optional<Error> unreadable;  // in place of a text
+  RequestNaming naming = {};
 };
+
+// One that has been answered.
+struct AnsweredPush {
+  const PushText& push;
+  std::size_t position;  // in the source, from 0
+  const Result<Dictionary>& answer;
+};
+
+// The answer; of what ended in an error {"line": N, "error": "..."}, and with "file" when the source has a
+// name.
+Dictionary answerToJSON(const AnsweredPush& answered);
 
 // Hands out pushes one after the other; called on one thread at a time.
 class PushSource {
@@ -64,7 +77,9 @@ struct PushAnswering {
   std::function<Result<Dictionary>(const std::shared_ptr<const UNNotificationRequest>&)> answer;
   std::size_t jobs = 1;
   JSONLimits limits = {};  // of a push's text
-  bool pretty = false;
+  // The text that is written for an answer, compact JSON of it without this. Called on several threads at
+  // once.
+  std::function<std::string(const AnsweredPush&)> present = {};
   bool inOrder = true;  // of the source; else each answer is written when it is there
   // Called after each answer with the number of pushes answered so far; one call at a time.
   std::function<void(std::size_t)> progress;
@@ -75,8 +90,7 @@ struct PushAnswers {
   bool outputFailed = false;  // answers were lost
 };
 
-// Writes one answer a push, each as soon as it and, in order, all before it are there. What is no push is
-// answered with {"line": N, "error": "..."}, and with "file" when the source has a name.
+// Writes one answer a push, each as soon as it and, in order, all before it are there.
 //
 // Stops taking pushes when the output fails.
 PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering);

@@ -22,23 +22,22 @@ std::filesystem::path environmentPath(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-// Empty when nothing names a place.
-std::filesystem::path containersRoot() {
+}  // namespace
+
+std::optional<std::filesystem::path> containersRoot() {
   if (auto root = environmentPath("QX_APP_GROUPS_ROOT"); !root.empty()) return root;
   // A relative data home is to be ignored, by the base-directory rules.
   if (const auto data = environmentPath("XDG_DATA_HOME"); data.is_absolute()) return data / "app-groups";
   const auto home = environmentPath("HOME");
-  return home.empty() ? home : home / ".local" / "share" / "app-groups";
+  return home.empty() ? std::nullopt : std::optional(home / ".local" / "share" / "app-groups");
 }
-
-}  // namespace
 
 std::optional<std::filesystem::path> containerPathForGroup(std::string_view group) {
   if (!canNameContainer(group)) return std::nullopt;
   const auto root = containersRoot();
-  if (root.empty()) return std::nullopt;
+  if (!root) return std::nullopt;
   std::error_code error;
-  auto path = std::filesystem::absolute(root / group, error);
+  auto path = std::filesystem::absolute(*root / group, error);
   if (error) return std::nullopt;
   return path;
 }

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QLocale>
+#include <cstdlib>
 #include <iostream>
 
 #include "QXPlatform/images/ImageProcess.h"
@@ -25,6 +26,14 @@ void printSevere(QtMsgType type, const QMessageLogContext& /*context*/, const QS
   if (type == QtCriticalMsg || type == QtFatalMsg) std::cerr << message.toStdString() << '\n';
 }
 
+// While the application is made, what is fatal is that its screen cannot be used; what the toolkit has to say
+// on that takes lines of advice.
+void exitWithoutScreen(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  if (type != QtFatalMsg) return printSevere(type, context, message);
+  std::cerr << "cannot open a window: no view platform works with this screen\n";
+  std::_Exit(EXIT_FAILURE);
+}
+
 }  // namespace
 
 std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse) {
@@ -35,8 +44,9 @@ std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse) {
   static int argc = 1;
   static char name[] = "qx";
   static char* argv[] = {name, nullptr};
-  qInstallMessageHandler(printSevere);
+  qInstallMessageHandler(exitWithoutScreen);
   auto application = std::make_unique<QApplication>(argc, argv);
+  qInstallMessageHandler(printSevere);
   beginMainQueue();
   setUserInterfaceStyle(UserInterfaceStyle::light);
   QApplication::setLayoutDirection(QLocale::system().textDirection());

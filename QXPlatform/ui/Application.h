@@ -12,7 +12,8 @@ enum class ScreenUse {
 };
 
 // The one application object that a process with views needs, to be made first and destroyed last. It has the
-// light appearance, and the reading direction of the environment's locale. Main thread.
+// light appearance, and the reading direction of the environment's locale. When the screen cannot be used
+// after all, the process ends with exit code 1 and one line on standard error. Main thread.
 std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse);
 
 // Whether there is a screen to open windows on. To be asked before the application is made.

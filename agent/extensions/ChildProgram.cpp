@@ -106,6 +106,9 @@ Result<int> spawn(const ProgramStart& start, int input, int output, short flags)
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+  if (start.errorOutput != STDERR_FILENO) {
+    posix_spawn_file_actions_adddup2(&actions, start.errorOutput, STDERR_FILENO);
+  }
   std::vector<std::string> arguments{start.program.native()};
   arguments.insert(arguments.end(), start.arguments.begin(), start.arguments.end());
   const auto environment = mergedEnvironment(start.environment);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -17,6 +19,7 @@ struct ProgramStart {
   std::vector<std::string> arguments;
   std::vector<std::string> environment;  // NAME=VALUE, in place of what this process has under the name
   std::optional<std::string> input = std::nullopt;  // all that it reads; else what is written while it runs
+  int errorOutput = STDERR_FILENO;                  // where its standard error goes
 };
 
 // A program that runs. One thread.
@@ -52,8 +55,8 @@ struct ProgramPipes {
   QXPlatform::FileDescriptor itsOutput;
 };
 
-// Starts a child of this process; what it prints to standard error goes to this process's. Killed, if need
-// be, and waited for when the Program goes, unless it was released.
+// Starts a child of this process. Killed, if need be, and waited for when the Program goes, unless it was
+// released.
 QXPlatform::Result<StartedProgram> startChild(const ProgramStart& start);
 
 // Starts a program that lives on by itself, with nothing to read and its output going to standard error; the

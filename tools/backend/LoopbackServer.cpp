@@ -225,6 +225,7 @@ class LoopbackServer::State {
       if (!read(stream, buffer, parser)) return;
       const Request request = recorded(parser.get());
       keepAlive = answer(stream, connection, request, parser.get().keep_alive());
+      if (options_.onAnswered) options_.onAnswered(request);
     }
   }
 

@@ -41,6 +41,9 @@ struct LoopbackServerOptions {
   std::function<std::optional<Response>(const Request&)> handler = {};
   // Told of each request before it is answered; one call at a time, in the order of requests().
   std::function<void(const Request&)> onRequest = {};
+  // Told of each request when all of its answer that will ever be sent is on its way. Several calls at the
+  // same time.
+  std::function<void(const Request&)> onAnswered = {};
 };
 
 // An HTTP/1.1 server on 127.0.0.1 that answers as it is told, misbehaves as it is told, and remembers what it

@@ -18,10 +18,13 @@ struct BackendOptions {
   bool close = false;
   std::optional<std::filesystem::path> files;  // without one the built-in panels
   bool tls = false;
+  std::optional<std::string> script;   // file with answers that go before those above
+  std::optional<std::int64_t> expect;  // POST requests
+  double withinSeconds = 0;            // with expect
 };
 
-// Plays the back end until SIGINT or SIGTERM: prints where it listens, then every request. Returns the exit
-// code.
+// Plays the back end until SIGINT or SIGTERM, or until the requests that are expected have come or their time
+// is over: prints where it listens, then every request. Returns the exit code: 1 when not all came.
 int runBackend(const SimulatorOptions& simulator, const BackendOptions& options);
 
 }  // namespace qx

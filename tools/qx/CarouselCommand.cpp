@@ -41,6 +41,10 @@ Result<QXAgent::ProgramStart> drawing(const SimulatorOptions& simulator, const C
 
 }  // namespace
 
+bool hasCarousel() {
+  return drawingProgram().ok();
+}
+
 int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& options) {
   const auto start = drawing(simulator, options);
   if (!start) return fail("carousel", start.error().message);

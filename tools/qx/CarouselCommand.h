@@ -7,6 +7,9 @@
 
 namespace qx {
 
+// Whether this build has what draws.
+bool hasCarousel();
+
 // Shows a push's carousel. What draws is a program of its own, so that the others need not load the view
 // toolkit; this process becomes that program. Returns, with the exit code, only when it cannot.
 int runCarousel(const SimulatorOptions& simulator, const CarouselOptions& options);

@@ -24,6 +24,7 @@ struct CarouselOptions {
   bool dark = false;
   bool rtl = false;
   std::optional<std::string> steps;  // "next,back,wait:500"
+  bool failOnFailedImage = false;
 
   static constexpr auto jsonFields() {
     using QXPlatform::jsonField;
@@ -32,7 +33,8 @@ struct CarouselOptions {
         jsonField("png", &CarouselOptions::png), jsonField("panel", &CarouselOptions::panel),
         jsonField("all", &CarouselOptions::all), jsonField("width", &CarouselOptions::width),
         jsonField("scale", &CarouselOptions::scale), jsonField("dark", &CarouselOptions::dark),
-        jsonField("rtl", &CarouselOptions::rtl), jsonField("steps", &CarouselOptions::steps));
+        jsonField("rtl", &CarouselOptions::rtl), jsonField("steps", &CarouselOptions::steps),
+        jsonField("failOnFailedImage", &CarouselOptions::failOnFailedImage));
   }
 };
 

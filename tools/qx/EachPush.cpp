@@ -59,8 +59,9 @@ std::string withPlace(const PushPlace& place, const Error& error) {
 class Examination {
  public:
   Examination(std::string_view command, std::size_t jobs,
-              const std::function<PushReport(const std::string&, const PushPlace&)>& examine)
-      : command_(command), jobs_(jobs), examine_(examine) {}
+              const std::function<PushReport(const std::string&, const PushPlace&)>& examine,
+              const std::function<void(const PushPlace&, const Error&)>& unreadable)
+      : command_(command), jobs_(jobs), examine_(examine), unreadable_(unreadable) {}
 
   void add(QXPlatform::PushText push, PushPlace place) {
     tasks_.push_back({std::move(push), std::move(place), {}});
@@ -92,6 +93,7 @@ class Examination {
     } else {
       task.report = [this, &task] {
         fail(command_, withPlace(task.place, *task.push.unreadable));
+        if (unreadable_) unreadable_(task.place, *task.push.unreadable);
         return false;
       };
     }
@@ -100,6 +102,7 @@ class Examination {
   const std::string_view command_;
   const std::size_t jobs_;
   const std::function<PushReport(const std::string&, const PushPlace&)>& examine_;
+  const std::function<void(const PushPlace&, const Error&)>& unreadable_;
   std::vector<Task> tasks_;
   int exitCode_ = 0;
 };
@@ -125,8 +128,9 @@ void examineFile(std::string_view command, const std::string& file, Examination&
 }  // namespace
 
 int forEachPush(std::string_view command, const PushInput& input,
-                const std::function<PushReport(const std::string& text, const PushPlace& place)>& examine) {
-  Examination examination(command, input.jobs, examine);
+                const std::function<PushReport(const std::string& text, const PushPlace& place)>& examine,
+                const std::function<void(const PushPlace& place, const Error& reason)>& unreadable) {
+  Examination examination(command, input.jobs, examine, unreadable);
   for (const std::string& file : input.files) {
     std::error_code ignored;
     if (!std::filesystem::is_directory(file, ignored)) {

@@ -30,11 +30,13 @@ struct PushPlace {
 
 // Calls `examine` with the text of every push, on several threads at once, and what that returns on this one,
 // in the order of the pushes, as long as standard output takes what comes of it. Says on standard error which
-// files cannot be read, and why, and goes on. Returns the exit code: 1 when there was such a one, or one
-// without a push, or when a call answered false.
+// files cannot be read, and why, tells `unreadable`, and goes on. Returns the exit code: 1 when there was
+// such a one, or one without a push, or when a call answered false.
 using PushReport = std::function<bool()>;
-int forEachPush(std::string_view command, const PushInput& input,
-                const std::function<PushReport(const std::string& text, const PushPlace& place)>& examine);
+int forEachPush(
+    std::string_view command, const PushInput& input,
+    const std::function<PushReport(const std::string& text, const PushPlace& place)>& examine,
+    const std::function<void(const PushPlace& place, const QXPlatform::Error& reason)>& unreadable = {});
 
 // Prints every push with what `change` makes of its userInfo; the reason of an error goes to standard error
 // in its place. `report` hears of each that was changed. Threads and exit code as above.

@@ -27,9 +27,8 @@ void printChatter(std::string_view line) {
 
 }  // namespace
 
-Result<std::unique_ptr<ExtensionClient>> ExtensionClient::start(const std::filesystem::path& program,
-                                                                const std::vector<std::string>& arguments) {
-  auto started = QXAgent::startChild({program, arguments, {}});
+Result<std::unique_ptr<ExtensionClient>> ExtensionClient::start(const QXAgent::ProgramStart& start) {
+  auto started = QXAgent::startChild(start);
   if (!started) return started.error();
   return std::unique_ptr<ExtensionClient>(new ExtensionClient(*std::move(started)));
 }

@@ -2,14 +2,12 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "QXPlatform/foundation/Result.h"
 #include "QXPlatform/foundation/Value.h"
@@ -19,11 +17,10 @@ namespace qx {
 
 // A host's own service-extension program, running, for threads that wait for its answers. Of requests with
 // equal identifiers one at a time is asked. Whatever else the program prints goes to this process's standard
-// error, as its own standard error does.
+// error.
 class ExtensionClient {
  public:
-  static QXPlatform::Result<std::unique_ptr<ExtensionClient>> start(
-      const std::filesystem::path& program, const std::vector<std::string>& arguments);
+  static QXPlatform::Result<std::unique_ptr<ExtensionClient>> start(const QXAgent::ProgramStart& start);
   // As finish().
   ~ExtensionClient();
   ExtensionClient(const ExtensionClient&) = delete;

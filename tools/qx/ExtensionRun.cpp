@@ -15,8 +15,7 @@ using QXPlatform::Result;
 
 }  // namespace
 
-ExtensionRun::ExtensionRun(std::filesystem::path program, std::vector<std::string> arguments)
-    : program_(std::move(program)), arguments_(std::move(arguments)) {}
+ExtensionRun::ExtensionRun(QXAgent::ProgramStart start) : start_(std::move(start)) {}
 
 std::optional<Error> ExtensionRun::start() {
   const auto client = running();
@@ -33,7 +32,7 @@ Result<std::shared_ptr<ExtensionClient>> ExtensionRun::running() {
   const std::lock_guard lock(mutex_);
   if (client_ != nullptr && client_->hasEnded()) client_.reset();
   if (client_ == nullptr) {
-    auto started = ExtensionClient::start(program_, arguments_);
+    auto started = ExtensionClient::start(start_);
     if (!started) return started.error();
     client_ = std::shared_ptr<ExtensionClient>((*std::move(started)).release(),
                                                [this](ExtensionClient* dead) { bury(dead); });

@@ -2,12 +2,9 @@
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "QXPlatform/foundation/Result.h"
 #include "QXPlatform/foundation/Value.h"
@@ -20,7 +17,7 @@ namespace qx {
 // more, their number is one at the end.
 class ExtensionRun {
  public:
-  ExtensionRun(std::filesystem::path program, std::vector<std::string> arguments);
+  explicit ExtensionRun(QXAgent::ProgramStart start);
 
   // Starts the program, so that one that cannot be is known before the first push.
   std::optional<QXPlatform::Error> start();
@@ -34,8 +31,7 @@ class ExtensionRun {
   QXPlatform::Result<std::shared_ptr<ExtensionClient>> running();
   void bury(ExtensionClient* client);
 
-  const std::filesystem::path program_;
-  const std::vector<std::string> arguments_;
+  const QXAgent::ProgramStart start_;
   std::mutex mutex_;
   std::atomic<bool> isOver_ = false;
   std::atomic<int> deaths_ = 0;

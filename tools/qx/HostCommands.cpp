@@ -7,6 +7,7 @@
 #include "AppGroupSDK/records/FeatureConfigDetail.h"
 #include "tools/qx/HostContainer.h"
 #include "tools/qx/HostRecords.h"
+#include "tools/qx/Stable.h"
 
 namespace qx {
 
@@ -41,7 +42,11 @@ int runHostPending(const SimulatorOptions& simulator, ExtensionModuleName module
   if (!receipts) return fail("host pending", receipts.error().message);
   if (receipts->status() == DataStoreStatus::noData) return 0;
   if (!receipts->value()) return fail("host pending", explain(receipts->status()));
-  for (const auto& receipt : receipts->value()->pnData()) printResult(simulator, encodeRecord(receipt));
+  std::size_t number = 0;
+  for (const auto& receipt : receipts->value()->pnData()) {
+    const auto stored = encodeRecord(receipt);
+    printResult(simulator, simulator.stable ? stableReceipt(stored, ++number) : stored);
+  }
   return 0;
 }
 

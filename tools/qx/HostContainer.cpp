@@ -29,9 +29,14 @@ std::error_code makeDirectory(const fs::path& path) {
 
 }  // namespace
 
+QXPlatform::Error noContainersRoot() {
+  return {"HOME is not set, so there is no place for containers: set it, or name one by --groups-root"};
+}
+
 QXPlatform::Result<fs::path> makeContainer() {
   const auto group = AppGroupSDK::AppGroupDirectoryProvider::groupIdentifier();
   if (!group) return QXPlatform::Error{"the bundle names no app group under VT_QUORIX_APP_GROUP_KEY"};
+  if (!QXPlatform::containersRoot()) return noContainersRoot();
   const auto path = QXPlatform::containerPathForGroup(*group);
   if (!path) return QXPlatform::Error{"no container can be named after the app group " + *group};
   if (const auto error = makeDirectory(*path)) {

@@ -4,21 +4,29 @@
 #include <utility>
 
 #include "AppGroupSDK/records/ModuleAppMappingStore.h"
+#include "QXPlatform/files/Container.h"
 #include "QXPlatform/foundation/RawValues.h"
+#include "tools/qx/HostContainer.h"
+#include "tools/qx/Stable.h"
 
 namespace qx {
 
 int reportSave(const SimulatorOptions& simulator, std::string_view command, DataStoreStatus status,
                const std::optional<std::string>& path) {
   QXPlatform::Dictionary result{{"status", description(status)}};
-  if (path) result = result.setting("file", *path);
+  if (path) result = result.setting("file", shownPath(simulator, *path));
   printResult(simulator, result);
   if (status == DataStoreStatus::success) return 0;
   return fail(command, path ? *path + ": " + explain(status) : explain(status));
 }
 
+std::string shownPath(const SimulatorOptions& simulator, const std::string& path) {
+  return simulator.stable ? stablePath(path) : path;
+}
+
 std::string explain(DataStoreStatus status) {
   using enum DataStoreStatus;
+  if (status == containerUnavailable && !QXPlatform::containersRoot()) return noContainersRoot().message;
   constexpr auto kExplanations = std::to_array<QXPlatform::RawCase<DataStoreStatus>>({
       {success, "done"},
       {containerUnavailable,

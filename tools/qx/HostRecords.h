@@ -23,6 +23,9 @@ using AppGroupSDK::ExtensionModuleName;
 int reportSave(const SimulatorOptions& simulator, std::string_view command, DataStoreStatus status,
                const std::optional<std::string>& path);
 
+// A file as a result names it.
+std::string shownPath(const SimulatorOptions& simulator, const std::string& path);
+
 // Why a status came about, and what to do about it.
 std::string explain(DataStoreStatus status);
 

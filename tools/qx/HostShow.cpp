@@ -9,6 +9,7 @@
 #include "tools/qx/HostCommands.h"
 #include "tools/qx/HostRecords.h"
 #include "tools/qx/HostSecrets.h"
+#include "tools/qx/Stable.h"
 
 namespace qx {
 
@@ -22,14 +23,25 @@ struct Scope {
   std::string appId;
 };
 
+Dictionary shownValue(const SimulatorOptions& simulator, const Dictionary& record) {
+  const QXPlatform::Value* receipts = record.find("pnData");
+  if (!simulator.stable || receipts == nullptr) return hidingSecrets(record);
+  std::vector<QXPlatform::Value> stable;
+  for (const auto& each : receipts->elements()) {
+    stable.push_back(stableReceipt(*each.dictionary(), stable.size() + 1));
+  }
+  return record.setting("pnData", stable);
+}
+
 template <typename Model>
 void showRecord(const SimulatorOptions& simulator, std::string_view name, const DataStore& store,
                 const std::optional<Scope>& scope) {
   const auto fetched = store.fetch<Model>();
   Dictionary line{{"record", name}, {"status", description(fetched.status())}};
   if (scope) line = line.merging({{"module", stringValue(scope->module)}, {"appId", scope->appId}});
-  line = line.setting("file", recordPath<Model>(store).value_or(std::string(Model::dataStoreFileName())));
-  if (fetched.value()) line = line.setting("value", hidingSecrets(encodeRecord(*fetched.value())));
+  const auto path = recordPath<Model>(store).value_or(std::string(Model::dataStoreFileName()));
+  line = line.setting("file", shownPath(simulator, path));
+  if (fetched.value()) line = line.setting("value", shownValue(simulator, encodeRecord(*fetched.value())));
   printResult(simulator, line);
 }
 
@@ -81,8 +93,10 @@ void showDamaged(const SimulatorOptions& simulator, const std::vector<std::strin
   const auto container = AppGroupDirectoryProvider().containerURL();
   for (const auto& file : files) {
     if (!file.ends_with(DataStore::kSetAsideSuffix)) continue;
-    printResult(simulator, Dictionary{{"status", "damaged"},
-                                      {"file", container->appendingPathComponent(file).filePath()}});
+    printResult(
+        simulator,
+        Dictionary{{"status", "damaged"},
+                   {"file", shownPath(simulator, container->appendingPathComponent(file).filePath())}});
   }
 }
 

@@ -1,5 +1,8 @@
 #include "tools/qx/PushCommand.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <utility>
@@ -12,11 +15,16 @@
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "tools/qx/AttachmentsDirectory.h"
 #include "tools/qx/ExtensionEnvironment.h"
+#include "tools/qx/ExtensionLog.h"
 #include "tools/qx/ExtensionRun.h"
+#include "tools/qx/JUnit.h"
+#include "tools/qx/NamedPushes.h"
 #include "tools/qx/Progress.h"
 #include "tools/qx/PushFiles.h"
+#include "tools/qx/PushForPeople.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/SimulatedHostService.h"
+#include "tools/qx/Stable.h"
 #include "tools/qx/StandardErrorLogSink.h"
 
 namespace qx {
@@ -36,43 +44,84 @@ constexpr int kWrongUsage = 2;
 using Answer =
     std::function<Result<Dictionary>(const std::shared_ptr<const QXPlatform::UNNotificationRequest>&)>;
 
-QXPlatform::PushAnswers answerAll(const SimulatorOptions& simulator, const PushOptions& options,
+// What a run of pushes is about.
+struct Run {
+  const SimulatorOptions& simulator;
+  const PushOptions& options;
+  PushVerdicts& verdicts;
+};
+
+std::string fileOf(const PushOptions& options, const QXPlatform::PushText& push) {
+  const std::string name = !push.source.empty()    ? push.source
+                           : options.files.empty() ? "-"
+                                                   : options.files.front();
+  return name == "-" ? "standard input" : name;
+}
+
+// The text of an answer, of which the verdicts hear first.
+std::string present(const Run& run, const QXPlatform::AnsweredPush& answered,
+                    const AttachmentsDirectory& attachments) {
+  Result<Dictionary> answer = answered.answer;
+  if (answer && run.simulator.stable) answer = stableAnswer(*answer, attachments.path());
+  const QXPlatform::AnsweredPush shown{answered.push, answered.position, answer};
+  run.verdicts.note(shown, fileOf(run.options, shown.push) + ":" + std::to_string(shown.push.line));
+  return isForPeople(run.simulator) ? pushForPeople(shown, isInColour())
+                                    : resultText(run.simulator, answerToJSON(shown));
+}
+
+QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& attachments,
                                   const Answer& answer) {
-  PushFiles source(options.files);
+  PushFiles files(run.options.files);
+  NamedPushes source(files, run.options.identifier, run.simulator.stable);
   Progress progress("pushes");
   return QXPlatform::answerPushes(
       source, std::cout,
       {.answer = answer,
-       .jobs = options.jobs,
-       .pretty = simulator.pretty,
-       .progress = [&](std::size_t answered) { progress.show(answered, source.partOf(answered)); }});
+       .jobs = run.options.jobs,
+       .present = [&](const auto& answered) { return present(run, answered, attachments); },
+       .progress = [&](std::size_t answered) { progress.show(answered, files.partOf(answered)); }});
 }
 
-QXPlatform::PushAnswers pushToBuiltIn(const SimulatorOptions& simulator, const PushOptions& options,
-                                      const HostBehaviour& host) {
-  StandardErrorLogSink sink(simulator.logFormat);
-  const QXPlatform::ScopedLogSink logging(sink);
+QXPlatform::PushAnswers pushToBuiltIn(const Run& run, const HostBehaviour& host) {
+  const PushOptions& options = run.options;
+  StandardErrorLogSink sink(run.simulator.logFormat);
+  JudgedLog judged(sink, run.verdicts);
+  const QXPlatform::ScopedLogSink logging(judged);
   const AttachmentsDirectory attachments(options.attachments);
   QXPlatform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
                                              std::chrono::duration<double>(options.timeLimitSeconds),
                                              attachments.path());
-  const auto answers = answerAll(simulator, options, [&](const auto& request) -> Result<Dictionary> {
+  const auto answers = answerAll(run, attachments, [&](const auto& request) -> Result<Dictionary> {
     return extension.run(request).toJSON();
   });
   QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);
   return answers;
 }
 
-Result<QXPlatform::PushAnswers> pushToProgram(const SimulatorOptions& simulator, const PushOptions& options) {
-  setEnvironmentOf(*options.extension, simulator);
+Result<QXPlatform::PushAnswers> pushToProgram(const Run& run) {
+  const PushOptions& options = run.options;
   const AttachmentsDirectory attachments(options.attachments);
   std::vector<std::string> arguments{"--time-limit", std::to_string(options.timeLimitSeconds), "--jobs",
                                      std::to_string(options.jobs)};
   if (attachments.path()) arguments.insert(arguments.end(), {"--attachments", *attachments.path()});
-  ExtensionRun program(*options.extension, arguments);
+  std::unique_ptr<ExtensionLog> log;
+  if (run.verdicts.failsOn(PushFailure::logError)) {
+    auto opened = ExtensionLog::open(run.simulator.logFormat, [&run](const auto& record, const auto& push) {
+      run.verdicts.note(record, push);
+    });
+    if (!opened) return opened.error();
+    log = *std::move(opened);
+  }
+  SimulatorOptions shownTo = run.simulator;
+  if (log != nullptr) shownTo.logFormat = LogFormat::json;
+  setEnvironmentOf(*options.extension, shownTo);
+  ExtensionRun program({.program = *options.extension,
+                        .arguments = arguments,
+                        .environment = {},
+                        .errorOutput = log != nullptr ? log->descriptor() : STDERR_FILENO});
   if (const auto problem = program.start()) return *problem;
   const auto limit = std::chrono::duration<double>(options.timeLimitSeconds) + kGraceForProgram;
-  const auto answers = answerAll(simulator, options, [&](const auto& request) {
+  const auto answers = answerAll(run, attachments, [&](const auto& request) {
     return program.ask(QXPlatform::notificationRequestToJSON(*request), limit);
   });
   if (const auto problem = program.finish()) return *problem;
@@ -95,10 +144,34 @@ Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const
   return host;
 }
 
-int finish(const Result<QXPlatform::PushAnswers>& answers) {
+// Errors must be logged to be seen.
+SimulatorOptions withLogFor(const PushVerdicts& verdicts, SimulatorOptions simulator) {
+  using QXExtensionSDK::LogLevel;
+  if (verdicts.failsOn(PushFailure::logError))
+    simulator.logLevel = std::min(simulator.logLevel, LogLevel::error);
+  return simulator;
+}
+
+int reportFailures(const std::vector<TestCase>& cases) {
+  const auto failed = [](const TestCase& each) { return !each.failures.empty(); };
+  const auto first = std::ranges::find_if(cases, failed);
+  if (first == cases.end()) return 0;
+  const auto count = std::ranges::count_if(cases, failed);
+  return fail("push", std::to_string(count) + (count == 1 ? " push" : " pushes") + " failed, first " +
+                          first->name + ": " + first->failures.front());
+}
+
+int finish(const Result<QXPlatform::PushAnswers>& answers, const Run& run) {
   if (!answers) return fail("push", answers.error().message);
   if (answers->outputFailed) return fail("push", "the results cannot be written");
-  if (answers->errors == 0) return 0;
+  if (isForPeople(run.simulator)) std::cout << receiptsForPeople();
+  const auto cases = run.verdicts.testCases();
+  if (run.options.junit) {
+    const auto problem = writeJUnit(*run.options.junit, "qx push", cases);
+    if (problem) return fail("push", problem->message);
+  }
+  const int exitCode = reportFailures(cases);
+  if (answers->errors == 0) return exitCode;
   return fail("push", std::to_string(answers->errors) +
                           (answers->errors == 1 ? " push was" : " pushes were") +
                           " refused; the answers say which and why");
@@ -106,14 +179,16 @@ int finish(const Result<QXPlatform::PushAnswers>& answers) {
 
 }  // namespace
 
-int runPush(const SimulatorOptions& simulator, const PushOptions& options) {
+int runPush(const SimulatorOptions& asked, const PushOptions& options) {
+  PushVerdicts verdicts(options.failOn);
+  const SimulatorOptions simulator = withLogFor(verdicts, asked);
   const auto host = makeHostBehaviour(simulator, options);
   if (!host) {
     fail("push", host.error().message);
     return kWrongUsage;
   }
-  return finish(options.extension ? pushToProgram(simulator, options)
-                                  : pushToBuiltIn(simulator, options, *host));
+  const Run run{simulator, options, verdicts};
+  return finish(options.extension ? pushToProgram(run) : pushToBuiltIn(run, *host), run);
 }
 
 }  // namespace qx

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/qx/PushVerdicts.h"
 #include "tools/qx/SimulatorOptions.h"
 
 namespace qx {
@@ -21,6 +22,9 @@ struct PushOptions {
   std::size_t jobs = 1;
   std::optional<std::string> attachments;  // a directory, or "none"
   std::optional<std::filesystem::path> extension;
+  std::optional<std::string> identifier;  // of the one push; of several each has its number behind it
+  std::vector<PushFailure> failOn;
+  std::optional<std::string> junit;  // where the report goes
 };
 
 // Sends pushes through the service extension and prints what a device would show. Returns the exit code.

@@ -1,5 +1,8 @@
 #include "tools/qx/Results.h"
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <iostream>
 
 #include "QXPlatform/foundation/JSON.h"
@@ -11,6 +14,14 @@ std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Valu
   const auto style = simulator.pretty ? QXPlatform::JSONStyle::pretty : QXPlatform::JSONStyle::compact;
   const auto text = QXPlatform::writeJSON(result, style);
   return (text ? *text : result.description()) + "\n";
+}
+
+bool isForPeople(const SimulatorOptions& simulator) {
+  return !simulator.json && !simulator.pretty && isatty(STDOUT_FILENO) != 0;
+}
+
+bool isInColour() {
+  return isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
 }
 
 void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& result) {

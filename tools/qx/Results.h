@@ -11,6 +11,11 @@ namespace qx {
 // A command's result as it is written, with the end of the line.
 std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Value& result);
 
+// Whether results are for people, on a terminal where nobody has asked for JSON.
+bool isForPeople(const SimulatorOptions& simulator);
+// Whether standard output takes colours.
+bool isInColour();
+
 // Writes a command's result, as one line unless it is to be pretty, to standard output.
 void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& result);
 

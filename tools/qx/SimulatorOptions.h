@@ -18,13 +18,16 @@ struct SimulatorOptions {
   QXExtensionSDK::LogLevel logLevel = QXExtensionSDK::LogLevel::none;
   LogFormat logFormat = LogFormat::text;
   bool pretty = false;
+  bool json = false;    // on a terminal too
+  bool stable = false;  // results are the same in every run; of the commands that take it
 
   // Without what travels in the environment.
   static constexpr auto jsonFields() {
     using QXPlatform::jsonField;
     return QXPlatform::jsonFields(jsonField("logLevel", &SimulatorOptions::logLevel),
                                   jsonField("logFormat", &SimulatorOptions::logFormat),
-                                  jsonField("pretty", &SimulatorOptions::pretty));
+                                  jsonField("pretty", &SimulatorOptions::pretty),
+                                  jsonField("stable", &SimulatorOptions::stable));
   }
 };
 

@@ -74,13 +74,18 @@ Result<Record> readRecord(const std::string& file) {
   return *std::move(record);
 }
 
-std::filesystem::path defaultSenderFile() {
+Result<std::filesystem::path> defaultSenderFile() {
   const auto variable = [](const char* name) -> std::filesystem::path {
     const char* value = std::getenv(name);
     return value == nullptr ? "" : value;
   };
   const std::filesystem::path state = variable("XDG_STATE_HOME");
-  return (state.is_absolute() ? state : variable("HOME") / ".local" / "state") / "qx" / "vapid.json";
+  const std::filesystem::path home = variable("HOME");
+  if (!state.is_absolute() && home.empty()) {
+    return Error{
+        "HOME is not set, so there is no place for a sender's key: set it, or name a file by --vapid"};
+  }
+  return (state.is_absolute() ? state : home / ".local" / "state") / "qx" / "vapid.json";
 }
 
 Result<bool> makeSender(const std::filesystem::path& file) {
@@ -115,7 +120,9 @@ Result<WebPushReceiver> readSubscription(const std::string& file) {
 }
 
 Result<WebPushSender> readOrMakeSender(const std::optional<std::string>& file) {
-  const std::filesystem::path path = file ? std::filesystem::path(*file) : defaultSenderFile();
+  const Result<std::filesystem::path> where = file ? std::filesystem::path(*file) : defaultSenderFile();
+  if (!where) return where.error();
+  const std::filesystem::path& path = *where;
   std::error_code error;
   if (!std::filesystem::exists(path, error)) {
     if (const auto made = makeSender(path); !made) return made.error();

@@ -25,6 +25,7 @@
 #include "tools/qx/CarouselSteps.h"
 #include "tools/qx/ContextCommands.h"
 #include "tools/qx/HostCommands.h"
+#include "tools/qx/NearestWord.h"
 #include "tools/qx/PushCommand.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/SendCommand.h"
@@ -131,6 +132,15 @@ void addSimulatorOptions(CLI::App& app, qx::SimulatorOptions& options) {
       ->type_name("FORMAT")
       ->transform(nameOf<qx::LogFormat>());
   app.add_flag("--pretty", options.pretty, "Indent the results");
+  app.add_flag("--json", options.json, "Results as JSON on a terminal too");
+}
+
+void addStable(CLI::App& command, qx::SimulatorOptions& options) {
+  command.add_flag("--stable", options.stable, "Results that are the same in every run");
+}
+
+void addJUnit(CLI::App& command, std::optional<std::string>& file) {
+  command.add_option("--junit", file, "Also write a test report with one case a push")->type_name("FILE");
 }
 
 constexpr double kDay = QXPlatform::ServiceExtensionHost::kLongestTimeLimit.count();
@@ -158,6 +168,15 @@ void addPush(CLI::App& app, Invocation& invocation) {
   push.add_option("--attachments", options.attachments,
                   "Where thumbnails go; \"none\" removes them at the end")
       ->type_name("DIR");
+  push.add_option("--identifier", options.identifier,
+                  "Name of the push; of several each has its number behind it")
+      ->type_name("TEXT");
+  push.add_option("--fail-on", options.failOn, "Exit code 1 when one of these happened")
+      ->type_name("LIST")
+      ->delimiter(',')
+      ->transform(nameOf<qx::PushFailure>());
+  addJUnit(push, options.junit);
+  addStable(push, invocation.simulator);
   auto* program = push.add_option("--extension", options.extension,
                                   "A host's own service-extension program; its own log level wins")
                       ->type_name("PROGRAM")
@@ -217,6 +236,10 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
   carousel.add_option("--do", options.steps, "Steps in order: next, back, tick, tap, refresh:FILE, wait:MS")
       ->type_name("STEPS")
       ->check(CLI::Validator(checkSteps, ""));
+  carousel.add_option("--fail-on", options.failOnFailedImage, "Exit code 1 when it happens")
+      ->type_name("LIST")
+      ->transform(oneOf<bool>({{"failed-image", true}}));
+  addStable(carousel, invocation.simulator);
   carousel.parse_complete_callback([&options = options] {
     const double pixels = options.width * options.scale.value_or(qx::kDrawingScale);
     if (pixels <= qx::kMostPixelsAcross) return;
@@ -296,6 +319,7 @@ void addHostQuestion(CLI::App& host, const std::string& name, const std::string&
 void addHost(CLI::App& app, Invocation& invocation) {
   CLI::App& host = addGroup(app, "host", "Play the host application: write and read the shared records",
                             "Example:\n  qx host init && qx host receipts on && qx host show");
+  addStable(host, invocation.simulator);
   addSubcommand(host, "init", "Make the app group's container if it is not there",
                 "Example:\n  qx host init --groups-root /tmp/groups", invocation, qx::runHostInit);
   addHostSetDevice(host, invocation);
@@ -330,6 +354,7 @@ void addCheck(CLI::App& app, Invocation& invocation) {
       ->type_name("FORMAT")
       ->transform(nameOf<qx::FindingFormat>());
   check.add_flag("--strict", options.strict, "Warnings fail as well");
+  addJUnit(check, options.junit);
   check.add_option("--limit", options.limit, "Whose size limit counts: 4096 bytes of apns, 3993 of web-push")
       ->type_name("LIMIT")
       ->transform(nameOf<qx::PushLimit>());
@@ -403,8 +428,12 @@ void addContext(CLI::App& app, Invocation& invocation) {
 void addBackend(CLI::App& app, Invocation& invocation) {
   const auto [backend, options] = addSubcommand<qx::BackendOptions>(
       app, "backend", "Play the back end on the loopback and print requests",
-      "Example:\n  qx backend --port 8080 --status 503\n\n"
-      "Prints where it listens, then every request; ends on SIGINT or SIGTERM.",
+      "Examples:\n  qx backend --port 8080 --status 503\n"
+      "  qx backend --port 8080 --script answers.json --expect 2 --within 10\n\n"
+      "Prints where it listens, then every request; ends on SIGINT or SIGTERM. A script is a list of\n"
+      "{\"path\", \"method\", \"times\", \"status\", \"headers\", \"body\", \"delay\", \"close\"}, of which "
+      "the first answers\n"
+      "that fits a request and is not used up.",
       invocation, qx::runBackend);
   backend.add_option("--port", options.port, "Port to listen on; 0: a free one")
       ->type_name("P")
@@ -426,6 +455,18 @@ void addBackend(CLI::App& app, Invocation& invocation) {
       ->type_name("DIR")
       ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
   backend.add_flag("--tls", options.tls, "Talk TLS, with a throw-away certificate");
+  backend.add_option("--script", options.script, "Answers by request and in sequence, before all others")
+      ->type_name("FILE");
+  auto* expect = backend.add_option("--expect", options.expect, "End when so many POST requests have come")
+                     ->type_name("N")
+                     ->check(number<std::int64_t>([](std::int64_t count) { return count >= 1; },
+                                                  "must be a whole number of at least 1"));
+  auto* within = backend.add_option("--within", options.withinSeconds, "How long to wait for them")
+                     ->type_name("SECONDS")
+                     ->check(number<double>([](double seconds) { return seconds > 0 && seconds <= kDay; },
+                                            "must be above 0 and at most a day"))
+                     ->needs(expect);
+  expect->needs(within);
 }
 
 void addDemo(CLI::App& app, Invocation& invocation) {
@@ -434,13 +475,60 @@ void addDemo(CLI::App& app, Invocation& invocation) {
                 qx::runDemo);
 }
 
+// The command whose arguments were being read when something was not understood.
+const CLI::App& innermost(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? app : innermost(*chosen.back());
+}
+
+// What could stand where a command's arguments do.
+std::vector<std::string> knownWords(const CLI::App& app, bool options) {
+  std::vector<std::string> words;
+  if (!options) {
+    for (const auto* command : app.get_subcommands({})) words.push_back(command->get_name());
+    return words;
+  }
+  for (const CLI::App* level = &app; level != nullptr; level = level->get_parent()) {
+    for (const auto* option : level->get_options()) {
+      for (const std::string& name : option->get_lnames()) words.push_back("--" + name);
+    }
+  }
+  return words;
+}
+
+std::string explainUnknown(const CLI::App& app, const std::string& word) {
+  const bool isOption = word.starts_with('-');
+  const auto meant = qx::nearestWord(word.substr(0, word.find('=')), knownWords(innermost(app), isOption));
+  const std::string hint = meant ? "; did you mean " + *meant + "?" : "";
+  return "qx: there is no " + std::string(isOption ? "option " : "command ") + word + hint +
+         "\nRun with --help for more information.\n";
+}
+
 // What was not understood is the reason for what is missing.
 std::string explainWrongUsage(const CLI::App* app, const CLI::Error& error) {
-  const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+  const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
   const auto unknown = app->remaining(true);
-  return isMissing && !unknown.empty()
-             ? CLI::FailureMessage::simple(app, CLI::ExtrasError(app->get_name(), unknown))
-             : CLI::FailureMessage::simple(app, error);
+  const bool isUnknown = code == CLI::ExitCodes::RequiredError || code == CLI::ExitCodes::ExtrasError;
+  return isUnknown && !unknown.empty() ? explainUnknown(*app, unknown.front())
+                                       : CLI::FailureMessage::simple(app, error);
+}
+
+// `qx help push` is `qx push --help`.
+std::vector<std::string> wordsOf(int argc, char** argv) {
+  std::vector<std::string> words(argv + 1, argv + argc);
+  if (!words.empty() && words.front() == "help") {
+    words.erase(words.begin());
+    words.emplace_back("--help");
+  }
+  return words;
+}
+
+// Help is no answer to what was not understood.
+int exitAfter(const CLI::App& app, const CLI::ParseError& error) {
+  const auto unknown = app.remaining(true);
+  if (error.get_exit_code() != 0 || unknown.empty()) return app.exit(error) == 0 ? 0 : kWrongUsage;
+  std::cerr << explainUnknown(app, unknown.front());
+  return kWrongUsage;
 }
 
 int run(Invocation& invocation) {
@@ -459,6 +547,7 @@ int main(int argc, char** argv) {
                        reinterpret_cast<const char*>(QXExtensionSDK::QXExtensionSDKVersionString));
   app.require_subcommand(1);
   app.fallthrough();
+  app.footer("qx help COMMAND explains a command, with an example.");
   app.failure_message(explainWrongUsage);
 
   Invocation invocation;
@@ -474,9 +563,11 @@ int main(int argc, char** argv) {
   addDemo(app, invocation);
 
   try {
-    app.parse(argc, argv);
+    auto words = wordsOf(argc, argv);
+    std::ranges::reverse(words);  // as the parser takes them
+    app.parse(std::move(words));
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kWrongUsage;
+    return exitAfter(app, error);
   }
   // A reader of our output, or an extension, that goes away is an error to report, not the end.
   std::signal(SIGPIPE, SIG_IGN);

@@ -10,6 +10,7 @@
 namespace {
 
 using QXPlatform::Dictionary;
+using QXPlatform::URLError;
 
 support::Exchange::Outcome post(const std::string& url, const std::string& body) {
   QXPlatform::URLRequest request = support::requestTo(url);
@@ -53,6 +54,38 @@ TEST(BackendCommandTest, TalksTLSToThoseWhoTrustItsCertificate) {
   ::kill(backend.id(), SIGINT);
   EXPECT_EQ(backend.wait().exitCode, 0);
   EXPECT_FALSE(std::filesystem::exists(text(first, "caFile")));
+}
+
+TEST(BackendCommandTest, AnswersByItsScriptAndEndsWhenWhatItExpectsHasCome) {
+  const support::TemporaryDirectory directory;
+  const std::string script = directory.write("script.json", R"([
+      {"path": "/a", "method": "post", "times": 1, "status": 503, "headers": {"X-Why": "busy"}, "body": "later"},
+      {"path": "/a", "body": {"k": 1}, "delay": 0.05},
+      {"path": "/b", "close": true}])");
+  support::RunningProgram backend("qx", {"backend", "--script", script, "--expect", "4", "--within", "20"});
+  const std::string url = text(backend.nextLine(), "listening");
+  const auto busy = post(url + "/a?b=c", "{}");
+  EXPECT_EQ(busy.status(), 503);
+  EXPECT_EQ(busy.data, QXPlatform::Data("later"));
+  EXPECT_EQ(post(url + "/b", "{}").code(), URLError::Code::connectionLost);
+  EXPECT_EQ(post(url + "/else", "{}").status(), 200);
+  const auto last = post(url + "/a", "{}");
+  EXPECT_EQ(last.status(), 200);
+  EXPECT_EQ(last.data, QXPlatform::Data(R"({"k":1})"));
+  EXPECT_EQ(backend.wait().exitCode, 0);
+  EXPECT_EQ(support::runProgram("qx", {"backend", "--expect", "1", "--within", "0.05"}).exitCode, 1);
+
+  const std::pair<const char*, const char*> wrong[] = {
+      {"{}", "not a list of answers"},
+      {"[{}, {\"stauts\": 500}]", "/1: there is no key \"stauts\"; did you mean \"status\"?"},
+      {"[{\"status\": 99}]", "/0: status must be from 100 to 599"},
+      {"[{\"times\": \"2\"}]", "/0: /times: expected an integer"}};
+  for (const auto& [content, said] : wrong) {
+    const auto refused =
+        support::runProgram("qx", {"backend", "--script", directory.write("wrong.json", content)});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.errors.find(said), std::string::npos) << refused.errors;
+  }
 }
 
 TEST(BackendCommandTest, APortThatIsTakenIsAnErrorInOneLine) {

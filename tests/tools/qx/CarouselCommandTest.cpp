@@ -112,7 +112,8 @@ TEST_F(CarouselCommand, ReportsACollapsedViewForWhatCannotBeShown) {
   EXPECT_EQ(text(refreshed.lines()[4], "outcome"), "carousel");
 
   const auto drawn = carousel({other, "--png", path("none.png")});
-  EXPECT_EQ(drawn.exitCode, 0);
+  EXPECT_EQ(drawn.exitCode, 1);
+  EXPECT_TRUE(drawn.errors.starts_with("qx carousel: nothing to draw")) << drawn.errors;
   EXPECT_FALSE(std::filesystem::exists(path("none.png")));
 }
 
@@ -121,7 +122,8 @@ TEST_F(CarouselCommand, InflatesWhatTheServiceExtensionWouldHave) {
   for (const std::string plain : {"", R"(,"_rf":{"vt":{}})"}) {
     const auto result =
         carousel({"-"}, R"({"aps":{},"_sid":"VTQX","$_rf":")" + features + '"' + plain + "}\n");
-    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.errors.starts_with("qx carousel: there is no screen")) << result.errors;
     ASSERT_EQ(result.lines().size(), 1U);
     EXPECT_EQ(result.lines()[0]["panels"].elements().size(), 2U);
   }
@@ -186,6 +188,31 @@ TEST_F(CarouselCommand, SaysOnceThatNoFontHasALetter) {
   const auto result = carousel({push, "--do", "refresh:" + push});
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_EQ(result.errors, "qx carousel: no font of this system has all letters of \"\U000F1234\"\n");
+}
+
+TEST_F(CarouselCommand, SaysWhatItDrewAndWhichImageFailed) {
+  const std::string missing =
+      R"([{"id":"p","md":{"ul":")" + server_.url("/files/none.png") + R"("}},)" + panels(1).substr(1);
+  const std::string file = writeCarousel("push.json", missing);
+  for (const bool fails : {false, true}) {
+    std::vector<std::string> arguments{file, "--png", path("drawn.png"), "--all"};
+    if (fails) arguments.insert(arguments.end(), {"--fail-on", "failed-image"});
+    const auto result = carousel(arguments);
+    EXPECT_EQ(result.exitCode, fails ? 1 : 0);
+    EXPECT_EQ(
+        result.errors,
+        fails ? "qx carousel: the image of panel 0 failed: " + server_.url("/files/none.png") + "\n" : "");
+    ASSERT_EQ(result.lines().size(), 2U);
+    const auto drawn = result.lines()[1];
+    EXPECT_EQ(text(drawn, "step"), "draw");
+    EXPECT_EQ(drawn["panels"].elements()[0]["imageState"].string(), "failed");
+    EXPECT_EQ(drawn["panels"].elements()[1]["imageState"].string(), "success");
+  }
+  // What the images' arrival would change between two runs.
+  const auto stable = [&] { return carousel({file, "--stable", "--do", "tap,next,tap,back"}).output; };
+  EXPECT_EQ(stable(), stable());
+  const support::ScopedEnvironment platform("QT_QPA_PLATFORM", "no-such-platform");
+  EXPECT_EQ(carousel({file}).errors, "cannot open a window: no view platform works with this screen\n");
 }
 
 TEST_F(CarouselCommand, SaysWhatItRefuses) {

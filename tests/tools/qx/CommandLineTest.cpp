@@ -20,13 +20,23 @@ TEST(CommandLineTest, EveryHelpHasAnExample) {
     const auto help = runProgram("qx", words(std::string(subcommand) + " --help"));
     EXPECT_EQ(help.exitCode, 0) << subcommand;
     EXPECT_NE(help.output.find("Example"), std::string::npos) << help.output;
+    EXPECT_EQ(runProgram("qx", words(std::string("help ") + subcommand)).output, help.output);
   }
 }
 
 TEST(CommandLineTest, WrongUsageIsExitCodeTwoAndSaysWhatIsWrong) {
   const std::pair<const char*, const char*> table[] = {
       {"", "A subcommand is required"},
-      {"no-such-command", "not expected: no-such-command"},
+      {"no-such-command", "there is no command no-such-command\n"},
+      {"carusel f", "there is no command carusel; did you mean carousel?"},
+      {"host shwo --help", "there is no command shwo; did you mean show?"},
+      {"help bakcend", "did you mean backend?"},
+      {"push --attachements x", "there is no option --attachements; did you mean --attachments?"},
+      {"push --log-levle=debug", "did you mean --log-level?"},
+      {"push --fail-on expired,lost", "lost is not one of expired,no-attachment,log-error"},
+      {"carousel f --fail-on all", "all is not one of failed-image"},
+      {"backend --expect 1", "requires --within"},
+      {"host show more", "there is no command more"},
       {"host receipts maybe", "maybe is not one of on,off"},
       {"host show --log-level loud", "loud is not one of debug,warn,error,fault,none"},
       {"host show --bundle /nowhere", "/nowhere"},

@@ -145,10 +145,24 @@ TEST_F(HostCommandTest, PrintsReceiptsAndClicksAsStored) {
       R"({"notificationUniqueId":"m:r","isCarouselClick":true,"clickIndex":1,"actionType":0,"panelId":"p"})";
   write("carousel.mobileAppMessaging.m", click);
   EXPECT_EQ(host({"pending", "mobileAppMessaging"}).lines(), std::vector(2, support::dictionary(receipt)));
+  const auto stable = host({"pending", "mobileAppMessaging", "--stable"}).lines();
+  ASSERT_EQ(stable.size(), 2U);
+  EXPECT_EQ(stable[1]["uuid"].string(), "00000000-0000-0000-0000-000000000002");
+  EXPECT_EQ(stable[1]["eventDateUtc"].integer(), 0);
+  const auto shown = host({"show", "--stable"});
+  EXPECT_EQ(shown.output.find(root_.path()), std::string::npos) << shown.output;
+  EXPECT_NE(shown.output.find("/stable/group.com.veltro.quorix.simulator/com.veltro"), std::string::npos);
   EXPECT_EQ(host({"last-click", "mobileAppMessaging"}).lines(), std::vector{support::dictionary(click)});
 }
 
 TEST_F(HostCommandTest, FailsHonestly) {
+  for (const std::string command : {"init", "receipts on"}) {
+    const std::string script =
+        "env -u HOME -u XDG_DATA_HOME " + support::programPath("qx") + " host " + command;
+    const auto homeless = runProgram("/bin/sh", {"-c", script});
+    EXPECT_EQ(homeless.exitCode, 1);
+    EXPECT_NE(homeless.errors.find(": HOME is not set, "), std::string::npos) << homeless.errors;
+  }
   const auto noContainer = host({"receipts", "on"});
   EXPECT_EQ(noContainer.exitCode, 1);
   EXPECT_EQ(noContainer.lines(), (std::vector{Dictionary{{"status", "containerUnavailable"}}}));

@@ -1,6 +1,7 @@
 // `qx push` as a program: arguments, standard streams, exit codes.
 
 #include "QXPlatform/foundation/JSON.h"
+#include "tests/support/CarouselPayloads.h"
 #include "tests/support/Program.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
@@ -254,6 +255,97 @@ TEST(PushCommandTest, TheLogOfAProgramTakesTheFormatAskedFor) {
     thumbnailFailed |= line.find("message")->string()->starts_with("Thumbnail not attached: ");
   }
   EXPECT_TRUE(thumbnailFailed) << result.errors;
+}
+
+std::string carouselPush(const std::string& url) {
+  return R"({"aps":{"alert":{"title":"T","body":"B"}},"_sid":"VTQX","_rf":)" +
+         support::carousel(support::plainPanels(1, url)) + "}\n";
+}
+
+TEST(PushCommandTest, StableResultsAreTheSameInEveryRun) {
+  const backend::LoopbackServer server;
+  const support::TemporaryDirectory kept;
+  std::string input;
+  for (int i = 0; i < 4; ++i) input += carouselPush(server.url("/files/sunrise.png"));
+  const std::string program = support::programPath("example-service-extension");
+  for (const std::vector<std::string>& extension : {{}, std::vector<std::string>{"--extension", program}}) {
+    std::vector<std::string> arguments{"-", "--stable", "--jobs", "4"};
+    arguments.insert(arguments.end(), extension.begin(), extension.end());
+    const auto first = push(arguments, input);
+    arguments.insert(arguments.end(), {"--attachments", kept.path("a")});
+    EXPECT_EQ(push(arguments, input).output, first.output);
+    ASSERT_EQ(first.lines().size(), 4U) << first.errors;
+    const Dictionary third = first.lines()[2];
+    EXPECT_EQ(third["identifier"].string(), "00000000-0000-0000-0000-000000000003");
+    EXPECT_EQ(third["elapsedMs"].integer(), 0);
+    EXPECT_EQ(third["content"]["attachments"].elements()[0]["url"].string(),
+              "file:///stable/00000000-0000-0000-0000-000000000003/sunrise.png");
+  }
+}
+
+TEST(PushCommandTest, APushIsCalledAsTheUserSays) {
+  const auto names = [](const std::string& input) {
+    std::string joined;
+    for (const auto& line : push({"-", "--identifier", "spring"}, input).lines()) {
+      joined += std::string(line["identifier"].string().value_or("error")) + " ";
+    }
+    return joined;
+  };
+  EXPECT_EQ(names("{\"aps\":{}}"), "spring ");
+  EXPECT_EQ(names("{\"aps\":{}}\nnone\n{\"identifier\":\"own\",\"content\":{}}\n"),
+            "spring-1 error spring-3 ");
+}
+
+TEST(PushCommandTest, FailsOnWhatItIsToldTo) {
+  const backend::LoopbackServer server;
+  const support::TemporaryDirectory directory;
+  const std::string missing = carouselPush(server.url("/files/none.png"));
+  const std::string program = support::programPath("example-service-extension");
+  const std::string report = directory.path("report.xml");
+  using Words = std::vector<std::string>;
+  const struct {
+    Words arguments;
+    std::string input;
+    const char* said;  // empty: nothing failed
+  } table[] = {
+      {{"--fail-on", "expired", "--hook-hang", "--time-limit", "0.2"}, "{\"aps\":{}}", "expired"},
+      {{"--fail-on", "expired"}, missing, ""},
+      {{"--fail-on", "expired,no-attachment"}, missing, "no attachment"},
+      {{"--fail-on", "no-attachment"}, carouselPush(server.url("/files/night.png")), ""},
+      {{"--fail-on", "log-error"}, missing, "logged: Missing required messageId"},
+      {{"--fail-on", "log-error", "--extension", program}, missing, "logged: Missing required messageId"},
+      // The module's category says what a host did, not what went wrong.
+      {{"--fail-on", "log-error"}, "{\"aps\":{},\"_sid\":\"OTHER\"}", ""},
+  };
+  for (const auto& row : table) {
+    Words arguments{"-", "--attachments", "none", "--junit", report};
+    arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
+    const auto result = push(arguments, row.input);
+    const bool fails = *row.said != '\0';
+    EXPECT_EQ(result.exitCode, fails ? 1 : 0) << row.said << result.errors;
+    EXPECT_NE(
+        result.errors.find(fails ? "1 push failed, first standard input:1: " + std::string(row.said) : ""),
+        std::string::npos)
+        << result.errors;
+    std::ifstream file(report);
+    const std::string xml{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_NE(xml.find(fails ? "failures=\"1\"" : "failures=\"0\""), std::string::npos) << xml;
+    EXPECT_EQ(xml.find("<failure message=\"" + std::string(row.said)) != std::string::npos, fails) << xml;
+  }
+}
+
+TEST(PushCommandTest, OnATerminalAPushReadsAsADeviceShowsIt) {
+  const support::TemporaryDirectory directory;
+  const std::string file = directory.write(
+      "push.json", R"({"identifier":"i","content":{"title":"New \u001b[2Jin","body":"Three","badge":2}})");
+  const auto onTerminal = [&](const std::string& more) {
+    const std::string command = support::programPath("qx") + " push --stable " + more + file;
+    return runProgram("/usr/bin/script", {"-qec", command, "/dev/null"}).output;
+  };
+  EXPECT_EQ(onTerminal(""),
+            "\033[1mNew  [2Jin\033[0m\r\n  Three\r\n  badge     2\r\n"
+            "\033[2m  delivered after 0 ms, i\033[0m\r\n");
+  EXPECT_TRUE(onTerminal("--json ").starts_with("{\"content\":"));
 }
 
 // Beside the answers there are two connections, two trees and the push itself.

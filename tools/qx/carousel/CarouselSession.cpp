@@ -1,5 +1,6 @@
 #include "tools/qx/carousel/CarouselSession.h"
 
+#include <algorithm>
 #include <iostream>
 #include <utility>
 #include <vector>
@@ -89,13 +90,16 @@ CarouselSession::Refusal CarouselSession::runScript() {
   for (const CarouselStep& step : steps) {
     if (auto refused = take(step)) return refused;
   }
-  return invocation_.carousel.png ? draw() : std::nullopt;
+  if (invocation_.carousel.png) {
+    if (auto refused = draw()) return refused;
+  }
+  return judgeImages();
 }
 
 CarouselSession::Refusal CarouselSession::runWithoutScreen() {
   if (auto refused = load("load", invocation_.carousel.file)) return refused;
-  if (isShown()) std::cerr << "qx carousel: there is no screen for a window; --png draws into a file\n";
-  return std::nullopt;
+  if (!isShown()) return std::nullopt;
+  return Error{"there is no screen for a window; --png draws into a file"};
 }
 
 CarouselSession::Refusal CarouselSession::runWindow() {
@@ -106,11 +110,15 @@ CarouselSession::Refusal CarouselSession::runWindow() {
   }
   if (auto refused = play({{"step", "open"}, {"title", "qx carousel"}})) return refused;
   carousel_.runWindow();
-  return std::nullopt;
+  return judgeImages();
 }
 
 CarouselSession::Refusal CarouselSession::take(const CarouselStep& step) {
   if (step.kind == Kind::refresh) return load(step.name(), step.file);
+  // A tap waits until its click is stored, and an image may come meanwhile.
+  if (step.kind == Kind::tap && invocation_.simulator.stable) {
+    if (auto refused = waitForImages()) return refused;
+  }
   Dictionary command{{"step", step.name()}};
   if (step.kind == Kind::wait) command = command.setting("milliseconds", step.time.count());
   if (auto refused = play(command)) return refused;
@@ -118,12 +126,31 @@ CarouselSession::Refusal CarouselSession::take(const CarouselStep& step) {
   return std::nullopt;
 }
 
+CarouselSession::Refusal CarouselSession::waitForImages() {
+  return play({{"step", "wait"}, {"milliseconds", 0}});
+}
+
+CarouselSession::Refusal CarouselSession::judgeImages() {
+  if (!invocation_.carousel.failOnFailedImage || !isShown()) return std::nullopt;
+  if (auto refused = waitForImages()) return refused;
+  const auto panels = state_["panels"].elements();
+  const auto failed = std::ranges::find_if(
+      panels, [](const auto& panel) { return panel["imageState"].string() == "failed"; });
+  if (failed == panels.end()) return std::nullopt;
+  return Error{"the image of panel " + std::to_string(failed - panels.begin()) +
+               " failed: " + std::string((*failed)["url"].string().value_or(""))};
+}
+
 CarouselSession::Refusal CarouselSession::draw() {
+  if (!isShown()) return Error{"nothing to draw, the notification keeps its ordinary look"};
+  if (auto refused = drawPanels()) return refused;
+  state_ = state_.setting("step", "draw");
+  report();
+  return std::nullopt;
+}
+
+CarouselSession::Refusal CarouselSession::drawPanels() {
   const CarouselOptions& options = invocation_.carousel;
-  if (!isShown()) {
-    std::cerr << "qx carousel: nothing to draw, the notification keeps its ordinary look\n";
-    return std::nullopt;
-  }
   const std::size_t count = panelCount();
   if (options.all) {
     Refusal refused;

@@ -36,6 +36,10 @@ class CarouselSession {
   // Has the command carried out, and keeps how the carousel stands then.
   Refusal play(const QXPlatform::Dictionary& command);
   Refusal draw();
+  Refusal drawPanels();
+  // What the options have the images judged by.
+  Refusal judgeImages();
+  Refusal waitForImages();
   Refusal drawTo(std::size_t index, const std::filesystem::path& file);
   // Once.
   void reportMissingFont();

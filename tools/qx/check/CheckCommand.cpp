@@ -1,15 +1,13 @@
 #include "tools/qx/check/CheckCommand.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tools/qx/EachPush.h"
+#include "tools/qx/JUnit.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/SimulatedLog.h"
 #include "tools/qx/check/PlacedFindings.h"
@@ -19,8 +17,7 @@ namespace qx {
 namespace {
 
 std::string inFormat(FindingFormat format, const SimulatorOptions& simulator, const LocatedFinding& located) {
-  static const bool inColor = isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
-  if (format == FindingFormat::text) return toText(located, inColor);
+  if (format == FindingFormat::text) return toText(located, isInColour());
   if (format == FindingFormat::github) return toGitHub(located);
   return resultText(simulator, toJSON(located));
 }
@@ -38,12 +35,26 @@ std::string verdict(const PushPlace& place, const std::vector<LocatedFinding>& f
          (failures == 1 ? "" : "s") + ", first at " + where;
 }
 
+std::string testName(const PushPlace& place) {
+  return (place.file == "-" ? "standard input" : place.file) + ":" + std::to_string(place.line);
+}
+
+TestCase testCase(const PushPlace& place, const std::vector<LocatedFinding>& findings, bool strict) {
+  TestCase test{.name = testName(place)};
+  for (const LocatedFinding& located : findings) {
+    const Finding& finding = located.finding;
+    if (!strict && !finding.isError()) continue;
+    test.failures.push_back((finding.at.empty() ? "" : finding.at + ": ") + finding.message);
+  }
+  return test;
+}
+
 }  // namespace
 
 int runCheck(const SimulatorOptions& simulator, const CheckOptions& options) {
   const SimulatedLog log(simulator);
   const FindingFormat format =
-      options.format.value_or(isatty(STDOUT_FILENO) != 0 ? FindingFormat::text : FindingFormat::json);
+      options.format.value_or(isForPeople(simulator) ? FindingFormat::text : FindingFormat::json);
   std::vector<LocatedFinding> forSARIF;
   const auto print = [&](LocatedFinding& located) {
     if (format != FindingFormat::sarif) {
@@ -52,15 +63,24 @@ int runCheck(const SimulatorOptions& simulator, const CheckOptions& options) {
       forSARIF.push_back(std::move(located));
     }
   };
+  std::vector<TestCase> tests;
   const auto examine = [&](const std::string& text, const PushPlace& place) -> PushReport {
     return [&, place, findings = findPlaced(text, place, options.limit)]() mutable {
       const std::string failure = verdict(place, findings, options.strict);
+      tests.push_back(testCase(place, findings, options.strict));
       std::ranges::for_each(findings, print);
       std::cout.flush();
       return failure.empty() || fail("check", failure) == 0;
     };
   };
-  const int exitCode = forEachPush("check", options.input, examine);
+  const auto unreadable = [&](const PushPlace& place, const QXPlatform::Error& reason) {
+    tests.push_back({.name = testName(place), .error = reason.message});
+  };
+  int exitCode = forEachPush("check", options.input, examine, unreadable);
+  if (options.junit) {
+    const auto problem = writeJUnit(*options.junit, "qx check", tests);
+    if (problem) exitCode = fail("check", problem->message);
+  }
   if (format == FindingFormat::sarif) printResult(simulator, toSARIF(forSARIF));
   return exitCode;
 }

@@ -14,6 +14,7 @@ struct CheckOptions {
   std::optional<FindingFormat> format;  // absent: text on a terminal, JSON otherwise
   bool strict = false;                  // warnings fail as well
   PushLimit limit = PushLimit::apns;
+  std::optional<std::string> junit;  // where the report goes
 };
 
 // Says what a device refuses, ignores or replaces. Returns the exit code.

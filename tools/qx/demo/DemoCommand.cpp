@@ -10,6 +10,7 @@
 #include "QXPlatform/foundation/Base64.h"
 #include "QXPlatform/foundation/JSON.h"
 #include "tools/backend/Panels.h"
+#include "tools/qx/CarouselCommand.h"
 #include "tools/qx/RawDeflate.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/StandardErrorLogSink.h"
@@ -120,6 +121,10 @@ DemoFinding pushCarousel(DemoStage& stage) {
 DemoFinding drawCarousel(DemoStage& stage) {
   const std::size_t count = backend::panels().size();
   DemoFinding finding;
+  if (!hasCarousel()) {
+    finding.leftOut = "the carousel is not in this build";
+    return finding;
+  }
   finding.notes = {std::to_string(count) + " panels, carousel-0.png to carousel-" +
                    std::to_string(count - 1) + ".png"};
   for (std::size_t i = 0; i < count; ++i) std::filesystem::remove(drawing(stage, i));

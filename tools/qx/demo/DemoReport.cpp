@@ -85,11 +85,12 @@ void DemoReport::step(std::string_view title, const DemoFinding& finding,
                       std::chrono::duration<double, std::milli> elapsed) {
   const bool held = !finding.failure;
   everythingHeld_ = everythingHeld_ && held;
-  std::vector<std::string> lines{coloured(held ? "✓ " : "✗ ", held ? kGreen : kRed)
-                                     .append(title)
-                                     .append("  ")
-                                     .append(coloured(milliseconds(elapsed), kFaint))};
+  const std::string mark =
+      finding.leftOut ? coloured("– ", kFaint) : coloured(held ? "✓ " : "✗ ", held ? kGreen : kRed);
+  std::vector<std::string> lines{
+      std::string(mark).append(title).append("  ").append(coloured(milliseconds(elapsed), kFaint))};
   for (const std::string& note : finding.notes) lines.push_back(indented(note));
+  if (finding.leftOut) lines.push_back(indented("left out: " + *finding.leftOut));
   if (finding.failure) lines.push_back(indented(coloured(*finding.failure, kRed)));
   if (!finding.receipts.empty()) addReceipts(finding.receipts, lines);
   std::string text;
@@ -97,6 +98,7 @@ void DemoReport::step(std::string_view title, const DemoFinding& finding,
   QXPlatform::writeToStandardError(text + "\n");
   if (!writesJSON_) return;
   Dictionary json{{"step", title}, {"held", held}, {"elapsedMs", elapsed.count()}};
+  if (finding.leftOut) json = {{"step", title}, {"leftOut", *finding.leftOut}};
   if (finding.failure) json = json.setting("error", *finding.failure);
   if (!finding.receipts.empty()) json = json.setting("receipts", receiptsJSON(finding.receipts));
   printResult(simulator_, json);

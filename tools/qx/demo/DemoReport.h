@@ -16,7 +16,9 @@ struct DemoFinding {
   std::vector<std::string> notes;
   ReceiptTrails receipts;
   // Why the step did not hold; nothing when it did.
-  std::optional<std::string> failure;
+  std::optional<std::string> failure = {};
+  // Why it was not taken; nothing when it was.
+  std::optional<std::string> leftOut = {};
 };
 
 // Tells how the demonstration goes: for people on standard error, and as one JSON object a step on standard

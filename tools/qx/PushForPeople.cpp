@@ -1,0 +1,122 @@
+#include "tools/qx/PushForPeople.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
+#include "AppGroupSDK/records/DeliveryReceiptsModel.h"
+#include "QXPlatform/foundation/URL.h"
+#include "tools/qx/HostRecords.h"
+
+namespace qx {
+
+namespace {
+
+using QXPlatform::Dictionary;
+using QXPlatform::Value;
+
+constexpr std::string_view kBold = "1";
+constexpr std::string_view kFaint = "2";
+constexpr std::string_view kRed = "31";
+
+// What a push says must not move the cursor.
+std::string printable(std::string_view text) {
+  std::string shown(text);
+  std::ranges::replace_if(
+      shown, [](char byte) { return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f; }, ' ');
+  // The control characters beyond ASCII are two bytes in UTF-8.
+  for (std::size_t at = 0; (at = shown.find('\xC2', at)) != std::string::npos; ++at) {
+    if (at + 1 < shown.size() && static_cast<unsigned char>(shown[at + 1]) < 0xA0) shown.replace(at, 2, " ");
+  }
+  return shown;
+}
+
+class Page {
+ public:
+  explicit Page(bool inColour) : inColour_(inColour) {}
+
+  void add(std::string_view line, std::string_view code = "") {
+    if (line.empty()) return;
+    const bool coloured = inColour_ && !code.empty();
+    if (coloured) text_.append("\033[").append(code).append("m");
+    text_ += printable(line);
+    if (coloured) text_ += "\033[0m";
+    text_ += '\n';
+  }
+  void addField(const std::string& name, std::string_view text) {
+    constexpr std::size_t kWidth = 10;
+    if (text.empty()) return;
+    add("  " + name + std::string(kWidth - name.size(), ' ') + std::string(text));
+  }
+  std::string take() { return std::move(text_); }
+
+ private:
+  const bool inColour_;
+  std::string text_;
+};
+
+std::string text(const Value& value) {
+  return std::string(value.string().value_or(""));
+}
+
+std::string indented(const Value& value) {
+  const std::string line = text(value);
+  return line.empty() ? line : "  " + line;
+}
+
+std::string howItWent(const Dictionary& answer) {
+  const auto milliseconds = std::llround(answer["elapsedMs"].number().value_or(0));
+  return "  " + text(answer["outcome"]) + " after " + std::to_string(milliseconds) + " ms, " +
+         text(answer["identifier"]);
+}
+
+std::string keysOf(const Value& userInfo) {
+  std::string keys;
+  for (const auto& [key, value] : userInfo.dictionary().value_or(Dictionary())) {
+    keys += (keys.empty() ? "" : ", ") + std::string(key);
+  }
+  return keys;
+}
+
+}  // namespace
+
+std::string pushForPeople(const QXPlatform::AnsweredPush& answered, bool inColour) {
+  Page page(inColour);
+  if (!answered.answer) {
+    const std::string file = answered.push.source.empty() ? "" : answered.push.source + ": ";
+    page.add(
+        "✗ " + file + "line " + std::to_string(answered.push.line) + ": " + answered.answer.error().message,
+        kRed);
+    return page.take();
+  }
+  const Dictionary& answer = *answered.answer;
+  const Value& content = answer["content"];
+  const std::string title = text(content["title"]);
+  page.add(title.empty() ? "(no title)" : title, kBold);
+  page.add(indented(content["subtitle"]));
+  page.add(indented(content["body"]));
+  if (content["badge"].integer()) page.addField("badge", std::to_string(*content["badge"].integer()));
+  if (content["sound"].string()) page.addField("sound", text(content["sound"]));
+  for (const Value& attachment : content["attachments"].elements()) {
+    const auto url = QXPlatform::URL::parse(text(attachment["url"]));
+    page.addField("image", url && url->isFileURL() ? url->filePath() : text(attachment["url"]));
+  }
+  page.addField("userInfo", keysOf(content["userInfo"]));
+  page.add(howItWent(answer), answer["outcome"].string() == "expired" ? kRed : kFaint);
+  return page.take();
+}
+
+std::string receiptsForPeople() {
+  using AppGroupSDK::DeliveryReceiptsModel;
+  std::string lines;
+  for (const auto module : rawValues(QXPlatform::RawValuesOf<ExtensionModuleName>())) {
+    const auto receipts = fetchRecord<DeliveryReceiptsModel>(module);
+    if (!receipts) continue;
+    const std::size_t waiting = receipts->value() ? receipts->value()->pnData().size() : 0;
+    lines += "receipts of " + std::string(stringValue(module)) + ": " +
+             (waiting == 0 ? "none waits" : std::to_string(waiting) + " not delivered yet") + "\n";
+  }
+  return lines;
+}
+
+}  // namespace qx

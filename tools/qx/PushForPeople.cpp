@@ -78,15 +78,21 @@ std::string keysOf(const Value& userInfo) {
   return keys;
 }
 
+// A file that cannot be opened is named in the reason already.
+std::string refusal(const QXPlatform::AnsweredPush& answered) {
+  const std::string& reason = answered.answer.error().message;
+  const std::string& file = answered.push.source;
+  const std::string place = "line " + std::to_string(answered.push.line) + ": " + reason;
+  if (file.empty()) return place;
+  return reason.starts_with(file + ": ") ? reason : file + ": " + place;
+}
+
 }  // namespace
 
 std::string pushForPeople(const QXPlatform::AnsweredPush& answered, bool inColour) {
   Page page(inColour);
   if (!answered.answer) {
-    const std::string file = answered.push.source.empty() ? "" : answered.push.source + ": ";
-    page.add(
-        "✗ " + file + "line " + std::to_string(answered.push.line) + ": " + answered.answer.error().message,
-        kRed);
+    page.add("✗ " + refusal(answered), kRed);
     return page.take();
   }
   const Dictionary& answer = *answered.answer;

@@ -346,6 +346,8 @@ TEST(PushCommandTest, OnATerminalAPushReadsAsADeviceShowsIt) {
             "\033[1mNew  [2Jin\033[0m\r\n  Three\r\n  badge     2\r\n"
             "\033[2m  delivered after 0 ms, i\033[0m\r\n");
   EXPECT_TRUE(onTerminal("--json ").starts_with("{\"content\":"));
+  EXPECT_TRUE(
+      onTerminal("/no/file ").starts_with("\033[31m✗ /no/file: No such file or directory\033[0m\r\n"));
 }
 
 // Beside the answers there are two connections, two trees and the push itself.

@@ -7,6 +7,7 @@
 #include "AppGroupSDK/records/DeliveryReceiptsModel.h"
 #include "QXPlatform/foundation/URL.h"
 #include "tools/qx/HostRecords.h"
+#include "tools/qx/PushVerdicts.h"
 
 namespace qx {
 
@@ -70,9 +71,9 @@ std::string howItWent(const Dictionary& answer) {
          text(answer["identifier"]);
 }
 
-std::string keysOf(const Value& userInfo) {
+std::string keysOf(const Dictionary& userInfo) {
   std::string keys;
-  for (const auto& [key, value] : userInfo.dictionary().value_or(Dictionary())) {
+  for (const auto& [key, value] : userInfo) {
     keys += (keys.empty() ? "" : ", ") + std::string(key);
   }
   return keys;
@@ -107,7 +108,9 @@ std::string pushForPeople(const QXPlatform::AnsweredPush& answered, bool inColou
     const auto url = QXPlatform::URL::parse(text(attachment["url"]));
     page.addField("image", url && url->isFileURL() ? url->filePath() : text(attachment["url"]));
   }
-  page.addField("userInfo", keysOf(content["userInfo"]));
+  const Dictionary userInfo = content["userInfo"].dictionary().value_or(Dictionary());
+  if (content["attachments"].elements().empty() && asksForThumbnail(userInfo)) page.addField("image", "none");
+  page.addField("userInfo", keysOf(userInfo));
   page.add(howItWent(answer), answer["outcome"].string() == "expired" ? kRed : kFaint);
   return page.take();
 }

@@ -13,7 +13,14 @@ namespace {
 
 using QXPlatform::Dictionary;
 
-// Whether this system's push carries a carousel whose first panel has an image, or one that was not inflated.
+bool isError(const QXPlatform::LogRecord& record) {
+  using QXExtensionSDK::LogCategory;
+  return record.type >= QXPlatform::LogType::error &&
+         record.category != QXExtensionSDK::categoryString(LogCategory::module);
+}
+
+}  // namespace
+
 bool asksForThumbnail(const Dictionary& userInfo) {
   using namespace QXExtensionSDK;
   if (!VTQXUtility::isVTQXPush(userInfo)) return false;
@@ -23,14 +30,6 @@ bool asksForThumbnail(const Dictionary& userInfo) {
   const auto panels = userInfo[kRichFeaturesKey]["vt"]["it"].elements();
   return !panels.empty() && panels.front()["md"]["ul"].string().has_value();
 }
-
-bool isError(const QXPlatform::LogRecord& record) {
-  using QXExtensionSDK::LogCategory;
-  return record.type >= QXPlatform::LogType::error &&
-         record.category != QXExtensionSDK::categoryString(LogCategory::module);
-}
-
-}  // namespace
 
 bool PushVerdicts::failsOn(PushFailure failure) const {
   return std::ranges::find(failOn_, failure) != failOn_.end();

@@ -24,6 +24,10 @@ constexpr auto rawValues(QXPlatform::RawValuesOf<PushFailure>) {
                                                           {PushFailure::logError, "log-error"}});
 }
 
+// Whether it is this system's push, with a carousel whose first panel has an image or one that was not
+// inflated.
+bool asksForThumbnail(const QXPlatform::Dictionary& userInfo);
+
 // Judges the pushes of a run by what is to count as a failure. Any thread.
 class PushVerdicts {
  public:

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 
 #include "QXPlatform/foundation/Value.h"
 #include "QXPlatform/log/StandardError.h"
@@ -78,7 +79,7 @@ std::string milliseconds(std::chrono::duration<double, std::milli> elapsed) {
 
 DemoReport::DemoReport(const SimulatorOptions& simulator)
     : simulator_(simulator),
-      inColour_(isatty(STDERR_FILENO) != 0),
+      inColour_(isatty(STDERR_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr),
       writesJSON_(isatty(STDOUT_FILENO) == 0 || isatty(STDERR_FILENO) == 0) {}
 
 void DemoReport::step(std::string_view title, const DemoFinding& finding,

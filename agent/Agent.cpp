@@ -1,5 +1,6 @@
 #include "agent/Agent.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include "QXPlatform/log/Log.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
 #include "QXPlatform/notifications/PushLines.h"
+#include "agent/presentation/Attachments.h"
 #include "agent/presentation/NotificationServer.h"
 #include "agent/presentation/PortalPresenter.h"
 
@@ -57,11 +59,18 @@ void removeAll(const std::vector<std::filesystem::path>& files) {
 
 Agent::Agent(EventLoop& loop, const Bus& bus, const Database& database, Setting setting)
     : loop_(loop),
+      bus_(bus),
       setting_(std::move(setting)),
       spool_(database),
       registrations_(database),
       usesUnits_(hasUserManager()),
-      extension_(loop, [this] { return startServiceExtension(); }),
+      extension_(
+          loop, [this] { return startServiceExtension(); },
+          [this] {
+            // What a burst of pushes has left behind is not to stay for as long as the agent does.
+            malloc_trim(0);
+            if (!idle_.isRunning() && !isBusy()) endWhenIdle();
+          }),
       delivery_(loop, spool_, extension_,
                 {setting_.installation.name, temporaryOf(setting_.state), filesOf(setting_.state)},
                 [this] { settle(); }),
@@ -80,7 +89,7 @@ Agent::Agent(EventLoop& loop, const Bus& bus, const Database& database, Setting 
     presenter_ = std::make_unique<PortalPresenter>(bus, presenterEvents());
   } else {
     presenter_ = std::make_unique<NotificationServer>(
-        bus,
+        loop, bus,
         AppIdentity{installation.app, installation.name, installation.icon, installation.bundle.value_or("")},
         presenterEvents());
   }
@@ -124,18 +133,25 @@ void Agent::start() {
   std::filesystem::remove_all(temporaryOf(setting_.state), ignored);
   for (const auto& directory : {temporaryOf(setting_.state), filesOf(setting_.state)})
     std::filesystem::create_directories(directory, ignored);
+  // What is on its way then is kept for the next run.
+  loop_.setEndHandler([this] { bus_.releaseName(setting_.installation.busName()); });
   forgetEarlierSessions();
   removeForgottenFiles();
   unifiedPush_.renew();
   delivery_.takeUp();
   if (setting_.readsLines) {
-    lines_.emplace(
-        loop_, STDIN_FILENO, [this](std::string_view line) { return receive("", line); },
-        [this] {
-          linesEnded_ = true;
-          settle();
-        });
+    lines_.emplace(loop_, STDIN_FILENO, lineHandlers());
   }
+}
+
+LineSource::Handlers Agent::lineHandlers() {
+  return {.take = [this](std::string_view line) { return receive("", line); },
+          .refuse = [this](const std::string& reason) { spool_.putAside("", "", "no push: " + reason); },
+          .ended =
+              [this] {
+                linesEnded_ = true;
+                settle();
+              }};
 }
 
 bool Agent::receive(std::string_view key, std::string_view text) {
@@ -230,10 +246,10 @@ void Agent::forgetEarlierSessions() {
 }
 
 void Agent::removeForgottenFiles() {
-  if (spool_.hasShown() || !spool_.waitingAfter(0, 1).empty()) return;
   std::error_code ignored;
-  for (const auto& file : std::filesystem::directory_iterator(filesOf(setting_.state), ignored))
-    std::filesystem::remove(file, ignored);
+  for (const auto& file : std::filesystem::directory_iterator(filesOf(setting_.state), ignored)) {
+    if (!spool_.isInUse(pushOfFile(file), file)) std::filesystem::remove(file, ignored);
+  }
 }
 
 bool Agent::isBusy() {
@@ -251,7 +267,13 @@ void Agent::settle() {
 }
 
 void Agent::endWhenIdle() {
-  if (!isBusy()) loop_.stop(0);
+  if (isBusy()) return;
+  // What it has in hand besides pushes, such as receipts; its end leads here again.
+  if (extension_.isRunning()) return extension_.retire();
+  bus_.releaseName(setting_.installation.busName());
+  // A push that was on its way; should another agent have the name by now, it takes up all that waits.
+  if (isBusy() && bus_.requestName(setting_.installation.busName())) return;
+  loop_.stop(0);
 }
 
 }  // namespace QXAgent

@@ -44,6 +44,7 @@ class Agent final : private PushReceiver {
   bool receive(std::string_view key, std::string_view text) override;
   void refuse(std::string_view reason) override;
 
+  LineSource::Handlers lineHandlers();
   PresenterEvents presenterEvents();
   void invoked(std::uint32_t id, const std::string& action, const std::string& token);
   void openWindow(const ShownNotification& notification, const std::string& token);
@@ -53,7 +54,7 @@ class Agent final : private PushReceiver {
   void forget(const ShownNotification& notification);
   // Those that a server showed which is no more.
   void forgetEarlierSessions();
-  // What a kill has left: looked for when nothing can be in use.
+  // What a kill has left.
   void removeForgottenFiles();
   // In a unit of its own where the user's service manager can, else as a child.
   QXPlatform::Result<StartedProgram> startServiceExtension();
@@ -66,6 +67,7 @@ class Agent final : private PushReceiver {
   void endWhenIdle();
 
   EventLoop& loop_;
+  const Bus& bus_;
   const Setting setting_;
   Spool spool_;
   RegistrationStore registrations_;

@@ -4,18 +4,19 @@
 #include <malloc.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <iostream>
+#include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/foundation/JSON.h"
-#include "QXPlatform/notifications/PushLines.h"
-#include "QXPlatform/notifications/StandardInput.h"
 #include "agent/Agent.h"
 #include "agent/environment/Directories.h"
 #include "agent/webpush/Base64URL.h"
@@ -32,6 +33,8 @@ using QXPlatform::Value;
 
 // The distributor may take its time, and the agent gives up before this.
 constexpr std::chrono::seconds kLongestRegistration{25};
+constexpr std::chrono::milliseconds kLongestEnd{5'000};
+constexpr std::chrono::milliseconds kLook{20};
 
 int fail(const std::string& what) {
   std::cerr << "qx-agent: " << what << '\n';
@@ -58,23 +61,44 @@ Result<FileDescriptor> lockState(const std::filesystem::path& directory) {
     return Error{directory.string() + ": " + std::strerror(errno)};
   FileDescriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!lock.valid()) return Error{directory.string() + ": " + std::strerror(errno)};
-  if (flock(lock.get(), LOCK_EX | LOCK_NB) != 0) return Error{"another agent uses " + directory.string()};
+  // An agent that ends gives its name away first.
+  for (auto left = kLongestEnd; flock(lock.get(), LOCK_EX | LOCK_NB) != 0; left -= kLook) {
+    if (left <= left.zero()) return Error{"another agent uses " + directory.string()};
+    std::this_thread::sleep_for(kLook);
+  }
   return lock;
 }
 
-// Gives what comes on standard input to the agent that runs.
-int handOverLines(const Bus& bus, const std::string& agent) {
-  QXPlatform::PushLineSource source(QXPlatform::standardInput());
-  while (const auto push = source.next()) {
+// Gives what comes on standard input to the agent that runs. A line that it cannot take now, or that comes
+// while the bus starts it again, is offered until it is taken.
+int handOverLines(EventLoop& loop, const Bus& bus, const std::string& agent) {
+  int exitCode = 0;
+  const auto take = [&](std::string_view line) {
     auto call = bus.newCall(agent.c_str(), kPushPath, kPushInterface, "Deliver");
-    sd_bus_message_append_array(call.get(), 'y', push->text.data(), push->text.size());
+    sd_bus_message_append_array(call.get(), 'y', line.data(), line.size());
     std::string error;
-    if (push->unreadable)
-      return fail("line " + std::to_string(push->line) + ": " + push->unreadable->message);
-    if (bus.ask(call, &error, kLongestRegistration) == nullptr)
-      return fail("line " + std::to_string(push->line) + ": the running agent does not take it: " + error);
-  }
-  return 0;
+    if (bus.ask(call, &error, kLongestRegistration) != nullptr) return true;
+    fail("the running agent does not take a line, which is offered again: " + error);
+    return false;
+  };
+  const LineSource lines(loop, STDIN_FILENO,
+                         {.take = take,
+                          .refuse = [&](const std::string& reason) { exitCode = fail(reason); },
+                          .ended = [&] { loop.stop(exitCode); }});
+  return loop.run();
+}
+
+// What is installed or gone counts at once; each of the two may be absent.
+void reloadServices() {
+  EventLoop loop;
+  const auto bus = Bus::connect(loop);
+  if (!bus) return;
+  bus->ask(
+      bus->newCall("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReloadConfig"));
+  const auto call = bus->newCall("org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+                                 "org.freedesktop.systemd1.Manager", "Reload");
+  sd_bus_message_set_auto_start(call.get(), 0);
+  bus->ask(call, nullptr, kLongestRegistration);
 }
 
 int runOn(EventLoop& loop, const Bus& bus, const Installation& installation, const RunOptions& options) {
@@ -117,7 +141,7 @@ int runAgent(const RunOptions& options) {
   } catch (const DatabaseError& error) {
     return fail(stateDirectory(options.app).string() + ": " + error.message);
   }
-  return options.readsLines ? handOverLines(*bus, installation->busName())
+  return options.readsLines ? handOverLines(loop, *bus, installation->busName())
                             : fail("an agent of " + options.app + " runs already");
 }
 
@@ -131,7 +155,9 @@ int runInstall(Installation installation) {
   }
   if (installation.name.empty()) installation.name = installation.app;
   const auto done = install(std::move(installation), self);
-  return done ? printFiles(done->files) : fail(done.error().message);
+  if (!done) return fail(done.error().message);
+  reloadServices();
+  return printFiles(done->files);
 }
 
 int runUninstall(const std::string& app) {
@@ -141,6 +167,7 @@ int runUninstall(const std::string& app) {
   const auto removed = removeFiles(*installation);
   std::error_code ignored;
   std::filesystem::remove_all(stateDirectory(app), ignored);
+  reloadServices();
   return printFiles(removed);
 }
 

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "QXPlatform/foundation/JSON.h"
-#include "QXPlatform/log/Log.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "agent/presentation/Attachments.h"
@@ -51,9 +50,10 @@ Delivery::Delivery(EventLoop& loop, Spool& spool, ServiceExtension& extension, S
       retry_(loop, [this] { showNext(); }) {}
 
 void Delivery::takeUp() {
-  if (inHand_.size() < kMostInHand) {
-    for (WaitingPush& push : spool_.waitingAfter(lastTaken_, kMostInHand - inHand_.size()))
-      take(std::move(push));
+  while (inHand_.size() < kMostInHand) {
+    auto pushes = spool_.waitingAfter(lastTaken_, kMostInHand - inHand_.size());
+    if (pushes.empty()) break;
+    for (WaitingPush& push : pushes) take(std::move(push));
   }
   if (inHand_.empty()) return idle_();
   goOnSoon();
@@ -63,11 +63,8 @@ void Delivery::take(WaitingPush push) {
   const std::int64_t number = lastTaken_ = push.number;
   const auto parsed = QXPlatform::parseJSON(push.text, QXPlatform::kFullRequestLimits);
   const auto request = parsed ? QXPlatform::notificationRequestFromJSON(*parsed) : parsed.error();
-  if (!request) {
-    QXPlatform::os_log({"qx-agent", "Delivery", QXPlatform::LogType::error,
-                        "a push in the spool is damaged: " + request.error().message});
-    return;
-  }
+  if (!request)
+    return spool_.putAsideWaiting(number, "a push in the spool is damaged: " + request.error().message);
   push.text.clear();
   InHand& taken = inHand_[number];
   taken.push = std::move(push);
@@ -159,10 +156,9 @@ void Delivery::finishShowing(std::int64_t number, const Result<std::uint32_t>& r
   pause_ = std::chrono::seconds(0);
   const auto shown = inHand_.extract(number);
   const auto& [push, request, isAsked, content, ready] = shown.mapped();
-  if (const auto earlier = spool_.shown(push.identifier)) removeFiles(earlier->files);
-  spool_.recordShown(
+  removeFiles(spool_.recordShown(
       number, {push.identifier, presenter_->session(), *result, compact(content->removing("attachments")),
-               attachmentsIn(setting_.files, *content)});
+               attachmentsIn(setting_.files, *content)}));
   takeUp();
 }
 

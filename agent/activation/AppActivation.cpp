@@ -26,7 +26,7 @@ std::string objectPath(const std::string& app) {
 
 void AppActivation::activate(const std::string& identifier, const std::string& token) const {
   const auto entry = DesktopEntry::find(app_);
-  if ((entry && entry->isBusActivatable) || !bus_.ownerOf(app_).empty()) {
+  if ((entry && entry->isBusActivatable) || bus_.ownerOf(app_) != "") {
     const bool listsAction = entry && std::ranges::find(entry->actions, kAction) != entry->actions.end();
     return callApp(listsAction, identifier, token);
   }

@@ -27,14 +27,20 @@ class ContentWindow {
   bool hasEnded() const { return hasEnded_; }
 
  private:
+  // Whether there may be more at once.
+  bool readSome();
   void read();
+  void takeExit();
+  void end();
   End judge() const;
 
   const StartedProgram started_;
   const std::function<void(End)> ended_;
   std::string output_;
+  bool isAtEnd_ = false;
   bool hasEnded_ = false;
   Watch watch_;
+  Watch exit_;
 };
 
 }  // namespace QXAgent

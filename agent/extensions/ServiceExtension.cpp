@@ -55,7 +55,14 @@ class ServiceExtension::Run {
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
-  bool takesRequests() const { return !retired_ && !process_.hasEnded(); }
+  // One that is being ended is still there for a while.
+  bool takesRequests() const { return !retired_ && !process_.hasEnded() && !process_.endReason(); }
+  // What it has in hand, receipts among it, it may bring to an end.
+  void retire() {
+    if (std::exchange(retired_, true)) return;
+    process_.closeInput();
+    patience_.start(kLongestExit);
+  }
   // A program whose output has ended answers no more, and may be killed.
   bool hasEnded() const { return process_.hasEnded(); }
 
@@ -103,9 +110,7 @@ class ServiceExtension::Run {
 
   void losePatience() {
     if (retired_) return process_.end("the extension did not exit after its input had ended");
-    retired_ = true;
-    process_.closeInput();
-    patience_.start(kLongestExit);
+    retire();
   }
 
   void checkMemory() {
@@ -128,8 +133,11 @@ class ServiceExtension::Run {
   Timer memory_;
 };
 
-ServiceExtension::ServiceExtension(EventLoop& loop, Starter start)
-    : loop_(loop), start_(std::move(start)), sweep_(loop, [this] { removeEnded(); }) {}
+ServiceExtension::ServiceExtension(EventLoop& loop, Starter start, std::function<void()> ended)
+    : loop_(loop),
+      start_(std::move(start)),
+      ended_(std::move(ended)),
+      sweep_(loop, [this] { removeEnded(); }) {}
 
 ServiceExtension::~ServiceExtension() = default;
 
@@ -146,6 +154,11 @@ void ServiceExtension::ask(const Dictionary& request, Completion completion) {
 
 void ServiceExtension::removeEnded() {
   runs_.remove_if([](const auto& run) { return run->hasEnded(); });
+  if (runs_.empty()) ended_();
+}
+
+void ServiceExtension::retire() {
+  for (const auto& run : runs_) run->retire();
 }
 
 }  // namespace QXAgent

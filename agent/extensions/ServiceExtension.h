@@ -33,8 +33,9 @@ class ServiceExtension {
   using Completion = std::function<void(Outcome)>;
   using Starter = std::function<QXPlatform::Result<StartedProgram>()>;
 
-  // A program whose process is known is ended when it holds more than kExtensionMemory.
-  ServiceExtension(EventLoop& loop, Starter start);
+  // A program whose process is known is ended when it holds more than kExtensionMemory. `ended` is called
+  // whenever none runs any more.
+  ServiceExtension(EventLoop& loop, Starter start, std::function<void()> ended);
   ~ServiceExtension();
 
   // Calls back once, at once when no program can be started.
@@ -42,6 +43,8 @@ class ServiceExtension {
   void ask(const QXPlatform::Dictionary& request, Completion completion);
   // Whether a program of it runs, perhaps only to send receipts.
   bool isRunning() const { return !runs_.empty(); }
+  // Lets what runs finish what it has in hand, and exit.
+  void retire();
 
  private:
   class Run;
@@ -50,6 +53,7 @@ class ServiceExtension {
 
   EventLoop& loop_;
   const Starter start_;
+  const std::function<void()> ended_;
   std::list<std::unique_ptr<Run>> runs_;  // all but the last only end
   Timer sweep_;
 };

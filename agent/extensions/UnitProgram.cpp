@@ -28,7 +28,15 @@ using Slot = QXPlatform::Handle<sd_bus_slot, sd_bus_slot_unref>;
 constexpr const char* kManager = "org.freedesktop.systemd1";
 constexpr const char* kPath = "/org/freedesktop/systemd1";
 constexpr const char* kInterface = "org.freedesktop.systemd1.Manager";
+// All in all: nothing else happens meanwhile.
 constexpr std::chrono::seconds kLongestStart{5};
+using Deadline = std::chrono::steady_clock::time_point;
+
+std::uint64_t timeLeft(Deadline deadline) {
+  const auto left = std::chrono::ceil<std::chrono::microseconds>(deadline - std::chrono::steady_clock::now());
+  // None at all would stand for the library's own limit.
+  return static_cast<std::uint64_t>(std::max<std::int64_t>(left.count(), 1));
+}
 
 // A connection of its own, since the start is waited for and nothing else is to happen meanwhile.
 Connection connect() {
@@ -43,11 +51,10 @@ Message newCall(const Connection& bus, const char* member) {
   return Message(call);
 }
 
-Result<Message> ask(const Connection& bus, const Message& call) {
+Result<Message> ask(const Connection& bus, const Message& call, Deadline deadline) {
   sd_bus_message* reply = nullptr;
   sd_bus_error problem = SD_BUS_ERROR_NULL;
-  const auto limit = std::chrono::duration_cast<std::chrono::microseconds>(kLongestStart).count();
-  const int status = sd_bus_call(bus.get(), call.get(), static_cast<std::uint64_t>(limit), &problem, &reply);
+  const int status = sd_bus_call(bus.get(), call.get(), timeLeft(deadline), &problem, &reply);
   const std::string why = problem.message != nullptr ? problem.message : std::strerror(-status);
   sd_bus_error_free(&problem);
   if (status < 0) return Error{"the service manager failed: " + why};
@@ -170,15 +177,12 @@ int noteRemovedJob(sd_bus_message* signal, void* data, sd_bus_error*) {
   return 0;
 }
 
-std::string awaitJob(const Connection& bus, const Start& start) {
-  const auto deadline = std::chrono::steady_clock::now() + kLongestStart;
+std::string awaitJob(const Connection& bus, const Start& start, Deadline deadline) {
   while (start.result.empty()) {
-    const auto left =
-        std::chrono::ceil<std::chrono::microseconds>(deadline - std::chrono::steady_clock::now());
-    if (left.count() <= 0) return "it takes too long";
+    if (std::chrono::steady_clock::now() >= deadline) return "it takes too long";
     const int processed = sd_bus_process(bus.get(), nullptr);
     if (processed < 0) return std::strerror(-processed);
-    if (processed == 0) sd_bus_wait(bus.get(), static_cast<std::uint64_t>(left.count()));
+    if (processed == 0) sd_bus_wait(bus.get(), timeLeft(deadline));
   }
   return start.result;
 }
@@ -197,14 +201,17 @@ Result<StartedProgram> startUnit(const ProgramStart& start, const UnitLimits& li
   const Connection bus = connect();
   if (bus == nullptr) return Error{"there is no session bus"};
   const std::string unit = "qx-agent-" + QXPlatform::makeUUIDString() + ".service";
+  const Deadline deadline = std::chrono::steady_clock::now() + kLongestStart;
   Start job{unit, {}};
   sd_bus_slot* slot = nullptr;
   sd_bus_match_signal(bus.get(), &slot, kManager, kPath, kInterface, "JobRemoved", noteRemovedJob, &job);
   const Slot match(slot);
   // Without it the manager does not say what becomes of jobs.
-  if (const auto subscribed = ask(bus, newCall(bus, "Subscribe")); !subscribed) return subscribed.error();
-  if (const auto begun = ask(bus, startCall(bus, unit, start, limits, pipes)); !begun) return begun.error();
-  if (const auto result = awaitJob(bus, job); result != "done")
+  if (const auto subscribed = ask(bus, newCall(bus, "Subscribe"), deadline); !subscribed)
+    return subscribed.error();
+  if (const auto begun = ask(bus, startCall(bus, unit, start, limits, pipes), deadline); !begun)
+    return begun.error();
+  if (const auto result = awaitJob(bus, job, deadline); result != "done")
     return Error{"the unit does not start: " + result};
   return StartedProgram{std::make_unique<UnitProgram>(unit), std::move(pipes.ourInput),
                         std::move(pipes.ourOutput)};

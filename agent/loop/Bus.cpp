@@ -1,6 +1,7 @@
 #include "agent/loop/Bus.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -22,6 +23,15 @@ int callHandler(sd_bus_message* message, void* handler, sd_bus_error*) {
 
 void deleteHandler(void* handler) {
   delete static_cast<Bus::Handler*>(handler);
+}
+
+// What a call is answered with that cannot be sent.
+BusMessage newErrorReply(const Bus& bus, int error) {
+  const auto call = bus.newCall(kBusName, kBusPath, kBusName, "GetId");
+  sd_bus_message_seal(call.get(), 1, 0);
+  sd_bus_message* reply = nullptr;
+  sd_bus_message_new_method_errno(call.get(), &reply, error, nullptr);
+  return BusMessage(reply);
 }
 
 // Leaves slot and handler to the bus.
@@ -64,7 +74,9 @@ BusMessage Bus::newCall(const char* destination, const char* path, const char* i
 void Bus::send(BusMessage call, Handler handler, std::chrono::microseconds limit) const {
   auto owned = std::make_unique<Handler>(std::move(handler));
   sd_bus_slot* slot = nullptr;
-  if (sd_bus_call_async(bus_.get(), &slot, call.get(), callHandler, owned.get(), limitOf(limit)) < 0) return;
+  const int status =
+      sd_bus_call_async(bus_.get(), &slot, call.get(), callHandler, owned.get(), limitOf(limit));
+  if (status < 0) return (*owned)(*newErrorReply(*this, status));
   static_cast<void>(owned.release());
   giveToBus(slot);
 }
@@ -95,6 +107,7 @@ void Bus::onOwnerChange(const std::string& name,
     const char* changed = nullptr;
     const char* before = nullptr;
     const char* now = nullptr;
+    if (senderOf(signal) != kBusName) return;
     if (sd_bus_message_read(&signal, "sss", &changed, &before, &now) > 0) handler(now);
   });
   const std::string rule = std::string("type='signal',sender='") + kBusName + "',path='" + kBusPath +
@@ -105,12 +118,14 @@ void Bus::onOwnerChange(const std::string& name,
   giveToBus(slot);
 }
 
-std::string Bus::ownerOf(const std::string& name) const {
-  auto call = newCall(kBusName, kBusPath, kBusName, "GetNameOwner");
-  sd_bus_message_append(call.get(), "s", name.c_str());
-  const auto reply = ask(call);
+std::optional<std::string> Bus::ownerOf(const std::string& name) const {
+  sd_bus_creds* credentials = nullptr;
+  const int status = sd_bus_get_name_creds(bus_.get(), name.c_str(), SD_BUS_CREDS_UNIQUE_NAME, &credentials);
+  const QXPlatform::Handle<sd_bus_creds, sd_bus_creds_unref> owned(credentials);
+  if (status == -ENXIO || status == -ESRCH) return "";
   const char* owner = nullptr;
-  return reply != nullptr && sd_bus_message_read(reply.get(), "s", &owner) > 0 ? owner : "";
+  if (status < 0 || sd_bus_creds_get_unique_name(credentials, &owner) < 0) return std::nullopt;
+  return owner;
 }
 
 std::optional<int> Bus::processOf(const std::string& name) const {
@@ -124,6 +139,17 @@ std::optional<int> Bus::processOf(const std::string& name) const {
 
 bool Bus::requestName(const std::string& name) const {
   return sd_bus_request_name(bus_.get(), name.c_str(), 0) >= 0;
+}
+
+void Bus::releaseName(const std::string& name) const {
+  sd_bus_release_name(bus_.get(), name.c_str());
+  while (sd_bus_process(bus_.get(), nullptr) > 0) {
+  }
+}
+
+std::string senderOf(sd_bus_message& message) {
+  const char* sender = sd_bus_message_get_sender(&message);
+  return sender == nullptr ? "" : sender;
 }
 
 std::optional<std::string> errorOf(sd_bus_message& reply) {

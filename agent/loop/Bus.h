@@ -33,30 +33,37 @@ class Bus {
 
   BusMessage newCall(const char* destination, const char* path, const char* interface,
                      const char* member) const;
-  // Sends the call; the handler gets the reply, which may be an error, once.
+  // Sends the call; the handler gets the reply, which may be an error, once: at once when it cannot be sent.
   void send(BusMessage call, Handler handler,
             std::chrono::microseconds limit = std::chrono::seconds(25)) const;
   // Sends the call and waits: for the bus itself, which answers at once. Null after an error.
   BusMessage ask(const BusMessage& call, std::string* error = nullptr,
                  std::chrono::microseconds limit = std::chrono::seconds(2)) const;
 
+  // Who sent a signal is for the handler to see: a program may address one to this process alone, and such a
+  // signal passes whatever the match asks for.
   void onSignal(const char* sender, const char* path, const char* interface, const char* member,
                 Handler handler) const;
   // Called with the new owner's unique name, or an empty one, whenever that changes.
   void onOwnerChange(const std::string& name, std::function<void(const std::string& owner)> handler) const;
 
-  // The unique name of a well-known name's owner; empty when nobody has it.
-  std::string ownerOf(const std::string& name) const;
+  // The unique name of a well-known name's owner, empty when nobody has it; nothing when the bus did not say.
+  std::optional<std::string> ownerOf(const std::string& name) const;
   // The process that owns a name, when one does.
   std::optional<int> processOf(const std::string& name) const;
   // Whether this process has the name now.
   bool requestName(const std::string& name) const;
+  // Gives the name away and takes up all that was sent to this process while it had it.
+  void releaseName(const std::string& name) const;
 
  private:
   explicit Bus(sd_bus* bus) : bus_(bus) {}
 
   QXPlatform::Handle<sd_bus, sd_bus_flush_close_unref> bus_;
 };
+
+// The unique name of the program that a message came from.
+std::string senderOf(sd_bus_message& message);
 
 // "name: text" of an error reply; nothing for any other.
 std::optional<std::string> errorOf(sd_bus_message& reply);

@@ -19,7 +19,13 @@ EventLoop::EventLoop() {
   // The library takes the ends of children, too, as signals that are blocked.
   for (const int signal : {SIGTERM, SIGINT, SIGCHLD}) sigaddset(&signals, signal);
   sigprocmask(SIG_BLOCK, &signals, nullptr);
-  for (const int signal : {SIGTERM, SIGINT}) sd_event_add_signal(event, nullptr, signal, nullptr, nullptr);
+  const auto end = [](sd_event_source*, const signalfd_siginfo*, void* self) {
+    auto* loop = static_cast<EventLoop*>(self);
+    if (loop->endHandler_) loop->endHandler_();
+    loop->stop(0);
+    return 0;
+  };
+  for (const int signal : {SIGTERM, SIGINT}) sd_event_add_signal(event, nullptr, signal, end, this);
 }
 
 int EventLoop::run() {
@@ -45,10 +51,11 @@ Timer::Timer(EventLoop& loop, std::function<void()> handler) : handler_(std::mov
 }
 
 void Timer::start(std::chrono::microseconds delay) {
+  const auto microseconds = static_cast<std::uint64_t>(std::max<std::int64_t>(delay.count(), 0));
   // Left to itself the library waits up to a quarter of a second more, to wake up less often.
   const auto accuracy = std::clamp<std::int64_t>(delay.count() / 10, 1, 250'000);
   sd_event_source_set_time_accuracy(source_.get(), static_cast<std::uint64_t>(accuracy));
-  sd_event_source_set_time_relative(source_.get(), static_cast<std::uint64_t>(delay.count()));
+  sd_event_source_set_time_relative(source_.get(), microseconds);
   sd_event_source_set_enabled(source_.get(), SD_EVENT_ONESHOT);
   running_ = true;
 }

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <utility>
 
 #include "QXPlatform/foundation/Handle.h"
 
@@ -20,14 +21,18 @@ class EventLoop {
   // Runs until stop(), SIGTERM or SIGINT; returns the exit code.
   int run();
   void stop(int exitCode);
+  // What is to be done at such a signal, before the loop ends.
+  void setEndHandler(std::function<void()> handler) { endHandler_ = std::move(handler); }
 
   sd_event* get() const { return event_.get(); }
 
  private:
   QXPlatform::Handle<sd_event, sd_event_unref> event_;
+  std::function<void()> endHandler_;
 };
 
-// Calls back once, some time after it was started; starting it again moves the time.
+// Calls back once, some time after it was started, as soon as may be for no time; starting it again moves the
+// time.
 class Timer {
  public:
   Timer(EventLoop& loop, std::function<void()> handler);

@@ -1,5 +1,6 @@
 #include "agent/presentation/Attachments.h"
 
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -49,6 +50,10 @@ Dictionary adoptAttachments(const Dictionary& content, std::int64_t number,
           attachment.dictionary()->setting("url", QXPlatform::URL::file(target.native()).absoluteString()));
   }
   return content.setting("attachments", adopted);
+}
+
+std::int64_t pushOfFile(const std::filesystem::path& file) {
+  return std::strtoll(file.filename().c_str(), nullptr, 10);
 }
 
 std::vector<std::filesystem::path> attachmentsIn(const std::filesystem::path& files,

@@ -16,6 +16,9 @@ QXPlatform::Dictionary adoptAttachments(const QXPlatform::Dictionary& content, s
                                         const std::filesystem::path& temporary,
                                         const std::filesystem::path& files);
 
+// The number of the push that such a file came with.
+std::int64_t pushOfFile(const std::filesystem::path& file);
+
 // Those of the content's files that lie in `files`.
 std::vector<std::filesystem::path> attachmentsIn(const std::filesystem::path& files,
                                                  const QXPlatform::Dictionary& content);

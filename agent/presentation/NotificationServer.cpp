@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <system_error>
+#include <utility>
 
 #include "QXPlatform/foundation/URL.h"
 
@@ -24,29 +25,47 @@ void appendHint(sd_bus_message* call, const char* key, const char* type, const s
 
 }  // namespace
 
-NotificationServer::NotificationServer(const Bus& bus, AppIdentity identity, PresenterEvents events)
-    : bus_(bus), identity_(std::move(identity)), events_(std::move(events)) {
-  // Only the server itself may say what became of a notification: the match is by its name's owner.
-  bus_.onSignal(kName, kPath, kName, "ActivationToken", [this](sd_bus_message& signal) {
-    const char* token = nullptr;
-    if (sd_bus_message_read(&signal, "us", &activationToken_.first, &token) > 0)
-      activationToken_.second = token;
-  });
-  bus_.onSignal(kName, kPath, kName, "ActionInvoked", [this](sd_bus_message& signal) {
-    std::uint32_t id = 0;
-    const char* action = nullptr;
-    if (sd_bus_message_read(&signal, "us", &id, &action) <= 0) return;
-    const auto token = std::exchange(activationToken_, {});
-    events_.invoked(id, action, token.first == id ? token.second : "");
-  });
-  bus_.onSignal(kName, kPath, kName, "NotificationClosed", [this](sd_bus_message& signal) {
-    std::uint32_t id = 0;
-    std::uint32_t reason = 0;
-    if (sd_bus_message_read(&signal, "uu", &id, &reason) > 0) events_.closed(id);
-  });
+NotificationServer::NotificationServer(EventLoop& loop, const Bus& bus, AppIdentity identity,
+                                       PresenterEvents events, std::chrono::microseconds patience)
+    : bus_(bus),
+      identity_(std::move(identity)),
+      events_(std::move(events)),
+      longest_(patience),
+      patience_(loop, [this] { losePatience(); }) {
+  takeSignal("ActivationToken", &NotificationServer::takeToken);
+  takeSignal("ActionInvoked", &NotificationServer::takeAction);
+  takeSignal("NotificationClosed", &NotificationServer::takeClosing);
   bus_.onOwnerChange(kName, [this](const std::string& owner) { serverChanged(owner); });
-  owner_ = bus_.ownerOf(kName);
+  owner_ = bus_.ownerOf(kName).value_or("");
   if (!owner_.empty()) session_ = bus_.identifier() + owner_;
+}
+
+void NotificationServer::takeSignal(const char* member,
+                                    void (NotificationServer::*take)(sd_bus_message& signal)) {
+  bus_.onSignal(kName, kPath, kName, member, [this, take](sd_bus_message& signal) {
+    // Only the server itself may say what became of a notification.
+    if (senderOf(signal) == owner_) (this->*take)(signal);
+  });
+}
+
+void NotificationServer::takeToken(sd_bus_message& signal) {
+  const char* token = nullptr;
+  if (sd_bus_message_read(&signal, "us", &activationToken_.first, &token) > 0)
+    activationToken_.second = token;
+}
+
+void NotificationServer::takeAction(sd_bus_message& signal) {
+  std::uint32_t id = 0;
+  const char* action = nullptr;
+  if (sd_bus_message_read(&signal, "us", &id, &action) <= 0) return;
+  const auto token = std::exchange(activationToken_, {});
+  events_.invoked(id, action, token.first == id ? token.second : "");
+}
+
+void NotificationServer::takeClosing(sd_bus_message& signal) {
+  std::uint32_t id = 0;
+  std::uint32_t reason = 0;
+  if (sd_bus_message_read(&signal, "uu", &id, &reason) > 0) events_.closed(id);
 }
 
 void NotificationServer::serverChanged(const std::string& owner) {
@@ -74,24 +93,47 @@ void NotificationServer::show(const Banner& banner, std::uint32_t replaces, Comp
         capabilitiesKnown_ = true;
         notify(banner, replaces, completion);
       },
-      kNoLimit);
+      longest_);
 }
 
 void NotificationServer::notify(const Banner& banner, std::uint32_t replaces, Completion completion) {
-  auto call = notifyCall(banner, replaces);
+  completion_ = std::move(completion);
+  patience_.start(longest_);
   // Without a limit: a server that hangs may still show it, and one that is gone is reported by the bus.
   bus_.send(
-      std::move(call),
-      [this, banner, completion = std::move(completion)](sd_bus_message& reply) {
-        if (const auto error = errorOf(reply))
-          return completion(Error{"the notification server failed: " + *error});
-        std::uint32_t id = 0;
-        if (sd_bus_message_read(&reply, "u", &id) <= 0 || id == 0)
-          return completion(Error{"the notification server gave no number"});
-        showBadge(banner);
-        completion(id);
+      notifyCall(banner, replaces),
+      [this, banner, attempt = ++attempt_](sd_bus_message& reply) {
+        if (attempt == attempt_) takeAnswer(reply, banner);
       },
       kNoLimit);
+}
+
+void NotificationServer::takeAnswer(sd_bus_message& reply, const Banner& banner) {
+  if (const auto error = errorOf(reply))
+    return finish(attempt_, Error{"the notification server failed: " + *error});
+  std::uint32_t id = 0;
+  if (sd_bus_message_read(&reply, "u", &id) <= 0 || id == 0)
+    return finish(attempt_, Error{"the notification server gave no number"});
+  showBadge(banner);
+  finish(attempt_, id);
+}
+
+void NotificationServer::losePatience() {
+  // One that answers this has no more to say to what it was asked before. One that hangs may show it yet, and
+  // is not asked twice.
+  bus_.send(
+      newServerCall(bus_, "GetCapabilities"),
+      [this, attempt = attempt_](sd_bus_message&) {
+        finish(attempt, Error{"the notification server does not answer"});
+      },
+      kNoLimit);
+}
+
+void NotificationServer::finish(std::uint64_t attempt, const QXPlatform::Result<std::uint32_t>& result) {
+  if (attempt != attempt_ || !completion_) return;
+  patience_.stop();
+  ++attempt_;
+  std::exchange(completion_, nullptr)(result);
 }
 
 BusMessage NotificationServer::notifyCall(const Banner& banner, std::uint32_t replaces) const {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <deque>
+#include <chrono>
+#include <cstdint>
 #include <set>
 #include <string>
 #include <utility>
@@ -21,15 +22,24 @@ struct AppIdentity {
 // Presents through org.freedesktop.Notifications, leaving out what the server there cannot do.
 class NotificationServer final : public Presenter {
  public:
-  NotificationServer(const Bus& bus, AppIdentity identity, PresenterEvents events);
+  // `patience`: how long a server may take over one notification before it is asked whether it is well.
+  NotificationServer(EventLoop& loop, const Bus& bus, AppIdentity identity, PresenterEvents events,
+                     std::chrono::microseconds patience = std::chrono::seconds(60));
 
   const std::string& session() const override { return session_; }
   void show(const Banner& banner, std::uint32_t replaces, Completion completion) override;
   void close(std::uint32_t id) override;
 
  private:
+  void takeSignal(const char* member, void (NotificationServer::*take)(sd_bus_message& signal));
+  void takeToken(sd_bus_message& signal);
+  void takeAction(sd_bus_message& signal);
+  void takeClosing(sd_bus_message& signal);
   void serverChanged(const std::string& owner);
-  void askCapabilities();
+  void takeAnswer(sd_bus_message& reply, const Banner& banner);
+  // The end of the notification that is being shown, however it comes about; others are late.
+  void finish(std::uint64_t attempt, const QXPlatform::Result<std::uint32_t>& result);
+  void losePatience();
   void notify(const Banner& banner, std::uint32_t replaces, Completion completion);
   BusMessage notifyCall(const Banner& banner, std::uint32_t replaces) const;
   void appendActions(sd_bus_message* call, const Banner& banner) const;
@@ -40,6 +50,10 @@ class NotificationServer final : public Presenter {
   const Bus& bus_;
   const AppIdentity identity_;
   const PresenterEvents events_;
+  const std::chrono::microseconds longest_;
+  Completion completion_;  // of the notification that is being shown
+  std::uint64_t attempt_ = 0;
+  Timer patience_;
   std::string owner_;
   std::string session_;
   bool capabilitiesKnown_ = false;

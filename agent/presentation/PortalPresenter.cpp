@@ -1,6 +1,7 @@
 #include "agent/presentation/PortalPresenter.h"
 
 #include <charconv>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -17,6 +18,7 @@ using QXPlatform::Error;
 constexpr const char* kName = "org.freedesktop.portal.Desktop";
 constexpr const char* kPath = "/org/freedesktop/portal/desktop";
 constexpr const char* kInterface = "org.freedesktop.portal.Notification";
+constexpr std::chrono::seconds kLongestAnswer{60};
 
 const char* priorityOf(Urgency urgency) {
   if (urgency == Urgency::critical) return "urgent";
@@ -31,7 +33,10 @@ PortalPresenter::PortalPresenter(const Bus& bus, PresenterEvents events)
       session_(bus.identifier() + kName),
       // Past what an earlier run has shown, which may be there still.
       lastId_(static_cast<std::uint32_t>(std::time(nullptr))) {
+  bus_.onOwnerChange(kName, [this](const std::string& owner) { owner_ = owner; });
+  owner_ = bus_.ownerOf(kName).value_or("");
   bus_.onSignal(kName, kPath, kInterface, "ActionInvoked", [this](sd_bus_message& signal) {
+    if (senderOf(signal) != owner_) return;
     const char* id = nullptr;
     const char* action = nullptr;
     std::uint32_t number = 0;
@@ -43,14 +48,18 @@ PortalPresenter::PortalPresenter(const Bus& bus, PresenterEvents events)
 }
 
 void PortalPresenter::show(const Banner& banner, std::uint32_t replaces, Completion completion) {
-  const std::uint32_t id = replaces != 0 ? replaces : ++lastId_;
+  // Shown again under its number when there was no answer, it replaces what may have been shown then.
+  const bool isAgain = unanswered_.first == banner.identifier;
+  const std::uint32_t id = replaces != 0 ? replaces : isAgain ? unanswered_.second : ++lastId_;
+  unanswered_ = {banner.identifier, id};
   bus_.send(
       addCall(banner, id),
-      [id, completion = std::move(completion)](sd_bus_message& reply) {
+      [this, id, completion = std::move(completion)](sd_bus_message& reply) {
         if (const auto error = errorOf(reply)) return completion(Error{"the portal failed: " + *error});
+        unanswered_ = {};
         completion(id);
       },
-      kNoLimit);
+      kLongestAnswer);
 }
 
 BusMessage PortalPresenter::addCall(const Banner& banner, std::uint32_t id) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "agent/loop/Bus.h"
 #include "agent/presentation/Presenter.h"
@@ -23,8 +24,10 @@ class PortalPresenter final : public Presenter {
 
   const Bus& bus_;
   const PresenterEvents events_;
+  std::string owner_;
   std::string session_;
   std::uint32_t lastId_ = 0;
+  std::pair<std::string, std::uint32_t> unanswered_;  // identifier and number
 };
 
 // Whether this program runs in a sandbox, where only portals can be reached.

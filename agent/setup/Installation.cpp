@@ -68,10 +68,12 @@ std::string serviceFile(const Installation& installation, const std::filesystem:
 }
 
 std::string unitFile(const Installation& installation, const std::filesystem::path& agent) {
-  // An app or a window that was opened stays when the agent goes.
+  // It comes back by itself after a crash, and with the user's session, since pushes may wait for it. An app
+  // or a window that was opened stays when it goes.
   return "[Unit]\nDescription=Push notifications for " + installation.app +
-         "\n\n[Service]\nType=dbus\nBusName=" + installation.busName() +
-         "\nExecStart=" + quoted(agent, "%$") + " run --app " + installation.app + "\nKillMode=process\n";
+         "\nStartLimitIntervalSec=60\nStartLimitBurst=20\n\n[Service]\nType=dbus\nBusName=" +
+         installation.busName() + "\nExecStart=" + quoted(agent, "%$") + " run --app " + installation.app +
+         "\nRestart=on-failure\nRestartSec=1\nKillMode=process\n\n[Install]\nWantedBy=default.target\n";
 }
 
 // A value of a desktop entry is one line, in which a backslash begins an escape.
@@ -98,6 +100,16 @@ std::optional<Error> writeFile(const std::filesystem::path& file, const std::str
   stream << text;
   stream.close();
   if (!stream) return Error{file.string() + ": " + std::strerror(errno)};
+  return std::nullopt;
+}
+
+// Has the unit started with the user's session, as `systemctl --user enable` does.
+std::optional<Error> enable(const std::filesystem::path& unit, const std::filesystem::path& link) {
+  std::error_code error;
+  std::filesystem::create_directories(link.parent_path(), error);
+  std::filesystem::remove(link, error);
+  std::filesystem::create_symlink(unit, link, error);
+  if (error) return Error{link.string() + ": " + error.message()};
   return std::nullopt;
 }
 
@@ -141,25 +153,29 @@ Result<Installation> Installation::read(const std::string& app) {
 }
 
 Result<Installation> install(Installation installation, const std::filesystem::path& agent) {
+  const std::string unitName = installation.busName() + ".service";
+  const auto units = configHome() / "systemd/user";
   std::vector<std::pair<std::filesystem::path, std::string>> files{
-      {dataHome() / "dbus-1/services" / (installation.busName() + ".service"),
-       serviceFile(installation, agent)},
-      {configHome() / "systemd/user" / (installation.busName() + ".service"), unitFile(installation, agent)}};
+      {dataHome() / "dbus-1/services" / unitName, serviceFile(installation, agent)},
+      {units / unitName, unitFile(installation, agent)}};
   const auto entry = dataHome() / "applications" / (installation.app + ".desktop");
   const auto before = Installation::read(installation.app);
   const bool isOwnEntry = before && std::ranges::find(before->files, entry) != before->files.end();
   if (isOwnEntry || !DesktopEntry::find(installation.app))
     files.emplace_back(entry, desktopEntry(installation));
   for (const auto& [file, text] : files) installation.files.push_back(file);
+  const auto link = units / "default.target.wants" / unitName;
+  installation.files.push_back(link);
   installation.files.push_back(installationFile(installation.app));
   files.emplace_back(installation.files.back(), toJSON(installation));
+  std::optional<Error> error;
   for (const auto& [file, text] : files) {
-    if (const auto error = writeFile(file, text)) {
-      removeFiles(installation);
-      return *error;
-    }
+    if (!error) error = writeFile(file, text);
   }
-  return installation;
+  if (!error) error = enable(units / unitName, link);
+  if (!error) return installation;
+  removeFiles(installation);
+  return *error;
 }
 
 std::vector<std::filesystem::path> removeFiles(const Installation& installation) {

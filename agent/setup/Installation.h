@@ -30,8 +30,9 @@ struct Installation {
 // Whether the text can be an application id, and the agent's bus name be made of it.
 bool isApplicationId(const std::string& text);
 
-// Writes the D-Bus service file, the user unit, a desktop entry when the app has none, and what read() reads;
-// fills in `files`. Fails at the first file that cannot be written, and then leaves none.
+// Writes the D-Bus service file, the user unit, which starts with the user's session, a desktop entry when
+// the app has none, and what read() reads; fills in `files`. Fails at the first file that cannot be written,
+// and then leaves none.
 QXPlatform::Result<Installation> install(Installation installation, const std::filesystem::path& agent);
 // Removes what install() wrote. Returns what was removed.
 std::vector<std::filesystem::path> removeFiles(const Installation& installation);

@@ -12,17 +12,11 @@ namespace {
 constexpr const char* kPath = "/org/unifiedpush/Connector";
 constexpr const char* kInterface = "org.unifiedpush.Connector2";
 constexpr const char* kOldInterface = "org.unifiedpush.Connector1";
-constexpr std::size_t kLongestToken = 100;
 
 using Answer = UnifiedPush::Answer;
 
 UnifiedPush& sourceOf(void* object) {
   return *static_cast<UnifiedPush*>(object);
-}
-
-std::string senderOf(sd_bus_message* call) {
-  const char* sender = sd_bus_message_get_sender(call);
-  return sender == nullptr ? "" : sender;
 }
 
 int refuse(Answer answer, sd_bus_error* error) {
@@ -42,30 +36,23 @@ int replyOld(sd_bus_message* call, Answer answer, sd_bus_error* error) {
   return answer == Answer::done ? sd_bus_reply_method_return(call, "") : refuse(answer, error);
 }
 
-Answer passOn(UnifiedPush& source, const std::string& sender, const UnifiedPush::Message& message) {
-  // What does not fit is ignored.
-  if (message.token.empty() || message.token.size() > kLongestToken) return Answer::done;
-  if (message.bytes.empty() || message.bytes.size() > kMostSealedBytes) return Answer::done;
-  return source.message(sender, message);
-}
-
 int takeMessage(sd_bus_message* call, void* source, sd_bus_error* error) {
   auto fields = readFields(*call);
   const std::string id = fields.text("id");
   const Answer answer =
-      passOn(sourceOf(source), senderOf(call), {fields.text("token"), fields.bytes["message"], id});
+      sourceOf(source).message(senderOf(*call), {fields.text("token"), fields.bytes["message"], id});
   return reply(call, answer, id, error);
 }
 
 int takeEndpoint(sd_bus_message* call, void* source, sd_bus_error* error) {
   const auto fields = readFields(*call);
   return reply(call,
-               sourceOf(source).newEndpoint(senderOf(call), fields.text("token"), fields.text("endpoint")),
+               sourceOf(source).newEndpoint(senderOf(*call), fields.text("token"), fields.text("endpoint")),
                "", error);
 }
 
 int takeUnregistered(sd_bus_message* call, void* source, sd_bus_error* error) {
-  return reply(call, sourceOf(source).unregistered(senderOf(call), readFields(*call).text("token")), "",
+  return reply(call, sourceOf(source).unregistered(senderOf(*call), readFields(*call).text("token")), "",
                error);
 }
 
@@ -75,20 +62,20 @@ int takeOldMessage(sd_bus_message* call, void* source, sd_bus_error* error) {
   const auto bytes = readBytes(*call);
   const char* id = nullptr;
   if (const int status = sd_bus_message_read(call, "s", &id); status < 0) return status;
-  return replyOld(call, passOn(sourceOf(source), senderOf(call), {token, bytes.value_or(""), id}), error);
+  return replyOld(call, sourceOf(source).message(senderOf(*call), {token, bytes.value_or(""), id}), error);
 }
 
 int takeOldEndpoint(sd_bus_message* call, void* source, sd_bus_error* error) {
   const char* token = nullptr;
   const char* endpoint = nullptr;
   if (const int status = sd_bus_message_read(call, "ss", &token, &endpoint); status < 0) return status;
-  return replyOld(call, sourceOf(source).newEndpoint(senderOf(call), token, endpoint), error);
+  return replyOld(call, sourceOf(source).newEndpoint(senderOf(*call), token, endpoint), error);
 }
 
 int takeOldUnregistered(sd_bus_message* call, void* source, sd_bus_error* error) {
   const char* token = nullptr;
   if (const int status = sd_bus_message_read(call, "s", &token); status < 0) return status;
-  return replyOld(call, sourceOf(source).unregistered(senderOf(call), token), error);
+  return replyOld(call, sourceOf(source).unregistered(senderOf(*call), token), error);
 }
 
 const sd_bus_vtable kMethods[] = {

@@ -18,11 +18,9 @@ constexpr std::chrono::seconds kPause{2};
 
 }  // namespace
 
-LineSource::LineSource(EventLoop& loop, int descriptor, std::function<bool(std::string_view)> take,
-                       std::function<void()> ended)
+LineSource::LineSource(EventLoop& loop, int descriptor, Handlers handlers)
     : descriptor_(descriptor),
-      take_(std::move(take)),
-      ended_(std::move(ended)),
+      handlers_(std::move(handlers)),
       watch_(loop, descriptor, EPOLLIN, [this] { read(); }),
       again_(loop, [this] { stuck_ ? goOn() : read(); }) {
   // A file is always ready, and cannot be watched.
@@ -50,7 +48,7 @@ void LineSource::goOn() {
   }
   if (atEnd_) {
     if (watch_.isUsable()) watch_.setEnabled(false);
-    return ended_();
+    return handlers_.ended();
   }
   if (watch_.isUsable()) {
     watch_.setEnabled(true);
@@ -68,15 +66,23 @@ bool LineSource::takeLines() {
   }
   unread_.erase(0, start);
   if (taken && unread_.size() > QXPlatform::kLongestPush) {
-    tooLong_ = true;
+    if (!std::exchange(tooLong_, true)) refuseLong();
     unread_.clear();
   }
   return taken;
 }
 
+void LineSource::refuseLong() {
+  handlers_.refuse("a line of more than " + std::to_string(QXPlatform::kLongestPush >> 20) + " MiB");
+}
+
 bool LineSource::takeLine(std::string_view line) {
   if (std::exchange(tooLong_, false)) return true;
-  return line.find_first_not_of(" \t\r") == std::string_view::npos || take_(line);
+  if (line.size() > QXPlatform::kLongestPush) {
+    refuseLong();
+    return true;
+  }
+  return line.find_first_not_of(" \t\r") == std::string_view::npos || handlers_.take(line);
 }
 
 }  // namespace QXAgent

@@ -12,20 +12,23 @@ namespace QXAgent {
 // Pushes on a descriptor, one a line. A line that cannot be taken is offered again, and none read meanwhile.
 class LineSource {
  public:
-  // `take` returns whether the line is safe; `ended` is called when all are.
-  LineSource(EventLoop& loop, int descriptor, std::function<bool(std::string_view line)> take,
-             std::function<void()> ended);
+  struct Handlers {
+    std::function<bool(std::string_view line)> take;        // returns whether the line is safe
+    std::function<void(const std::string& reason)> refuse;  // a line that is no push, and has not been kept
+    std::function<void()> ended;                            // all are safe
+  };
+  LineSource(EventLoop& loop, int descriptor, Handlers handlers);
 
  private:
   void read();
   // Takes what lies in the buffer; false when a line could not be taken.
   bool takeLines();
   bool takeLine(std::string_view line);
+  void refuseLong();
   void goOn();
 
   const int descriptor_;
-  const std::function<bool(std::string_view)> take_;
-  const std::function<void()> ended_;
+  const Handlers handlers_;
   std::string unread_;
   bool atEnd_ = false;
   bool stuck_ = false;  // a line could not be taken

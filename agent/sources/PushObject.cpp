@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "QXPlatform/notifications/PushLines.h"
 #include "agent/sources/Distributors.h"
 
 namespace QXAgent {
@@ -29,13 +30,16 @@ struct PushObject::Methods {
   }
 
   static int unregisterApp(sd_bus_message* call, void* object, sd_bus_error*) {
-    self(object).source_.unregisterApp();
-    return sd_bus_reply_method_return(call, "");
+    const std::shared_ptr<sd_bus_message> kept(sd_bus_message_ref(call), sd_bus_message_unref);
+    self(object).source_.unregisterApp([kept] { sd_bus_reply_method_return(kept.get(), ""); });
+    return 1;
   }
 
   static int deliver(sd_bus_message* call, void* object, sd_bus_error* error) {
     const auto push = readBytes(*call);
     if (!push) return -EINVAL;
+    if (push->size() > QXPlatform::kLongestPush)
+      return sd_bus_error_set_const(error, SD_BUS_ERROR_INVALID_ARGS, "This is too long for a push");
     if (self(object).receiver_.receive("", *push)) return sd_bus_reply_method_return(call, "");
     return sd_bus_error_set_const(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "The push cannot be kept now");
   }

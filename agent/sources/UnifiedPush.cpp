@@ -5,9 +5,8 @@
 
 #include "QXPlatform/foundation/URL.h"
 #include "QXPlatform/foundation/UUID.h"
-#include "agent/sources/Apart.h"
 #include "agent/sources/Distributors.h"
-#include "agent/webpush/P256.h"
+#include "agent/sources/WebPushProgram.h"
 
 namespace QXAgent {
 
@@ -20,42 +19,22 @@ constexpr const char* kPath = "/org/unifiedpush/Distributor";
 constexpr const char* kInterface = "org.unifiedpush.Distributor2";
 constexpr const char* kOldInterface = "org.unifiedpush.Distributor1";
 constexpr std::size_t kLongestEndpoint = 1'000;
+constexpr std::size_t kLongestId = 256;
 constexpr std::size_t kKeyPart = 16;
-constexpr std::size_t kKeysSize = kPrivateKeySize + kPublicKeySize + 16;
 constexpr std::chrono::seconds kLongestRegistration{20};
+constexpr std::chrono::seconds kLongestUnregistration{10};
 constexpr std::chrono::seconds kBeforeRegisteringAgain{10};
 
 // Tells a repetition: the source's own id, or salt and tag, which no two sealed messages share.
 std::string keyOf(const UnifiedPush::Message& message) {
-  if (!message.id.empty()) return "id:" + message.id;
+  if (!message.id.empty() && message.id.size() <= kLongestId) return "id:" + message.id;
   if (message.bytes.size() < 2 * kKeyPart) return message.bytes;
   return message.bytes.substr(0, kKeyPart) + message.bytes.substr(message.bytes.size() - kKeyPart);
 }
 
-std::optional<SubscriptionKeys> makeKeysApart() {
-  const auto bytes = runApart([] {
-    const SubscriptionKeys keys = makeSubscriptionKeys();
-    return std::string(keys.privateKey.view()).append(keys.publicKey.view()).append(keys.auth.view());
-  });
-  if (!bytes || bytes->size() != kKeysSize) return std::nullopt;
-  return SubscriptionKeys{QXPlatform::Data(bytes->substr(0, kPrivateKeySize)),
-                          QXPlatform::Data(bytes->substr(kPrivateKeySize, kPublicKeySize)),
-                          QXPlatform::Data(bytes->substr(kPrivateKeySize + kPublicKeySize))};
-}
-
-constexpr char kOpened = '+';
-constexpr char kSealed = '-';
-
-// As openMessage(), with nothing in place of a result when there was no opportunity to try.
-std::optional<Result<std::string>> openApart(const SubscriptionKeys& keys, std::string_view sealed) {
-  auto outcome = runApart([&] {
-    const auto opened = openMessage(keys, sealed);
-    return opened ? kOpened + *opened : kSealed + opened.error().message;
-  });
-  if (!outcome || outcome->empty()) return std::nullopt;
-  const bool isOpen = outcome->front() == kOpened;
-  outcome->erase(0, 1);
-  return isOpen ? Result<std::string>(*std::move(outcome)) : Error{*std::move(outcome)};
+bool isUnknownMethod(sd_bus_message& reply) {
+  return sd_bus_message_is_method_error(&reply, SD_BUS_ERROR_UNKNOWN_METHOD) > 0 ||
+         sd_bus_message_is_method_error(&reply, SD_BUS_ERROR_UNKNOWN_INTERFACE) > 0;
 }
 
 }  // namespace
@@ -120,9 +99,7 @@ void UnifiedPush::sendRegistration() {
   sd_bus_message_append(call.get(), "a{sv}", 3, "service", "s", setting_.connector.c_str(), "token", "s",
                         registration_->token.c_str(), "description", "s", setting_.appName.c_str());
   bus_.send(std::move(call), [this](sd_bus_message& reply) {
-    if (sd_bus_message_is_method_error(&reply, SD_BUS_ERROR_UNKNOWN_METHOD) > 0 ||
-        sd_bus_message_is_method_error(&reply, SD_BUS_ERROR_UNKNOWN_INTERFACE) > 0)
-      return sendOldRegistration();
+    if (isUnknownMethod(reply)) return sendOldRegistration();
     if (const auto error = errorOf(reply))
       return finishRegistration(Error{"the distributor failed: " + *error});
     const auto fields = readFields(reply);
@@ -153,24 +130,35 @@ void UnifiedPush::finishRegistration(const Result<std::string>& result) {
   for (const Completion& completion : std::exchange(waiting_, {})) completion(result);
 }
 
-void UnifiedPush::unregisterApp() {
+void UnifiedPush::unregisterApp(std::function<void()> completion) {
   const auto registration = std::exchange(registration_, std::nullopt);
   store_.remove();
-  if (!registration) return;
+  if (!registration) return completion();
   auto call = bus_.newCall(registration->distributor.c_str(), kPath, kInterface, "Unregister");
   sd_bus_message_append(call.get(), "a{sv}", 1, "token", "s", registration->token.c_str());
-  bus_.send(std::move(call), [this, registration](sd_bus_message& reply) {
-    if (!errorOf(reply)) return;
-    auto old = bus_.newCall(registration->distributor.c_str(), kPath, kOldInterface, "Unregister");
-    sd_bus_message_append(old.get(), "s", registration->token.c_str());
-    sd_bus_message_set_expect_reply(old.get(), 0);
-    sd_bus_send(bus_.get(), old.get(), nullptr);
-  });
+  bus_.send(
+      std::move(call),
+      [this, registration, completion = std::move(completion)](sd_bus_message& reply) {
+        if (!isUnknownMethod(reply)) return completion();
+        sendOldUnregistration(registration->distributor, registration->token, completion);
+      },
+      kLongestUnregistration);
   if (endpointChanged_) endpointChanged_();
 }
 
+void UnifiedPush::sendOldUnregistration(const std::string& distributor, const std::string& token,
+                                        std::function<void()> completion) {
+  auto call = bus_.newCall(distributor.c_str(), kPath, kOldInterface, "Unregister");
+  sd_bus_message_append(call.get(), "s", token.c_str());
+  bus_.send(
+      std::move(call), [completion = std::move(completion)](sd_bus_message&) { completion(); },
+      kLongestUnregistration);
+}
+
 std::optional<UnifiedPush::Answer> UnifiedPush::refusal(const std::string& sender, const std::string& token) {
-  if (!registration_ || sender.empty() || bus_.ownerOf(registration_->distributor) != sender) {
+  const auto owner = registration_ ? bus_.ownerOf(registration_->distributor) : "";
+  if (!owner) return Answer::tryAgain;
+  if (sender.empty() || owner != sender) {
     receiver_.refuse("a call from another program than the distributor");
     return Answer::notAllowed;
   }
@@ -181,6 +169,10 @@ std::optional<UnifiedPush::Answer> UnifiedPush::refusal(const std::string& sende
 
 UnifiedPush::Answer UnifiedPush::message(const std::string& sender, const Message& message) {
   if (const auto refused = refusal(sender, message.token)) return *refused;
+  if (message.bytes.empty() || message.bytes.size() > kMostSealedBytes) {
+    receiver_.refuse("a message of " + std::to_string(message.bytes.size()) + " bytes");
+    return Answer::done;
+  }
   const auto opened = openApart(registration_->keys, message.bytes);
   if (!opened) return Answer::tryAgain;
   if (!*opened) {

@@ -33,7 +33,8 @@ class UnifiedPush {
   void renew();
   // Registers, or renews; calls back when the endpoint is known or cannot be had.
   void registerApp(Completion completion);
-  void unregisterApp();
+  // Calls back when the distributor has been told, or cannot be.
+  void unregisterApp(std::function<void()> completion);
   // Empty until there is one.
   std::string endpoint() const { return registration_ ? registration_->endpoint : std::string(); }
   void setEndpointHandler(std::function<void()> handler) { endpointChanged_ = std::move(handler); }
@@ -54,6 +55,8 @@ class UnifiedPush {
   QXPlatform::Result<Registration> obtainRegistration();
   void sendRegistration();
   void sendOldRegistration();
+  void sendOldUnregistration(const std::string& distributor, const std::string& token,
+                             std::function<void()> completion);
   void finishRegistration(const QXPlatform::Result<std::string>& result);
   // Whether the sender is the distributor and the token is known; counts it otherwise.
   std::optional<Answer> refusal(const std::string& sender, const std::string& token);

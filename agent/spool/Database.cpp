@@ -87,6 +87,10 @@ Database::Database(const std::filesystem::path& file) {
   if (!isOpen) fail(connection);
 }
 
+void Database::write(Outlives event) const {
+  execute(event == Outlives::powerCut ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
+}
+
 void Database::execute(const char* sql) const {
   if (sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) fail(connection_.get());
 }

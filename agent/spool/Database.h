@@ -52,6 +52,10 @@ class Database {
   explicit Database(const std::filesystem::path& file);
 
   void execute(const char* sql) const;
+  // What what is written from now on outlives: a power cut costs a wait for the disk, a crash of this process
+  // nothing.
+  enum class Outlives { crash, powerCut };
+  void write(Outlives event) const;
   sqlite3* connection() const { return connection_.get(); }
 
  private:

@@ -38,7 +38,7 @@ std::optional<Registration> RegistrationStore::load() const {
 bool RegistrationStore::save(const Registration& registration) const {
   return attempt("the registration cannot be kept", false, [&] {
     // What it is sealed for must not be lost while the distributor remembers it.
-    database_.execute("PRAGMA synchronous = FULL");
+    database_.write(Database::Outlives::powerCut);
     Statement(database_, "INSERT OR REPLACE INTO registration VALUES (1, ?, ?, ?, ?, ?, ?)")
         .bind(std::string_view(registration.distributor))
         .bind(std::string_view(registration.token))

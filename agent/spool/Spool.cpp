@@ -1,5 +1,8 @@
 #include "agent/spool/Spool.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "agent/spool/Attempt.h"
 
 namespace QXAgent {
@@ -47,8 +50,8 @@ Spool::Spool(const Database& database) : database_(database) {
 
 Spool::Reception Spool::take(std::string_view key, std::string_view identifier, std::string_view text) {
   return attempt("a push cannot be kept", Reception::failed, [&] {
-    // The answer to its source lets the push be forgotten there, so it has to survive a power cut here.
-    database_.execute("PRAGMA synchronous = FULL");
+    // The answer to its source lets the push be forgotten there.
+    database_.write(Database::Outlives::powerCut);
     Transaction transaction(database_);
     if (!isNew(key)) return Reception::repeated;
     Statement(database_, "INSERT INTO waiting (identifier, text) VALUES (?, ?)")
@@ -63,17 +66,33 @@ Spool::Reception Spool::take(std::string_view key, std::string_view identifier, 
 
 Spool::Reception Spool::putAside(std::string_view key, std::string_view text, std::string_view reason) {
   return attempt("what is no push cannot be kept", Reception::failed, [&] {
+    database_.write(Database::Outlives::crash);
     Transaction transaction(database_);
     if (!isNew(key)) return Reception::repeated;
-    Statement(database_, "INSERT INTO aside (text, reason) VALUES (?, ?)").bindBytes(text).bind(reason).run();
-    Statement(database_, "DELETE FROM aside WHERE number <= (SELECT max(number) FROM aside) - ?")
-        .bind(kAsideKept)
-        .run();
-    count("aside");
-    Statement(database_, "UPDATE account SET error = ?").bind(reason).run();
+    insertAside(text, reason);
     transaction.commit();
     return Reception::taken;
   });
+}
+
+void Spool::putAsideWaiting(std::int64_t number, std::string_view reason) {
+  attempt("a damaged push cannot be put aside", [&] {
+    database_.write(Database::Outlives::crash);
+    Transaction transaction(database_);
+    Statement damaged(database_, "DELETE FROM waiting WHERE number = ? RETURNING text");
+    if (!damaged.bind(number).step()) return;
+    insertAside(damaged.text(0), reason);
+    damaged.step();
+    transaction.commit();
+  });
+}
+
+void Spool::insertAside(std::string_view text, std::string_view reason) const {
+  Statement(database_, "INSERT INTO aside (text, reason) VALUES (?, ?)").bindBytes(text).bind(reason).run();
+  Statement(database_, "DELETE FROM aside WHERE number <= (SELECT max(number) FROM aside) - ?")
+      .bind(kAsideKept)
+      .run();
+  Statement(database_, "UPDATE account SET aside = aside + 1, error = ?").bind(reason).run();
 }
 
 bool Spool::isNew(std::string_view key) const {
@@ -94,13 +113,16 @@ void Spool::count(const char* column) const {
 
 void Spool::countRefusal(std::string_view reason) {
   attempt("a refusal cannot be counted", [&] {
+    database_.write(Database::Outlives::crash);
     Statement(database_, "UPDATE account SET refused = refused + 1, error = ?").bind(reason).run();
   });
 }
 
 void Spool::noteError(std::string_view reason) {
-  attempt("an error cannot be kept",
-          [&] { Statement(database_, "UPDATE account SET error = ?").bind(reason).run(); });
+  attempt("an error cannot be kept", [&] {
+    database_.write(Database::Outlives::crash);
+    Statement(database_, "UPDATE account SET error = ?").bind(reason).run();
+  });
 }
 
 std::vector<WaitingPush> Spool::waitingAfter(std::int64_t number, std::size_t limit) {
@@ -120,35 +142,41 @@ std::vector<WaitingPush> Spool::waitingAfter(std::int64_t number, std::size_t li
 
 void Spool::recordAnswer(std::int64_t number, std::string_view content) {
   attempt("an answer cannot be kept", [&] {
-    database_.execute("PRAGMA synchronous = NORMAL");
+    database_.write(Database::Outlives::crash);
     Statement(database_, "UPDATE waiting SET answer = ? WHERE number = ?").bind(content).bind(number).run();
   });
 }
 
 void Spool::recordDeath(std::int64_t number) {
   attempt("a death cannot be kept", [&] {
+    database_.write(Database::Outlives::crash);
     Statement(database_, "UPDATE waiting SET deaths = deaths + 1 WHERE number = ?").bind(number).run();
   });
 }
 
-void Spool::recordShown(std::int64_t number, const ShownNotification& notification) {
-  attempt("a notification cannot be kept", [&] {
-    database_.execute("PRAGMA synchronous = NORMAL");
+std::vector<std::filesystem::path> Spool::recordShown(std::int64_t number,
+                                                      const ShownNotification& notification) {
+  return attempt("a notification cannot be kept", std::vector<std::filesystem::path>(), [&] {
+    database_.write(Database::Outlives::crash);
     Transaction transaction(database_);
     Statement(database_, "DELETE FROM waiting WHERE number = ?").bind(number).run();
-    Statement(database_,
-              "INSERT OR REPLACE INTO shown (identifier, server, id, content, files) VALUES (?, ?, ?, ?, ?)")
+    Statement forgotten(
+        database_,
+        "DELETE FROM shown WHERE identifier = ? OR rowid <= (SELECT max(rowid) FROM shown) - ? "
+        "RETURNING files");
+    forgotten.bind(std::string_view(notification.identifier)).bind(kShownKept - 1);
+    std::vector<std::filesystem::path> files;
+    while (forgotten.step()) std::ranges::move(splitPaths(forgotten.text(0)), std::back_inserter(files));
+    Statement(database_, "INSERT INTO shown (identifier, server, id, content, files) VALUES (?, ?, ?, ?, ?)")
         .bind(std::string_view(notification.identifier))
         .bind(std::string_view(notification.server))
         .bind(std::int64_t{notification.id})
         .bind(std::string_view(notification.content))
         .bindBytes(joinPaths(notification.files))
         .run();
-    Statement(database_, "DELETE FROM shown WHERE rowid <= (SELECT max(rowid) FROM shown) - ?")
-        .bind(kShownKept)
-        .run();
     count("shown");
     transaction.commit();
+    return files;
   });
 }
 
@@ -184,14 +212,25 @@ std::vector<ShownNotification> Spool::allShown() {
   });
 }
 
+bool Spool::isInUse(std::int64_t number, const std::filesystem::path& file) {
+  return attempt("the files in use cannot be read", true, [&] {
+    Statement statement(
+        database_,
+        "SELECT 1 FROM waiting WHERE number = ? UNION ALL SELECT 1 FROM shown WHERE instr(files, ?)");
+    return statement.bind(number).bindBytes(file.native()).step();
+  });
+}
+
 bool Spool::hasShown() {
   return attempt("the notifications cannot be read", false,
                  [&] { return Statement(database_, "SELECT 1 FROM shown LIMIT 1").step(); });
 }
 
 void Spool::forgetShown(std::string_view identifier) {
-  attempt("a notification cannot be forgotten",
-          [&] { Statement(database_, "DELETE FROM shown WHERE identifier = ?").bind(identifier).run(); });
+  attempt("a notification cannot be forgotten", [&] {
+    database_.write(Database::Outlives::crash);
+    Statement(database_, "DELETE FROM shown WHERE identifier = ?").bind(identifier).run();
+  });
 }
 
 Account Spool::account() {

@@ -59,6 +59,8 @@ class Spool {
   Reception take(std::string_view key, std::string_view identifier, std::string_view text);
   // Keeps what is no push, with the reason; the oldest go.
   Reception putAside(std::string_view key, std::string_view text, std::string_view reason);
+  // The same for a push that was taken.
+  void putAsideWaiting(std::int64_t number, std::string_view reason);
   void countRefusal(std::string_view reason);
   void noteError(std::string_view reason);
 
@@ -66,13 +68,16 @@ class Spool {
   std::vector<WaitingPush> waitingAfter(std::int64_t number, std::size_t limit);
   void recordAnswer(std::int64_t number, std::string_view content);
   void recordDeath(std::int64_t number);
-  // The push has become a notification; one of the same identifier is forgotten.
-  void recordShown(std::int64_t number, const ShownNotification& notification);
+  // The push has become a notification. One of the same identifier is forgotten, and the oldest when there
+  // are too many: returns the files that are to be removed with them.
+  std::vector<std::filesystem::path> recordShown(std::int64_t number, const ShownNotification& notification);
 
   std::optional<ShownNotification> shown(std::string_view identifier);
   std::optional<ShownNotification> shown(std::string_view server, std::uint32_t id);
   std::vector<ShownNotification> allShown();
   bool hasShown();
+  // Whether a file that came with the push of that number is still wanted; also when that cannot be told.
+  bool isInUse(std::int64_t number, const std::filesystem::path& file);
   void forgetShown(std::string_view identifier);
 
   Account account();
@@ -80,6 +85,7 @@ class Spool {
  private:
   // Keeps the key among the newest; false for one that is there.
   bool isNew(std::string_view key) const;
+  void insertAside(std::string_view text, std::string_view reason) const;
   void count(const char* column) const;
   std::optional<ShownNotification> firstShown(Statement& statement) const;
 

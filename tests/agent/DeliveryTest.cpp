@@ -58,7 +58,7 @@ class DeliveryTest : public testing::Test {
   void use(const std::string& program) {
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     const auto start = [this, program] { return startChild({program, {directory_.path("died")}, {}}); };
-    extension_ = std::make_unique<ServiceExtension>(loop_, start);
+    extension_ = std::make_unique<ServiceExtension>(loop_, start, [] {});
     delivery_ =
         std::make_unique<Delivery>(loop_, spool_, *extension_,
                                    Delivery::Setting{"App", directory_.path("tmp"), directory_.path("files")},
@@ -138,11 +138,13 @@ TEST_F(DeliveryTest, WithoutAnExtensionPushesAreShownAsTheyCame) {
 
 TEST_F(DeliveryTest, WhatCannotBeShownWaitsAndKeepsItsAnswerOverARestart) {
   presenter_.failures = 1;
+  spool_.take("", "damaged", "{");
   take("a");
   take("b");
-  spool_.recordAnswer(2, R"({"title":"made before"})");
+  spool_.recordAnswer(3, R"({"title":"made before"})");
   deliver();
   EXPECT_THAT(presenter_.shown, ElementsAre("a!", "made before"));
+  EXPECT_EQ(spool_.account().putAside, 1);
 }
 
 }  // namespace

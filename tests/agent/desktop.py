@@ -263,8 +263,6 @@ class Desktop:
             self.start("Shop.bundle/shop")
             self.start("qx-agent", "run", "--app", SHOP)
             self.wait_for(lambda: self.bus.name_has_owner(SHOP) and self.bus.name_has_owner(SHOP + ".Push"))
-        self.bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReloadConfig",
-                               "", ())
 
     def start_shop_once(self):
         """So that it has told its extensions who it is, without which they record nothing."""

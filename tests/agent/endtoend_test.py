@@ -8,7 +8,9 @@ import functools
 import json
 import os
 import signal
+import socket
 import subprocess
+import time
 import unittest
 import urllib.request
 
@@ -159,22 +161,31 @@ class EndToEndTest(unittest.TestCase):
         self.subscribe("--version", "1")
         self.send(plain("before", _m="m", _r="r"))
         self.wait_for_titles(server, "before")
-        self.kill_agent()
+        self.kill(SHOP + ".Push")
         self.send(plain("after", _m="m", _r="r"))
         self.wait_for_titles(server, "before", "after")
         self.assertEqual(server.notifications()[1]["replaces_id"], 1, "it is the same message, said anew")
-        self.kill_agent()
+        self.kill(SHOP + ".Push")
         server.invoke(1)  # nobody hears it
         self.send(plain("last"))
         self.wait_for_titles(server, "before", "after", "last")
         server.invoke(1)
         self.desktop.window("Shop – notification m:r")
-        self.wait_for_status(received=3, shown=3, waiting=0)
+        self.kill(SHOP)
+        self.send(plain("the app is gone", _m="n", _r="s"))
+        self.wait_for_titles(server, "before", "after", "last", "the app is gone")
+        server.invoke(3)
+        self.desktop.window("Shop – notification n:s")
+        self.wait_for_status(received=4, shown=4, waiting=0)
 
-    def kill_agent(self):
-        process = self.desktop.bus.get_name_owner(SHOP + ".Push")
-        os.kill(self.desktop.process_of(process), signal.SIGKILL)
-        self.desktop.wait_for(lambda: not self.desktop.bus.name_has_owner(SHOP + ".Push"))
+    def kill(self, name):
+        os.kill(self.desktop.process_of(name), signal.SIGKILL)
+        self.desktop.wait_for(lambda: not self.desktop.bus.name_has_owner(name))
+
+    def start_agent(self, *arguments):
+        agent = self.desktop.start("qx-agent", "run", "--app", SHOP, *arguments)
+        self.desktop.wait_for(lambda: self.desktop.bus.name_has_owner(SHOP + ".Push"))
+        return agent
 
     def deliver(self, push):
         """By lines: handed to the agent that runs, else shown by one that then ends."""
@@ -183,12 +194,14 @@ class EndToEndTest(unittest.TestCase):
     @on_desktop
     def test_keeps_the_extension_in_a_unit_where_it_can(self):
         server = self.desktop.start_mock()
-        self.desktop.install_shop()
         for result, title in (("done", "in a unit"), ("failed", "without one")):
             manager = self.desktop.start(HERE / "usermanager.py", "--result", result)
             self.desktop.wait_for(lambda: self.desktop.bus.name_has_owner("org.freedesktop.systemd1"))
+            self.desktop.install_shop()
             self.deliver(plain(title))
-            unit = manager.lines[0]["properties"]
+            reloaded, started, *_ = manager.lines
+            self.assertEqual(reloaded["event"], "reloaded")
+            unit = started["properties"]
             self.assertEqual((unit["NoNewPrivileges"], unit["PrivateTmp"], unit["ProtectSystem"]), (True, True, "strict"))
             self.assertGreaterEqual(unit["MemoryMax"], 24 << 20)
             self.assertEqual(len(unit["ReadWritePaths"]), 2, "the agent's temporary directory and the container")
@@ -207,14 +220,73 @@ class EndToEndTest(unittest.TestCase):
         portal.AddMethods(interface, [("AddNotification", "sa{sv}", "", ""), ("RemoveNotification", "s", "", "")])
         self.desktop.environment["SNAP"] = "shop"
         self.desktop.install_shop()
-        agent = self.desktop.start("qx-agent", "run", "--app", SHOP, "--idle", "1")
-        self.desktop.wait_for(lambda: self.desktop.bus.name_has_owner(SHOP + ".Push"))
+        agent = self.start_agent("--idle", "1")
         self.deliver(plain("<Sandboxed>", _m="m17", _r="r4"))
         [(_, (number, shown))] = self.desktop.wait_for(lambda: portal.GetMethodCalls("AddNotification"))
         self.assertEqual((shown["title"], shown["body"]), ("<Sandboxed>", "1 < 2 & more"))
         portal.EmitSignal(interface, "ActionInvoked", "ssav", [number, "default", dbus.Array([], "v")])
         self.desktop.window("Shop – notification m17:r4")
         self.desktop.wait_for(lambda: not agent.running(), what="the end of an agent that shows nothing any more")
+
+    @on_desktop
+    def test_show_more_opens_the_carousel_and_a_click_runs_an_app_that_the_bus_does_not_know(self):
+        server = self.desktop.start_mock()
+        self.desktop.install_shop()
+        said = self.desktop.root / "said"
+        script = self.desktop.root / "run shop"
+        script.write_text(f"#!/bin/sh\necho \"$1 $XDG_ACTIVATION_TOKEN\" >'{said}'\n")
+        script.chmod(0o700)
+        (self.desktop.root / "data/applications" / f"{SHOP}.desktop").write_text(
+            f'[Desktop Entry]\nType=Application\nName=Shop\nExec="{script}" --open %U\n')
+        self.start_agent()
+        self.deliver(carousel("http://127.0.0.1:9", "ocean"))
+        self.deliver(plain("plain"))
+        self.wait_for_titles(server, "To the sea", "plain")
+        self.assertEqual(list(server.notifications()[0]["actions"])[2:], ["expand", "Show more"])
+        server.invoke(1, "expand")
+        self.desktop.window("^To the sea$")
+        self.desktop.press("Escape")
+        self.desktop.wait_for(lambda: not self.desktop.has_window("^To the sea$"), what="the carousel to close")
+        self.assertFalse(said.exists() or server.closed(), "closing the carousel is no tap")
+        server.invoke(2, token="front")
+        self.desktop.wait_for(lambda: said.exists() and said.read_text())
+        self.assertEqual(said.read_text(), "--open front\n")
+
+    @on_desktop
+    def test_takes_lines_from_a_broker_and_leaves_out_what_is_no_push(self):
+        server = self.desktop.start_mock()
+        self.desktop.install_shop()
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            port = str(free.getsockname()[1])
+        self.desktop.start("mosquitto", "-p", port)
+        publish = functools.partial(subprocess.run, timeout=20, env=self.desktop.environment)
+        self.desktop.wait_for(lambda: publish(["mosquitto_pub", "-p", port, "-t", "any", "-n"],
+                                              stderr=subprocess.DEVNULL).returncode == 0)
+        self.desktop.start("sh", "-c", f"mosquitto_sub -p {port} -q 1 -c -i shop -t shop/pushes |"
+                                       f" qx-agent run --app {SHOP} --source lines")
+        self.desktop.wait_for(lambda: self.desktop.bus.name_has_owner(SHOP + ".Push"))
+        publish(["mosquitto_pub", "-p", port, "-q", "1", "-t", "shop/pushes", "-l"], check=True,
+                input="\n".join(map(json.dumps, (plain("one"), plain("two")))).encode() + b"\n")
+        self.wait_for_titles(server, "one", "two")
+        lines = [json.dumps(plain("three")), "no push", "x" * (5 << 20), json.dumps(plain("four"))]
+        self.assertIn("4 MiB", self.desktop.run("qx-agent", "run", "--app", SHOP, "--source", "lines", fails=True,
+                                                input="\n".join(lines)))
+        self.wait_for_titles(server, "one", "two", "three", "four")
+        self.wait_for_status(received=4, shown=4, putAside=1)
+
+    @on_desktop
+    def test_a_push_on_its_way_to_an_agent_that_ends_is_shown(self):
+        server = self.desktop.start_mock()
+        self.desktop.install_shop()
+        agent = self.start_agent("--idle", "1")
+        agent.process.send_signal(signal.SIGSTOP)
+        push = ",".join(str(byte) for byte in json.dumps(plain("late")).encode())
+        subprocess.run(["dbus-send", "--session", "--type=method_call", f"--dest={SHOP}.Push", "/push",
+                        "com.veltro.quorix.Push1.Deliver", f"array:byte:{push}"], check=True, timeout=20,
+                       env=self.desktop.environment)
+        time.sleep(1.5)  # until its time is up
+        agent.process.send_signal(signal.SIGCONT)
+        self.wait_for_titles(server, "late")
 
     @on_desktop
     def test_says_why_there_is_no_endpoint(self):

@@ -2,6 +2,7 @@
 """The part of a user's service manager that the agent makes use of: it starts transient units, without their limits,
 and prints what it was asked for, one JSON object a line:
 
+    {"event": "reloaded"}
     {"event": "started", "unit", "process", "properties": {...}}      {"event": "killed", "unit", "signal"}
 
     usermanager.py [--result RESULT]      how its jobs end; with any other than `done` nothing is started
@@ -36,6 +37,10 @@ class Manager(dbus.service.Object):
     @dbus.service.method(MANAGER, "", "")
     def Subscribe(self):
         pass
+
+    @dbus.service.method(MANAGER, "", "")
+    def Reload(self):
+        print(json.dumps({"event": "reloaded"}), flush=True)
 
     @dbus.service.method(MANAGER, "ssa(sv)a(sa(sv))", "o")
     def StartTransientUnit(self, unit, _mode, properties, _more):

@@ -22,7 +22,9 @@ std::vector<std::string> takeAll(int descriptor, std::vector<std::string> notAtO
     lines.emplace_back(line);
     return true;
   };
-  const LineSource source(loop, descriptor, take, [&] { loop.stop(0); });
+  const LineSource source(
+      loop, descriptor,
+      {take, [&](const std::string& reason) { lines.push_back(reason); }, [&] { loop.stop(0); }});
   Timer patience(loop, [&] { loop.stop(1); });
   patience.start(std::chrono::seconds(20));
   EXPECT_EQ(loop.run(), 0);
@@ -43,7 +45,7 @@ TEST(LineSourceTest, APipesLinesComeWholeAndInOrderHoweverTheyAreCut) {
     }
     close(output);
   });
-  EXPECT_THAT(takeAll(input.get(), {"bb"}), ElementsAre("a", "bb", "c", "d"));
+  EXPECT_THAT(takeAll(input.get(), {"bb"}), ElementsAre("a", "bb", "c", "a line of more than 4 MiB", "d"));
   writer.join();
 }
 

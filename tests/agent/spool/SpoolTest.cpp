@@ -48,8 +48,10 @@ TEST_F(SpoolTest, WhatIsShownIsFoundUntilItIsForgottenOrReplaced) {
   EXPECT_FALSE(spool_->shown("another server", 7));
   const auto shown = spool_->shown("server", 7);
   ASSERT_TRUE(shown);
-  EXPECT_EQ(shown->files, (std::vector<std::filesystem::path>{"/x/1", "/x/2"}));
-  spool_->recordShown(2, {"a", "server", 8, "{}", {}});
+  const std::vector<std::filesystem::path> files{"/x/1", "/x/2"};
+  EXPECT_EQ(shown->files, files);
+  EXPECT_TRUE(spool_->isInUse(1, "/x/2") && spool_->isInUse(2, "/x/3") && !spool_->isInUse(1, "/x/3"));
+  EXPECT_EQ(spool_->recordShown(2, {"a", "server", 8, "{}", {}}), files);
   EXPECT_FALSE(spool_->shown("server", 7));
   EXPECT_EQ(spool_->allShown().size(), 1U);
   spool_->forgetShown("a");
@@ -72,6 +74,12 @@ TEST_F(SpoolTest, TheAccountCountsWhatBecameOfAllAndNothingGrowsWithoutBound) {
   Statement kept(*database_, "SELECT count(*) FROM aside");
   ASSERT_TRUE(kept.step());
   EXPECT_EQ(kept.integer(0), 100);
+
+  std::size_t files = 0;
+  for (std::uint32_t i = 0; i < 600; ++i)
+    files += spool_->recordShown(2, {std::to_string(i), "server", i, "{}", {"/x"}}).size();
+  EXPECT_EQ(spool_->allShown().size(), 500U);
+  EXPECT_EQ(files, 100U) << "files of what is forgotten";
 }
 
 TEST_F(SpoolTest, WhatWasTakenSurvivesAKill) {

@@ -5,19 +5,21 @@
 namespace QXPlatform {
 namespace {
 
-thread_local LogSubject threadSubject;
+// Only a pointer: a thread's object with a destructor takes memory to be registered for its end, and the
+// process dies when there is none.
+thread_local const LogSubject* threadSubject = nullptr;
 
 }  // namespace
 
 LogSubject currentLogSubject() {
-  return threadSubject;
+  return threadSubject != nullptr ? *threadSubject : nullptr;
 }
 
 ScopedLogSubject::ScopedLogSubject(LogSubject subject)
-    : previous_(std::exchange(threadSubject, std::move(subject))) {}
+    : subject_(std::move(subject)), previous_(std::exchange(threadSubject, &subject_)) {}
 
 ScopedLogSubject::~ScopedLogSubject() {
-  threadSubject = std::move(previous_);
+  threadSubject = previous_;
 }
 
 }  // namespace QXPlatform

@@ -12,7 +12,8 @@ using LogSubject = std::shared_ptr<const std::string>;
 // The calling thread's.
 LogSubject currentLogSubject();
 
-// Makes it the calling thread's for as long as this lives.
+// Makes it the calling thread's for as long as this lives. REQUIRES: those of a thread end in reverse order,
+// on it.
 class ScopedLogSubject {
  public:
   explicit ScopedLogSubject(LogSubject subject);
@@ -21,7 +22,8 @@ class ScopedLogSubject {
   ScopedLogSubject& operator=(const ScopedLogSubject&) = delete;
 
  private:
-  LogSubject previous_;
+  const LogSubject subject_;
+  const LogSubject* const previous_;
 };
 
 }  // namespace QXPlatform

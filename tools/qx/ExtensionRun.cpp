@@ -1,6 +1,5 @@
 #include "tools/qx/ExtensionRun.h"
 
-#include <string>
 #include <utility>
 
 #include "QXPlatform/log/StandardError.h"
@@ -41,10 +40,10 @@ Result<std::shared_ptr<ExtensionClient>> ExtensionRun::running() {
 }
 
 // By the last one that waits for its answers.
-void ExtensionRun::bury(ExtensionClient* client) {
+void ExtensionRun::bury(ExtensionClient* client) const {
   const std::unique_ptr<ExtensionClient> owner(client);
   const auto problem = client->finish();
-  if (isOver_ || ++deaths_ > 1) return;
+  if (isOver_) return;
   const std::string reason = problem ? problem->message : "the extension has ended";
   QXPlatform::writeToStandardError("qx push: " + reason + "; the next push starts it again\n");
 }
@@ -52,10 +51,6 @@ void ExtensionRun::bury(ExtensionClient* client) {
 std::optional<Error> ExtensionRun::finish() {
   const std::lock_guard lock(mutex_);
   isOver_ = true;
-  if (deaths_ > 1) {
-    QXPlatform::writeToStandardError("qx push: the extension ended " + std::to_string(deaths_) +
-                                     " times before the last push\n");
-  }
   return client_ == nullptr ? std::nullopt : client_->finish();
 }
 

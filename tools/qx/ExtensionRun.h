@@ -13,8 +13,7 @@
 namespace qx {
 
 // A host's own program through all the pushes of a run. When it dies, what it has in hand is answered with an
-// error, and the next push starts it again; the first death is one line on standard error, and when there are
-// more, their number is one at the end.
+// error, and the next push starts it again; each death is one line on standard error.
 class ExtensionRun {
  public:
   explicit ExtensionRun(QXAgent::ProgramStart start);
@@ -29,12 +28,11 @@ class ExtensionRun {
 
  private:
   QXPlatform::Result<std::shared_ptr<ExtensionClient>> running();
-  void bury(ExtensionClient* client);
+  void bury(ExtensionClient* client) const;
 
   const QXAgent::ProgramStart start_;
   std::mutex mutex_;
   std::atomic<bool> isOver_ = false;
-  std::atomic<int> deaths_ = 0;
   std::shared_ptr<ExtensionClient> client_;  // guarded by mutex_
 };
 

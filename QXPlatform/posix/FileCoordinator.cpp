@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -98,12 +99,20 @@ class DirectoryLock {
   const bool held_;
 };
 
-// Removes what bears the staging file's name, unless it is the file of a writer that lives: then `busy`, and
-// also when that cannot be known, since the file is another user's.
+// A writer is done within seconds: what has not been touched for so long belongs to none that lives.
+bool isAbandoned(const FileDescriptor& directory) {
+  constexpr std::time_t kSeconds = 60;
+  struct stat named {};
+  return ::fstatat(directory.get(), kStagingName, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+         std::time(nullptr) - named.st_mtime > kSeconds;
+}
+
+// Removes what bears the staging file's name, unless it is the file of a writer that lives: then `busy`.
+// Whether another user's writer lives can only be told by the file's age.
 LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& path) {
   const FileDescriptor found = openStagingFile(directory, O_RDONLY);
   if (!found.valid() && errno == ENOENT) return LockAnswer::granted;
-  if (!found.valid() && errno == EACCES) return LockAnswer::busy;
+  if (!found.valid() && errno == EACCES && !isAbandoned(directory)) return LockAnswer::busy;
   if (found.valid()) {
     if (tryLock(found, LOCK_EX) == LockAnswer::busy) return LockAnswer::busy;
     if (!isStillNamed(directory, found)) return LockAnswer::granted;

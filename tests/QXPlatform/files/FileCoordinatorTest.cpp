@@ -283,5 +283,15 @@ TEST_F(FileCoordinatorTest, LeavesTheStagingFileOfAnotherUsersWriterThatLives) {
   EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"), whileStaged), Outcome::replaced);
 }
 
+TEST_F(FileCoordinatorTest, RemovesTheStagingFileThatAnotherUsersWriterLeftBehind) {
+  std::filesystem::permissions(directory_.path(), std::filesystem::perms::all);
+  const std::string left = path(".coordinated-write");
+  directory_.write(".coordinated-write", "half");
+  ::chmod(left.c_str(), 0600);
+  std::filesystem::last_write_time(left, std::filesystem::file_time_type::clock::now() - 2min);
+  Stranger stranger([&] { EXPECT_EQ(replace("record", "new"), Outcome::replaced); });
+  EXPECT_TRUE(stranger.succeeds());
+}
+
 }  // namespace
 }  // namespace QXPlatform

@@ -193,7 +193,7 @@ class ConnectorTest : public BusTest {
                           member);
   }
 
-  // Message of the current interface; `size`: of its bytes, when they are not a sealed push.
+  // Message of the current interface, with a field that nobody asked for.
   BusMessage message(const Bus& caller, const char* token, const std::string& bytes) {
     auto call = newCall(caller, "org.unifiedpush.Connector2", "Message");
     sd_bus_message_open_container(call.get(), 'a', "{sv}");

@@ -299,6 +299,14 @@ class EndToEndTest(unittest.TestCase):
         other.kill()
         self.assertIn("NETWORK", endpoint())
 
+    @on_desktop
+    def test_starts_with_the_session_until_it_is_uninstalled(self):
+        self.desktop.install_shop()
+        wanted = self.desktop.root / "config/systemd/user/default.target.wants" / f"{SHOP}.Push.service"
+        self.assertIn("Restart=on-failure", wanted.read_text())
+        self.desktop.run("qx-agent", "uninstall", "--app", SHOP)
+        self.assertEqual(list(self.desktop.root.glob("*/**/*.Push*")), [])
+
 
 if __name__ == "__main__":
     unittest.main()

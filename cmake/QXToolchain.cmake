@@ -76,3 +76,13 @@ function(qx_public_headers target)
   list(TRANSFORM ARGN PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/" OUTPUT_VARIABLE headers)
   target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${headers})
 endfunction()
+
+# Manual pages of a program, from its own --help, installed with it.
+function(qx_manual_pages program)
+  set(directory "${CMAKE_CURRENT_BINARY_DIR}/manual")
+  add_custom_command(OUTPUT "${directory}/${program}.1"
+    COMMAND "${PROJECT_SOURCE_DIR}/scripts/man-pages" $<TARGET_FILE:${program}> "${directory}" ${ARGN}
+    DEPENDS ${program} "${PROJECT_SOURCE_DIR}/scripts/man-pages" ${ARGN} VERBATIM)
+  add_custom_target(${program}-manual ALL DEPENDS "${directory}/${program}.1")
+  install(DIRECTORY "${directory}/" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT ${program})
+endfunction()

@@ -15,6 +15,7 @@ namespace QXTestSupport {
 // Any thread.
 class LoopbackBackend {
  public:
+  // One request, as it was sent.
   struct Request {
     std::string method;
     std::string path;  // with the query

@@ -15,6 +15,13 @@ using Texts = std::vector<std::string>;
 std::atomic<const Texts*> wanted = nullptr;
 std::atomic<const std::string*> foundText = nullptr;
 
+}  // namespace
+
+// A sanitizer has operators of its own, which are not to be replaced. Nothing of an object that was there
+// before is left in a new one.
+#ifndef QX_SANITIZED
+namespace {
+
 void giveBack(void* memory) {
   const Texts* const texts = wanted;
   const std::size_t size = memory == nullptr || texts == nullptr ? 0 : malloc_usable_size(memory);
@@ -27,9 +34,6 @@ void giveBack(void* memory) {
 
 }  // namespace
 
-// A sanitizer has operators of its own, which are not to be replaced. Nothing of an object that was there
-// before is left in a new one.
-#ifndef QX_SANITIZED
 void* operator new(std::size_t size) {
   if (void* memory = std::calloc(1, size)) return memory;
   throw std::bad_alloc();

@@ -86,7 +86,7 @@ Result<Dictionary> ContentExtensionDriver::carryOut(const Dictionary& command) {
   } else if (step == "draw") {
     refused = draw(text(command, "file"));
   } else if (step == "open") {
-    open(text(command, "title"));
+    open(command);
   } else if (step == "note") {
     note(command["notes"]);
   } else if (auto* controller = host_.inspectable(); controller != nullptr && !host_.isCollapsed()) {
@@ -136,12 +136,16 @@ std::optional<Error> ContentExtensionDriver::draw(const std::string& file) {
   return Error{"cannot write " + file};
 }
 
-void ContentExtensionDriver::open(const std::string& title) {
-  window_ = std::make_unique<ContentExtensionWindow>(host_, title);
+void ContentExtensionDriver::open(const Dictionary& command) {
+  window_ = std::make_unique<ContentExtensionWindow>(host_, text(command, "title"));
+  const bool staysOpen = flag(command, "staysOpen").value_or(false);
   if (auto* controller = host_.inspectable()) {
     controller->setStepHandler([this](std::string_view step) { stepTaken_(state(step)); });
   }
-  window_->open([this] { stepTaken_(state("tap")); });
+  window_->open([this, staysOpen] {
+    stepTaken_(state("tap"));
+    if (!staysOpen) window_->close();
+  });
 }
 
 void ContentExtensionDriver::note(const Value& notes) {

@@ -67,7 +67,10 @@ Result<Dictionary> showInWindow(ContentExtensionHost& host, const UNNotification
   if (host.isCollapsed()) return answer(host, request);
   bool isPerformed = false;
   ContentExtensionWindow window(host, request.content->snapshot().title);
-  window.open([&isPerformed] { isPerformed = true; });
+  window.open([&] {
+    isPerformed = true;
+    window.close();
+  });
   QApplication::exec();
   return answer(host, request).merging({{"defaultActionPerformed", isPerformed}});
 }

@@ -82,13 +82,14 @@ void ContentExtensionWindow::setNotes(const std::vector<WindowNote>& notes) {
 }
 
 void ContentExtensionWindow::open(std::function<void()> performed) {
-  host_.setDefaultActionHandler([this, performed = std::move(performed)] {
-    performed();
-    window_->close();
-  });
+  host_.setDefaultActionHandler(std::move(performed));
   window_->show();
   // Hands the token to the system.
   window_->activateWindow();
+}
+
+void ContentExtensionWindow::close() {
+  window_->close();
 }
 
 }  // namespace QXPlatform

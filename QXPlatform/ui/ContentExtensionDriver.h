@@ -21,7 +21,9 @@ namespace QXPlatform {
 //                                           how things look from now on, texts from the next load on
 //   {"step": "wait", "milliseconds": 500}   lets time pass, then what is still loading end
 //   {"step": "draw", "file": "/a/b.png"}    draws the view as it stands; a .webp takes less room
-//   {"step": "open", "title": "..."}        opens a window, whose end is the application's
+//   {"step": "open", "title": "...", "staysOpen": true}
+//                                           opens a window, which stays or goes when its panel is tapped, and
+//                                           whose end is the application's
 //   {"step": "note", "notes": [{"kind": "error" | "warning" | "remark", "text": "..."}]}
 //                                           writes into the window, in place of the notes before
 //   {"step": "next"}                        any other step is the view controller's
@@ -46,7 +48,7 @@ class ContentExtensionDriver {
   std::optional<Error> deliver(const Value& request);
   std::optional<Error> draw(const std::string& file);
   void wait(std::chrono::milliseconds time);
-  void open(const std::string& title);
+  void open(const Dictionary& command);
   void note(const Value& notes);
 
   ContentExtensionHost& host_;

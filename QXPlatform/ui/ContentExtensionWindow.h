@@ -32,9 +32,10 @@ class ContentExtensionWindow {
 
   // In place of the notes before.
   void setNotes(const std::vector<WindowNote>& notes);
-  // Shows it; the application ends when it is closed: by the user, by Escape, or by the extension's default
-  // action, after `performed` has been called.
+  // Shows it; the application ends when it is closed, which Escape does as well. `performed` is called when
+  // the extension performs its default action.
   void open(std::function<void()> performed);
+  void close();
 
  private:
   ContentExtensionHost& host_;

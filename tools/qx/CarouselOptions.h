@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "QXPlatform/foundation/JSONCoding.h"
 #include "tools/qx/SimulatorOptions.h"
@@ -14,7 +15,9 @@ constexpr double kDrawingScale = 2;
 constexpr int kMostPixelsAcross = 16'384;
 
 struct CarouselOptions {
-  std::string file;                      // "-" is standard input
+  std::vector<std::string> files;        // "-" is standard input; several for a gallery alone
+  bool watch = false;                    // the window follows the file
+  std::optional<std::string> gallery;    // writes a page instead of opening a window
   std::optional<std::string> extension;  // a host's own program, in place of the framework's extension
   std::optional<std::string> png;        // draws instead of opening a window
   std::optional<int> panel;              // from 0; with png
@@ -29,7 +32,8 @@ struct CarouselOptions {
   static constexpr auto jsonFields() {
     using QXPlatform::jsonField;
     return QXPlatform::jsonFields(
-        jsonField("file", &CarouselOptions::file), jsonField("extension", &CarouselOptions::extension),
+        jsonField("files", &CarouselOptions::files), jsonField("watch", &CarouselOptions::watch),
+        jsonField("gallery", &CarouselOptions::gallery), jsonField("extension", &CarouselOptions::extension),
         jsonField("png", &CarouselOptions::png), jsonField("panel", &CarouselOptions::panel),
         jsonField("all", &CarouselOptions::all), jsonField("width", &CarouselOptions::width),
         jsonField("scale", &CarouselOptions::scale), jsonField("dark", &CarouselOptions::dark),

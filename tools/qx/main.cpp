@@ -204,11 +204,15 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
   const auto [carousel, options] = addSubcommand<qx::CarouselOptions>(
       app, "carousel", "Show a push's carousel as the content extension draws it",
       "Examples:\n  qx carousel push.json\n  qx carousel push.json --png out.png --all --dark\n"
-      "  qx carousel push.json --do next,wait:500,tap\n\n"
+      "  qx carousel push.json --do next,wait:500,tap\n"
+      "  qx carousel --watch push.json\n  qx carousel --gallery gallery.html pushes/\n\n"
       "Without --png and --do a window opens. Arrow keys move, Return opens, Escape closes.\n"
       "How the carousel stands is reported after loading and after each step.",
       invocation, qx::runCarousel);
-  carousel.add_option("FILE", options.file, "File with one push; - for standard input")
+  carousel
+      .add_option("FILE", options.files,
+                  "File with one push; - for standard input; a gallery takes as many as there are, and "
+                  "directories")
       ->type_name("")
       ->required();
   auto* png = carousel.add_option("--png", options.png, "Draw into this file instead of opening a window")
@@ -231,16 +235,36 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
   carousel.add_option("--extension", options.extension, "A host's own content-extension program")
       ->type_name("PROGRAM")
       ->check(CLI::Validator(CLI::ExistingFile).description(""));
+  auto* gallery =
+      carousel
+          .add_option(
+              "--gallery", options.gallery,
+              "Write a page with every panel in light and dark, both directions, two widths and with large "
+              "text, beside what check finds")
+          ->type_name("OUT.html")
+          ->excludes(png);
+  auto* watch =
+      carousel.add_flag("--watch", options.watch, "Redraw whenever the file changes, with its findings")
+          ->excludes(png)
+          ->excludes(gallery);
   carousel.add_flag("--dark", options.dark, "Dark appearance");
   carousel.add_flag("--rtl", options.rtl, "Read from right to left");
   carousel.add_option("--do", options.steps, "Steps in order: next, back, tick, tap, refresh:FILE, wait:MS")
       ->type_name("STEPS")
+      ->excludes(gallery)
+      ->excludes(watch)
       ->check(CLI::Validator(checkSteps, ""));
   carousel.add_option("--fail-on", options.failOnFailedImage, "Exit code 1 when it happens")
       ->type_name("LIST")
       ->transform(oneOf<bool>({{"failed-image", true}}));
   addStable(carousel, invocation.simulator);
   carousel.parse_complete_callback([&options = options] {
+    if (options.files.size() > 1 && !options.gallery) {
+      throw CLI::ValidationError("FILE", "only --gallery takes several");
+    }
+    if (options.watch && options.files.front() == "-") {
+      throw CLI::ValidationError("--watch", "standard input cannot be followed");
+    }
     const double pixels = options.width * options.scale.value_or(qx::kDrawingScale);
     if (pixels <= qx::kMostPixelsAcross) return;
     throw CLI::ValidationError("--width times --scale",

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QLabel>
 #include <QMouseEvent>
 #include <QString>
 #include <QTimer>
@@ -265,8 +266,8 @@ TEST_F(CarouselCommand, KeepsTwentyPhotographsInLittleMemory) {
 TEST_F(CarouselCommand, ClosesTheWindowAtATapAsADeviceWould) {
   const auto application = QXPlatform::makeApplication(QXPlatform::ScreenUse::none);
   qx::CarouselInvocation invocation;
-  invocation.carousel.file =
-      write("tapped.json", R"({"aps":{},"_sid":"VTQX","_m":"m","_rf":)" + support::carousel(panels(2)) + "}");
+  invocation.carousel.files = {write(
+      "tapped.json", R"({"aps":{},"_sid":"VTQX","_m":"m","_rf":)" + support::carousel(panels(2)) + "}")};
   const auto carousel = qx::makeCarousel(invocation, {.width = 360, .hasWindow = true},
                                          [](const Dictionary& state) { qx::printResult({}, state); });
   ASSERT_TRUE(carousel);
@@ -289,6 +290,51 @@ TEST_F(CarouselCommand, ClosesTheWindowAtATapAsADeviceWould) {
   ASSERT_EQ(shown.lines().size(), 2U) << shown.output;
   EXPECT_EQ(text(shown.lines()[1], "step"), "tap");
   EXPECT_EQ(shown.lines()[1].find("defaultActionPerformed")->boolean(), true);
+}
+
+std::string shownNotes() {
+  for (QWidget* widget : QApplication::allWidgets()) {
+    if (const auto* label = qobject_cast<QLabel*>(widget)) return label->text().toStdString();
+  }
+  return {};
+}
+
+TEST_F(CarouselCommand, FollowsAFileThroughEveryWayOfSavingIt) {
+  const auto application = QXPlatform::makeApplication(QXPlatform::ScreenUse::none);
+  const auto push = [&](int count, const std::string& type) {
+    return R"({"aps":{"alert":"Hi","mutable-content":1,"category":"carousel"},"_sid":"VTQX","_m":"m","_mt":)" +
+           type + R"(,"_rf":)" + support::carousel(panels(count)) + "}";
+  };
+  const std::string file = write("push.json", push(2, R"("push")"));
+  const std::string whole = push(3, "1");
+  std::vector<std::pair<std::string, std::function<void()>>> story{
+      {"No findings", [&] { write("push.json", whole.substr(0, 40)); }},
+      {"The carousel is the one before", [&] { write("push.json", whole); }},
+      {"/_mt", [&] { std::filesystem::remove(file); }},
+      {"gone", [&] { std::filesystem::rename(write("saved", push(1, R"("push")")), file); }},
+      {"No findings", [] { QApplication::closeAllWindows(); }}};
+  QTimer teller;
+  QObject::connect(&teller, &QTimer::timeout, [&, next = std::size_t{0}]() mutable {
+    if (next == story.size() || shownNotes().find(story[next].first) == std::string::npos) return;
+    story[next++].second();
+  });
+  teller.start(5);
+  QTimer::singleShot(support::kPatience, application.get(), [] { QApplication::closeAllWindows(); });
+
+  qx::CarouselInvocation invocation;
+  invocation.carousel.files = {file};
+  const auto carousel = qx::makeCarousel(invocation, {.width = 360, .hasWindow = true}, {});
+  ASSERT_TRUE(carousel);
+  testing::internal::CaptureStdout();
+  EXPECT_FALSE(qx::CarouselSession(invocation, **carousel).runWatch());
+  const ProgramResult shown{.exitCode = 0, .output = testing::internal::GetCapturedStdout(), .errors = {}};
+  const auto lines = shown.lines();
+  ASSERT_EQ(lines.size(), 3U) << shown.output;
+  const std::array<std::size_t, 3> counts{2, 3, 1};
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(text(lines[i], "step"), i == 0 ? "load" : "refresh");
+    EXPECT_EQ(lines[i]["panels"].elements().size(), counts[i]);
+  }
 }
 
 TEST(ContentExtensionMain, AnswersOneLineANotification) {

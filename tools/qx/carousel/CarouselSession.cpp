@@ -8,7 +8,9 @@
 #include "QXPlatform/ui/Appearance.h"
 #include "tools/qx/Results.h"
 #include "tools/qx/carousel/CarouselPush.h"
+#include "tools/qx/carousel/FileWatch.h"
 #include "tools/qx/carousel/PanelDrawing.h"
+#include "tools/qx/check/PlacedFindings.h"
 
 namespace qx {
 
@@ -16,6 +18,7 @@ namespace {
 
 using QXPlatform::Dictionary;
 using QXPlatform::Error;
+using QXPlatform::Value;
 using Kind = CarouselStep::Kind;
 
 std::filesystem::path numbered(const std::filesystem::path& file, std::size_t index) {
@@ -23,6 +26,26 @@ std::filesystem::path numbered(const std::filesystem::path& file, std::size_t in
   name += "-" + std::to_string(index);
   name += file.extension();
   return file.parent_path() / name;
+}
+
+Dictionary note(const char* kind, const std::string& text) {
+  return {{"kind", kind}, {"text", text}};
+}
+
+Dictionary remark(const std::string& text) {
+  return note("remark", text);
+}
+
+// "line 7: /_rf/vt/it/0/ti/s/fz: not one of S, M, L; write \"S\"".
+std::vector<Value> notesOn(const std::vector<LocatedFinding>& findings) {
+  std::vector<Value> notes;
+  for (const auto& [finding, file, position, line] : findings) {
+    const std::string place = "line " + std::to_string(position.line) + ": " + finding.at;
+    const std::string hint = finding.hint.empty() ? "" : "; " + finding.hint;
+    notes.push_back(note(finding.isError() ? "error" : "warning",
+                         place + (finding.at.empty() ? "" : ": ") + finding.message + hint));
+  }
+  return notes;
 }
 
 }  // namespace
@@ -86,7 +109,7 @@ CarouselSession::Refusal CarouselSession::runScript() {
     if (!parsed) return parsed.error();
     steps = *std::move(parsed);
   }
-  if (auto refused = load("load", invocation_.carousel.file)) return refused;
+  if (auto refused = load("load", file())) return refused;
   for (const CarouselStep& step : steps) {
     if (auto refused = take(step)) return refused;
   }
@@ -97,13 +120,13 @@ CarouselSession::Refusal CarouselSession::runScript() {
 }
 
 CarouselSession::Refusal CarouselSession::runWithoutScreen() {
-  if (auto refused = load("load", invocation_.carousel.file)) return refused;
+  if (auto refused = load("load", file())) return refused;
   if (!isShown()) return std::nullopt;
   return Error{"there is no screen for a window; --png draws into a file"};
 }
 
 CarouselSession::Refusal CarouselSession::runWindow() {
-  if (auto refused = load("load", invocation_.carousel.file)) return refused;
+  if (auto refused = load("load", file())) return refused;
   if (!isShown()) {
     std::cerr << "qx carousel: nothing to show, the notification keeps its ordinary look\n";
     return std::nullopt;
@@ -111,6 +134,42 @@ CarouselSession::Refusal CarouselSession::runWindow() {
   if (auto refused = play({{"step", "open"}, {"title", "qx carousel"}})) return refused;
   carousel_.runWindow();
   return judgeImages();
+}
+
+CarouselSession::Refusal CarouselSession::runWatch() {
+  if (!std::filesystem::exists(file())) return readCarouselRequest(file()).error();
+  // Nothing to see until there is a push.
+  const Dictionary nothing{{"content", Dictionary()}};
+  if (auto refused = look()) return refused;
+  if (auto refused = play({{"step", "load"}, {"request", nothing}})) return refused;
+  const Dictionary open{{"step", "open"}, {"title", file() + " - qx carousel"}, {"staysOpen", true}};
+  if (auto refused = play(open)) return refused;
+  const FileWatch watch(file(), [this](const auto& text) { follow(text); });
+  carousel_.runWindow();
+  return judgeImages();
+}
+
+// What is no push leaves the one before in the window.
+void CarouselSession::follow(const std::optional<std::string>& text) {
+  std::vector<Value> notes;
+  if (text) {
+    const auto request = carouselRequest(*text);
+    if (request && !play({{"step", hasLoaded_ ? "refresh" : "load"}, {"request", *request}})) {
+      hasLoaded_ = true;
+      reportMissingFont();
+      report();
+    }
+    notes = notesOn(findPlaced(*text, {.file = file(), .name = file()}, PushLimit::apns));
+    if (request && !isShown())
+      notes.push_back(remark("No carousel: the notification keeps its ordinary look."));
+    if (!request && hasLoaded_) notes.push_back(remark("The carousel is the one before."));
+    if (notes.empty()) notes.push_back(remark("No findings."));
+  } else {
+    notes.push_back(remark("The file is gone. It is shown again when it is back."));
+  }
+  if (const auto noted = carousel_.play({{"step", "note"}, {"notes", notes}}); !noted) {
+    fail("carousel", noted.error().message);
+  }
 }
 
 CarouselSession::Refusal CarouselSession::take(const CarouselStep& step) {

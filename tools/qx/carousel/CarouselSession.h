@@ -24,6 +24,8 @@ class CarouselSession {
   std::optional<QXPlatform::Error> runScript();
   // Loads, then lets the user have it until the window is closed.
   std::optional<QXPlatform::Error> runWindow();
+  // The same for ever newer versions of the file, with what is found in each under the carousel.
+  std::optional<QXPlatform::Error> runWatch();
   // Loads, since there is nothing to open a window on.
   std::optional<QXPlatform::Error> runWithoutScreen();
 
@@ -31,7 +33,9 @@ class CarouselSession {
   using Refusal = std::optional<QXPlatform::Error>;
 
   Refusal look();
+  const std::string& file() const { return invocation_.carousel.files.front(); }
   Refusal load(std::string_view step, const std::string& file);
+  void follow(const std::optional<std::string>& text);
   Refusal take(const CarouselStep& step);
   // Has the command carried out, and keeps how the carousel stands then.
   Refusal play(const QXPlatform::Dictionary& command);
@@ -50,6 +54,7 @@ class CarouselSession {
   const CarouselInvocation& invocation_;
   PlayedCarousel& carousel_;
   QXPlatform::Dictionary state_;
+  bool hasLoaded_ = false;
   bool isMissingFontReported_ = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QScopedValueRollback>
 #include <chrono>
 #include <filesystem>
 #include <iostream>
@@ -53,7 +54,8 @@ Result<Dictionary> ProgramCarousel::play(const Dictionary& command) {
   const auto line = QXPlatform::writeJSON(command, QXPlatform::JSONStyle::compact);
   if (!line) return line.error();
   process_.write(QByteArray::fromStdString(*line + "\n"));
-  QDeadlineTimer deadline(timeFor(command));
+  const QScopedValueRollback<bool> asking(isAsking_, true);
+  const QDeadlineTimer deadline(timeFor(command));
   for (;;) {
     while (auto answer = nextAnswer()) {
       if (const auto* error = answer->find("error")) return Error{std::string(error->string().value_or(""))};
@@ -88,6 +90,7 @@ std::optional<Dictionary> ProgramCarousel::nextAnswer() {
 }
 
 void ProgramCarousel::handleSteps() {
+  if (isAsking_) return;
   while (const auto answer = nextAnswer()) stepTaken_(*answer);
 }
 

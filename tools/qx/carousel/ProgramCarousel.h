@@ -30,6 +30,7 @@ class ProgramCarousel final : public PlayedCarousel {
 
   const StepHandler stepTaken_;
   QProcess process_;
+  bool isAsking_ = false;  // which takes the answers itself
 };
 
 }  // namespace qx

@@ -12,6 +12,7 @@
 #include "tools/qx/Results.h"
 #include "tools/qx/StandardErrorLogSink.h"
 #include "tools/qx/carousel/CarouselSession.h"
+#include "tools/qx/carousel/Gallery.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ qx::PlayedCarousel::StepHandler reportTo(const qx::SimulatorOptions& simulator) 
 }
 
 bool usesWindow(const qx::CarouselOptions& options) {
-  return !options.png && !options.steps && QXPlatform::hasScreen();
+  return !options.png && !options.steps && !options.gallery && QXPlatform::hasScreen();
 }
 
 // The carousel ends in here, and with it what it was still fetching.
@@ -35,6 +36,7 @@ std::optional<QXPlatform::Error> runSession(const qx::CarouselInvocation& invoca
   if (!carousel) return carousel.error();
   qx::CarouselSession session(invocation, **carousel);
   if (options.png || options.steps) return session.runScript();
+  if (inWindow && options.watch) return session.runWatch();
   return inWindow ? session.runWindow() : session.runWithoutScreen();
 }
 
@@ -48,6 +50,7 @@ int run(const qx::CarouselInvocation& invocation) {
       QXPlatform::makeApplication(inWindow ? QXPlatform::ScreenUse::windows : QXPlatform::ScreenUse::none);
   qx::StandardErrorLogSink sink(invocation.simulator.logFormat);
   const QXPlatform::ScopedLogSink logging(sink);
+  if (options.gallery) return qx::finish(qx::runGallery(invocation));
   const auto refused = runSession(invocation, inWindow);
   QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);
   return qx::finish(refused ? qx::fail("carousel", refused->message) : 0);

@@ -159,7 +159,7 @@ Result<DemoPush> DemoStage::push(const std::string& name, const Dictionary& payl
 
 std::optional<Error> DemoStage::drawPanels(const std::string& name) const {
   CarouselOptions options;
-  options.file = (directory_ / (name + ".push.json")).string();
+  options.files = {(directory_ / (name + ".push.json")).string()};
   options.png = (directory_ / (name + ".png")).string();
   options.all = true;
   return drawCarousel(simulator_, options);

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "QXPlatform/foundation/Value.h"
+#include "tools/qx/carousel/GalleryPictures.h"
+#include "tools/qx/check/FindingFormat.h"
+
+namespace qx {
+
+// One push of a gallery.
+struct GalleryPush {
+  std::string place;  // "pushes.ndjson: line 3"
+  std::vector<LocatedFinding> findings;
+  QXPlatform::Dictionary content = {};  // of the request; empty for what is no push
+  std::vector<std::pair<std::string, std::size_t>> sizes = {};
+  std::size_t size = 0;
+  std::vector<GalleryPanel> panels = {};
+};
+
+// A page that needs nothing beside itself: no script, no other file, no network.
+std::string galleryPage(const std::vector<GalleryPush>& pushes);
+
+// With nothing in it that HTML reads as its own.
+std::string escapedHTML(std::string_view text);
+
+}  // namespace qx

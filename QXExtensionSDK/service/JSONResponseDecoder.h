@@ -15,6 +15,7 @@ template <std::derived_from<DeliveryReceiptResponse> Decoded>
 class JSONResponseDecoder final : public ResponseDecoder {
  public:
   QXPlatform::Result<Response> decode(const QXPlatform::Data& data) const override {
+    // Both modules' answers may be there at once, in a process that is to stay small.
     constexpr QXPlatform::JSONLimits kLimits{.treeBytes = std::size_t{2} << 20};
     const auto value = QXPlatform::parseJSON(data.view(), kLimits);
     if (!value) return QXPlatform::Error{"not JSON: " + value.error().message};

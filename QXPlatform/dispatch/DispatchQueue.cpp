@@ -2,7 +2,6 @@
 
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -60,10 +59,14 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
 
   const std::string& label() const { return label_; }
 
+  // Either throws for want of memory, and nothing has happened, or the item will be run.
   void submit(WorkItem item) {
     item.exclusive = item.exclusive || serial_;
+    WorkItems one;
+    one.push_back(std::move(item));
+    if (one.front().group) one.front().group->enter();
     const std::lock_guard lock(mutex_);
-    pending_.push_back(std::move(item));
+    pending_.splice(pending_.end(), one);
     startPending();
   }
 
@@ -95,22 +98,23 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
     exclusiveRuns_ = false;
   }
 
-  WorkItem takeFront() {
-    WorkItem item = std::move(pending_.front());
-    pending_.pop_front();
-    noteStart(item.exclusive);
-    return item;
+  WorkItems takeFront() {
+    WorkItems one;
+    one.splice(one.end(), pending_, pending_.begin());
+    noteStart(one.front().exclusive);
+    return one;
   }
 
   // Under the lock, so that what is started later comes later.
   void startPending() {
     while (frontMayStart()) {
-      WorkItem item = takeFront();
-      if (item.turn != nullptr) {
-        item.turn->come = true;
-        item.turn->changed.notify_one();
+      WorkItems one = takeFront();
+      if (SyncTurn* const turn = one.front().turn) {
+        turn->come = true;
+        turn->changed.notify_one();
       } else {
-        ThreadSet::shared().start(shared_from_this(), std::move(item));
+        one.front().runner = shared_from_this();
+        ThreadSet::shared().start(std::move(one));
       }
     }
   }
@@ -119,7 +123,9 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
   std::optional<WorkItem> nextForThisThread() {
     const std::lock_guard lock(mutex_);
     noteEnd();
-    if (frontMayStart() && pending_.front().exclusive && pending_.front().turn == nullptr) return takeFront();
+    if (frontMayStart() && pending_.front().exclusive && pending_.front().turn == nullptr) {
+      return std::move(takeFront().front());
+    }
     startPending();
     return std::nullopt;
   }
@@ -139,7 +145,7 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
   const bool serial_;
   std::mutex mutex_;
   // Below, guarded by mutex_.
-  std::deque<WorkItem> pending_;
+  WorkItems pending_;
   std::size_t running_ = 0;
   bool exclusiveRuns_ = false;
 };
@@ -160,7 +166,6 @@ void DispatchQueue::async(Work work) const {
 }
 
 void DispatchQueue::async(const DispatchGroup& group, Work work) const {
-  group.enter();
   state_->submit({.work = std::move(work), .group = group});
 }
 

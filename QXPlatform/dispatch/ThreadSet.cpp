@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -18,9 +19,9 @@ ThreadSet& ThreadSet::shared() {
   return *threads;
 }
 
-void ThreadSet::start(std::shared_ptr<WorkRunner> runner, WorkItem item) {
+void ThreadSet::start(WorkItems items) {
   std::unique_lock lock(mutex_);
-  waiting_.push_back({std::move(runner), std::move(item)});
+  waiting_.splice(waiting_.end(), items);
   if (!idle_.empty()) {
     Worker& worker = *idle_.back();
     idle_.pop_back();
@@ -38,7 +39,7 @@ bool ThreadSet::canRun() {
   if (alive_ > 0 || waiting_.empty()) return true;
   Worker* const worker = hireWorker();
   lock.unlock();
-  return launch(*worker);
+  return worker != nullptr && launch(*worker);
 }
 
 void ThreadSet::enterForeignCode() {
@@ -56,14 +57,25 @@ void ThreadSet::leaveForeignCode() {
   --inForeignCode_;
 }
 
-// A worker for a new thread, or null when there are threads enough.
+// A worker for a new thread, or null when there are threads enough or no memory for one more.
 ThreadSet::Worker* ThreadSet::hireWorker() {
   if (alive_ >= std::min(kMostThreads + inForeignCode_, kMostThreadsEver)) return nullptr;
-  auto place = std::ranges::find_if(workers_, [](const auto& each) { return !each->alive; });
-  if (place == workers_.end()) place = workers_.insert(place, std::make_unique<Worker>());
-  (*place)->alive = true;
+  Worker* const worker = placeForWorker();
+  if (worker == nullptr) return nullptr;
+  worker->alive = true;
   ++alive_;
-  return place->get();
+  return worker;
+}
+
+ThreadSet::Worker* ThreadSet::placeForWorker() {
+  const auto place = std::ranges::find_if(workers_, [](const auto& each) { return !each->alive; });
+  if (place != workers_.end()) return place->get();
+  try {
+    idle_.reserve(workers_.size() + 1);
+    return workers_.emplace_back(std::make_unique<Worker>()).get();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 
 bool ThreadSet::launch(Worker& worker) {
@@ -71,7 +83,7 @@ bool ThreadSet::launch(Worker& worker) {
     std::thread([this, &worker] { serve(worker); }).detach();
     return true;
   } catch (const std::exception&) {
-    // The job stays for the threads there are, or come to be.
+    // The item stays for the threads there are, or come to be.
     const std::lock_guard lock(mutex_);
     worker.alive = false;
     --alive_;
@@ -89,11 +101,12 @@ void ThreadSet::serve(Worker& worker) {
 }
 
 void ThreadSet::runNext(std::unique_lock<std::mutex>& lock) {
-  Job job = std::move(waiting_.front());
+  WorkItem item = std::move(waiting_.front());
   waiting_.pop_front();
   lock.unlock();
-  job.runner->run(std::move(job.item));
-  job.runner.reset();  // may be the last one that holds the queue, so not under the lock
+  std::shared_ptr<WorkRunner> runner = std::move(item.runner);
+  runner->run(std::move(item));
+  runner.reset();  // may be the last one that holds the queue, so not under the lock
   lock.lock();
 }
 

@@ -2,7 +2,6 @@
 
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -30,8 +29,9 @@ class ThreadSet {
 
   static ThreadSet& shared();
 
-  // Returns at once. Beyond 64 busy threads the item waits for the first that is free.
-  void start(std::shared_ptr<WorkRunner> runner, WorkItem item);
+  // Takes the items over and returns at once; never fails. Beyond 64 busy threads an item waits for the first
+  // that is free, and for want of memory for another thread as well.
+  void start(WorkItems items);
 
   // Whether what waits will be run: not while the system gives this process not even one thread.
   bool canRun();
@@ -42,10 +42,6 @@ class ThreadSet {
 
  private:
   friend class NeverDestroyed<ThreadSet>;
-  struct Job {
-    std::shared_ptr<WorkRunner> runner;
-    WorkItem item;
-  };
   struct Worker {
     std::condition_variable called;
     bool mayWork = false;
@@ -54,19 +50,20 @@ class ThreadSet {
 
   ThreadSet() = default;
   Worker* hireWorker();
+  Worker* placeForWorker();
   bool launch(Worker& worker);
   void serve(Worker& worker);
   void runNext(std::unique_lock<std::mutex>& lock);
   bool waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock);
 
   std::mutex mutex_;
-  // Below, guarded by mutex_. For every waiting job a thread is on its way, unless all are busy or none is to
-  // be had.
-  std::deque<Job> waiting_;
+  // Below, guarded by mutex_. For every waiting item a thread is on its way, unless all are busy or none is
+  // to be had.
+  WorkItems waiting_;
   std::vector<std::unique_ptr<Worker>> workers_;
   std::size_t alive_ = 0;
   std::size_t inForeignCode_ = 0;
-  // The last one to fall idle is called first, so that the others may end.
+  // The last one to fall idle is called first, so that the others may end. Has room for all workers.
   std::vector<Worker*> idle_;
 };
 

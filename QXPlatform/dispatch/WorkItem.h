@@ -1,5 +1,7 @@
 #pragma once
 
+#include <list>
+#include <memory>
 #include <optional>
 
 #include "QXPlatform/dispatch/Activity.h"
@@ -10,6 +12,7 @@
 namespace QXPlatform {
 
 struct SyncTurn;
+class WorkRunner;
 
 // A piece of work on its way from a queue to a thread. Exactly one of `work` and `turn` is set.
 struct WorkItem {
@@ -21,6 +24,12 @@ struct WorkItem {
   std::optional<DispatchGroup> group = std::nullopt;
   Activity activity{};
   LogSubject subject = currentLogSubject();
+  // What a thread of the set runs it by; set when the item is handed to one.
+  std::shared_ptr<WorkRunner> runner = nullptr;
 };
+
+// Memory for an item is taken when it is submitted, where its want can be told to the caller; from there it
+// is spliced from list to list.
+using WorkItems = std::list<WorkItem>;
 
 }  // namespace QXPlatform

@@ -58,13 +58,20 @@ std::string fileOf(const PushOptions& options, const QXPlatform::PushText& push)
   return name == "-" ? "standard input" : name;
 }
 
+// A verdict is kept until the end, so that a long run without judgement must not have any.
+bool isJudged(const PushOptions& options) {
+  return options.junit || !options.failOn.empty();
+}
+
 // The text of an answer, of which the verdicts hear first.
 std::string present(const Run& run, const QXPlatform::AnsweredPush& answered,
                     const AttachmentsDirectory& attachments) {
   Result<Dictionary> answer = answered.answer;
   if (answer && run.simulator.stable) answer = stableAnswer(*answer, attachments.path());
   const QXPlatform::AnsweredPush shown{answered.push, answered.position, answer};
-  run.verdicts.note(shown, fileOf(run.options, shown.push) + ":" + std::to_string(shown.push.line));
+  if (isJudged(run.options)) {
+    run.verdicts.note(shown, fileOf(run.options, shown.push) + ":" + std::to_string(shown.push.line));
+  }
   return isForPeople(run.simulator) ? pushForPeople(shown, isInColour())
                                     : resultText(run.simulator, answerToJSON(shown));
 }

@@ -18,7 +18,7 @@ class TemporaryContainer {
 
   // The container's directory, where the stores of AppGroupSDK keep their files.
   std::string path() const;
-  // The content of one of them; empty when there is no such file.
+  // What one of these files holds; empty when there is no such file.
   std::string read(std::string_view file) const;
 
  private:

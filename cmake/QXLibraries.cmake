@@ -15,10 +15,35 @@ if(NOT BUILD_SHARED_LIBS)
   return()
 endif()
 
-# A shared library of the objects and public headers of static ones: qx_shared_library(name EXPORTS map
-# ALIASES QX-names… FROM libraries…). It exports what the map names, and resolves all that it needs.
+# Writes a linker's version script that exports the names of cmake/abi/<library>.names (classes with all that is theirs,
+# functions, constants) and nothing else.
+function(qx_write_exports library script)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/abi/${library}.names")
+  file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/abi/${library}.names" names REGEX "^[^#]")
+  foreach(name IN LISTS names)
+    set(list public)
+    if(name MATCHES "^private (.*)")
+      set(list private)
+      set(name "${CMAKE_MATCH_1}")
+    endif()
+    foreach(before IN ITEMS "" "*?for?" "*?thunk?to?")
+      # The name alone, or with what is inside it, its arguments or its template's.
+      string(APPEND ${list} "    ${before}${name};\n    ${before}${name}[!0-9A-Z_a-z]*;\n")
+    endforeach()
+  endforeach()
+  string(MAKE_C_IDENTIFIER "${library}_${PROJECT_VERSION_MAJOR}" node)
+  string(TOUPPER ${node} node)
+  set(text "${node} {\n  global: extern \"C++\" {\n${public}  };\n  local: *;\n};\n")
+  if(private)
+    string(APPEND text "${node}_PRIVATE {\n  global: extern \"C++\" {\n${private}  };\n};\n")
+  endif()
+  file(CONFIGURE OUTPUT "${script}" CONTENT "${text}" @ONLY)
+endfunction()
+
+# A shared library of the objects and public headers of static ones: qx_shared_library(name
+# ALIASES QX-names… FROM libraries…). It resolves all that it needs.
 function(qx_shared_library name)
-  cmake_parse_arguments(arg "" "EXPORTS" "ALIASES;FROM" ${ARGN})
+  cmake_parse_arguments(arg "" "" "ALIASES;FROM" ${ARGN})
   add_library(${name} SHARED)
   qx_configure(${name})
   foreach(library IN LISTS arg_FROM)
@@ -29,10 +54,12 @@ function(qx_shared_library name)
       PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${headers})
     target_link_libraries(${name} PRIVATE ${links})
   endforeach()
-  target_link_options(${name} PRIVATE -Wl,-z,defs "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/${arg_EXPORTS}")
+  set(exports "${CMAKE_CURRENT_BINARY_DIR}/${name}.map")
+  qx_write_exports(${name} "${exports}")
+  target_link_options(${name} PRIVATE -Wl,-z,defs "-Wl,--version-script=${exports}")
   list(POP_FRONT arg_ALIASES first)
   set_target_properties(${name} PROPERTIES
-    LINKER_LANGUAGE CXX LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/${arg_EXPORTS}"
+    LINKER_LANGUAGE CXX LINK_DEPENDS "${exports}"
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} EXPORT_NAME ${first})
   add_library(QX::${first} ALIAS ${name})
   set(targets ${name})
@@ -46,11 +73,11 @@ function(qx_shared_library name)
   set(${name}_TARGETS ${targets} PARENT_SCOPE)
 endfunction()
 
-qx_shared_library(qxextensionsdk EXPORTS qxextensionsdk.map
+qx_shared_library(qxextensionsdk
   ALIASES QXExtensionSDK AppGroupSDK QXPlatform FROM ${QX_SERVICE_LIBRARIES})
 set(QX_SERVICE_LIBRARIES ${qxextensionsdk_TARGETS})
 if(QX_BUILD_CONTENT)
-  qx_shared_library(qxextensionsdk-content EXPORTS qxextensionsdk-content.map
+  qx_shared_library(qxextensionsdk-content
     ALIASES QXExtensionSDKContent FROM ${QX_CONTENT_LIBRARIES})
   target_link_libraries(qxextensionsdk-content PUBLIC qxextensionsdk Qt6::Widgets)
   set(QX_CONTENT_LIBRARIES ${qxextensionsdk-content_TARGETS})

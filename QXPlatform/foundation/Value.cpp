@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 
 #include "QXPlatform/foundation/FatalError.h"
@@ -48,7 +49,7 @@ struct DictionaryBlock : Block {
 
   // `sorted`: unique keys in byte order. The keys' text is copied.
   static DictionaryBlock* make(std::vector<Entry> sorted) {
-    auto* block = new DictionaryBlock;
+    auto block = std::make_unique<DictionaryBlock>();
     std::size_t keyBytes = 0;
     for (const Entry& entry : sorted) keyBytes += entry.key.size();
     block->keys.reserve(keyBytes);
@@ -58,7 +59,7 @@ struct DictionaryBlock : Block {
       entry.key = {stored, entry.key.size()};
     }
     block->entries = std::move(sorted);
-    return block;
+    return block.release();
   }
 
   std::string keys;

@@ -51,6 +51,12 @@ struct Run {
   PushVerdicts& verdicts;
 };
 
+// What has come of it.
+struct Ended {
+  QXPlatform::PushAnswers answers;
+  std::optional<Error> death;  // of the program, when no push came after it
+};
+
 std::string fileOf(const PushOptions& options, const QXPlatform::PushText& push) {
   const std::string name = !push.source.empty()    ? push.source
                            : options.files.empty() ? "-"
@@ -89,7 +95,7 @@ QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& at
        .progress = [&](std::size_t answered) { progress.show(answered, files.partOf(answered)); }});
 }
 
-QXPlatform::PushAnswers pushToBuiltIn(const Run& run, const HostBehaviour& host) {
+Ended pushToBuiltIn(const Run& run, const HostBehaviour& host) {
   const PushOptions& options = run.options;
   StandardErrorLogSink sink(run.simulator.logFormat);
   JudgedLog judged(sink, run.verdicts);
@@ -102,10 +108,10 @@ QXPlatform::PushAnswers pushToBuiltIn(const Run& run, const HostBehaviour& host)
     return extension.run(request).toJSON();
   });
   QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);
-  return answers;
+  return {answers, std::nullopt};
 }
 
-Result<QXPlatform::PushAnswers> pushToProgram(const Run& run) {
+Result<Ended> pushToProgram(const Run& run) {
   const PushOptions& options = run.options;
   const AttachmentsDirectory attachments(options.attachments);
   std::vector<std::string> arguments{"--time-limit", std::to_string(options.timeLimitSeconds), "--jobs",
@@ -131,8 +137,7 @@ Result<QXPlatform::PushAnswers> pushToProgram(const Run& run) {
   const auto answers = answerAll(run, attachments, [&](const auto& request) {
     return program.ask(QXPlatform::notificationRequestToJSON(*request), limit);
   });
-  if (const auto problem = program.finish()) return *problem;
-  return answers;
+  return Ended{answers, program.finish()};
 }
 
 Result<HostBehaviour> makeHostBehaviour(const SimulatorOptions& simulator, const PushOptions& options) {
@@ -168,9 +173,9 @@ int reportFailures(const std::vector<TestCase>& cases) {
                           first->name + ": " + first->failures.front());
 }
 
-int finish(const Result<QXPlatform::PushAnswers>& answers, const Run& run) {
-  if (!answers) return fail("push", answers.error().message);
-  if (answers->outputFailed) return fail("push", "the results cannot be written");
+// The exit code.
+int reportAnswers(const QXPlatform::PushAnswers& answers, const Run& run) {
+  if (answers.outputFailed) return fail("push", "the results cannot be written");
   if (isForPeople(run.simulator)) std::cout << receiptsForPeople();
   const auto cases = run.verdicts.testCases();
   if (run.options.junit) {
@@ -178,10 +183,15 @@ int finish(const Result<QXPlatform::PushAnswers>& answers, const Run& run) {
     if (problem) return fail("push", problem->message);
   }
   const int exitCode = reportFailures(cases);
-  if (answers->errors == 0) return exitCode;
-  return fail("push", std::to_string(answers->errors) +
-                          (answers->errors == 1 ? " push was" : " pushes were") +
+  if (answers.errors == 0) return exitCode;
+  return fail("push", std::to_string(answers.errors) + (answers.errors == 1 ? " push was" : " pushes were") +
                           " refused; the answers say which and why");
+}
+
+int finish(const Result<Ended>& ended, const Run& run) {
+  if (!ended) return fail("push", ended.error().message);
+  const int ofDeath = ended->death ? fail("push", ended->death->message) : 0;
+  return std::max(ofDeath, reportAnswers(ended->answers, run));
 }
 
 }  // namespace

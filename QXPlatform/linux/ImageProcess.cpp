@@ -31,7 +31,8 @@ namespace QXPlatform {
 namespace {
 
 constexpr rlim_t kMostProcessorSeconds = 2;
-// What a process may take beside the decoding: the picture that comes of it and what the allocator rounds up.
+// What a process may take beside the decoding and the picture that comes of it: single lines, and what the
+// allocator rounds up.
 constexpr rlim_t kAllowanceBytes = 16'000'000;
 // On a machine with hardly a processor to spare.
 constexpr std::chrono::seconds kLongestWait(60);
@@ -125,6 +126,13 @@ void endWithoutReceiver(int socket) {
   if (::poll(&hangUp, 1, 0) > 0) ::_exit(1);
 }
 
+// As it is read and, beside that, as it is turned: what is shown must not depend on how large it is shown.
+rlim_t bytesOfPicture(PixelSize place) {
+  constexpr rlim_t kPictures = 2;
+  constexpr rlim_t kBytesAPixel = 4;
+  return kPictures * kBytesAPixel * static_cast<rlim_t>(place.width) * static_cast<rlim_t>(place.height);
+}
+
 // In the process of one image. Whatever fails ends it, which the receiver takes for the answer.
 void answer(int socket) {
   limit(RLIMIT_CORE, 0);
@@ -134,7 +142,8 @@ void answer(int socket) {
   if (!receiveAll(socket, &request, sizeof request, always)) return;
   std::string bytes(request.length, '\0');
   if (!receiveAll(socket, bytes.data(), bytes.size(), always)) return;
-  limit(RLIMIT_AS, addressSpaceInUse() + kMostDecodingBytes + kAllowanceBytes);
+  limit(RLIMIT_AS,
+        addressSpaceInUse() + kMostDecodingBytes + kAllowanceBytes + bytesOfPicture(request.place));
   endWithoutReceiver(socket);
   const auto bitmap = decodeImage(bytes, request.place);
   if (!bitmap) return;

@@ -8,8 +8,6 @@
 
 #include "tests/support/Test.h"
 
-#include "tests/support/Test.h"
-
 namespace support {
 
 // An image as a server would send it.
@@ -38,6 +36,19 @@ inline std::string encodedProgressiveJPEG(QSize size) {
   writer.setProgressiveScanWrite(true);
   writer.write(image);
   return bytes.toStdString();
+}
+
+// Black, with a line of each pass after the other. Of the sums none is right.
+inline std::string encodedInterlacedPNG(QSize size) {
+  const auto bytesOf = [](auto number) {
+    return QByteArray::fromHex(QByteArray::number(number, 16).rightJustified(8, '0')).toStdString();
+  };
+  const auto chunk = [&](const std::string& type, const std::string& data) {
+    return bytesOf(static_cast<int>(data.size())) + type + data + std::string(4, '\0');
+  };
+  const std::string header = bytesOf(size.width()) + bytesOf(size.height()) + std::string("\1\0\0\0\1", 5);
+  const QByteArray lines = qCompress(QByteArray(size.width() * size.height() / 4, '\0')).mid(4);
+  return "\x89PNG\r\n\x1A\n" + chunk("IHDR", header) + chunk("IDAT", lines.toStdString()) + chunk("IEND", "");
 }
 
 // Takes seconds, for a few kilobytes: the last of its scans thousands of times over.

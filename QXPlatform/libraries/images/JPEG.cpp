@@ -118,7 +118,8 @@ class JPEGDecoder {
   bool readHeader() {
     if (setjmp(failed_) != 0) return false;
     jpeg_create_decompress(&info_);
-    info_.mem->max_memory_to_use = kMostDecodingBytes;
+    // The library would count its line buffers, whose size depends on that of the place.
+    info_.mem->max_memory_to_use = 0;
     info_.src = &source_;
     const auto readSegment = [](j_decompress_ptr info) { return self(info).readSegment(); };
     jpeg_set_marker_processor(&info_, JPEG_APP0 + 1, readSegment);
@@ -126,7 +127,17 @@ class JPEGDecoder {
     jpeg_read_header(&info_, TRUE);
     scanStart_ = length_ - source_.bytes_in_buffer;
     // No browser knows arithmetic coding, which has no way to tell that pixels are missing.
-    return info_.arith_code == FALSE;
+    return info_.arith_code == FALSE && coefficientBytes() <= kMostDecodingBytes;
+  }
+
+  // What is kept until the last scan of several.
+  long coefficientBytes() {
+    if (jpeg_has_multiple_scans(&info_) == FALSE) return 0;
+    long blocks = 0;
+    for (const auto& component : std::span(info_.comp_info, static_cast<std::size_t>(info_.num_components))) {
+      blocks += long{component.width_in_blocks} * component.height_in_blocks;
+    }
+    return blocks * static_cast<long>(sizeof(JBLOCK));
   }
 
   bool begin() {

@@ -26,6 +26,14 @@ TEST(ImageProcess, DecodesAsInThisProcess) {
   EXPECT_FALSE(decodes("no image"));
 }
 
+TEST(ImageProcess, ShowsTheLargestImageInPlacesOfEverySize) {
+  const std::string largest = support::encodedInterlacedPNG({5000, 4000});
+  for (const int scale : {1, 3, 4}) {
+    const PixelSize place{1000 * scale, 1000 * scale};
+    EXPECT_TRUE(ImageProcess::shared().decode(largest, place, always)) << scale;
+  }
+}
+
 // The one needs 130 MB, of which its header says nothing; the other takes a minute.
 TEST(ImageProcess, EndsWhatTakesTooMuchMemoryOrTime) {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)

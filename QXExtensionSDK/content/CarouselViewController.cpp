@@ -1,6 +1,7 @@
 #include "QXExtensionSDK/content/CarouselViewController.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QStyle>
 #include <algorithm>
 #include <chrono>
@@ -270,8 +271,10 @@ void CarouselViewController::move(void (CarouselViewControllerDelegate::*request
   const auto delegate = listeningDelegate();
   if (delegate == nullptr) return;
   const std::int64_t index = viewModel_.currentPanelIndex;
+  // Whoever is told may close the extension, and this screen with it.
+  const QPointer<const QTimer> alive(&timer_);
   ((*delegate).*request)();
-  if (stepHandler_ && viewModel_.currentPanelIndex != index) stepHandler_(step);
+  if (alive && stepHandler_ && viewModel_.currentPanelIndex != index) stepHandler_(step);
 }
 
 void CarouselViewController::backButtonTapped() {

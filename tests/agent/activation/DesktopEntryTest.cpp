@@ -41,7 +41,7 @@ TEST(InstallationTest, WhatIsWrittenIsReadAndRemovedAgain) {
   EXPECT_FALSE(Installation::read(installation.app));
   const auto installed = install(installation, "/opt/a \"b\"/qx-agent");
   ASSERT_TRUE(installed);
-  ASSERT_EQ(installed->files.size(), 4U);
+  ASSERT_EQ(installed->files.size(), 5U);
   const auto read = Installation::read(installation.app);
   ASSERT_TRUE(read) << read.error().message;
   EXPECT_EQ(read->serviceExtension, installation.serviceExtension);
@@ -55,11 +55,11 @@ TEST(InstallationTest, WhatIsWrittenIsReadAndRemovedAgain) {
   EXPECT_TRUE(DesktopEntry::find(installation.app)->isBusActivatable);
 
   // A second time it is still the installation's own desktop entry; without it, it is the app's.
-  EXPECT_EQ(install(installation, "/qx-agent")->files.size(), 4U);
-  EXPECT_EQ(removeFiles(*installed).size(), 4U);
+  EXPECT_EQ(install(installation, "/qx-agent")->files.size(), 5U);
+  EXPECT_EQ(removeFiles(*installed).size(), 5U);
   std::filesystem::create_directories(directory.path("data/applications"));
   directory.write("data/applications/com.example.Sh-op.desktop", "[Desktop Entry]\nExec=shop\n");
-  EXPECT_EQ(install(installation, "/qx-agent")->files.size(), 3U);
+  EXPECT_EQ(install(installation, "/qx-agent")->files.size(), 4U);
 
   for (const char* damage : {"", "{}", "[1]", R"({"serviceExtension": 3})"}) {
     directory.write("config/qx-agent/com.example.Sh-op.json", damage);

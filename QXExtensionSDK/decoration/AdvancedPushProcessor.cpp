@@ -53,6 +53,10 @@ void AdvancedPushProcessor::process(const std::shared_ptr<const QXPlatform::UNNo
   attachmentDecorator_->decorate(content, *features, std::move(changes), std::move(completion));
 }
 
+void AdvancedPushProcessor::timeHasExpired() const {
+  attachmentDecorator_->timeHasExpired();
+}
+
 bool AdvancedPushProcessor::shouldShowThumbnail() const {
   const auto delegate = configDelegate_.lock();
   return delegate != nullptr && delegate->clientProvideConfig().shouldShowCarouselThumbnail();

@@ -24,6 +24,7 @@ class AdvancedPushProcessor final : public AsyncProcessing, public ConfigurableV
   void process(const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request,
                const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                ProcessingCompletion completion) override;
+  void timeHasExpired() const override;
   std::string_view description() const override { return "AdvancedPushProcessor"; }
 
  private:

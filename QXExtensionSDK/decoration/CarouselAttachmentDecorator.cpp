@@ -4,7 +4,6 @@
 #include <system_error>
 #include <utility>
 
-#include "QXExtensionSDK/decoration/ThumbnailLog.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 
 namespace QXExtensionSDK {
@@ -13,12 +12,13 @@ namespace {
 
 constexpr auto kAttachmentIdentifier = "SomeAttachmentId";
 
-void attachFile(const QXPlatform::URL& file, QXPlatform::UNMutableNotificationContent& content) {
+void attachFile(const QXPlatform::URL& file, QXPlatform::UNMutableNotificationContent& content,
+                ThumbnailReport& report) {
   auto attachment = QXPlatform::UNNotificationAttachment::make(kAttachmentIdentifier, file);
   if (!attachment) {
     Logger::service().debug(LogCategory::carouselAttachment,
                             "Attachment creation failure: ", attachment.error());
-    logThumbnailNotAttached(attachment.error());
+    report.notAttached(attachment.error());
     std::error_code ignored;
     std::filesystem::remove(file.filePath(), ignored);
     return;
@@ -29,8 +29,9 @@ void attachFile(const QXPlatform::URL& file, QXPlatform::UNMutableNotificationCo
 }  // namespace
 
 CarouselAttachmentDecorator::CarouselAttachmentDecorator(std::unique_ptr<const MediaURLExtractable> extractor,
-                                                         std::unique_ptr<MediaDownloader> downloader)
-    : extractor_(std::move(extractor)), downloader_(std::move(downloader)) {}
+                                                         std::unique_ptr<MediaDownloader> downloader,
+                                                         std::shared_ptr<ThumbnailReport> report)
+    : extractor_(std::move(extractor)), downloader_(std::move(downloader)), report_(std::move(report)) {}
 
 void CarouselAttachmentDecorator::decorate(
     const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
@@ -39,20 +40,29 @@ void CarouselAttachmentDecorator::decorate(
   const auto url = extractor_->mediaURL(richFeatures);
   if (!url) {
     Logger::service().debug(LogCategory::carouselAttachment, "Carousel Media URL Extraction Failure");
+    if (!richFeatures["vt"]["it"].elements().empty())
+      report_->notAttached("the first panel has no URL of an image");
     completion(std::move(changes));
     return;
   }
   // The download may outlive this object, so the completion holds all that it needs.
-  downloader_->download(*url, [content, changes = std::move(changes), completion = std::move(completion)](
-                                  const std::optional<QXPlatform::URL>& file) {
-    if (file) attachFile(*file, *content);
-    completion(changes);
-  });
+  report_->setDownloading(true);
+  downloader_->download(*url,
+                        [report = report_, content, changes = std::move(changes),
+                         completion = std::move(completion)](const std::optional<QXPlatform::URL>& file) {
+                          report->setDownloading(false);
+                          if (file) attachFile(*file, *content, *report);
+                          completion(changes);
+                        });
 }
 
 void CarouselAttachmentDecorator::attach(const QXPlatform::URL& file,
                                          QXPlatform::UNMutableNotificationContent& content) const {
-  attachFile(file, content);
+  attachFile(file, content, *report_);
+}
+
+void CarouselAttachmentDecorator::timeHasExpired() const {
+  report_->timeHasExpired();
 }
 
 }  // namespace QXExtensionSDK

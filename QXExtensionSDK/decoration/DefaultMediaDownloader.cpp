@@ -8,7 +8,6 @@
 #include <system_error>
 #include <utility>
 
-#include "QXExtensionSDK/decoration/ThumbnailLog.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/foundation/Result.h"
 
@@ -48,22 +47,22 @@ Result<URL> moveBeside(const URL& temporary, const URL& remote) {
 
 std::optional<URL> takeFile(const URL& remote, const std::optional<URL>& temporary,
                             const QXPlatform::URLResponse* response,
-                            const std::optional<QXPlatform::URLError>& error) {
+                            const std::optional<QXPlatform::URLError>& error, ThumbnailReport& report) {
   const Logger& logger = Logger::service();
   if (error) {
     logger.debug(LogCategory::carouselAttachment, "Attachment media download error: ", *error);
-    logThumbnailNotAttached(*error);
+    report.notAttached(*error);
     return std::nullopt;
   }
   const std::int64_t status = statusOf(response);
   if (!temporary || status < 200 || status > 299) {
-    logThumbnailNotAttached("the server answered with status ", status);
+    report.notAttached("the server answered with status ", status);
     return std::nullopt;
   }
   auto moved = moveBeside(*temporary, remote);
   if (!moved) {
     logger.debug(LogCategory::carouselAttachment, "Attachment media remove/move error: ", moved.error());
-    logThumbnailNotAttached(moved.error());
+    report.notAttached(moved.error());
     return std::nullopt;
   }
   return *std::move(moved);
@@ -71,16 +70,17 @@ std::optional<URL> takeFile(const URL& remote, const std::optional<URL>& tempora
 
 }  // namespace
 
-DefaultMediaDownloader::DefaultMediaDownloader()
-    : session_({.timeoutIntervalForRequest = kTimeout, .timeoutIntervalForResource = kTimeout}) {}
+DefaultMediaDownloader::DefaultMediaDownloader(std::shared_ptr<ThumbnailReport> report)
+    : session_({.timeoutIntervalForRequest = kTimeout, .timeoutIntervalForResource = kTimeout}),
+      report_(std::move(report)) {}
 
 void DefaultMediaDownloader::download(const URL& remote, Completion completion) {
   const auto task = session_.downloadTask(
       QXPlatform::URLRequest(remote),
-      [remote, completion = std::move(completion)](
+      [remote, report = report_, completion = std::move(completion)](
           const std::optional<URL>& temporary, const std::shared_ptr<const QXPlatform::URLResponse>& response,
           const std::optional<QXPlatform::URLError>& error) {
-        completion(takeFile(remote, temporary, response.get(), error));
+        completion(takeFile(remote, temporary, response.get(), error, *report));
       });
   task->resume();
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
+
 #include "QXExtensionSDK/decoration/MediaDownloader.h"
+#include "QXExtensionSDK/decoration/ThumbnailReport.h"
 #include "QXPlatform/network/URLSession.h"
 
 namespace QXExtensionSDK {
@@ -9,12 +12,13 @@ namespace QXExtensionSDK {
 // extension tells the type. An answer outside 200 to 299 yields no file.
 class DefaultMediaDownloader final : public MediaDownloader {
  public:
-  DefaultMediaDownloader();
+  explicit DefaultMediaDownloader(std::shared_ptr<ThumbnailReport> report);
 
   void download(const QXPlatform::URL& remote, Completion completion) override;
 
  private:
   QXPlatform::URLSession session_;
+  const std::shared_ptr<ThumbnailReport> report_;
 };
 
 }  // namespace QXExtensionSDK

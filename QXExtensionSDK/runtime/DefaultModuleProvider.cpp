@@ -13,13 +13,15 @@ namespace QXExtensionSDK {
 namespace {
 
 std::unique_ptr<AsyncProcessing> makeAdvancedPushProcessor() {
+  const auto report = std::make_shared<ThumbnailReport>();
   const Logger& logger = Logger::service();
   return std::make_unique<AdvancedPushProcessor>(
       std::make_unique<const DecompressionDecorator>(
           logger, std::make_unique<const ConcreteDecompressionContext>(logger)),
       ButtonRegistrationDecorator(logger),
       std::make_unique<const CarouselAttachmentDecorator>(std::make_unique<const CarouselMediaURLExtractor>(),
-                                                          std::make_unique<DefaultMediaDownloader>()),
+                                                          std::make_unique<DefaultMediaDownloader>(report),
+                                                          report),
       logger);
 }
 

@@ -161,6 +161,7 @@ void NotificationServiceWorker::deliverOnExpiry() const {
     return;
   }
   logger_.debug(LogCategory::serviceWorker, "Service extension time expired - returning control to iOS");
+  for (const auto& processor : processors_) processor->timeHasExpired();
   delivery.contentHandler(delivery.bestAttemptContent);
 }
 

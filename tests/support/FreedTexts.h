@@ -14,6 +14,7 @@ class FreedTexts {
   FreedTexts(const FreedTexts&) = delete;
   FreedTexts& operator=(const FreedTexts&) = delete;
 
+  static bool areFound();
   // One that was there, or nothing.
   static std::string found();
 

@@ -29,6 +29,9 @@ class AsyncProcessing {
                        const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                        ProcessingCompletion completion) = 0;
 
+  // The notification is handed over as it stands. Any thread, while process() runs as well.
+  virtual void timeHasExpired() const {}
+
   // The class's name, for log lines.
   virtual std::string_view description() const = 0;
 

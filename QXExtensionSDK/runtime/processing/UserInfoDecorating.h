@@ -25,6 +25,7 @@ class AsyncUserInfoDecorator {
   virtual void decorate(const std::shared_ptr<QXPlatform::UNMutableNotificationContent>& content,
                         const QXPlatform::Dictionary& richFeatures, UserInfoChanges changes,
                         ProcessingCompletion completion) const = 0;
+  virtual void timeHasExpired() const = 0;
 };
 
 }  // namespace QXExtensionSDK

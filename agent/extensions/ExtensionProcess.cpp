@@ -150,6 +150,7 @@ bool ExtensionProcess::takeRefusal(const Dictionary& reply) {
 
 void ExtensionProcess::failAll() {
   if (std::exchange(ended_, true)) return;
+  owesAnswers_ = !questions_.empty();
   input_.reset();
   epoll_ctl(poll_.get(), EPOLL_CTL_DEL, output_.get(), nullptr);
   if (program_->exitDescriptor() < 0) exited_ = true;  // as far as can be told

@@ -35,6 +35,8 @@ class ExtensionProcess {
   void ask(const QXPlatform::Dictionary& request, Completion completion);
   std::size_t inHand() const { return questions_.size(); }
   bool hasRefused() const { return hasRefused_; }
+  // Whether it ended without an answer to each request.
+  bool owesAnswers() const { return owesAnswers_; }
 
   // Readable when handleEvents() has something to do.
   int descriptor() const { return poll_.get(); }
@@ -79,6 +81,7 @@ class ExtensionProcess {
   std::optional<std::string> endReason_;
   bool closing_ = false;
   bool hasRefused_ = false;
+  bool owesAnswers_ = false;
   bool ended_ = false;
   bool exited_ = false;
 };

@@ -100,7 +100,8 @@ std::optional<Error> ExtensionClient::judgeExit(int status) const {
   if (WIFSIGNALED(status))
     return Error{"the extension ended with signal " + std::to_string(WTERMSIG(status))};
   const int code = WEXITSTATUS(status);
-  if (code == 0 || (code == kExitAfterRefusal && process_.hasRefused())) return std::nullopt;
+  if ((code == 0 && !process_.owesAnswers()) || (code == kExitAfterRefusal && process_.hasRefused()))
+    return std::nullopt;
   return Error{"the extension ended with exit code " + std::to_string(code)};
 }
 

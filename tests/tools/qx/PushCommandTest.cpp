@@ -200,6 +200,14 @@ TEST(PushCommandTest, AProgramThatDiesCostsOneAnswerAndIsStartedAgain) {
   }
 }
 
+TEST(PushCommandTest, AProgramThatEndsInGoodOrderBeforeItAnswersIsSaidToHaveEnded) {
+  const support::TemporaryDirectory directory;
+  const auto result = push({"-", "--extension", shellProgram(directory, "quits", "read -r line; exit 0")},
+                           R"({"identifier":"a","content":{}})");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(result.errors.starts_with("qx push: the extension ended with exit code 0\n")) << result.errors;
+}
+
 // What a push of this system's with a thumbnail looks like, one a line.
 std::string pushesWithThumbnail(const backend::LoopbackServer& server, int count) {
   std::string input;

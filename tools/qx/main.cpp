@@ -225,10 +225,10 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
   carousel.add_flag("--all", options.all, "Draw every panel: OUT-0.png, OUT-1.png, ...")
       ->needs(png)
       ->excludes(panel);
-  carousel.add_option("--width", options.width, "Room there is from left to right")
-      ->type_name("POINTS")
-      ->check(CLI::Range(kNarrowest, kWidest))
-      ->capture_default_str();
+  auto* width = carousel.add_option("--width", options.width, "Room there is from left to right")
+                    ->type_name("POINTS")
+                    ->check(CLI::Range(kNarrowest, kWidest))
+                    ->capture_default_str();
   carousel.add_option("--scale", options.scale, "Pixels a point [2 for a drawing]")
       ->type_name("F")
       ->check(number<double>([](double scale) { return scale >= 1 && scale <= 8; }, "must be from 1 to 8"));
@@ -243,12 +243,13 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
               "text, beside what check finds")
           ->type_name("OUT.html")
           ->excludes(png);
+  width->excludes(gallery);
   auto* watch =
       carousel.add_flag("--watch", options.watch, "Redraw whenever the file changes, with its findings")
           ->excludes(png)
           ->excludes(gallery);
-  carousel.add_flag("--dark", options.dark, "Dark appearance");
-  carousel.add_flag("--rtl", options.rtl, "Read from right to left");
+  carousel.add_flag("--dark", options.dark, "Dark appearance")->excludes(gallery);
+  carousel.add_flag("--rtl", options.rtl, "Read from right to left")->excludes(gallery);
   carousel.add_option("--do", options.steps, "Steps in order: next, back, tick, tap, refresh:FILE, wait:MS")
       ->type_name("STEPS")
       ->excludes(gallery)
@@ -264,6 +265,9 @@ void addCarousel(CLI::App& app, Invocation& invocation) {
     }
     if (options.watch && options.files.front() == "-") {
       throw CLI::ValidationError("--watch", "standard input cannot be followed");
+    }
+    if (options.watch && options.files.front().ends_with(".ndjson")) {
+      throw CLI::ValidationError("--watch", "follows a file with one push, not an .ndjson file");
     }
     const double pixels = options.width * options.scale.value_or(qx::kDrawingScale);
     if (pixels <= qx::kMostPixelsAcross) return;

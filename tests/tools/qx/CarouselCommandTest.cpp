@@ -102,6 +102,7 @@ TEST_F(CarouselCommand, ReportsACollapsedViewForWhatCannotBeShown) {
   };
   const auto alone = carousel({other});
   EXPECT_EQ(alone.exitCode, 0);
+  EXPECT_EQ(carousel({other, "--watch"}).exitCode, 1);
   ASSERT_EQ(alone.lines().size(), 1U);
   check(alone.lines()[0]);
 
@@ -216,6 +217,18 @@ TEST_F(CarouselCommand, SaysWhatItDrewAndWhichImageFailed) {
   EXPECT_EQ(carousel({file}).errors, "cannot open a window: no view platform works with this screen\n");
 }
 
+TEST_F(CarouselCommand, KeepsTheEarlierPageWhenThereIsNoPushForANewOne) {
+  const std::string page = path("keep.html");
+  const auto written = carousel({"--gallery", page, writeCarousel("push.json", "[]")});
+  ASSERT_EQ(written.exitCode, 0);
+  EXPECT_EQ(written.errors, "");  // what the framework logs is not asked for
+  const auto size = std::filesystem::file_size(page);
+  const auto refused = carousel({"--gallery", page, write("typo.json", "{"), path("missing.json")});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_EQ(refused.output, "");
+  EXPECT_EQ(std::filesystem::file_size(page), size);
+}
+
 TEST_F(CarouselCommand, SaysWhatItRefuses) {
   const std::string file = writeCarousel("push.json", panels(2));
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
@@ -231,6 +244,9 @@ TEST_F(CarouselCommand, SaysWhatItRefuses) {
     EXPECT_EQ(result.exitCode, 1) << reason;
     EXPECT_NE(result.errors.find(reason), std::string::npos) << result.errors;
   }
+  EXPECT_EQ(carousel({write("several.ndjson", "{}\n{}"), "--watch"}).exitCode, 2);
+  for (const char* option : {"--dark", "--rtl", "--width=320"})
+    EXPECT_EQ(carousel({file, "--gallery", path("page.html"), option}).exitCode, 2) << option;
 }
 
 // A photograph of twelve megapixels is 48 MB when it is decoded as it is.

@@ -121,7 +121,7 @@ CarouselSession::Refusal CarouselSession::runScript() {
 
 CarouselSession::Refusal CarouselSession::runWithoutScreen() {
   if (auto refused = load("load", file())) return refused;
-  if (!isShown()) return std::nullopt;
+  if (!isShown() && !invocation_.carousel.watch) return std::nullopt;
   return Error{"there is no screen for a window; --png draws into a file"};
 }
 

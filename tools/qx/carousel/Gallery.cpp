@@ -1,7 +1,10 @@
 #include "tools/qx/carousel/Gallery.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 #include <utility>
 
 #include "tools/qx/PushDocument.h"
@@ -35,6 +38,31 @@ Result<GalleryPush> draw(const CarouselInvocation& invocation, const std::string
   if (!panels) return panels.error();
   drawn.panels = *std::move(panels);
   return drawn;
+}
+
+bool isPush(const GalleryPush& drawn) {
+  return !drawn.content.empty();
+}
+
+bool write(const std::filesystem::path& file, const std::string& text) {
+  return static_cast<bool>((std::ofstream(file, std::ios::binary | std::ios::trunc) << text).flush());
+}
+
+// An earlier page stays until this one is whole. What is no file, a pipe for example, is not replaced.
+bool replace(const std::string& file, const std::string& page) {
+  std::error_code error;
+  const auto target = std::filesystem::weakly_canonical(file, error);
+  if (error) return false;
+  if (std::filesystem::exists(target, error) && !std::filesystem::is_regular_file(target, error))
+    return write(target, page);
+  std::filesystem::path beside = target;
+  beside += ".new";
+  if (write(beside, page)) {
+    std::filesystem::rename(beside, target, error);
+    if (!error) return true;
+  }
+  std::filesystem::remove(beside, error);
+  return false;
 }
 
 // Says which is missing.
@@ -72,17 +100,16 @@ int runGallery(const CarouselInvocation& invocation) {
     return [&, place, text] {
       auto drawn = draw(invocation, text, place);
       if (!drawn) return fail("carousel", place.name + ": " + drawn.error().message) == 0;
-      const bool isPush = !drawn->content.empty();
-      if (!isPush) fail("carousel", place.name + ": " + drawn->findings.front().finding.message);
-      const bool isGood = isPush && (!invocation.carousel.failOnFailedImage || hasEveryImage(*drawn));
+      if (!isPush(*drawn)) fail("carousel", place.name + ": " + drawn->findings.front().finding.message);
+      const bool isGood = isPush(*drawn) && (!invocation.carousel.failOnFailedImage || hasEveryImage(*drawn));
       pushes.push_back(*std::move(drawn));
       return isGood;
     };
   };
   const int exitCode = forEachPush("carousel", {.files = invocation.carousel.files}, examine);
+  if (std::ranges::none_of(pushes, isPush)) return exitCode;
   const std::string& file = *invocation.carousel.gallery;
-  std::ofstream page(file, std::ios::binary | std::ios::trunc);
-  if (!(page << galleryPage(pushes)).flush()) return fail("carousel", "cannot write " + file);
+  if (!replace(file, galleryPage(pushes))) return fail("carousel", "cannot write " + file);
   printResult(invocation.simulator, report(file, pushes));
   return exitCode;
 }

@@ -10,7 +10,7 @@
 #include "QXPlatform/ui/Application.h"
 #include "tools/qx/CarouselOptions.h"
 #include "tools/qx/Results.h"
-#include "tools/qx/StandardErrorLogSink.h"
+#include "tools/qx/SimulatedLog.h"
 #include "tools/qx/carousel/CarouselSession.h"
 #include "tools/qx/carousel/Gallery.h"
 
@@ -48,8 +48,7 @@ int run(const qx::CarouselInvocation& invocation) {
   }
   const auto application =
       QXPlatform::makeApplication(inWindow ? QXPlatform::ScreenUse::windows : QXPlatform::ScreenUse::none);
-  qx::StandardErrorLogSink sink(invocation.simulator.logFormat);
-  const QXPlatform::ScopedLogSink logging(sink);
+  const qx::SimulatedLog log(invocation.simulator);
   if (options.gallery) return qx::finish(qx::runGallery(invocation));
   const auto refused = runSession(invocation, inWindow);
   QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);

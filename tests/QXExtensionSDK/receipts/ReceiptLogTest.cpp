@@ -66,6 +66,30 @@ std::string leftText() {
 
 using Preparation = std::function<void(const ReceiptHost&)>;
 
+// A repository of somebody else's, whose list is there and empty.
+class EmptyRepository final : public DeliveryReceiptRepository {
+ public:
+  AppGroupSDK::DataStoreStatus storeReceipt(std::string_view, const std::optional<std::string>&,
+                                            std::string_view, const std::optional<Dictionary>&) override {
+    return AppGroupSDK::DataStoreStatus::success;
+  }
+  std::optional<Receipts> fetchPendingReceipts() override { return Receipts(); }
+  void handleSendResult(bool, const Receipts&, const ReceiptCompletion&) override { ADD_FAILURE(); }
+};
+
+TEST(ReceiptLogTest, AnEmptyListIsNone) {
+  Logger::setGlobalLoglevel(0);
+  const support::ScopedLogRecorder log;
+  const auto deviceInfo = std::make_shared<AppDeviceInfoProvider>(kMAM, "app");
+  MAMDeliveryReceiptManager manager(std::make_shared<EmptyRepository>(),
+                                    std::make_unique<const MAMDeliveryReceiptPayloadCreator>(deviceInfo),
+                                    nullptr, deviceInfo, "app");
+  std::optional<bool> completed;
+  manager.sendReceipts([&completed](bool succeeded) { completed = succeeded; });
+  EXPECT_EQ(completed, true);
+  EXPECT_NE(textOf(log->lines()).find("No pending receipts to send for "), std::string::npos);
+}
+
 const Response kAccepted{.body = R"({"code":7})"};
 
 // What one push brings about on a host that has set up both modules, up to what `prepare` changes.

@@ -1,5 +1,6 @@
 #include "QXPlatform/ui/Appearance.h"
 #include "QXPlatform/ui/UILabel.h"
+#include "QXPlatform/ui/UIPageControl.h"
 #include "tests/QXExtensionSDK/content/ui/UITestKit.h"
 
 namespace QXExtensionSDK {
@@ -120,6 +121,40 @@ TEST(CarouselLooks, LooksAsOnThePictures) {
   expectDrawing(arrows, "pressed-arrow.png");
   while (arrows.screen().nextButton().isEnabled()) arrows.screen().nextButton().click();
   expectDrawing(arrows, "disabled-arrow.png");
+}
+
+// What a tolerance for fonts would let pass.
+TEST(CarouselLooks, ShowsWhatIsPressedAndThatMoreDotsFollow) {
+  Expanded expanded(240);
+  expanded.deliver({{"u"}, {"u"}});
+  CarouselButton& arrow = expanded.screen().nextButton();
+  // At the edge of the disc, where the arrow is not.
+  const auto lightnessOfDisc = [&arrow, &expanded] {
+    const QPoint edge = arrow.mapTo(&expanded.host->view(), arrow.rect().center() - QPoint(0, 12));
+    return expanded.drawn().pixelColor(edge * 2).lightness();
+  };
+  const int atRest = lightnessOfDisc();
+  arrow.setDown(true);
+  EXPECT_GE(std::abs(atRest - lightnessOfDisc()), 20);
+
+  QXPlatform::UIPageControl dots(nullptr);
+  dots.resize(100, 20);
+  dots.setNumberOfPages(20);
+  dots.setCurrentPage(10);
+  QImage drawn(400, 80, QImage::Format_ARGB32_Premultiplied);
+  drawn.setDevicePixelRatio(4);
+  drawn.fill(Qt::transparent);
+  dots.render(&drawn, {}, {}, QWidget::DrawChildren);
+  std::vector<int> widths;
+  for (int x = 1, start = 0; x < drawn.width(); ++x) {
+    const bool isDot = drawn.pixelColor(x, 40).alpha() > 20;
+    if (isDot && drawn.pixelColor(x - 1, 40).alpha() <= 20) start = x;
+    if (!isDot && drawn.pixelColor(x - 1, 40).alpha() > 20) widths.push_back(x - start);
+  }
+  ASSERT_EQ(widths.size(), 6U);
+  for (const auto& [outer, inner] : {std::pair{0, 1}, {1, 2}, {4, 3}, {5, 4}}) {
+    EXPECT_LT(widths[static_cast<std::size_t>(outer)], widths[static_cast<std::size_t>(inner)]) << outer;
+  }
 }
 
 TEST(CarouselLooks, DrawsTheTextAsItIs) {

@@ -1,4 +1,5 @@
 #include <sys/socket.h>
+#include <algorithm>
 
 #include <array>
 #include <cstddef>
@@ -69,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string key(1, static_cast<char>('a' + shape / 6 % 4));
     std::string text = bytes;
     for (char& c : text) c = static_cast<char>(c & 0x7F);
-    text = text.c_str();
+    text.erase(std::min(text.find('\0'), text.size()));
     sd_bus_message_open_container(message, 'e', "sv");
     sd_bus_message_append(message, "s", key.c_str());
     appendValue(message, shape, shape % 6 == 1 ? bytes : text);

@@ -83,7 +83,7 @@ std::string keysOf(const Dictionary& userInfo) {
 std::string refusal(const QXPlatform::AnsweredPush& answered) {
   const std::string& reason = answered.answer.error().message;
   const std::string& file = answered.push.source;
-  const std::string place = "line " + std::to_string(answered.push.line) + ": " + reason;
+  std::string place = "line " + std::to_string(answered.push.line) + ": " + reason;
   if (file.empty()) return place;
   return reason.starts_with(file + ": ") ? reason : file + ": " + place;
 }

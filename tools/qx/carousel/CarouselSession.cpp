@@ -40,10 +40,11 @@ Dictionary remark(const std::string& text) {
 std::vector<Value> notesOn(const std::vector<LocatedFinding>& findings) {
   std::vector<Value> notes;
   for (const auto& [finding, file, position, line] : findings) {
-    const std::string place = "line " + std::to_string(position.line) + ": " + finding.at;
-    const std::string hint = finding.hint.empty() ? "" : "; " + finding.hint;
-    notes.push_back(note(finding.isError() ? "error" : "warning",
-                         place + (finding.at.empty() ? "" : ": ") + finding.message + hint));
+    std::string text = "line " + std::to_string(position.line) + ": ";
+    if (!finding.at.empty()) text.append(finding.at).append(": ");
+    text.append(finding.message);
+    if (!finding.hint.empty()) text.append("; ").append(finding.hint);
+    notes.push_back(note(finding.isError() ? "error" : "warning", text));
   }
   return notes;
 }

@@ -156,7 +156,8 @@ LineSource::Handlers Agent::lineHandlers() {
 
 bool Agent::receive(std::string_view key, std::string_view text) {
   const auto parsed = QXPlatform::parseJSON(text);
-  const auto request = parsed ? QXPlatform::notificationRequestFromJSON(*parsed) : parsed.error();
+  const auto request =
+      parsed ? QXPlatform::notificationRequestFromJSON(withoutAttachments(*parsed)) : parsed.error();
   const auto reception = request ? spool_.take(key, identifierOf(*parsed, **request), text)
                                  : spool_.putAside(key, text, "no push: " + request.error().message);
   if (reception == Spool::Reception::taken) delivery_.takeUp();

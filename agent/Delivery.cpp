@@ -62,7 +62,8 @@ void Delivery::takeUp() {
 void Delivery::take(WaitingPush push) {
   const std::int64_t number = lastTaken_ = push.number;
   const auto parsed = QXPlatform::parseJSON(push.text, QXPlatform::kFullRequestLimits);
-  const auto request = parsed ? QXPlatform::notificationRequestFromJSON(*parsed) : parsed.error();
+  const auto request =
+      parsed ? QXPlatform::notificationRequestFromJSON(withoutAttachments(*parsed)) : parsed.error();
   if (!request)
     return spool_.putAsideWaiting(number, "a push in the spool is damaged: " + request.error().message);
   push.text.clear();
@@ -96,13 +97,13 @@ void Delivery::finishAsking(std::int64_t number, const ServiceExtension::Outcome
   InHand& push = inHand_.at(number);
   push.isAsked = false;
   goOnSoon();
-  if (outcome.end == ServiceExtension::End::answered) {
-    auto content = adoptAttachments(outcome.answer["content"].dictionary().value_or(Dictionary()), number,
-                                    setting_.temporary, setting_.files);
+  const bool isAnswered = outcome.end == ServiceExtension::End::answered;
+  if (const auto answer = outcome.answer["content"].dictionary(); isAnswered && answer) {
+    auto content = adoptAttachments(*answer, number, setting_.temporary, setting_.files);
     spool_.recordAnswer(number, compact(content));
     return makeReady(push, std::move(content));
   }
-  spool_.noteError(outcome.problem);
+  spool_.noteError(isAnswered ? "the extension's answer holds no content" : outcome.problem);
   if (outcome.end == ServiceExtension::End::died) {
     spool_.recordDeath(number);
     if (++push.push.deaths < kMostDeaths) return;
@@ -158,7 +159,7 @@ void Delivery::finishShowing(std::int64_t number, const Result<std::uint32_t>& r
   const auto& [push, request, isAsked, content, ready] = shown.mapped();
   removeFiles(spool_.recordShown(
       number, {push.identifier, presenter_->session(), *result, compact(content->removing("attachments")),
-               attachmentsIn(setting_.files, *content)}));
+               adoptedAttachments(*content, number, setting_.files)}));
   takeUp();
 }
 

@@ -33,6 +33,13 @@ bool move(const std::filesystem::path& from, const std::filesystem::path& to) {
 
 }  // namespace
 
+Value withoutAttachments(const Value& push) {
+  const auto content = push["content"].dictionary();
+  // What travels over the air can name none, and is passed on untouched.
+  if (push.find("aps") != nullptr || !content || !content->contains("attachments")) return push;
+  return push.dictionary()->setting("content", content->removing("attachments"));
+}
+
 Dictionary adoptAttachments(const Dictionary& content, std::int64_t number,
                             const std::filesystem::path& temporary, const std::filesystem::path& files) {
   if (!content.contains("attachments")) return content;
@@ -56,11 +63,13 @@ std::int64_t pushOfFile(const std::filesystem::path& file) {
   return std::strtoll(file.filename().c_str(), nullptr, 10);
 }
 
-std::vector<std::filesystem::path> attachmentsIn(const std::filesystem::path& files,
-                                                 const Dictionary& content) {
+std::vector<std::filesystem::path> adoptedAttachments(const Dictionary& content, std::int64_t number,
+                                                      const std::filesystem::path& files) {
   std::vector<std::filesystem::path> found;
   for (const Value& attachment : content["attachments"].elements()) {
-    if (const auto file = fileOf(attachment); file && liesBelow(files, *file)) found.push_back(*file);
+    if (const auto file = fileOf(attachment);
+        file && file->parent_path() == files && pushOfFile(*file) == number)
+      found.push_back(*file);
   }
   return found;
 }

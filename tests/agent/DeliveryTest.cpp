@@ -45,7 +45,8 @@ for number, line in enumerate(sys.stdin, 1):
     if title == "die once" and not os.path.exists(sys.argv[1]):
         open(sys.argv[1], "w").close()
         os.abort()
-    if title == "refuse": os.write(1, (json.dumps({"line": number, "error": "no"}) + "\n").encode())
+    if title == "nothing": os.write(1, (json.dumps({"identifier": push["identifier"], "outcome": "delivered", "content": None}) + "\n").encode())
+    elif title == "refuse": os.write(1, (json.dumps({"line": number, "error": "no"}) + "\n").encode())
     else: threading.Thread(target=answer, args=(push, 0.5 if title == "slow" else 4 if title == "very slow" else 0)).start()
 )";
 
@@ -109,13 +110,14 @@ TEST_F(DeliveryTest, AShortWaitKeepsTheOrderAndALaterPushOfAnIdentifierReplacesT
 }
 
 TEST_F(DeliveryTest, AnExtensionThatDiesIsStartedAgainAndAPushThatKillsItTwiceIsShownAsItCame) {
-  for (const char* title : {"a", "die once", "b", "die", "refuse"}) take(title);
+  for (const char* title : {"a", "die once", "b", "die", "refuse", "nothing"}) take(title);
   deliver();
-  ASSERT_EQ(presenter_.shown.size(), 5U);
+  ASSERT_EQ(presenter_.shown.size(), 6U);
   EXPECT_EQ(presenter_.shown[1], "die once!");
   EXPECT_EQ(presenter_.shown[3], "die");
   EXPECT_EQ(presenter_.shown[4].substr(0, 6), "refuse");
-  EXPECT_EQ(spool_.account().shown, 5);
+  EXPECT_EQ(presenter_.shown[5], "nothing");
+  EXPECT_EQ(spool_.account().shown, 6);
 }
 
 TEST_F(DeliveryTest, AnExtensionThatHoldsTooMuchIsEnded) {
@@ -137,6 +139,18 @@ TEST_F(DeliveryTest, WithoutAnExtensionPushesAreShownAsTheyCame) {
 }
 
 TEST_F(DeliveryTest, WhatCannotBeShownWaitsAndKeepsItsAnswerOverARestart) {
+TEST_F(DeliveryTest, FilesThatAPushNamesAreLeftAloneAndNeedNotBeThere) {
+  for (const char* folder : {"tmp", "files"}) std::filesystem::create_directory(directory_.path(folder));
+  const std::string own = directory_.write("files/1-0.png", "own");
+  for (const std::string& file : {own, directory_.write("tmp/a.png", "other"), std::string("/gone.png")})
+    spool_.take("", file, R"({"content":{"title":"a","attachments":[{"url":"file://)" + file + R"("}]}})");
+  deliver();
+  EXPECT_EQ(presenter_.shown.size(), 3U);
+  EXPECT_TRUE(std::filesystem::exists(directory_.path("tmp/a.png")));
+  for (const ShownNotification& notification : spool_.allShown())
+    EXPECT_TRUE(notification.files.empty()) << notification.identifier;
+}
+
   presenter_.failures = 1;
   spool_.take("", "damaged", "{");
   take("a");

@@ -70,7 +70,7 @@ TEST(AttachmentsTest, OnlyWhatTheExtensionDownloadedIsMoved) {
   EXPECT_FALSE(std::filesystem::exists(downloaded));
   EXPECT_TRUE(std::filesystem::exists(hosts));
   EXPECT_EQ(after.find("attachments")->elements().size(), 3U);
-  const auto files = attachmentsIn(directory.path("files"), after);
+  const auto files = adoptedAttachments(after, 7, directory.path("files"));
   ASSERT_EQ(files.size(), 1U);
   EXPECT_EQ(files[0], directory.path("files/7-0.png"));
   EXPECT_TRUE(std::filesystem::exists(files[0]));

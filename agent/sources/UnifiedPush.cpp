@@ -25,9 +25,11 @@ constexpr std::chrono::seconds kLongestRegistration{20};
 constexpr std::chrono::seconds kLongestUnregistration{10};
 constexpr std::chrono::seconds kBeforeRegisteringAgain{10};
 
-// Tells a repetition: the source's own id, or salt and tag, which no two sealed messages share.
-std::string keyOf(const UnifiedPush::Message& message) {
-  if (!message.id.empty() && message.id.size() <= kLongestId) return "id:" + message.id;
+// Tells a repetition: the id, which is the distributor's own for this registration, or salt and tag, which no
+// two sealed messages share.
+std::string keyOf(const std::string& distributor, const UnifiedPush::Message& message) {
+  if (!message.id.empty() && message.id.size() <= kLongestId)
+    return "id:" + distributor + ' ' + message.token + ' ' + message.id;
   if (message.bytes.size() < 2 * kKeyPart) return message.bytes;
   return message.bytes.substr(0, kKeyPart) + message.bytes.substr(message.bytes.size() - kKeyPart);
 }
@@ -179,7 +181,8 @@ UnifiedPush::Answer UnifiedPush::message(const std::string& sender, const Messag
     receiver_.refuse("a message that does not open: " + opened->error().message);
     return Answer::done;
   }
-  return receiver_.receive(keyOf(message), **opened) ? Answer::done : Answer::tryAgain;
+  return receiver_.receive(keyOf(registration_->distributor, message), **opened) ? Answer::done
+                                                                                 : Answer::tryAgain;
 }
 
 UnifiedPush::Answer UnifiedPush::newEndpoint(const std::string& sender, const std::string& token,

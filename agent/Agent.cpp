@@ -247,6 +247,7 @@ void Agent::forgetEarlierSessions() {
 }
 
 void Agent::removeForgottenFiles() {
+  if (!presenter_->knowsSession()) return;
   std::error_code ignored;
   for (const auto& file : std::filesystem::directory_iterator(filesOf(setting_.state), ignored)) {
     if (!spool_.isInUse(pushOfFile(file), file)) std::filesystem::remove(file, ignored);

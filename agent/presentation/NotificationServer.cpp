@@ -14,6 +14,7 @@ using QXPlatform::Error;
 
 constexpr const char* kName = "org.freedesktop.Notifications";
 constexpr const char* kPath = "/org/freedesktop/Notifications";
+constexpr std::chrono::seconds kBeforeNextLookUp{2};
 
 BusMessage newServerCall(const Bus& bus, const char* member) {
   return bus.newCall(kName, kPath, kName, member);
@@ -31,13 +32,32 @@ NotificationServer::NotificationServer(EventLoop& loop, const Bus& bus, AppIdent
       identity_(std::move(identity)),
       events_(std::move(events)),
       longest_(patience),
-      patience_(loop, [this] { losePatience(); }) {
+      patience_(loop, [this] { losePatience(); }),
+      lookUp_(loop, [this] {
+        if (lookUpOwner()) events_.sessionChanged();
+      }) {
   takeSignal("ActivationToken", &NotificationServer::takeToken);
   takeSignal("ActionInvoked", &NotificationServer::takeAction);
   takeSignal("NotificationClosed", &NotificationServer::takeClosing);
   bus_.onOwnerChange(kName, [this](const std::string& owner) { serverChanged(owner); });
-  owner_ = bus_.ownerOf(kName).value_or("");
-  if (!owner_.empty()) session_ = bus_.identifier() + owner_;
+  lookUpOwner();
+}
+
+bool NotificationServer::lookUpOwner() {
+  const auto owner = bus_.ownerOf(kName);
+  if (owner) {
+    setOwner(*owner);
+  } else {
+    lookUp_.start(kBeforeNextLookUp);
+  }
+  return owner.has_value();
+}
+
+void NotificationServer::setOwner(const std::string& owner) {
+  knowsOwner_ = true;
+  lookUp_.stop();
+  owner_ = owner;
+  session_ = owner.empty() ? "" : bus_.identifier() + owner;
 }
 
 void NotificationServer::takeSignal(const char* member,
@@ -69,8 +89,7 @@ void NotificationServer::takeClosing(sd_bus_message& signal) {
 }
 
 void NotificationServer::serverChanged(const std::string& owner) {
-  owner_ = owner;
-  session_ = owner.empty() ? "" : bus_.identifier() + owner;
+  setOwner(owner);
   capabilitiesKnown_ = false;
   events_.sessionChanged();
 }
@@ -170,7 +189,7 @@ void NotificationServer::appendHints(sd_bus_message* call, const Banner& banner)
     const auto file = identity_.sounds / banner.sound.value_or("");
     if (!banner.sound) {
       sd_bus_message_append(call, "{sv}", "suppress-sound", "b", 1);
-    } else if (banner.sound->find('/') == std::string::npos &&
+    } else if (!identity_.sounds.empty() && banner.sound->find('/') == std::string::npos &&
                std::filesystem::is_regular_file(file, ignored)) {
       appendHint(call, "sound-file", "s", file.native());
     } else {

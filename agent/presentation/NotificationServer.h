@@ -16,7 +16,7 @@ struct AppIdentity {
   std::string app;  // its application id, and the name of its desktop entry
   std::string name;
   std::string icon;
-  std::filesystem::path sounds;  // where its sound files lie
+  std::filesystem::path sounds;  // where its sound files lie; empty: it has none
 };
 
 // Presents through org.freedesktop.Notifications, leaving out what the server there cannot do.
@@ -27,6 +27,7 @@ class NotificationServer final : public Presenter {
                      std::chrono::microseconds patience = std::chrono::seconds(60));
 
   const std::string& session() const override { return session_; }
+  bool knowsSession() const override { return knowsOwner_; }
   void show(const Banner& banner, std::uint32_t replaces, Completion completion) override;
   void close(std::uint32_t id) override;
 
@@ -35,6 +36,9 @@ class NotificationServer final : public Presenter {
   void takeToken(sd_bus_message& signal);
   void takeAction(sd_bus_message& signal);
   void takeClosing(sd_bus_message& signal);
+  // Asks who the server is; false when the bus does not say, and it is asked again.
+  bool lookUpOwner();
+  void setOwner(const std::string& owner);
   void serverChanged(const std::string& owner);
   void takeAnswer(sd_bus_message& reply, const Banner& banner);
   // The end of the notification that is being shown, however it comes about; others are late.
@@ -54,6 +58,8 @@ class NotificationServer final : public Presenter {
   Completion completion_;  // of the notification that is being shown
   std::uint64_t attempt_ = 0;
   Timer patience_;
+  Timer lookUp_;
+  bool knowsOwner_ = false;
   std::string owner_;
   std::string session_;
   bool capabilitiesKnown_ = false;

@@ -16,6 +16,7 @@ class PortalPresenter final : public Presenter {
   PortalPresenter(const Bus& bus, PresenterEvents events);
 
   const std::string& session() const override { return session_; }
+  bool knowsSession() const override { return true; }
   void show(const Banner& banner, std::uint32_t replaces, Completion completion) override;
   void close(std::uint32_t id) override;
 

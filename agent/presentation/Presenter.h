@@ -30,6 +30,8 @@ class Presenter {
 
   // Names this run of whoever shows notifications; empty while there is none.
   virtual const std::string& session() const = 0;
+  // Whether it is known who that is; a change to that is a change of the session.
+  virtual bool knowsSession() const = 0;
   // Calls back once, as late as the other side answers. `replaces`: the number of the one whose place it
   // takes, or 0.
   virtual void show(const Banner& banner, std::uint32_t replaces, Completion completion) = 0;

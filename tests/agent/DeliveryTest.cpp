@@ -10,6 +10,7 @@ using testing::ElementsAre;
 class RecordingPresenter final : public Presenter {
  public:
   const std::string& session() const override { return session_; }
+  bool knowsSession() const override { return true; }
   void show(const Banner& banner, std::uint32_t replaces, Completion completion) override {
     if (failures > 0) {
       --failures;
@@ -138,7 +139,6 @@ TEST_F(DeliveryTest, WithoutAnExtensionPushesAreShownAsTheyCame) {
   EXPECT_NE(spool_.account().lastError.value_or("").find("cannot start"), std::string::npos);
 }
 
-TEST_F(DeliveryTest, WhatCannotBeShownWaitsAndKeepsItsAnswerOverARestart) {
 TEST_F(DeliveryTest, FilesThatAPushNamesAreLeftAloneAndNeedNotBeThere) {
   for (const char* folder : {"tmp", "files"}) std::filesystem::create_directory(directory_.path(folder));
   const std::string own = directory_.write("files/1-0.png", "own");
@@ -151,6 +151,7 @@ TEST_F(DeliveryTest, FilesThatAPushNamesAreLeftAloneAndNeedNotBeThere) {
     EXPECT_TRUE(notification.files.empty()) << notification.identifier;
 }
 
+TEST_F(DeliveryTest, WhatCannotBeShownWaitsAndKeepsItsAnswerOverARestart) {
   presenter_.failures = 1;
   spool_.take("", "damaged", "{");
   take("a");

@@ -147,6 +147,12 @@ void Agent::start() {
 LineSource::Handlers Agent::lineHandlers() {
   return {.take = [this](std::string_view line) { return receive("", line); },
           .refuse = [this](const std::string& reason) { spool_.putAside("", "", "no push: " + reason); },
+          .failed =
+              [this](const std::string& reason) {
+                logLine(reason);
+                spool_.noteError(reason);
+                exitCode_ = 1;
+              },
           .ended =
               [this] {
                 linesEnded_ = true;
@@ -241,13 +247,13 @@ void Agent::forget(const ShownNotification& notification) {
 }
 
 void Agent::forgetEarlierSessions() {
+  if (!presenter_->knowsSession()) return;
   for (const ShownNotification& notification : spool_.allShown()) {
     if (notification.server != presenter_->session()) forget(notification);
   }
 }
 
 void Agent::removeForgottenFiles() {
-  if (!presenter_->knowsSession()) return;
   std::error_code ignored;
   for (const auto& file : std::filesystem::directory_iterator(filesOf(setting_.state), ignored)) {
     if (!spool_.isInUse(pushOfFile(file), file)) std::filesystem::remove(file, ignored);
@@ -275,7 +281,7 @@ void Agent::endWhenIdle() {
   bus_.releaseName(setting_.installation.busName());
   // A push that was on its way; should another agent have the name by now, it takes up all that waits.
   if (isBusy() && bus_.requestName(setting_.installation.busName())) return;
-  loop_.stop(0);
+  loop_.stop(exitCode_);
 }
 
 }  // namespace QXAgent

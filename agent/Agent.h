@@ -81,6 +81,7 @@ class Agent final : private PushReceiver {
   PushObject pushObject_;
   std::optional<LineSource> lines_;
   bool linesEnded_ = false;
+  int exitCode_ = 0;
   std::list<std::pair<std::string, std::unique_ptr<ContentWindow>>>
       windows_;  // by the notification's identifier
   Timer tidy_;

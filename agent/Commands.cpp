@@ -84,6 +84,7 @@ int handOverLines(EventLoop& loop, const Bus& bus, const std::string& agent) {
   const LineSource lines(loop, STDIN_FILENO,
                          {.take = take,
                           .refuse = [&](const std::string& reason) { exitCode = fail(reason); },
+                          .failed = [&](const std::string& reason) { exitCode = fail(reason); },
                           .ended = [&] { loop.stop(exitCode); }});
   return loop.run();
 }

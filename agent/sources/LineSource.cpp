@@ -3,7 +3,9 @@
 #include <sys/epoll.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <utility>
 
 #include "QXPlatform/files/FileDescriptor.h"
@@ -33,6 +35,9 @@ void LineSource::read() {
   const ssize_t count =
       QXPlatform::retryInterrupted([&] { return ::read(descriptor_, &unread_[before], kReadSize); });
   unread_.resize(before + (count > 0 ? static_cast<std::size_t>(count) : 0));
+  // Another program that shares the descriptor may have been faster.
+  if (count < 0 && errno == EAGAIN) return;
+  if (count < 0) handlers_.failed(std::string("the lines cannot be read: ") + std::strerror(errno));
   if (count <= 0) {
     atEnd_ = true;
     unread_ += '\n';

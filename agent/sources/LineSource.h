@@ -15,6 +15,7 @@ class LineSource {
   struct Handlers {
     std::function<bool(std::string_view line)> take;        // returns whether the line is safe
     std::function<void(const std::string& reason)> refuse;  // a line that is no push, and has not been kept
+    std::function<void(const std::string& reason)> failed;  // no more can be read; the end follows
     std::function<void()> ended;                            // all are safe
   };
   LineSource(EventLoop& loop, int descriptor, Handlers handlers);

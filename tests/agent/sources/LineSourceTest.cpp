@@ -24,7 +24,8 @@ std::vector<std::string> takeAll(int descriptor, std::vector<std::string> notAtO
   };
   const LineSource source(
       loop, descriptor,
-      {take, [&](const std::string& reason) { lines.push_back(reason); }, [&] { loop.stop(0); }});
+      {take, [&](const std::string& reason) { lines.push_back(reason); },
+       [&](const std::string& reason) { lines.push_back(reason); }, [&] { loop.stop(0); }});
   Timer patience(loop, [&] { loop.stop(1); });
   patience.start(std::chrono::seconds(20));
   EXPECT_EQ(loop.run(), 0);
@@ -47,6 +48,11 @@ TEST(LineSourceTest, APipesLinesComeWholeAndInOrderHoweverTheyAreCut) {
   });
   EXPECT_THAT(takeAll(input.get(), {"bb"}), ElementsAre("a", "bb", "c", "a line of more than 4 MiB", "d"));
   writer.join();
+}
+
+TEST(LineSourceTest, AFailureToReadIsReported) {
+  const FileDescriptor directory(open("/", O_RDONLY | O_CLOEXEC));
+  EXPECT_THAT(takeAll(directory.get()), ElementsAre("the lines cannot be read: Is a directory"));
 }
 
 TEST(LineSourceTest, AFileIsReadToItsEnd) {

@@ -128,6 +128,29 @@ void endAgent(const Installation& installation) {
   if (const auto process = bus->processOf(name)) kill(*process, SIGTERM);
 }
 
+std::optional<Registration> loadRegistration(const std::string& app) {
+  const auto file = stateDirectory(app) / kDatabaseName;
+  if (!std::filesystem::exists(file)) return std::nullopt;
+  const Database database(file);
+  return RegistrationStore(database).load();
+}
+
+bool isUsable(const Registration& registration, const Installation& installation) {
+  return !registration.endpoint.empty() &&
+         installation.distributor.value_or(registration.distributor) == registration.distributor;
+}
+
+// Returns why there is no endpoint now.
+std::optional<std::string> askToRegister(const Installation& installation) {
+  EventLoop loop;
+  const auto bus = Bus::connect(loop);
+  if (!bus) return bus.error().message;
+  std::string error;
+  const auto call = bus->newCall(installation.busName().c_str(), kPushPath, kPushInterface, "Register");
+  if (bus->ask(call, &error, kLongestRegistration) == nullptr) return error;
+  return std::nullopt;
+}
+
 }  // namespace
 
 int runAgent(const RunOptions& options) {
@@ -175,15 +198,12 @@ int runUninstall(const std::string& app) {
 int runEndpoint(const std::string& app) {
   const auto installation = Installation::read(app);
   if (!installation) return fail(installation.error().message);
-  EventLoop loop;
-  const auto bus = Bus::connect(loop);
-  if (!bus) return fail(bus.error().message);
-  std::string error;
-  const auto call = bus->newCall(installation->busName().c_str(), kPushPath, kPushInterface, "Register");
-  if (bus->ask(call, &error, kLongestRegistration) == nullptr) return fail(error);
   try {
-    const Database database(stateDirectory(app) / kDatabaseName);
-    const auto registration = RegistrationStore(database).load();
+    auto registration = loadRegistration(app);
+    if (!registration || !isUsable(*registration, *installation)) {
+      if (const auto error = askToRegister(*installation)) return fail(*error);
+      registration = loadRegistration(app);
+    }
     if (!registration) return fail("the registration cannot be read");
     return print({{"endpoint", registration->endpoint},
                   {"publicKey", encodeBase64URL(registration->keys.publicKey.view())},

@@ -1,6 +1,6 @@
 #include <sys/socket.h>
-#include <algorithm>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>

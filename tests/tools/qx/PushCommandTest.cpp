@@ -376,7 +376,7 @@ TEST(PushCommandTest, WhateverABackEndAnswersAPushTakesLittleMemory) {
   std::string widest = "[[]";
   while (widest.size() < 1'000'000) widest += ",[]";
   for (const std::string& body : {widest + "]", std::string(std::size_t{8} << 20, '[')}) {
-    const backend::LoopbackServer server({.body = body});
+    const backend::LoopbackServer server({.body = body, .headers = {{"X-Large", std::string(60'000, 'x')}}});
     const support::TemporaryDirectory groups;
     const auto qx = [&](std::vector<std::string> arguments, const std::string& input = {}) {
       arguments.insert(arguments.begin(), {"--groups-root", groups.path()});
@@ -396,9 +396,11 @@ TEST(PushCommandTest, WhateverABackEndAnswersAPushTakesLittleMemory) {
     const auto context = qx({"context", "encode", "--source", "1", "--destinations", "3"}).lines();
     ASSERT_EQ(context.size(), 1U);
     const std::string co(context[0].find("context")->string().value_or(""));
-    const auto pushed = qx(
-        {"push"}, R"({"aps":{},"_sid":"VTQX","_co":")" + co + R"(","_m":"m1","_mt":"t","_r":"r","_pb":"b"})");
-    EXPECT_EQ(server.requests().size(), 2U) << co;
+    const auto pushed =
+        qx({"push"}, R"({"aps":{},"_sid":"VTQX","_co":")" + co +
+                         R"(","_m":"m1","_mt":"t","_r":"r","_pb":"b","_rf":)" +
+                         support::carousel(support::plainPanels(1, server.url("/large.png"))) + "}");
+    EXPECT_EQ(server.requests().size(), 3U) << "two receipts and the thumbnail";
     EXPECT_LT(std::stol(pushed.errors), kMostKilobytes);
   }
 }

@@ -162,6 +162,9 @@ TEST_F(CarouselCommand, DrawsThePanelsThatAreAskedFor) {
 }
 
 TEST_F(CarouselCommand, DrivesAHostsOwnExtensionAsItsOwn) {
+#ifdef QX_SANITIZED
+  GTEST_SKIP() << "the toolkit starts a program in a way that the thread sanitizer ends over";
+#endif
   const std::string file = writeCarousel("push.json", panels(3));
   const std::string steps = "wait:0,next,wait:0,back,tap,refresh:" + file + ",wait:0";
   const auto own =

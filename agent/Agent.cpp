@@ -149,8 +149,7 @@ LineSource::Handlers Agent::lineHandlers() {
           .refuse = [this](const std::string& reason) { spool_.putAside("", "", "no push: " + reason); },
           .failed =
               [this](const std::string& reason) {
-                logLine(reason);
-                spool_.noteError(reason);
+                report(reason);
                 exitCode_ = 1;
               },
           .ended =
@@ -172,6 +171,11 @@ bool Agent::receive(std::string_view key, std::string_view text) {
 
 void Agent::refuse(std::string_view reason) {
   spool_.countRefusal(reason);
+}
+
+void Agent::report(std::string_view problem) {
+  logLine(std::string(problem));
+  spool_.noteError(problem);
 }
 
 PresenterEvents Agent::presenterEvents() {
@@ -263,7 +267,7 @@ void Agent::removeForgottenFiles() {
 bool Agent::isBusy() {
   const auto isOpen = [](const auto& window) { return !window.second->hasEnded(); };
   if (!delivery_.isIdle() || std::ranges::any_of(windows_, isOpen)) return true;
-  return setting_.readsLines ? !linesEnded_ : spool_.hasShown();
+  return setting_.readsLines ? !linesEnded_ : unifiedPush_.isBusy() || spool_.hasShown();
 }
 
 void Agent::settle() {

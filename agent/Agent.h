@@ -43,6 +43,8 @@ class Agent final : private PushReceiver {
  private:
   bool receive(std::string_view key, std::string_view text) override;
   void refuse(std::string_view reason) override;
+  void report(std::string_view problem) override;
+  void rested() override { settle(); }
 
   LineSource::Handlers lineHandlers();
   PresenterEvents presenterEvents();

@@ -132,7 +132,7 @@ std::optional<Registration> loadRegistration(const std::string& app) {
   const auto file = stateDirectory(app) / kDatabaseName;
   if (!std::filesystem::exists(file)) return std::nullopt;
   const Database database(file);
-  return RegistrationStore(database).load();
+  return RegistrationStore(database).load().current;
 }
 
 bool isUsable(const Registration& registration, const Installation& installation) {

@@ -103,6 +103,15 @@ void Bus::onSignal(const char* sender, const char* path, const char* interface, 
 
 void Bus::onOwnerChange(const std::string& name,
                         std::function<void(const std::string& owner)> handler) const {
+  watchOwners("arg0='" + name + "'", std::move(handler));
+}
+
+void Bus::onOwnerChangeBelow(const std::string& name,
+                             std::function<void(const std::string& owner)> handler) const {
+  watchOwners("arg0namespace='" + name + "'", std::move(handler));
+}
+
+void Bus::watchOwners(const std::string& names, std::function<void(const std::string& owner)> handler) const {
   auto owned = std::make_unique<Handler>([handler = std::move(handler)](sd_bus_message& signal) {
     const char* changed = nullptr;
     const char* before = nullptr;
@@ -111,7 +120,7 @@ void Bus::onOwnerChange(const std::string& name,
     if (sd_bus_message_read(&signal, "sss", &changed, &before, &now) > 0) handler(now);
   });
   const std::string rule = std::string("type='signal',sender='") + kBusName + "',path='" + kBusPath +
-                           "',interface='" + kBusName + "',member='NameOwnerChanged',arg0='" + name + "'";
+                           "',interface='" + kBusName + "',member='NameOwnerChanged'," + names;
   sd_bus_slot* slot = nullptr;
   if (sd_bus_add_match(bus_.get(), &slot, rule.c_str(), callHandler, owned.get()) < 0) return;
   static_cast<void>(owned.release());

@@ -46,6 +46,9 @@ class Bus {
                 Handler handler) const;
   // Called with the new owner's unique name, or an empty one, whenever that changes.
   void onOwnerChange(const std::string& name, std::function<void(const std::string& owner)> handler) const;
+  // The same for all names that begin with this one and a dot.
+  void onOwnerChangeBelow(const std::string& name,
+                          std::function<void(const std::string& owner)> handler) const;
 
   // The unique name of a well-known name's owner, empty when nobody has it; nothing when the bus did not say.
   std::optional<std::string> ownerOf(const std::string& name) const;
@@ -58,6 +61,7 @@ class Bus {
 
  private:
   explicit Bus(sd_bus* bus) : bus_(bus) {}
+  void watchOwners(const std::string& names, std::function<void(const std::string& owner)> handler) const;
 
   QXPlatform::Handle<sd_bus, sd_bus_flush_close_unref> bus_;
 };

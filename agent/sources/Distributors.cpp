@@ -6,14 +6,13 @@ namespace QXAgent {
 
 namespace {
 
-constexpr std::string_view kPrefix = "org.unifiedpush.Distributor.";
-
 void addNames(const Bus& bus, const char* list, std::set<std::string>& names) {
   const auto reply =
       bus.ask(bus.newCall("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", list));
   if (reply == nullptr || sd_bus_message_enter_container(reply.get(), 'a', "s") <= 0) return;
+  const std::string prefix = std::string(kDistributors) + '.';
   for (const char* name = nullptr; sd_bus_message_read(reply.get(), "s", &name) > 0;) {
-    if (std::string_view(name).starts_with(kPrefix)) names.insert(name);
+    if (std::string_view(name).starts_with(prefix)) names.insert(name);
   }
 }
 

@@ -9,6 +9,9 @@
 
 namespace QXAgent {
 
+// What the bus names of all distributors begin with, before a dot.
+inline constexpr const char* kDistributors = "org.unifiedpush.Distributor";
+
 // The bus names of the distributors that run or can be started.
 std::set<std::string> distributorNames(const Bus& bus);
 

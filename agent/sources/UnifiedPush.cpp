@@ -1,5 +1,7 @@
 #include "agent/sources/UnifiedPush.h"
 
+#include <algorithm>
+#include <array>
 #include <set>
 #include <utility>
 
@@ -24,6 +26,7 @@ constexpr std::size_t kKeyPart = 16;
 constexpr std::chrono::seconds kLongestRegistration{20};
 constexpr std::chrono::seconds kLongestUnregistration{10};
 constexpr std::chrono::seconds kBeforeRegisteringAgain{10};
+constexpr std::chrono::seconds kLongestPause{600};
 
 // Tells a repetition: the id, which is the distributor's own for this registration, or salt and tag, which no
 // two sealed messages share.
@@ -47,39 +50,44 @@ UnifiedPush::UnifiedPush(EventLoop& loop, const Bus& bus, const RegistrationStor
       store_(store),
       receiver_(receiver),
       setting_(std::move(setting)),
-      registration_(store.load()),
+      registered_(store.load()),
       patience_(loop, [this] { finishRegistration(Error{"the distributor has given no endpoint"}); }),
-      again_(loop, [this] { renew(); }) {}
+      again_(loop, [this] { registerApp([](const auto&) {}); }) {
+  bus_.onOwnerChangeBelow(kDistributors, [this](const std::string& owner) {
+    if (owner.empty() || !again_.isRunning()) return;
+    pause_ = std::chrono::seconds(0);
+    registerApp([](const auto&) {});
+  });
+}
 
 void UnifiedPush::renew() {
-  if (registration_) registerApp([](const auto&) {});
+  if (registered_.current || registered_.next) registerApp([](const auto&) {});
 }
 
 void UnifiedPush::registerApp(Completion completion) {
   waiting_.push_back(std::move(completion));
-  if (patience_.isRunning()) return;
-  auto registration = obtainRegistration();
-  if (!registration) return finishRegistration(registration.error());
-  registration_ = *std::move(registration);
+  if (isRegistering()) return;
+  again_.stop();
+  if (const auto problem = prepare()) return finishRegistration(*problem);
   patience_.start(kLongestRegistration);
   sendRegistration();
 }
 
-Result<Registration> UnifiedPush::obtainRegistration() {
-  auto distributor = chooseDistributor();
+std::optional<Error> UnifiedPush::prepare() {
+  const auto distributor = chooseDistributor();
   if (!distributor) return distributor.error();
-  auto registration = registration_;
-  if (!registration) {
-    auto keys = makeKeysApart();
-    if (!keys) return Error{"no keys can be made"};
-    registration = Registration{{}, QXPlatform::makeUUIDString(), {}, *std::move(keys)};
+  auto& [current, next] = registered_;
+  const auto before = next;
+  if (current && current->distributor == *distributor) {
+    next.reset();
+  } else if (!next || next->distributor != *distributor) {
+    const auto keys = makeKeysApart();
+    if (!keys) return keys.error();
+    next = Registration{*distributor, QXPlatform::makeUUIDString(), {}, *keys};
   }
-  if (registration->distributor != *distributor) {
-    registration->distributor = *std::move(distributor);
-    registration->endpoint.clear();
-  }
-  if (!store_.save(*registration)) return Error{"the registration cannot be kept"};
-  return *std::move(registration);
+  if (before && (!next || next->token != before->token)) leave(*before, [] {});
+  if (!store_.save(registered_)) return Error{"the registration cannot be kept"};
+  return std::nullopt;
 }
 
 Result<std::string> UnifiedPush::chooseDistributor() const {
@@ -88,7 +96,8 @@ Result<std::string> UnifiedPush::chooseDistributor() const {
     if (names.contains(*setting_.distributor)) return *setting_.distributor;
     return Error{"the distributor " + *setting_.distributor + " is not there"};
   }
-  if (registration_ && names.contains(registration_->distributor)) return registration_->distributor;
+  const auto& current = registered_.current;
+  if (current && names.contains(current->distributor)) return current->distributor;
   if (names.size() == 1) return *names.begin();
   if (names.empty()) return Error{"no distributor is there"};
   std::string list;
@@ -97,10 +106,12 @@ Result<std::string> UnifiedPush::chooseDistributor() const {
 }
 
 void UnifiedPush::sendRegistration() {
-  auto call = bus_.newCall(registration_->distributor.c_str(), kPath, kInterface, "Register");
+  const auto& [distributor, token, endpoint, keys] = sought();
+  auto call = bus_.newCall(distributor.c_str(), kPath, kInterface, "Register");
   sd_bus_message_append(call.get(), "a{sv}", 3, "service", "s", setting_.connector.c_str(), "token", "s",
-                        registration_->token.c_str(), "description", "s", setting_.appName.c_str());
-  bus_.send(std::move(call), [this](sd_bus_message& reply) {
+                        token.c_str(), "description", "s", setting_.appName.c_str());
+  bus_.send(std::move(call), [this, token = token](sd_bus_message& reply) {
+    if (!awaits(token)) return;
     if (isUnknownMethod(reply)) return sendOldRegistration();
     if (const auto error = errorOf(reply))
       return finishRegistration(Error{"the distributor failed: " + *error});
@@ -111,10 +122,12 @@ void UnifiedPush::sendRegistration() {
 }
 
 void UnifiedPush::sendOldRegistration() {
-  auto call = bus_.newCall(registration_->distributor.c_str(), kPath, kOldInterface, "Register");
-  sd_bus_message_append(call.get(), "sss", setting_.connector.c_str(), registration_->token.c_str(),
+  const auto& [distributor, token, endpoint, keys] = sought();
+  auto call = bus_.newCall(distributor.c_str(), kPath, kOldInterface, "Register");
+  sd_bus_message_append(call.get(), "sss", setting_.connector.c_str(), token.c_str(),
                         setting_.appName.c_str());
-  bus_.send(std::move(call), [this](sd_bus_message& reply) {
+  bus_.send(std::move(call), [this, token = token](sd_bus_message& reply) {
+    if (!awaits(token)) return;
     if (const auto error = errorOf(reply))
       return finishRegistration(Error{"the distributor failed: " + *error});
     const char* result = nullptr;
@@ -129,81 +142,120 @@ void UnifiedPush::sendOldRegistration() {
 
 void UnifiedPush::finishRegistration(const Result<std::string>& result) {
   patience_.stop();
+  again_.stop();
+  if (result) {
+    pause_ = std::chrono::seconds(0);
+  } else {
+    receiver_.report(result.error().message);
+    pause_ = std::clamp(2 * pause_, kBeforeRegisteringAgain, kLongestPause);
+    again_.start(pause_);
+  }
   for (const Completion& completion : std::exchange(waiting_, {})) completion(result);
+  receiver_.rested();
 }
 
 void UnifiedPush::unregisterApp(std::function<void()> completion) {
-  const auto registration = std::exchange(registration_, std::nullopt);
-  store_.remove();
-  if (!registration) return completion();
-  auto call = bus_.newCall(registration->distributor.c_str(), kPath, kInterface, "Unregister");
-  sd_bus_message_append(call.get(), "a{sv}", 1, "token", "s", registration->token.c_str());
-  bus_.send(
-      std::move(call),
-      [this, registration, completion = std::move(completion)](sd_bus_message& reply) {
-        if (!isUnknownMethod(reply)) return completion();
-        sendOldUnregistration(registration->distributor, registration->token, completion);
-      },
-      kLongestUnregistration);
-  if (endpointChanged_) endpointChanged_();
+  const auto [current, next] = std::exchange(registered_, {});
+  store_.save(registered_);
+  if (isRegistering()) finishRegistration(Error{"the registration has been ended"});
+  again_.stop();
+  if (next) leave(*next, current ? [] {} : completion);
+  if (current) leave(*current, completion);
+  if (!current && !next) completion();
+  if (current && endpointChanged_) endpointChanged_();
 }
 
-void UnifiedPush::sendOldUnregistration(const std::string& distributor, const std::string& token,
-                                        std::function<void()> completion) {
-  auto call = bus_.newCall(distributor.c_str(), kPath, kOldInterface, "Unregister");
-  sd_bus_message_append(call.get(), "s", token.c_str());
+void UnifiedPush::leave(const Registration& registration, std::function<void()> completion) {
+  left_ = registration.token;
+  ++leaving_;
+  auto call = bus_.newCall(registration.distributor.c_str(), kPath, kInterface, "Unregister");
+  sd_bus_message_append(call.get(), "a{sv}", 1, "token", "s", registration.token.c_str());
+  auto end = [this, completion = std::move(completion)] {
+    --leaving_;
+    completion();
+    receiver_.rested();
+  };
+  bus_.send(
+      std::move(call),
+      [this, registration, end = std::move(end)](sd_bus_message& reply) {
+        isUnknownMethod(reply) ? sendOldUnregistration(registration, end) : end();
+      },
+      kLongestUnregistration);
+}
+
+void UnifiedPush::sendOldUnregistration(const Registration& registration, std::function<void()> completion) {
+  auto call = bus_.newCall(registration.distributor.c_str(), kPath, kOldInterface, "Unregister");
+  sd_bus_message_append(call.get(), "s", registration.token.c_str());
   bus_.send(
       std::move(call), [completion = std::move(completion)](sd_bus_message&) { completion(); },
       kLongestUnregistration);
 }
 
-std::optional<UnifiedPush::Answer> UnifiedPush::refusal(const std::string& sender, const std::string& token) {
-  const auto owner = registration_ ? bus_.ownerOf(registration_->distributor) : "";
-  if (!owner) return Answer::tryAgain;
-  if (sender.empty() || owner != sender) {
-    receiver_.refuse("a call from another program than the distributor");
-    return Answer::notAllowed;
+UnifiedPush::Caller UnifiedPush::callerOf(const std::string& sender, const std::string& token) {
+  bool isDistributor = false;
+  for (const auto* registration : std::array{&registered_.current, &registered_.next}) {
+    if (!*registration) continue;
+    const auto owner = bus_.ownerOf((*registration)->distributor);
+    if (!owner) return {nullptr, Answer::tryAgain};
+    if (sender.empty() || owner != sender) continue;
+    isDistributor = true;
+    if (token == (*registration)->token) return {&**registration, Answer::done};
   }
-  if (token == registration_->token) return std::nullopt;
-  receiver_.refuse("a call with an unknown token");
-  return Answer::done;
+  receiver_.refuse(isDistributor ? "a call with an unknown token"
+                                 : "a call from another program than the distributor");
+  return {nullptr, isDistributor ? Answer::done : Answer::notAllowed};
 }
 
 UnifiedPush::Answer UnifiedPush::message(const std::string& sender, const Message& message) {
-  if (const auto refused = refusal(sender, message.token)) return *refused;
+  const auto [registration, refusal] = callerOf(sender, message.token);
+  if (registration == nullptr) return refusal;
   if (message.bytes.empty() || message.bytes.size() > kMostSealedBytes) {
     receiver_.refuse("a message of " + std::to_string(message.bytes.size()) + " bytes");
     return Answer::done;
   }
-  const auto opened = openApart(registration_->keys, message.bytes);
-  if (!opened) return Answer::tryAgain;
-  if (!*opened) {
-    receiver_.refuse("a message that does not open: " + opened->error().message);
-    return Answer::done;
-  }
-  return receiver_.receive(keyOf(registration_->distributor, message), **opened) ? Answer::done
+  const auto opened = openApart(registration->keys, message.bytes);
+  if (opened) {
+    return receiver_.receive(keyOf(registration->distributor, message), *opened) ? Answer::done
                                                                                  : Answer::tryAgain;
+  }
+  const auto& [reason, isFinal] = opened.error();
+  isFinal ? receiver_.refuse(reason) : receiver_.report(reason);
+  return isFinal ? Answer::done : Answer::tryAgain;
 }
 
 UnifiedPush::Answer UnifiedPush::newEndpoint(const std::string& sender, const std::string& token,
                                              const std::string& endpoint) {
-  if (const auto refused = refusal(sender, token)) return *refused;
+  const auto [registration, refusal] = callerOf(sender, token);
+  if (registration == nullptr) return refusal;
   if (endpoint.size() > kLongestEndpoint || !QXPlatform::URL::parse(endpoint)) return Answer::done;
-  const bool isNew = registration_->endpoint != endpoint;
-  registration_->endpoint = endpoint;
-  if (isNew) store_.save(*registration_);
-  finishRegistration(endpoint);
+  const bool isSought = registration == &sought();
+  const Registrations before = registered_;
+  auto& [current, next] = registered_;
+  const bool isNext = next && registration == &*next;
+  if (isNext) current = std::exchange(next, std::nullopt);
+  const bool isNew = isNext || current->endpoint != endpoint;
+  current->endpoint = endpoint;
+  if (isNew && !store_.save(registered_)) {
+    registered_ = before;
+    return Answer::tryAgain;
+  }
+  // Until now pushes have come from there.
+  if (isNext && before.current) leave(*before.current, [] {});
+  if (isSought) finishRegistration(endpoint);
   if (isNew && endpointChanged_) endpointChanged_();
   return Answer::done;
 }
 
 UnifiedPush::Answer UnifiedPush::unregistered(const std::string& sender, const std::string& token) {
   // What we have asked for ourselves.
-  if (!registration_) return Answer::done;
-  if (const auto refused = refusal(sender, token)) return *refused;
-  registration_->endpoint.clear();
-  store_.save(*registration_);
-  if (endpointChanged_) endpointChanged_();
+  if (token == left_ || (!registered_.current && !registered_.next)) return Answer::done;
+  const auto [registration, refusal] = callerOf(sender, token);
+  if (registration == nullptr) return refusal;
+  if (registered_.current && registration == &*registered_.current) {
+    registered_.current->endpoint.clear();
+    store_.save(registered_);
+    if (endpointChanged_) endpointChanged_();
+  }
   // Not at once, lest a distributor that is out of its mind be asked for ever.
   again_.start(kBeforeRegisteringAgain);
   return Answer::done;

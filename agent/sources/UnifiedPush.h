@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <list>
 #include <optional>
@@ -31,12 +32,15 @@ class UnifiedPush {
 
   // Says again that the app is there, when it has been registered. To be called at every start.
   void renew();
-  // Registers, or renews; calls back when the endpoint is known or cannot be had.
+  // Registers, or renews; calls back when the endpoint is known or cannot be had. What failed is tried again,
+  // ever less often, and when a distributor comes.
   void registerApp(Completion completion);
   // Calls back when the distributor has been told, or cannot be.
   void unregisterApp(std::function<void()> completion);
   // Empty until there is one.
-  std::string endpoint() const { return registration_ ? registration_->endpoint : std::string(); }
+  std::string endpoint() const { return registered_.current ? registered_.current->endpoint : std::string(); }
+  // Whether an answer of a distributor is waited for.
+  bool isBusy() const { return isRegistering() || leaving_ > 0; }
   void setEndpointHandler(std::function<void()> handler) { endpointChanged_ = std::move(handler); }
 
   // What the distributor says; each answers whether the call is to be answered as done.
@@ -51,24 +55,39 @@ class UnifiedPush {
   Answer unregistered(const std::string& sender, const std::string& token);
 
  private:
+  struct Caller {
+    const Registration* registration;  // the one that it speaks of; null: it is refused
+    Answer refusal;
+  };
+
+  bool isRegistering() const { return patience_.isRunning(); }
   QXPlatform::Result<std::string> chooseDistributor() const;
-  QXPlatform::Result<Registration> obtainRegistration();
+  // Sees to it that there is a registration for the distributor of choice; returns why there is none.
+  std::optional<QXPlatform::Error> prepare();
+  // The one that is to have an endpoint. REQUIRES: there is one.
+  const Registration& sought() const { return registered_.next ? *registered_.next : *registered_.current; }
   void sendRegistration();
   void sendOldRegistration();
-  void sendOldUnregistration(const std::string& distributor, const std::string& token,
-                             std::function<void()> completion);
+  // Whether that is still what is waited for.
+  bool awaits(const std::string& token) const { return isRegistering() && sought().token == token; }
   void finishRegistration(const QXPlatform::Result<std::string>& result);
-  // Whether the sender is the distributor and the token is known; counts it otherwise.
-  std::optional<Answer> refusal(const std::string& sender, const std::string& token);
+  // Tells a distributor that the app listens there no more.
+  void leave(const Registration& registration, std::function<void()> completion);
+  void sendOldUnregistration(const Registration& registration, std::function<void()> completion);
+  // Counts a call from another program than the distributor, or with an unknown token.
+  Caller callerOf(const std::string& sender, const std::string& token);
 
   const Bus& bus_;
   const RegistrationStore& store_;
   PushReceiver& receiver_;
   const Setting setting_;
-  std::optional<Registration> registration_;
+  Registrations registered_;
+  std::string left_;  // the token of what was ended last
+  int leaving_ = 0;   // how many distributors have not yet answered to that
   std::list<Completion> waiting_;
   std::function<void()> endpointChanged_;
   Timer patience_;
+  std::chrono::seconds pause_{0};  // before the next attempt, after a failed one
   Timer again_;
 };
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,10 +9,15 @@
 namespace QXAgent {
 
 // Keys and messages by way of the program that knows about cryptography. Both wait for it, which takes some
-// milliseconds; nothing when it cannot be run, or comes to no end.
-std::optional<SubscriptionKeys> makeKeysApart();
-// As openMessage().
-std::optional<QXPlatform::Result<std::string>> openApart(const SubscriptionKeys& keys,
-                                                         std::string_view sealed);
+// milliseconds.
+QXPlatform::Result<SubscriptionKeys> makeKeysApart();
+
+// Why a message has not been opened.
+struct OpeningFailure {
+  std::string reason;
+  bool isFinal;  // it is the message; else the program cannot be run or comes to no end
+};
+QXPlatform::Result<std::string, OpeningFailure> openApart(const SubscriptionKeys& keys,
+                                                          std::string_view sealed);
 
 }  // namespace QXAgent

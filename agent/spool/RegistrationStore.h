@@ -16,17 +16,21 @@ struct Registration {
   SubscriptionKeys keys;
 };
 
-// Keeps the one registration of an app. As the spool: what fails is logged, and what was to be read is
-// absent.
+// The registration that holds, and the one that takes its place as soon as it has an endpoint.
+struct Registrations {
+  std::optional<Registration> current;
+  std::optional<Registration> next;
+};
+
+// Keeps an app's registrations. As the spool: what fails is logged, and what was to be read is absent.
 class RegistrationStore {
  public:
   // The database must outlive the store. Throws DatabaseError.
   explicit RegistrationStore(const Database& database);
 
-  std::optional<Registration> load() const;
-  // False when it could not be kept.
-  bool save(const Registration& registration) const;
-  void remove() const;
+  Registrations load() const;
+  // False when they could not be kept: both are as before.
+  bool save(const Registrations& registrations) const;
 
  private:
   const Database& database_;

@@ -169,17 +169,57 @@ class RecordingReceiver final : public PushReceiver {
     return true;
   }
   void refuse(std::string_view) override { ++refused; }
+  void report(std::string_view problem) override { reported += problem; }
+  void rested() override {}
 
   std::vector<std::string> received;
   int refused = 0;
+  std::string reported;
+};
+
+// A distributor that knows the older interface alone, and what it was told.
+class OldDistributor {
+ public:
+  explicit OldDistributor(const Bus& bus) {
+    sd_bus_slot* slot = nullptr;
+    sd_bus_add_object_vtable(bus.get(), &slot, "/org/unifiedpush/Distributor", "org.unifiedpush.Distributor1",
+                             kTable, this);
+    slot_.reset(slot);
+  }
+
+  std::string registered;
+  std::string unregistered;
+
+ private:
+  static int takeRegistration(sd_bus_message* call, void* self, sd_bus_error*) {
+    const char* service = nullptr;
+    const char* token = nullptr;
+    sd_bus_message_read(call, "ss", &service, &token);
+    static_cast<OldDistributor*>(self)->registered = token;
+    return sd_bus_reply_method_return(call, "ss", "NEW_ENDPOINT", "");
+  }
+  static int takeUnregistration(sd_bus_message* call, void* self, sd_bus_error*) {
+    const char* token = nullptr;
+    sd_bus_message_read(call, "s", &token);
+    static_cast<OldDistributor*>(self)->unregistered = token;
+    return sd_bus_reply_method_return(call, "");
+  }
+  static constexpr sd_bus_vtable kTable[] = {
+      SD_BUS_VTABLE_START(0),
+      SD_BUS_METHOD("Register", "sss", "ss", takeRegistration, SD_BUS_VTABLE_UNPRIVILEGED),
+      SD_BUS_METHOD("Unregister", "s", "", takeUnregistration, SD_BUS_VTABLE_UNPRIVILEGED),
+      SD_BUS_VTABLE_END,
+  };
+  BusSlot slot_;
 };
 
 class ConnectorTest : public BusTest {
  protected:
-  ConnectorTest() {
+  explicit ConnectorTest(std::optional<std::string> distributor = {}) {
     keys_ = makeSubscriptionKeys();
-    store_.save({kDistributor, "token", "https://push.example/1", keys_});
-    source_.emplace(loop_, bus_, store_, receiver_, UnifiedPush::Setting{"com.example.App.Push", "App", {}});
+    store_.save({Registration{kDistributor, "token", "https://push.example/1", keys_}, {}});
+    source_.emplace(loop_, bus_, store_, receiver_,
+                    UnifiedPush::Setting{"com.example.App.Push", "App", std::move(distributor)});
     connector_.emplace(bus_, *source_);
     object_.emplace(bus_, *source_, receiver_);
     EXPECT_TRUE(bus_.requestName("com.example.App.Push") && distributor_.requestName(kDistributor));
@@ -277,24 +317,42 @@ TEST_F(ConnectorTest, CallsOfAnotherShapeAreRefusedAndChangeNothing) {
 }
 
 TEST_F(ConnectorTest, UnregisterIsAnsweredWhenTheDistributorHasBeenTold) {
-  // It knows the older interface alone.
-  bool isTold = false;
-  const auto unregister = [](sd_bus_message* call, void* told, sd_bus_error*) {
-    *static_cast<bool*>(told) = true;
-    return sd_bus_reply_method_return(call, "");
-  };
-  const sd_bus_vtable table[] = {
-      SD_BUS_VTABLE_START(0),
-      SD_BUS_METHOD("Unregister", "s", "", unregister, SD_BUS_VTABLE_UNPRIVILEGED),
-      SD_BUS_VTABLE_END,
-  };
-  sd_bus_slot* slot = nullptr;
-  sd_bus_add_object_vtable(distributor_.get(), &slot, "/org/unifiedpush/Distributor",
-                           "org.unifiedpush.Distributor1", table, &isTold);
-  const BusSlot owned(slot);
+  const OldDistributor distributor(distributor_);
   EXPECT_EQ(answerTo(stranger_, newCall(stranger_, kPushInterface, "Unregister")), "");
-  EXPECT_TRUE(isTold);
-  EXPECT_FALSE(store_.load());
+  EXPECT_EQ(distributor.unregistered, "token");
+  EXPECT_FALSE(store_.load().current);
+}
+
+constexpr const char* kNewDistributor = "org.unifiedpush.Distributor.New";
+
+class NewDistributorTest : public ConnectorTest {
+ protected:
+  NewDistributorTest() : ConnectorTest(kNewDistributor) {}
+};
+
+TEST_F(NewDistributorTest, IsRegisteredWithWhenItComesAndTakesTheOldOnesPlaceWithItsEndpoint) {
+  const OldDistributor before(distributor_);
+  source_->renew();
+  EXPECT_EQ(receiver_.reported, std::string("the distributor ") + kNewDistributor + " is not there");
+
+  const Bus bus = connect();
+  const OldDistributor after(bus);
+  ASSERT_TRUE(bus.requestName(kNewDistributor));
+  ASSERT_TRUE(runUntil([&] { return !after.registered.empty(); }));
+  EXPECT_TRUE(source_->isBusy());
+  EXPECT_EQ(answerTo(distributor_, message(distributor_, "token", sealed("from the old one"))), "");
+  EXPECT_EQ(source_->endpoint(), "https://push.example/1");
+
+  auto call = newCall(bus, "org.unifiedpush.Connector1", "NewEndpoint");
+  sd_bus_message_append(call.get(), "ss", after.registered.c_str(), "https://push.example/2");
+  EXPECT_EQ(answerTo(bus, std::move(call)), "");
+  EXPECT_TRUE(runUntil([&] { return !source_->isBusy(); }));
+  EXPECT_EQ(before.unregistered, "token");
+  const auto [current, next] = store_.load();
+  EXPECT_EQ(current->endpoint, "https://push.example/2");
+  EXPECT_EQ(current->token, after.registered);
+  EXPECT_FALSE(next);
+  EXPECT_THAT(receiver_.received, ElementsAre("from the old one"));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "QXExtensionSDK/payload/PayloadCarouselModelParser.h"
 #include "QXPlatform/foundation/ASCII.h"
+#include "QXPlatform/foundation/Markup.h"
 #include "QXPlatform/foundation/URL.h"
 #include "QXPlatform/foundation/UTF8.h"
 
@@ -107,24 +108,7 @@ std::string bannerBody(const Banner& banner, bool rendersMarkup) {
   std::string body = banner.subtitle;
   if (!banner.subtitle.empty() && !banner.body.empty()) body += '\n';
   body += banner.body;
-  if (!rendersMarkup) return body;
-  std::string escaped;
-  for (const char c : body) {
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      default:
-        escaped += c;
-    }
-  }
-  return escaped;
+  return rendersMarkup ? QXPlatform::escapedMarkup(body) : body;
 }
 
 }  // namespace QXAgent

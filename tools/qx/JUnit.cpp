@@ -5,35 +5,25 @@
 #include <cstring>
 #include <fstream>
 
+#include "QXPlatform/foundation/Markup.h"
 #include "QXPlatform/foundation/UTF8.h"
 
 namespace qx {
 
 namespace {
 
-std::string escaped(char character) {
-  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-  switch (character) {
-    case '&':
-      return "&amp;";
-    case '<':
-      return "&lt;";
-    case '>':
-      return "&gt;";
-    case '"':
-      return "&quot;";
-    case '\n':
-      return "&#10;";
-    default:
-      // What XML has no room for at all.
-      return static_cast<unsigned char>(character) < 0x20 ? std::string(kReplacement)
-                                                          : std::string(1, character);
-  }
-}
-
 std::string attribute(std::string_view name, std::string_view text) {
+  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
   std::string result = " " + std::string(name) + "=\"";
-  for (const char character : QXPlatform::replacingInvalidUTF8(text)) result += escaped(character);
+  for (const char character : QXPlatform::escapedMarkup(QXPlatform::replacingInvalidUTF8(text))) {
+    if (character == '\n') {
+      result += "&#10;";
+    } else if (static_cast<unsigned char>(character) < 0x20) {
+      result += kReplacement;  // what XML has no room for at all
+    } else {
+      result += character;
+    }
+  }
   return result + "\"";
 }
 

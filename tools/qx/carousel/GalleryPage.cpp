@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "QXExtensionSDK/Version.h"
+#include "QXPlatform/foundation/Markup.h"
 #include "tools/qx/PushSize.h"
 #include "tools/qx/carousel/GalleryStyle.h"
 
@@ -10,6 +11,7 @@ namespace qx {
 
 namespace {
 
+using QXPlatform::escapedMarkup;
 using QXPlatform::Value;
 
 std::string text(const Value& value) {
@@ -18,7 +20,8 @@ std::string text(const Value& value) {
 
 // What comes from a payload reads in its own direction.
 std::string element(const std::string& name, const std::string& cssClass, const std::string& content) {
-  return "<" + name + " class=\"" + cssClass + "\" dir=\"auto\">" + escapedHTML(content) + "</" + name + ">";
+  return "<" + name + " class=\"" + cssClass + "\" dir=\"auto\">" + escapedMarkup(content) + "</" + name +
+         ">";
 }
 
 std::string counted(std::size_t count, const std::string& noun) {
@@ -81,7 +84,7 @@ std::string findingItem(const LocatedFinding& located) {
   const Finding& finding = located.finding;
   const std::string kind = finding.isError() ? "error" : "warning";
   return "<li class=\"" + kind + "\"><p><span class=\"tag\">" + (finding.isError() ? "Error" : "Warning") +
-         "</span> <code>" + escapedHTML(finding.at.empty() ? "the push" : finding.at) +
+         "</span> <code>" + escapedMarkup(finding.at.empty() ? "the push" : finding.at) +
          "</code> <span class=\"line\">line " + std::to_string(located.position.line) + ", column " +
          std::to_string(located.position.column) + "</span></p>" + element("p", "message", finding.message) +
          (finding.hint.empty() ? "" : element("p", "hint", finding.hint)) + "</li>\n";
@@ -99,7 +102,7 @@ std::string sizesOf(const GalleryPush& push) {
   std::string rows;
   for (const auto& [key, size] : push.sizes) {
     const std::size_t percent = std::min<std::size_t>(100, size * 100 / limit);
-    rows += "<tr><th scope=\"row\"><code>" + escapedHTML(key) +
+    rows += "<tr><th scope=\"row\"><code>" + escapedMarkup(key) +
             "</code></th><td class=\"bar\"><span style=\"width:" + std::to_string(percent) +
             "%\"></span></td><td>" + std::to_string(size) + "</td></tr>\n";
   }
@@ -119,7 +122,7 @@ std::string describe(const GalleryLook& look) {
 std::string figure(const GalleryPicture& picture, const std::string& subject) {
   const GalleryLook& look = picture.look;
   return "<figure><img width=\"" + std::to_string(look.width) + "\" height=\"" +
-         std::to_string(picture.height) + "\" alt=\"" + escapedHTML(subject + " (" + describe(look) + ")") +
+         std::to_string(picture.height) + "\" alt=\"" + escapedMarkup(subject + " (" + describe(look) + ")") +
          "\" src=\"data:image/webp;base64," + picture.image.toBase64().toStdString() + "\"><figcaption>" +
          (look.isDark ? "Dark" : "Light") + " · " + std::to_string(look.width) +
          " pt</figcaption></figure>\n";
@@ -192,37 +195,12 @@ std::string article(const GalleryPush& push, std::size_t number) {
 
 }  // namespace
 
-std::string escapedHTML(std::string_view text) {
-  std::string result;
-  for (const char character : text) {
-    switch (character) {
-      case '&':
-        result += "&amp;";
-        break;
-      case '<':
-        result += "&lt;";
-        break;
-      case '>':
-        result += "&gt;";
-        break;
-      case '"':
-        result += "&quot;";
-        break;
-      case '\'':
-        result += "&#39;";
-        break;
-      default:
-        result += character;
-    }
-  }
-  return result;
-}
-
 std::string galleryPage(const std::vector<GalleryPush>& pushes) {
   std::string articles;
   for (std::size_t i = 0; i < pushes.size(); ++i) articles += article(pushes[i], i + 1);
-  const std::string title =
-      pushes.size() == 1 ? escapedHTML(titleOf(pushes.front())) + " – carousel gallery" : "Carousel gallery";
+  const std::string title = pushes.size() == 1
+                                ? escapedMarkup(titleOf(pushes.front())) + " – carousel gallery"
+                                : "Carousel gallery";
   return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
          "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; "
          "style-src "

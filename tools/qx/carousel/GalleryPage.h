@@ -24,7 +24,4 @@ struct GalleryPush {
 // A page that needs nothing beside itself: no script, no other file, no network.
 std::string galleryPage(const std::vector<GalleryPush>& pushes);
 
-// With nothing in it that HTML reads as its own.
-std::string escapedHTML(std::string_view text);
-
 }  // namespace qx

@@ -8,6 +8,7 @@
 
 #include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
 #include "QXPlatform/files/Container.h"
+#include "tools/qx/Results.h"
 
 namespace qx {
 
@@ -31,6 +32,10 @@ std::error_code makeDirectory(const fs::path& path) {
 
 QXPlatform::Error noContainersRoot() {
   return {"HOME is not set, so there is no place for containers: set it, or name one by --groups-root"};
+}
+
+void warnOfNoContainersRoot(std::string_view command) {
+  if (!QXPlatform::containersRoot()) fail(command, noContainersRoot().message);
 }
 
 QXPlatform::Result<fs::path> makeContainer() {

@@ -7,6 +7,7 @@
 #include "AppGroupSDK/AppGroupSDK.h"
 #include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
 #include "tools/qx/HostCommands.h"
+#include "tools/qx/HostContainer.h"
 #include "tools/qx/HostRecords.h"
 #include "tools/qx/HostSecrets.h"
 #include "tools/qx/Stable.h"
@@ -103,6 +104,7 @@ void showDamaged(const SimulatorOptions& simulator, const std::vector<std::strin
 }  // namespace
 
 int runHostShow(const SimulatorOptions& simulator) {
+  warnOfNoContainersRoot("host show");
   const AppGroupDataStore base;
   showRecord<AppDeviceInfo>(simulator, "AppDeviceInfo", base, std::nullopt);
   showRecord<FeatureConfigDetail>(simulator, "FeatureConfigDetail", base, std::nullopt);

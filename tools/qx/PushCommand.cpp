@@ -17,6 +17,7 @@
 #include "tools/qx/ExtensionEnvironment.h"
 #include "tools/qx/ExtensionLog.h"
 #include "tools/qx/ExtensionRun.h"
+#include "tools/qx/HostContainer.h"
 #include "tools/qx/JUnit.h"
 #include "tools/qx/NamedPushes.h"
 #include "tools/qx/Progress.h"
@@ -204,6 +205,7 @@ int runPush(const SimulatorOptions& asked, const PushOptions& options) {
     fail("push", host.error().message);
     return kWrongUsage;
   }
+  warnOfNoContainersRoot("push");
   const Run run{simulator, options, verdicts};
   return finish(options.extension ? pushToProgram(run) : pushToBuiltIn(run, *host), run);
 }

@@ -156,11 +156,13 @@ TEST_F(HostCommandTest, PrintsReceiptsAndClicksAsStored) {
 }
 
 TEST_F(HostCommandTest, FailsHonestly) {
-  for (const std::string command : {"init", "receipts on"}) {
+  const std::vector<std::pair<std::string, int>> commands{
+      {"host init", 1}, {"host receipts on", 1}, {"host show", 0}, {"push", 0}};
+  for (const auto& [command, exitCode] : commands) {
     const std::string script =
-        "env -u HOME -u XDG_DATA_HOME " + support::programPath("qx") + " host " + command;
+        "echo '{\"aps\":{}}' | env -u HOME -u XDG_DATA_HOME " + support::programPath("qx") + " " + command;
     const auto homeless = runProgram("/bin/sh", {"-c", script});
-    EXPECT_EQ(homeless.exitCode, 1);
+    EXPECT_EQ(homeless.exitCode, exitCode) << command;
     EXPECT_NE(homeless.errors.find(": HOME is not set, "), std::string::npos) << homeless.errors;
   }
   const auto noContainer = host({"receipts", "on"});

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QString>
@@ -311,6 +312,15 @@ TEST_F(CarouselCommand, ClosesTheWindowAtATapAsADeviceWould) {
   EXPECT_EQ(shown.lines()[1].find("defaultActionPerformed")->boolean(), true);
 }
 
+void press(Qt::Key key) {
+  for (QWidget* widget : QApplication::allWidgets()) {
+    if (dynamic_cast<QXExtensionSDK::CarouselContentView*>(widget) == nullptr) continue;
+    QKeyEvent event(QEvent::KeyPress, key, {});
+    QApplication::sendEvent(widget, &event);
+    return;
+  }
+}
+
 std::string shownNotes() {
   for (QWidget* widget : QApplication::allWidgets()) {
     if (const auto* label = qobject_cast<QLabel*>(widget)) return label->text().toStdString();
@@ -327,7 +337,12 @@ TEST_F(CarouselCommand, FollowsAFileThroughEveryWayOfSavingIt) {
   const std::string file = write("push.json", push(2, R"("push")"));
   const std::string whole = push(3, "1");
   std::vector<std::pair<std::string, std::function<void()>>> story{
-      {"No findings", [&] { write("push.json", whole.substr(0, 40)); }},
+      {"No findings",
+       [&] {
+         press(Qt::Key_Right);
+         press(Qt::Key_Left);
+         write("push.json", whole.substr(0, 40));
+       }},
       {"The carousel is the one before", [&] { write("push.json", whole); }},
       {"/_mt", [&] { std::filesystem::remove(file); }},
       {"gone", [&] { std::filesystem::rename(write("saved", push(1, R"("push")")), file); }},
@@ -342,17 +357,19 @@ TEST_F(CarouselCommand, FollowsAFileThroughEveryWayOfSavingIt) {
 
   qx::CarouselInvocation invocation;
   invocation.carousel.files = {file};
-  const auto carousel = qx::makeCarousel(invocation, {.width = 360, .hasWindow = true}, {});
+  const auto carousel = qx::makeCarousel(invocation, {.width = 360, .hasWindow = true},
+                                         [](const Dictionary& state) { qx::printResult({}, state); });
   ASSERT_TRUE(carousel);
   testing::internal::CaptureStdout();
   EXPECT_FALSE(qx::CarouselSession(invocation, **carousel).runWatch());
   const ProgramResult shown{.exitCode = 0, .output = testing::internal::GetCapturedStdout(), .errors = {}};
   const auto lines = shown.lines();
-  ASSERT_EQ(lines.size(), 3U) << shown.output;
-  const std::array<std::size_t, 3> counts{2, 3, 1};
-  for (std::size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(text(lines[i], "step"), i == 0 ? "load" : "refresh");
-    EXPECT_EQ(lines[i]["panels"].elements().size(), counts[i]);
+  const std::vector<std::tuple<std::string, std::size_t, std::int64_t>> expected{
+      {"load", 2, 0}, {"next", 2, 1}, {"back", 2, 0}, {"refresh", 3, 0}, {"refresh", 1, 0}};
+  ASSERT_EQ(lines.size(), expected.size()) << shown.output;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_EQ(std::tuple(text(lines[i], "step"), lines[i]["panels"].elements().size(), index(lines[i])),
+              expected[i]);
   }
 }
 

@@ -15,6 +15,9 @@ class PushDocument {
   static QXPlatform::Result<PushDocument> parse(std::string_view text);
 
   const QXPlatform::Dictionary& userInfo() const { return userInfo_; }
+  // All of it.
+  const QXPlatform::Dictionary& json() const { return push_; }
+  bool isFullRequest() const;
   // A JSON pointer; empty when the whole push is the userInfo.
   std::string_view userInfoPath() const;
   // The push with another userInfo.
@@ -22,7 +25,6 @@ class PushDocument {
 
  private:
   PushDocument(QXPlatform::Dictionary push, QXPlatform::Dictionary userInfo);
-  bool isFullRequest() const;
 
   QXPlatform::Dictionary push_;
   QXPlatform::Dictionary userInfo_;

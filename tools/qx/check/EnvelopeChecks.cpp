@@ -11,6 +11,7 @@
 #include "QXExtensionSDK/payload/VTQXUtility.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptDataParser.h"
 #include "QXPlatform/foundation/JSONCoding.h"
+#include "tools/qx/check/Hints.h"
 #include "tools/qx/check/Places.h"
 
 namespace qx {
@@ -67,6 +68,23 @@ void checkAps(const Dictionary& userInfo, bool hasCarousel, Findings& findings) 
   if (hasCarousel && (*aps)["category"].string().value_or("").empty()) {
     findings.error("/aps/category", "missing: no content extension is chosen, so no carousel is shown",
                    R"(write the content extension's category, such as "category": "carousel")");
+  }
+}
+
+void checkAlert(const Dictionary& userInfo, Findings& findings) {
+  const Value* aps = userInfo.find("aps");
+  const auto members = aps == nullptr ? std::nullopt : aps->dictionary();
+  const Value* alert = members ? members->find("alert") : nullptr;
+  if (alert == nullptr || alert->string()) return;
+  const auto texts = alert->dictionary();
+  if (!texts) {
+    return findings.warn("/aps/alert", "ignored: neither text nor an object",
+                         R"(write "alert": {"title": "…", "body": "…"})");
+  }
+  for (const std::string_view key : {"title", "subtitle", "body"}) {
+    const Value* text = texts->find(key);
+    if (text != nullptr && !text->string())
+      findings.warn(memberPlace("/aps/alert", key), "ignored: not text", hintForText(*text));
   }
 }
 

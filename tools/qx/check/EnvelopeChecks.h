@@ -12,6 +12,8 @@ namespace qx {
 void checkSize(const QXPlatform::Dictionary& userInfo, PushLimit limit, Findings& findings);
 // Whether the operating system hands it to the extensions.
 void checkAps(const QXPlatform::Dictionary& userInfo, bool hasCarousel, Findings& findings);
+// Whether it shows the push's own texts.
+void checkAlert(const QXPlatform::Dictionary& userInfo, Findings& findings);
 // Whether the framework acts on it.
 void checkSender(const QXPlatform::Dictionary& userInfo, Findings& findings);
 // Whether it leads to a receipt, and a whole one.

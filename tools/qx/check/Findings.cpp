@@ -12,6 +12,11 @@ void Findings::add(Finding::Severity severity, std::string_view at, std::string 
   found_.push_back({severity, std::string(at), std::move(message), std::move(hint), std::move(source)});
 }
 
+void Findings::warnOfFrame(std::string_view place, std::string_view message, std::string hint) {
+  found_.push_back({Finding::Severity::warning, "", std::string(place).append(": ").append(message),
+                    std::move(hint), std::string(place)});
+}
+
 std::vector<Finding> Findings::sorted() && {
   std::ranges::stable_sort(found_, {}, &Finding::severity);
   return std::move(found_);

@@ -37,6 +37,9 @@ class Findings {
     add(Finding::Severity::warning, at, std::move(message), std::move(hint));
   }
 
+  // The same of the frame around the userInfo, into which no place points; the message names it instead.
+  void warnOfFrame(std::string_view place, std::string_view message, std::string hint = {});
+
   // Errors first, otherwise in the order of the checks.
   std::vector<Finding> sorted() &&;
 

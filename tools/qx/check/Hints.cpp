@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
 #include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/JSON.h"
+#include "tools/qx/NearestWord.h"
 
 namespace qx {
 
@@ -17,11 +19,6 @@ using QXPlatform::Value;
 
 std::string write(const Value& value) {
   return "write " + QXPlatform::writeJSON(value, QXPlatform::JSONStyle::compact).value();
-}
-
-std::string inText(const Value& scalar) {
-  if (scalar.isDictionary() || scalar.isArray() || scalar.isNull()) return {};
-  return write(scalar.description());
 }
 
 std::string asInteger(const Value& found) {
@@ -61,6 +58,16 @@ bool abbreviates(std::string_view key, std::string_view word) {
   return key.empty();
 }
 
+// Of the short keys each is near every other.
+std::vector<std::string> spelledOut(const std::vector<std::string_view>& keys) {
+  constexpr std::size_t kShortestWord = 4;
+  std::vector<std::string> words;
+  for (const std::string_view key : keys) {
+    if (key.size() >= kShortestWord) words.emplace_back(key);
+  }
+  return words;
+}
+
 bool isMixedUp(std::string_view written, std::string_view key) {
   return std::ranges::is_permutation(written, key);
 }
@@ -69,7 +76,7 @@ bool isMixedUp(std::string_view written, std::string_view key) {
 
 std::string hintFor(const QXPlatform::DecodingError& error, const Value& found) {
   const std::string_view message = error.message;
-  if (message.starts_with("expected text")) return inText(found);
+  if (message.starts_with("expected text")) return hintForText(found);
   if (message.starts_with("expected an integer")) return asInteger(found);
   if (message.starts_with("expected an object")) return asJSONObject(found);
   if (message.starts_with("expected an array"))
@@ -78,12 +85,19 @@ std::string hintFor(const QXPlatform::DecodingError& error, const Value& found) 
   return {};
 }
 
+std::string hintForText(const Value& found) {
+  if (found.isDictionary() || found.isArray() || found.isNull()) return {};
+  return write(found.description());
+}
+
 std::string hintForKey(std::string_view written, const std::vector<std::string_view>& known) {
   const std::string word = QXPlatform::lowercased(written);
   std::string_view best;
   for (const std::string_view key : known) {
     if ((abbreviates(key, word) || isMixedUp(word, key)) && key.size() > best.size()) best = key;
   }
+  const auto nearest = best.empty() ? nearestWord(word, spelledOut(known)) : std::nullopt;
+  if (nearest) best = *nearest;
   return best.empty() ? std::string() : std::string("did you mean ").append(best).append("?");
 }
 

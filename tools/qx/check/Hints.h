@@ -13,6 +13,8 @@ namespace qx {
 
 // Of a member that does not decode. `found`: what stands there.
 std::string hintFor(const QXPlatform::DecodingError& error, const QXPlatform::Value& found);
+// Of what stands where text is expected.
+std::string hintForText(const QXPlatform::Value& found);
 // Of a key that is not read: the one of `known` that is meant.
 std::string hintForKey(std::string_view written, const std::vector<std::string_view>& known);
 // Of a text that is no colour.

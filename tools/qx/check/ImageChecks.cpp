@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "QXExtensionSDK/decoration/MediaURLExtractable.h"
 #include "QXPlatform/foundation/ASCII.h"
@@ -23,22 +25,32 @@ using QXPlatform::URL;
 using QXPlatform::Value;
 
 // Names of what is often taken for an image and is shown by no device.
-constexpr std::array<std::string_view, 12> kNoImages{".svg", ".pdf", ".heic", ".heif", ".tif", ".tiff",
-                                                     ".ico", ".mp4", ".mov",  ".webm", ".htm", ".html"};
+constexpr auto kNoImages = std::to_array<std::string_view>(
+    {".svg", ".svgz", ".pdf", ".eps", ".ai",  ".psd", ".heic", ".heif", ".tif", ".tiff", ".ico", ".jxl",
+     ".jp2", ".j2k",  ".tga", ".dng", ".raw", ".mp4", ".m4v",  ".mov",  ".avi", ".webm", ".htm", ".html"});
+
+// What is no port is written with digits all the same.
+bool canBeConnectedTo(const std::string& port) {
+  constexpr unsigned kMostPort = 65'535;
+  unsigned number = 0;
+  const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), number);
+  return port.empty() || (error == std::errc() && number > 0 && number <= kMostPort);
+}
 
 // Why the image is never loaded; nothing when a device tries.
 std::optional<std::string> whyNotLoaded(std::string_view text) {
   const auto url = URL::parse(text);
   if (!url) return "no URL: the image is not loaded";
+  const std::string scheme = url->scheme();
+  if (scheme != "https" && scheme != "http") return "neither https nor http: the image is not loaded";
+  if (url->host().empty()) return "a URL without a host: the image is not loaded";
+  if (!canBeConnectedTo(url->port())) return "no port " + url->port() + ": the image is not loaded";
   const auto refused = QXPlatform::refusal(*url);
   if (!refused) return std::nullopt;
   if (refused->code == QXPlatform::URLError::Code::insecureConnection) {
     return "plain http: the image is not loaded unless the host allows arbitrary loads";
   }
-  const std::string scheme = url->scheme();
-  if (scheme != "https" && scheme != "http") return "neither https nor http: the image is not loaded";
-  if (url->host().empty()) return "a URL without a host: the image is not loaded";
-  return "a host or a port that nothing connects to: the image is not loaded";
+  return "no host " + url->host() + ": the image is not loaded";
 }
 
 std::optional<std::string> whyNotShown(std::string_view text) {

@@ -1,5 +1,6 @@
 #include "tools/qx/check/PanelChecks.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -26,8 +27,21 @@ using QXPlatform::Value;
 // What the eye still takes for text.
 constexpr double kLeastContrast = 3;
 
+// Characters that leave no mark, those without width included.
+constexpr auto kBlanks = std::to_array<std::string_view>(
+    {" ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085", "\u00A0", "\u00AD",
+     "\u1680", "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007",
+     "\u2008", "\u2009", "\u200A", "\u200B", "\u200C", "\u200D", "\u200E", "\u200F", "\u2028",
+     "\u2029", "\u202F", "\u205F", "\u2060", "\u2800", "\u3000", "\u3164", "\uFEFF"});
+
 bool isBlank(std::string_view text) {
-  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+  while (!text.empty()) {
+    const auto* blank =
+        std::ranges::find_if(kBlanks, [text](std::string_view each) { return text.starts_with(each); });
+    if (blank == kBlanks.end()) return false;
+    text.remove_prefix(blank->size());
+  }
+  return true;
 }
 
 Color colorOr(const std::optional<std::string>& text, Color otherwise) {

@@ -23,6 +23,19 @@ LocatedFinding locate(Finding finding, const Source& source, std::size_t offset)
   return {std::move(finding), source.place.file, position, std::string(lineAround(source.text, offset))};
 }
 
+// What a place in the push's text is called by a finding: one in the userInfo, or in words.
+Finding replaced(const ReplacedMember& member, std::string_view root) {
+  constexpr std::string_view kMessage = "ignored: the key comes again, and the last one counts";
+  Finding finding{Finding::Severity::warning, "", std::string(kMessage), "take one of them out", ""};
+  const std::string_view pointer = member.pointer;
+  if (pointer.starts_with(root) && pointer.substr(root.size()).starts_with('/')) {
+    finding.at = pointer.substr(root.size());
+  } else {
+    finding.message = member.pointer + ": " + finding.message;
+  }
+  return finding;
+}
+
 Finding atTheWhole(std::string message, std::string hint) {
   return {Finding::Severity::error, "", std::move(message), std::move(hint), ""};
 }
@@ -49,7 +62,16 @@ std::vector<LocatedFinding> findPlaced(std::string_view text, const PushPlace& p
     const std::size_t offset = offsetOf(text, finding.source);
     located.push_back(locate(std::move(finding), source, offset));
   }
+  for (const ReplacedMember& member : findReplacedMembers(text)) {
+    located.push_back(locate(replaced(member, push->userInfoPath()), source, member.offset));
+  }
   return located;
+}
+
+LocatedFinding unreadableFile(const PushPlace& place, const QXPlatform::Error& reason) {
+  const std::string prefix = place.file + ": ";
+  const std::size_t named = reason.message.starts_with(prefix) ? prefix.size() : 0;
+  return {atTheWhole(reason.message.substr(named), ""), place.file, {place.line, 1}, ""};
 }
 
 }  // namespace qx

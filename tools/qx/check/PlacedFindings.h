@@ -13,4 +13,7 @@ namespace qx {
 // place of a file; a text that is no push has one finding, which says why. Any thread.
 std::vector<LocatedFinding> findPlaced(std::string_view text, const PushPlace& place, PushLimit limit);
 
+// The one finding of a file that cannot be read or holds no push.
+LocatedFinding unreadableFile(const PushPlace& place, const QXPlatform::Error& reason);
+
 }  // namespace qx

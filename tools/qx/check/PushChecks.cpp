@@ -66,6 +66,7 @@ std::vector<Finding> checkPush(const PushDocument& push, PushLimit limit) {
       userInfo.contains(kRichFeaturesKey) || userInfo.contains(kCompressedRichFeaturesKey);
   checkSize(userInfo, limit, findings);
   checkAps(userInfo, hasCarousel, findings);
+  checkAlert(userInfo, findings);
   checkSender(userInfo, findings);
   checkReceipt(userInfo, findings);
   checkContext(userInfo, findings);
@@ -73,6 +74,7 @@ std::vector<Finding> checkPush(const PushDocument& push, PushLimit limit) {
     checkClick(userInfo, findings);
     checkRichFeatures(*richFeatures, findings);
   }
+  if (push.isFullRequest()) checkRequest(push.json(), findings);
   return std::move(findings).sorted();
 }
 

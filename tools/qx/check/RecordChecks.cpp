@@ -1,7 +1,9 @@
 #include "tools/qx/check/RecordChecks.h"
 
 #include <algorithm>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "QXExtensionSDK/payload/Color.h"
 #include "tools/qx/check/Hints.h"
@@ -12,11 +14,19 @@ namespace qx {
 
 namespace {
 
-void checkKeys(const RecordInPlace& record, Findings& findings) {
+constexpr std::string_view kUnread = "ignored: no key that is read here";
+
+std::vector<std::string_view> unreadKeys(const RecordInPlace& record) {
+  std::vector<std::string_view> unread;
   for (const auto& [key, value] : record.object) {
-    if (std::ranges::find(record.keys, key) != record.keys.end()) continue;
-    findings.warn(memberPlace(record.place, key), "ignored: no key that is read here",
-                  hintForKey(key, record.keys));
+    if (std::ranges::find(record.keys, key) == record.keys.end()) unread.push_back(key);
+  }
+  return unread;
+}
+
+void checkKeys(const RecordInPlace& record, Findings& findings) {
+  for (const std::string_view key : unreadKeys(record)) {
+    findings.warn(memberPlace(record.place, key), std::string(kUnread), hintForKey(key, record.keys));
   }
 }
 
@@ -37,6 +47,14 @@ void checkRecords(const QXPlatform::Value& richFeatures, Findings& findings) {
   walkRecords(richFeatures, kRichFeaturesPlace, [&](const RecordInPlace& record) {
     checkKeys(record, findings);
     checkColors(record, findings);
+  });
+}
+
+void checkRequest(const QXPlatform::Dictionary& request, Findings& findings) {
+  walkRequest(request, [&](const RecordInPlace& record) {
+    for (const std::string_view key : unreadKeys(record)) {
+      findings.warnOfFrame(memberPlace(record.place, key), kUnread, hintForKey(key, record.keys));
+    }
   });
 }
 

@@ -9,4 +9,7 @@ namespace qx {
 // none.
 void checkRecords(const QXPlatform::Value& richFeatures, Findings& findings);
 
+// In the frame of a full request, around the userInfo: keys that are not read.
+void checkRequest(const QXPlatform::Dictionary& request, Findings& findings);
+
 }  // namespace qx

@@ -7,6 +7,7 @@
 
 #include "QXExtensionSDK/payload/CarouselModel.h"
 #include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/notifications/NotificationRecords.h"
 #include "tools/qx/check/Places.h"
 
 namespace qx {
@@ -73,6 +74,10 @@ struct Walk<ActionSerDeWrapper> {
 
 void walkRecords(const Value& richFeatures, std::string_view place, const Visit& visit) {
   Walk<QXExtensionSDK::CarouselModel>::over(richFeatures, place, visit);
+}
+
+void walkRequest(const QXPlatform::Dictionary& request, const Visit& visit) {
+  Walk<QXPlatform::RequestRecord>::over(request, "", visit);
 }
 
 }  // namespace qx

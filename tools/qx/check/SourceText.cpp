@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "QXPlatform/foundation/JSON.h"
 #include "tools/qx/check/Places.h"
@@ -22,10 +25,15 @@ class Scanner {
   // Of the value or the mark that comes next.
   std::size_t position() const { return at_; }
 
-  // Into a container, and whether it holds anything; then before its next element, if there is one.
+  bool isAtObject() const { return text_[at_] == '{'; }
+  bool isAtArray() const { return text_[at_] == '['; }
+
+  // Into a container that holds something, else past it; then before its next element, else past its end.
   bool enter() {
     take(1);
-    return !closes();
+    if (!closes()) return true;
+    take(1);
+    return false;
   }
   bool next() {
     const bool more = text_[at_] == ',';
@@ -37,9 +45,10 @@ class Scanner {
   std::string key() {
     const std::size_t start = at_;
     skipValue();
-    const auto decoded = QXPlatform::parseJSON(text_.substr(start, keyEnd_ - start));
+    const std::string_view quoted = text_.substr(start, keyEnd_ - start);
     take(1);
-    return std::string(decoded->string().value_or(""));
+    if (quoted.find('\\') == std::string_view::npos) return std::string(quoted.substr(1, quoted.size() - 2));
+    return std::string(QXPlatform::parseJSON(quoted)->string().value_or(""));
   }
 
   void skipValue() {
@@ -96,6 +105,38 @@ std::optional<std::size_t> findMember(std::string_view text, std::size_t object,
   return found;
 }
 
+void findReplaced(Scanner& scanner, std::vector<ReplacedMember>& found);
+
+// The same below a container, which lies at the end of that step.
+void findReplacedBelow(Scanner& scanner, const std::function<std::string()>& step,
+                       std::vector<ReplacedMember>& found) {
+  const std::size_t before = found.size();
+  findReplaced(scanner, found);
+  for (std::size_t i = before; i < found.size(); ++i) found[i].pointer.insert(0, step());
+}
+
+// Goes past the scanner's value; pointers begin there.
+void findReplaced(Scanner& scanner, std::vector<ReplacedMember>& found) {
+  if (scanner.isAtObject()) {
+    std::map<std::string, std::size_t> offsets;
+    for (bool more = scanner.enter(); more; more = scanner.next()) {
+      const std::string key = scanner.key();
+      const auto [known, isNew] = offsets.try_emplace(key, scanner.position());
+      if (!isNew) found.push_back({memberPlace("", key), std::exchange(known->second, scanner.position())});
+      findReplacedBelow(
+          scanner, [&] { return memberPlace("", key); }, found);
+    }
+  } else if (scanner.isAtArray()) {
+    std::size_t index = 0;
+    for (bool more = scanner.enter(); more; more = scanner.next(), ++index) {
+      findReplacedBelow(
+          scanner, [&] { return elementPlace("", index); }, found);
+    }
+  } else {
+    scanner.skipValue();
+  }
+}
+
 std::optional<std::size_t> findElement(std::string_view text, std::size_t array, std::string_view step) {
   std::size_t index = 0;
   if (std::from_chars(step.data(), step.data() + step.size(), index).ec != std::errc()) return std::nullopt;
@@ -130,6 +171,13 @@ std::size_t offsetOf(std::string_view text, std::string_view pointer) {
     pointer.remove_prefix(end);
   }
   return at;
+}
+
+std::vector<ReplacedMember> findReplacedMembers(std::string_view text) {
+  std::vector<ReplacedMember> found;
+  Scanner scanner(text, 0);
+  findReplaced(scanner, found);
+  return found;
 }
 
 std::string_view lineAround(std::string_view text, std::size_t offset) {

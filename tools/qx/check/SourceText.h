@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace qx {
 
@@ -16,6 +18,15 @@ SourcePosition positionOf(std::string_view text, std::size_t offset);
 // The offset of the value that a JSON pointer leads to; of the nearest value around it when there is none.
 // REQUIRES: the text is JSON.
 std::size_t offsetOf(std::string_view text, std::string_view pointer);
+
+// A member of an object that one of the same key follows, which takes its place.
+struct ReplacedMember {
+  std::string pointer;
+  std::size_t offset;  // of its value
+};
+
+// In the order of the text. REQUIRES: the text is JSON.
+std::vector<ReplacedMember> findReplacedMembers(std::string_view text);
 
 // The whole line that holds the offset, without its end.
 std::string_view lineAround(std::string_view text, std::size_t offset);

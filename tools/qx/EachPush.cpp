@@ -83,7 +83,11 @@ class Examination {
     tasks_.clear();
   }
 
-  void failed() { exitCode_ = 1; }
+  // In the place of a push, what is said of a file that has none.
+  void addUnreadable(const std::string& file, const char* reason) {
+    add({{}, 1, "", Error{reason}}, {.file = file, .name = shownName(file)});
+  }
+
   int exitCode() const { return exitCode_; }
 
  private:
@@ -107,13 +111,10 @@ class Examination {
   int exitCode_ = 0;
 };
 
-void examineFile(std::string_view command, const std::string& file, Examination& examination) {
+void examineFile(const std::string& file, Examination& examination) {
   PushFiles source({file});
   auto push = source.next();
-  if (!push) {
-    fail(command, shownName(file) + ": no push");
-    examination.failed();
-  }
+  if (!push) examination.addUnreadable(file, "no push");
   bool several = false;
   while (push && std::cout) {
     auto following = source.next();
@@ -134,15 +135,12 @@ int forEachPush(std::string_view command, const PushInput& input,
   for (const std::string& file : input.files) {
     std::error_code ignored;
     if (!std::filesystem::is_directory(file, ignored)) {
-      examineFile(command, file, examination);
+      examineFile(file, examination);
       continue;
     }
     const auto files = filesIn(file);
-    if (files.empty()) {
-      fail(command, file + ": no .json and no .ndjson file");
-      examination.failed();
-    }
-    for (const std::string& each : files) examineFile(command, each, examination);
+    if (files.empty()) examination.addUnreadable(file, "no .json and no .ndjson file");
+    for (const std::string& each : files) examineFile(each, examination);
   }
   examination.flush();
   return examination.exitCode();

@@ -58,9 +58,11 @@ TEST(AuthoringCommandTest, CheckTakesFilesAndDirectories) {
     places.push_back(std::filesystem::path(*line["file"].string()).filename().string() + ":" +
                      line["line"].description() + " " + std::string(*line["at"].string()));
   }
-  EXPECT_EQ(places,
-            (std::vector<std::string>{"a.json:2 ", "lines.ndjson:1 /_rf/vt/x", "lines.ndjson:3 /_rf/vt/x"}));
-  EXPECT_EQ(runProgram("qx", {"check", "--jobs", "4", directory.path()}).output, result.output);
+  EXPECT_EQ(places, (std::vector<std::string>{"a.json:2 ", "lines.ndjson:1 /_rf/vt/x",
+                                              "lines.ndjson:3 /_rf/vt/x", "none.json:1 "}));
+  EXPECT_EQ(result.lines().back()["message"].string(), "No such file or directory");
+  EXPECT_EQ(runProgram("qx", {"check", "--jobs", "4", directory.path(), directory.path("none.json")}).output,
+            result.output);
 }
 
 TEST(AuthoringCommandTest, CheckWritesForPeopleAndForPrograms) {
@@ -78,6 +80,23 @@ TEST(AuthoringCommandTest, CheckWritesForPeopleAndForPrograms) {
   ASSERT_EQ(results.size(), 3U);
   EXPECT_EQ(results[0]["level"].string(), "error");
   EXPECT_EQ(results[0]["locations"].elements()[0]["physicalLocation"]["region"]["startLine"].integer(), 2);
+}
+
+// What a parser drops, and what stands around the userInfo.
+TEST(AuthoringCommandTest, CheckSeesWhatIsWrittenTwiceOrReadByNobody) {
+  const std::string push = R"({"identifer":"i","content":{"title":1,"title":"a",)"
+                           R"("userInfo":{"_sid":"VTQX","_mt":["t"],"_mt":"u","_m":"m","_mt":"t"}}})";
+  const auto lines = runProgram("qx", {"check", "-"}, push).lines();
+  std::vector<std::string> found;
+  for (const Dictionary& line : lines) {
+    found.push_back(std::string(*line["at"].string()) + "; " + std::string(*line["message"].string()) + "; " +
+                    push.substr(static_cast<std::size_t>(*line["column"].integer()) - 1, 3));
+  }
+  const std::string ignored = "ignored: the key comes again, and the last one counts; ";
+  EXPECT_THAT(found, testing::ElementsAre(R"(; /identifer: ignored: no key that is read here; "i")",
+                                          "; /content/title: " + ignored + "1,\"",
+                                          "/_mt; " + ignored + "[\"t", "/_mt; " + ignored + "\"u\""));
+  EXPECT_EQ(lines.at(0)["hint"].string(), "did you mean identifier?");
 }
 
 // Standard input is one push as well when it is one object over several lines.

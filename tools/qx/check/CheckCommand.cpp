@@ -75,6 +75,9 @@ int runCheck(const SimulatorOptions& simulator, const CheckOptions& options) {
   };
   const auto unreadable = [&](const PushPlace& place, const QXPlatform::Error& reason) {
     tests.push_back({.name = testName(place), .error = reason.message});
+    LocatedFinding located = unreadableFile(place, reason);
+    // People have read it already, on standard error.
+    if (format != FindingFormat::text) print(located);
   };
   int exitCode = forEachPush("check", options.input, examine, unreadable);
   if (options.junit) {

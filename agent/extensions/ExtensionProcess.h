@@ -47,6 +47,8 @@ class ExtensionProcess {
   void closeInput();
   // Ends the program; the reason is what those in hand are answered with.
   void end(std::string reason);
+  // Waits no more for what it has in hand. REQUIRES: end() was called, and has had no effect.
+  void abandon() { failAll(); }
   // Why it was ended, when it was.
   const std::optional<std::string>& endReason() const { return endReason_; }
   // No more answers come.

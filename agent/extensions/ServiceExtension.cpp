@@ -24,6 +24,8 @@ constexpr std::chrono::seconds kKeptIdle{30};
 // A receipt may take 22 seconds after its push has been shown.
 constexpr std::chrono::seconds kLongestExit{35};
 constexpr std::chrono::seconds kMemoryLook{1};
+// One that is ended is gone at once, unless the kill has not reached it.
+constexpr std::chrono::seconds kLongestKill{3};
 
 std::size_t residentMemory(int process) {
   std::ifstream statm("/proc/" + std::to_string(process) + "/statm");
@@ -49,7 +51,8 @@ class ServiceExtension::Run {
         watch_(loop, process_.descriptor(), EPOLLIN, [this] { handleEvents(); }),
         limit_(loop, [this] { endLate(); }),
         patience_(loop, [this] { losePatience(); }),
-        memory_(loop, [this] { checkMemory(); }) {
+        memory_(loop, [this] { checkMemory(); }),
+        killed_(loop, [this] { abandon(); }) {
     if (process_.program().processId() > 0) memory_.start(kMemoryLook);
   }
   Run(const Run&) = delete;
@@ -92,11 +95,24 @@ class ServiceExtension::Run {
 
   void handleEvents() {
     process_.handleEvents();
-    if (process_.hasEnded()) {
-      watch_.setEnabled(false);
-      return ended_();
-    }
+    if (process_.hasEnded()) return finish();
     if (process_.inHand() == 0 && !retired_ && !patience_.isRunning()) patience_.start(kKeptIdle);
+  }
+
+  void finish() {
+    for (Timer* timer : {&limit_, &patience_, &memory_, &killed_}) timer->stop();
+    watch_.setEnabled(false);
+    ended_();
+  }
+
+  void end(std::string reason) {
+    process_.end(std::move(reason));
+    if (!killed_.isRunning()) killed_.start(kLongestKill);
+  }
+
+  void abandon() {
+    process_.abandon();
+    finish();
   }
 
   void endLate() {
@@ -105,18 +121,18 @@ class ServiceExtension::Run {
     if (left > SteadyClock::duration::zero())
       return limit_.start(std::chrono::ceil<std::chrono::microseconds>(left));
     late_ = deadlines_.front().identifier;
-    process_.end("the extension has not answered within its time");
+    end("the extension has not answered within its time");
   }
 
   void losePatience() {
-    if (retired_) return process_.end("the extension did not exit after its input had ended");
+    if (retired_) return end("the extension did not exit after its input had ended");
     retire();
   }
 
   void checkMemory() {
     const std::size_t held = residentMemory(process_.program().processId());
     if (held > kExtensionMemory) {
-      process_.end("the extension holds " + std::to_string(held >> 20) + " MB");
+      end("the extension holds " + std::to_string(held >> 20) + " MB");
     } else {
       memory_.start(kMemoryLook);
     }
@@ -131,6 +147,7 @@ class ServiceExtension::Run {
   Timer limit_;
   Timer patience_;
   Timer memory_;
+  Timer killed_;
 };
 
 ServiceExtension::ServiceExtension(EventLoop& loop, Starter start, std::function<void()> ended)

@@ -13,11 +13,13 @@ namespace QXAgent {
 namespace {
 
 using QXPlatform::Dictionary;
-using QXPlatform::Result;
 
 constexpr int kMostDeaths = 2;
 constexpr std::chrono::seconds kLongestWaitForEarlier{2};
 constexpr std::chrono::seconds kLongestPause{60};
+// Then it is shown plainly, in case it is the picture or the like that does not please.
+constexpr int kMostRefusals = 3;
+constexpr std::chrono::seconds kBeforeAskingAgain{1};
 
 std::string compact(const Dictionary& dictionary) {
   auto text = QXPlatform::writeJSON(dictionary, QXPlatform::JSONStyle::compact);
@@ -130,11 +132,12 @@ void Delivery::showNext() {
   if (position == inHand_.end()) return waitForTurn();
   const auto& [number, push] = *position;
   const auto earlier = spool_.shown(push.push.identifier);
-  const bool replaces = earlier && earlier->server == presenter_->session();
+  const bool isPlain = push.refusals >= kMostRefusals;
+  const bool replaces = !isPlain && earlier && earlier->server == presenter_->session();
+  const Banner banner = makeBanner(push.push.identifier, *push.content, setting_.appName);
   isShowing_ = true;
-  presenter_->show(makeBanner(push.push.identifier, *push.content, setting_.appName),
-                   replaces ? earlier->id : 0,
-                   [this, number = number](const auto& result) { finishShowing(number, result); });
+  presenter_->show(isPlain ? plainBanner(banner) : banner, replaces ? earlier->id : 0,
+                   [this, number = number](const auto& outcome) { finishShowing(number, outcome); });
 }
 
 void Delivery::waitForTurn() {
@@ -147,19 +150,34 @@ void Delivery::waitForTurn() {
         std::chrono::ceil<std::chrono::microseconds>(*soonest + kLongestWaitForEarlier - SteadyClock::now()));
 }
 
-void Delivery::finishShowing(std::int64_t number, const Result<std::uint32_t>& result) {
+void Delivery::finishShowing(std::int64_t number, const Presenter::Outcome& outcome) {
   isShowing_ = false;
-  if (!result) {
-    spool_.noteError(result.error().message);
+  if (outcome.end == Presenter::End::refused) return finishRefused(inHand_.find(number), outcome.problem);
+  if (outcome.end == Presenter::End::failed) {
+    spool_.noteError(outcome.problem);
     pause_ = std::clamp(2 * pause_, std::chrono::seconds(1), kLongestPause);
     return retry_.start(pause_);
   }
   pause_ = std::chrono::seconds(0);
   const auto shown = inHand_.extract(number);
-  const auto& [push, request, isAsked, content, ready] = shown.mapped();
+  const WaitingPush& push = shown.mapped().push;
+  const Dictionary& content = *shown.mapped().content;
   removeFiles(spool_.recordShown(
-      number, {push.identifier, presenter_->session(), *result, compact(content->removing("attachments")),
-               adoptedAttachments(*content, number, setting_.files)}));
+      number, {push.identifier, presenter_->session(), outcome.id, compact(content.removing("attachments")),
+               adoptedAttachments(content, number, setting_.files)}));
+  takeUp();
+}
+
+void Delivery::finishRefused(Position position, const std::string& problem) {
+  auto& [number, push] = *position;
+  if (++push.refusals <= kMostRefusals) {
+    spool_.noteError(problem);
+    return retry_.start(kBeforeAskingAgain);
+  }
+  // It is not to hold up those behind it for ever.
+  removeFiles(adoptedAttachments(*push.content, number, setting_.files));
+  spool_.putAsideWaiting(number, problem);
+  inHand_.erase(position);
   takeUp();
 }
 

@@ -51,6 +51,7 @@ class Delivery {
     bool isAsked = false;                           // the extension has it
     std::optional<QXPlatform::Dictionary> content;  // what is to be shown
     SteadyClock::time_point ready;
+    int refusals = 0;  // how often whoever shows notifications did not want it
   };
   using Position = std::map<std::int64_t, InHand>::iterator;
 
@@ -66,7 +67,8 @@ class Delivery {
   void showNext();
   Position next();
   void waitForTurn();
-  void finishShowing(std::int64_t number, const QXPlatform::Result<std::uint32_t>& result);
+  void finishShowing(std::int64_t number, const Presenter::Outcome& outcome);
+  void finishRefused(Position position, const std::string& problem);
 
   Spool& spool_;
   ServiceExtension& extension_;

@@ -104,6 +104,16 @@ Banner makeBanner(const std::string& identifier, const Dictionary& properties, c
   return banner;
 }
 
+Banner plainBanner(const Banner& banner) {
+  Banner plain;
+  plain.identifier = banner.identifier;
+  plain.title = banner.title;
+  plain.subtitle = banner.subtitle;
+  plain.body = banner.body;
+  plain.isPlain = true;
+  return plain;
+}
+
 std::string bannerBody(const Banner& banner, bool rendersMarkup) {
   std::string body = banner.subtitle;
   if (!banner.subtitle.empty() && !banner.body.empty()) body += '\n';

@@ -23,11 +23,15 @@ struct Banner {
   std::optional<std::int64_t> badge;
   Urgency urgency = Urgency::normal;
   bool isExpandable = false;  // there is a carousel behind it
+  bool isPlain = false;       // nothing but its texts is to be shown
 };
 
 // From a notification's content as JSON. `appName` stands in for a title.
 Banner makeBanner(const std::string& identifier, const QXPlatform::Dictionary& content,
                   const std::string& appName);
+
+// Its texts alone.
+Banner plainBanner(const Banner& banner);
 
 // The body that a server shows: subtitle and body, one below the other, with what is markup to it escaped.
 std::string bannerBody(const Banner& banner, bool rendersMarkup);

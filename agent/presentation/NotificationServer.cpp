@@ -1,5 +1,7 @@
 #include "agent/presentation/NotificationServer.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <system_error>
 #include <utility>
@@ -10,14 +12,19 @@ namespace QXAgent {
 
 namespace {
 
-using QXPlatform::Error;
-
 constexpr const char* kName = "org.freedesktop.Notifications";
 constexpr const char* kPath = "/org/freedesktop/Notifications";
 constexpr std::chrono::seconds kBeforeNextLookUp{2};
 
 BusMessage newServerCall(const Bus& bus, const char* member) {
   return bus.newCall(kName, kPath, kName, member);
+}
+
+// One that shows as many as it can, or has shown too many of late, takes more at another time.
+bool isForNow(const std::string& error) {
+  constexpr std::array kReasons{"Exceed", "exceed", "Excess", "too many"};
+  return std::ranges::any_of(kReasons,
+                             [&](const char* reason) { return error.find(reason) != std::string::npos; });
 }
 
 void appendHint(sd_bus_message* call, const char* key, const char* type, const std::string& text) {
@@ -100,14 +107,15 @@ void NotificationServer::show(const Banner& banner, std::uint32_t replaces, Comp
   bus_.send(
       newServerCall(bus_, "GetCapabilities"),
       [this, banner, replaces, completion = std::move(completion)](sd_bus_message& reply) {
-        if (const auto error = errorOf(reply)) return completion(Error{"no notification server: " + *error});
+        if (const auto error = errorOf(reply))
+          return completion({End::failed, 0, "no notification server: " + *error});
         std::set<std::string, std::less<>> capabilities;
         int status = sd_bus_message_enter_container(&reply, 'a', "s");
         const char* capability = nullptr;
         while (status > 0 && (status = sd_bus_message_read(&reply, "s", &capability)) > 0)
           capabilities.insert(capability);
         if (status < 0)
-          return completion(Error{"the notification server's capabilities are no list of texts"});
+          return completion({End::failed, 0, "the notification server's capabilities are no list of texts"});
         capabilities_ = std::move(capabilities);
         capabilitiesKnown_ = true;
         notify(banner, replaces, completion);
@@ -128,13 +136,17 @@ void NotificationServer::notify(const Banner& banner, std::uint32_t replaces, Co
 }
 
 void NotificationServer::takeAnswer(sd_bus_message& reply, const Banner& banner) {
-  if (const auto error = errorOf(reply))
-    return finish(attempt_, Error{"the notification server failed: " + *error});
+  if (const auto error = errorOf(reply)) {
+    // The bus answers for a server that has gone.
+    const bool isItsOwn = senderOf(reply) == owner_ && !isForNow(*error);
+    return finish(attempt_,
+                  {isItsOwn ? End::refused : End::failed, 0, "the notification server failed: " + *error});
+  }
   std::uint32_t id = 0;
   if (sd_bus_message_read(&reply, "u", &id) <= 0 || id == 0)
-    return finish(attempt_, Error{"the notification server gave no number"});
+    return finish(attempt_, {End::failed, 0, "the notification server gave no number"});
   showBadge(banner);
-  finish(attempt_, id);
+  finish(attempt_, {End::shown, id, {}});
 }
 
 void NotificationServer::losePatience() {
@@ -143,16 +155,16 @@ void NotificationServer::losePatience() {
   bus_.send(
       newServerCall(bus_, "GetCapabilities"),
       [this, attempt = attempt_](sd_bus_message&) {
-        finish(attempt, Error{"the notification server does not answer"});
+        finish(attempt, {End::failed, 0, "the notification server does not answer"});
       },
       kNoLimit);
 }
 
-void NotificationServer::finish(std::uint64_t attempt, const QXPlatform::Result<std::uint32_t>& result) {
+void NotificationServer::finish(std::uint64_t attempt, const Outcome& outcome) {
   if (attempt != attempt_ || !completion_) return;
   patience_.stop();
   ++attempt_;
-  std::exchange(completion_, nullptr)(result);
+  std::exchange(completion_, nullptr)(outcome);
 }
 
 BusMessage NotificationServer::notifyCall(const Banner& banner, std::uint32_t replaces) const {
@@ -171,7 +183,7 @@ BusMessage NotificationServer::notifyCall(const Banner& banner, std::uint32_t re
 
 void NotificationServer::appendActions(sd_bus_message* call, const Banner& banner) const {
   sd_bus_message_open_container(call, 'a', "s");
-  if (can("actions")) {
+  if (can("actions") && !banner.isPlain) {
     sd_bus_message_append(call, "ss", "default", "Open");
     if (banner.isExpandable) sd_bus_message_append(call, "ss", "expand", "Show more");
   }
@@ -180,6 +192,11 @@ void NotificationServer::appendActions(sd_bus_message* call, const Banner& banne
 
 void NotificationServer::appendHints(sd_bus_message* call, const Banner& banner) const {
   sd_bus_message_open_container(call, 'a', "{sv}");
+  if (!banner.isPlain) appendRichHints(call, banner);
+  sd_bus_message_close_container(call);
+}
+
+void NotificationServer::appendRichHints(sd_bus_message* call, const Banner& banner) const {
   appendHint(call, "desktop-entry", "s", identity_.app);
   sd_bus_message_append(call, "{sv}", "urgency", "y", static_cast<int>(banner.urgency));
   if (banner.image && can("icon-static"))
@@ -196,7 +213,6 @@ void NotificationServer::appendHints(sd_bus_message* call, const Banner& banner)
       appendHint(call, "sound-name", "s", "message-new-instant");
     }
   }
-  sd_bus_message_close_container(call);
 }
 
 void NotificationServer::showBadge(const Banner& banner) const {

@@ -42,12 +42,13 @@ class NotificationServer final : public Presenter {
   void serverChanged(const std::string& owner);
   void takeAnswer(sd_bus_message& reply, const Banner& banner);
   // The end of the notification that is being shown, however it comes about; others are late.
-  void finish(std::uint64_t attempt, const QXPlatform::Result<std::uint32_t>& result);
+  void finish(std::uint64_t attempt, const Outcome& outcome);
   void losePatience();
   void notify(const Banner& banner, std::uint32_t replaces, Completion completion);
   BusMessage notifyCall(const Banner& banner, std::uint32_t replaces) const;
   void appendActions(sd_bus_message* call, const Banner& banner) const;
   void appendHints(sd_bus_message* call, const Banner& banner) const;
+  void appendRichHints(sd_bus_message* call, const Banner& banner) const;
   void showBadge(const Banner& banner) const;
   bool can(const char* capability) const { return capabilities_.contains(capability); }
 

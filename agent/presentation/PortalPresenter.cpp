@@ -13,8 +13,6 @@ namespace QXAgent {
 
 namespace {
 
-using QXPlatform::Error;
-
 constexpr const char* kName = "org.freedesktop.portal.Desktop";
 constexpr const char* kPath = "/org/freedesktop/portal/desktop";
 constexpr const char* kInterface = "org.freedesktop.portal.Notification";
@@ -55,9 +53,12 @@ void PortalPresenter::show(const Banner& banner, std::uint32_t replaces, Complet
   bus_.send(
       addCall(banner, id),
       [this, id, completion = std::move(completion)](sd_bus_message& reply) {
-        if (const auto error = errorOf(reply)) return completion(Error{"the portal failed: " + *error});
+        if (const auto error = errorOf(reply)) {
+          const End end = senderOf(reply) == owner_ ? End::refused : End::failed;
+          return completion({end, 0, "the portal failed: " + *error});
+        }
         unanswered_ = {};
-        completion(id);
+        completion({End::shown, id, {}});
       },
       kLongestAnswer);
 }
@@ -67,9 +68,9 @@ BusMessage PortalPresenter::addCall(const Banner& banner, std::uint32_t id) cons
   const std::string body = bannerBody(banner, false);
   sd_bus_message_append(call.get(), "s", std::to_string(id).c_str());
   sd_bus_message_open_container(call.get(), 'a', "{sv}");
-  sd_bus_message_append(call.get(), "{sv}{sv}{sv}{sv}", "title", "s", banner.title.c_str(), "body", "s",
-                        body.c_str(), "priority", "s", priorityOf(banner.urgency), "default-action", "s",
-                        "default");
+  sd_bus_message_append(call.get(), "{sv}{sv}{sv}", "title", "s", banner.title.c_str(), "body", "s",
+                        body.c_str(), "priority", "s", priorityOf(banner.urgency));
+  if (!banner.isPlain) sd_bus_message_append(call.get(), "{sv}", "default-action", "s", "default");
   if (banner.isExpandable)
     sd_bus_message_append(call.get(), "{sv}", "buttons", "aa{sv}", 1, 2, "label", "s", "Show more", "action",
                           "s", "expand");

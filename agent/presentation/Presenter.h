@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 
-#include "QXPlatform/foundation/Result.h"
 #include "agent/presentation/Banner.h"
 
 namespace QXAgent {
@@ -23,8 +22,17 @@ struct PresenterEvents {
 // Shows notifications. A number for a notification is good within one session.
 class Presenter {
  public:
-  // The number, or why it was not shown.
-  using Completion = std::function<void(QXPlatform::Result<std::uint32_t>)>;
+  enum class End {
+    shown,
+    refused,  // whoever shows notifications does not want this one
+    failed,   // nobody shows it now
+  };
+  struct Outcome {
+    End end;
+    std::uint32_t id;     // its number, when it is shown
+    std::string problem;  // when it is not
+  };
+  using Completion = std::function<void(const Outcome&)>;
 
   virtual ~Presenter() = default;
 

@@ -76,13 +76,13 @@ Spool::Reception Spool::putAside(std::string_view key, std::string_view text, st
 }
 
 void Spool::putAsideWaiting(std::int64_t number, std::string_view reason) {
-  attempt("a damaged push cannot be put aside", [&] {
+  attempt("a push cannot be put aside", [&] {
     database_.write(Database::Outlives::crash);
     Transaction transaction(database_);
-    Statement damaged(database_, "DELETE FROM waiting WHERE number = ? RETURNING text");
-    if (!damaged.bind(number).step()) return;
-    insertAside(damaged.text(0), reason);
-    damaged.step();
+    Statement removed(database_, "DELETE FROM waiting WHERE number = ? RETURNING text");
+    if (!removed.bind(number).step()) return;
+    insertAside(removed.text(0), reason);
+    removed.step();
     transaction.commit();
   });
 }

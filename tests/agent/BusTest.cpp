@@ -111,8 +111,8 @@ TEST_F(BusTest, AServerThatForgetsANotificationIsAskedAgain) {
   const SilentServer server(connect());
   NotificationServer presenter(loop_, bus, {}, {}, std::chrono::milliseconds(50));
   std::vector<std::optional<std::uint32_t>> ends;
-  const auto note = [&](const auto& result) {
-    ends.push_back(result ? std::optional(*result) : std::nullopt);
+  const auto note = [&](const Presenter::Outcome& outcome) {
+    ends.push_back(outcome.end == Presenter::End::shown ? std::optional(outcome.id) : std::nullopt);
   };
   for (std::size_t i = 1; i <= 2; ++i) {
     presenter.show({}, 0, note);

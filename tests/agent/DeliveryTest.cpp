@@ -14,15 +14,19 @@ class RecordingPresenter final : public Presenter {
   void show(const Banner& banner, std::uint32_t replaces, Completion completion) override {
     if (failures > 0) {
       --failures;
-      return completion(QXPlatform::Error{"away"});
+      return completion({End::failed, 0, "away"});
     }
+    if (banner.title == refused || (banner.title == refusedUnlessPlain && !banner.isPlain))
+      return completion({End::refused, 0, "unwanted"});
     shown.push_back(banner.title);
     replaced.push_back(replaces);
-    completion(static_cast<std::uint32_t>(shown.size()));
+    completion({End::shown, static_cast<std::uint32_t>(shown.size()), {}});
   }
   void close(std::uint32_t) override {}
 
   int failures = 0;
+  std::string refused;
+  std::string refusedUnlessPlain;
   std::vector<std::string> shown;
   std::vector<std::uint32_t> replaced;
 
@@ -59,7 +63,10 @@ class DeliveryTest : public testing::Test {
 
   void use(const std::string& program) {
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    const auto start = [this, program] { return startChild({program, {directory_.path("died")}, {}}); };
+    use([this, program] { return startChild({program, {directory_.path("died")}, {}}); });
+  }
+
+  void use(const ServiceExtension::Starter& start) {
     extension_ = std::make_unique<ServiceExtension>(loop_, start, [] {});
     delivery_ =
         std::make_unique<Delivery>(loop_, spool_, *extension_,
@@ -160,6 +167,43 @@ TEST_F(DeliveryTest, WhatCannotBeShownWaitsAndKeepsItsAnswerOverARestart) {
   deliver();
   EXPECT_THAT(presenter_.shown, ElementsAre("a!", "made before"));
   EXPECT_EQ(spool_.account().putAside, 1);
+}
+
+TEST_F(DeliveryTest, WhatNobodyWantsToShowIsShownPlainlyOrElsePutAside) {
+  presenter_.refused = "a!";
+  presenter_.refusedUnlessPlain = "b!";
+  for (const char* title : {"a", "b", "c"}) take(title);
+  deliver();
+  EXPECT_THAT(presenter_.shown, ElementsAre("b!", "c!"));
+  EXPECT_EQ(spool_.account().putAside, 1);
+  EXPECT_EQ(spool_.account().lastError, "unwanted");
+}
+
+// A program that no kill reaches.
+class Invulnerable final : public Program {
+ public:
+  explicit Invulnerable(std::unique_ptr<Program> program) : program_(std::move(program)) {}
+  int exitDescriptor() const override { return program_->exitDescriptor(); }
+  void kill() override {}
+  void release() override { program_->release(); }
+  std::optional<int> exitStatus() override { return program_->exitStatus(); }
+  int processId() const override { return program_->processId(); }
+
+ private:
+  const std::unique_ptr<Program> program_;
+};
+
+TEST_F(DeliveryTest, AnExtensionThatCannotBeEndedIsWaitedForNoLonger) {
+  if (kExtensionMemory > std::size_t{100} << 20) GTEST_SKIP() << "a sanitizer's extension may hold much";
+  use([program = directory_.path("extension")] {
+    auto started = startChild({program, {}, {}});
+    started.value().program = std::make_unique<Invulnerable>(std::move(started.value().program));
+    return started;
+  });
+  const std::string title = "hold " + std::to_string(2 * kExtensionMemory);
+  take(title);
+  deliver();
+  EXPECT_THAT(presenter_.shown, ElementsAre(title));
 }
 
 }  // namespace

@@ -120,9 +120,10 @@ QXPlatform::Result<StartedProgram> Agent::startServiceExtension() {
   const ProgramStart start = extensionStart(setting_.installation.serviceExtension);
   if (usesUnits_) {
     auto started = startUnit(start, unitLimits());
+    const bool failedBefore = std::exchange(unitFailed_, !started.ok());
     if (started) return started;
-    logLine("the extension runs without a unit, and its memory is watched: " + started.error().message);
-    usesUnits_ = false;
+    if (!failedBefore)
+      logLine("the extension runs without a unit, and its memory is watched: " + started.error().message);
   }
   return startChild(start);
 }
@@ -218,19 +219,19 @@ void Agent::openWindow(const ShownNotification& notification, const std::string&
     spool_.noteError(started.error().message);
     return bringUpApp(identifier, token);
   }
-  windows_.emplace_back(
-      identifier, std::make_unique<ContentWindow>(loop_, *std::move(started), [this, identifier](auto end) {
-        windowEnded(identifier, end);
-      }));
+  windows_.emplace_back(identifier, std::make_unique<ContentWindow>(loop_, *std::move(started),
+                                                                    [this, identifier, token](auto end) {
+                                                                      windowEnded(identifier, end, token);
+                                                                    }));
   settle();
 }
 
-void Agent::windowEnded(const std::string& identifier, ContentWindow::End end) {
+void Agent::windowEnded(const std::string& identifier, ContentWindow::End end, const std::string& token) {
   if (end != ContentWindow::End::dismissed) {
     if (const auto notification = spool_.shown(identifier);
         notification && notification->server == presenter_->session())
       presenter_->close(notification->id);
-    bringUpApp(identifier, "");
+    bringUpApp(identifier, token);
   }
   tidy_.start(std::chrono::microseconds(0));
   settle();

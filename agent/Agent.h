@@ -50,7 +50,8 @@ class Agent final : private PushReceiver {
   PresenterEvents presenterEvents();
   void invoked(std::uint32_t id, const std::string& action, const std::string& token);
   void openWindow(const ShownNotification& notification, const std::string& token);
-  void windowEnded(const std::string& identifier, ContentWindow::End end);
+  // `token`: that of the click that opened the window, which lets the app come to the front in turn.
+  void windowEnded(const std::string& identifier, ContentWindow::End end, const std::string& token);
   void bringUpApp(const std::string& identifier, const std::string& token);
   void closed(std::uint32_t id);
   void forget(const ShownNotification& notification);
@@ -58,7 +59,7 @@ class Agent final : private PushReceiver {
   void forgetEarlierSessions();
   // What a kill has left.
   void removeForgottenFiles();
-  // In a unit of its own where the user's service manager can, else as a child.
+  // In a unit of its own where the user's service manager can, else, this time, as a child.
   QXPlatform::Result<StartedProgram> startServiceExtension();
   UnitLimits unitLimits() const;
   ProgramStart extensionStart(const std::filesystem::path& program) const;
@@ -73,7 +74,8 @@ class Agent final : private PushReceiver {
   const Setting setting_;
   Spool spool_;
   RegistrationStore registrations_;
-  bool usesUnits_;
+  const bool usesUnits_;
+  bool unitFailed_ = false;  // the last one that was to be started
   ServiceExtension extension_;
   Delivery delivery_;
   std::unique_ptr<Presenter> presenter_;

@@ -3,9 +3,7 @@
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <optional>
 
-#include "agent/activation/DesktopEntry.h"
 #include "agent/extensions/Program.h"
 
 namespace QXAgent {
@@ -25,16 +23,15 @@ std::string objectPath(const std::string& app) {
 }  // namespace
 
 void AppActivation::activate(const std::string& identifier, const std::string& token) const {
-  const auto entry = DesktopEntry::find(app_);
-  if ((entry && entry->isBusActivatable) || bus_.ownerOf(app_) != "") {
-    const bool listsAction = entry && std::ranges::find(entry->actions, kAction) != entry->actions.end();
-    return callApp(listsAction, identifier, token);
-  }
-  if (!entry || entry->command.empty()) return failed_("there is nothing to start " + app_ + " by");
-  startCommand(entry->command, token);
+  const auto entry = DesktopEntry::find(app_).value_or(DesktopEntry());
+  if (entry.isBusActivatable || bus_.ownerOf(app_) != "") return callApp(entry, identifier, token);
+  if (entry.command.empty()) return failed_("there is nothing to start " + app_ + " by");
+  startCommand(entry.command, token);
 }
 
-void AppActivation::callApp(bool listsAction, const std::string& identifier, const std::string& token) const {
+void AppActivation::callApp(const DesktopEntry& entry, const std::string& identifier,
+                            const std::string& token) const {
+  const bool listsAction = std::ranges::find(entry.actions, kAction) != entry.actions.end();
   auto call = bus_.newCall(app_.c_str(), objectPath(app_).c_str(), kInterface,
                            listsAction ? "ActivateAction" : "Activate");
   if (listsAction) sd_bus_message_append(call.get(), "sav", kAction, 1, "s", identifier.c_str());
@@ -44,8 +41,11 @@ void AppActivation::callApp(bool listsAction, const std::string& identifier, con
       sd_bus_message_append(call.get(), "{sv}", key, "s", token.c_str());
   }
   sd_bus_message_close_container(call.get());
-  bus_.send(std::move(call), [this](sd_bus_message& reply) {
-    if (const auto error = errorOf(reply)) failed_(app_ + " cannot be brought up: " + *error);
+  bus_.send(std::move(call), [this, command = entry.command, token](sd_bus_message& reply) {
+    const auto error = errorOf(reply);
+    if (!error) return;
+    failed_(app_ + " cannot be brought up over the bus: " + *error);
+    if (!command.empty()) startCommand(command, token);
   });
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/activation/DesktopEntry.h"
 #include "agent/loop/Bus.h"
 
 namespace QXAgent {
@@ -21,7 +22,8 @@ class AppActivation {
   void activate(const std::string& identifier, const std::string& token) const;
 
  private:
-  void callApp(bool listsAction, const std::string& identifier, const std::string& token) const;
+  // When the app cannot be called, its command is started.
+  void callApp(const DesktopEntry& entry, const std::string& identifier, const std::string& token) const;
   void startCommand(const std::vector<std::string>& command, const std::string& token) const;
 
   EventLoop& loop_;

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""payload_schema.py QX SCHEMA GUIDE: the schema, `qx check` and the guide's example agree on one set of pushes."""
+"""payload_schema.py QX SCHEMA GUIDE: the schema, `qx check` and the guide agree: on one set of pushes, and on every key."""
 import copy
 import json
+import re
 import subprocess
 import sys
 
@@ -11,7 +12,8 @@ qx, schema_file, guide_file = sys.argv[1:]
 with open(schema_file, encoding="utf-8") as file:
     schema = json.load(file)
 with open(guide_file, encoding="utf-8") as file:
-    example = json.loads(file.read().split("```json")[1].split("```")[0])
+    guide = file.read()
+example = json.loads(re.search(r"```json.*\n((?:.*\n)*?)```", guide)[1])
 
 ABSENT = object()
 PANEL = ("_rf", "vt", "it", 0)
@@ -64,6 +66,35 @@ BAD = [
 ]
 
 
+# What the guide has a table of keys for, by the beginning of its heading.
+TABLES = {
+    "The push": "userInfo",
+    "`/aps`": "aps",
+    "`/_rf/vt`": "viewTemplate",
+    "`/_rf/vt/it/0`": "panel",
+    "`/_rf/vt/it/0/md`": "media",
+    "A text block": "textBlock",
+    "The style of a text": "textStyle",
+    "The style of an area": "areaStyle",
+    "An action": "action",
+}
+
+
+def disagreements():
+    """Keys that guide or schema has alone, or calls required alone."""
+    for heading, name in TABLES.items():
+        section = re.search(rf"^##+ {re.escape(heading)}(?:[,:].*| \(.*)?\n((?:(?!#).*\n)*)", guide, re.MULTILINE)[1]
+        rows = [row.split("|")[1:4] for row in section.splitlines() if row.startswith("| `")]
+        written = {key.strip(" `"): default.strip() == "required" for key, _, default in rows}
+        definition = schema["$defs"][name]
+        required = definition.get("required", []) if name not in ("userInfo", "aps") else ["aps"]
+        known = {key: key in required for key in definition["properties"]}
+        if written != known:
+            yield f"{heading}: {sorted(written.items() ^ known.items())}"
+    tabled = {*TABLES.values(), "content", "richFeatures"}
+    yield from (f"no table in the guide: {name}" for name in schema["$defs"] if name not in tabled)
+
+
 def changed(path, value):
     push = copy.deepcopy(example)
     if not path:
@@ -88,6 +119,9 @@ refused = {
 Draft202012Validator.check_schema(schema)
 validator = Draft202012Validator(schema)
 failures = 0
+for disagreement in disagreements():
+    failures += 1
+    print(disagreement)
 for line, (push, good, row) in enumerate(pushes, 1):
     if (validator.is_valid(push), line not in refused) != (good, good):
         failures += 1

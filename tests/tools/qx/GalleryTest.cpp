@@ -40,6 +40,34 @@ std::size_t count(const std::string& text, const std::string& part) {
   return found;
 }
 
+std::string between(const std::string& text, const std::string& begin, const std::string& end,
+                    std::size_t from) {
+  const std::size_t start = text.find(begin, from) + begin.size();
+  return text.substr(start, text.find(end, start) - start);
+}
+
+// Each is described in other words, and is another picture, which is what they say.
+void expectEveryLook(const std::string& page) {
+  std::map<std::string, QImage> looks;
+  std::set<std::string> pictures;
+  for (std::size_t at = page.find("<img "); at != std::string::npos; at = page.find("<img ", at + 1)) {
+    const std::string data = between(page, "src=\"data:image/webp;base64,", "\"", at);
+    pictures.insert(data);
+    looks[between(page, "alt=\"", "\"", at)].loadFromData(
+        QByteArray::fromBase64(QByteArray::fromStdString(data)));
+  }
+  EXPECT_EQ(looks.size(), 24U);
+  EXPECT_EQ(pictures.size(), 24U);
+  for (const auto& [words, picture] : looks) {
+    const auto says = [&text = words](const char* part) { return text.find(part) != std::string::npos; };
+    EXPECT_EQ(picture.width(), says("320 points") ? 640 : 860) << words;
+    EXPECT_EQ(picture.pixelColor(0, 0).lightness() < 60, says("(dark")) << words;
+    if (!says("200 percent")) continue;
+    const std::string ordinary = words.substr(0, words.find(", text at")) + ")";
+    EXPECT_GT(picture.height(), looks.at(ordinary).height()) << words;
+  }
+}
+
 TEST_F(Gallery, ShowsEveryPanelAndRunsNothingOfAPayload) {
   const std::string hostile = R"(<script>document.title='owned'</script>\"' onload='x)";
   const std::string items = R"([{"id":"a","md":{"ul":")" + server_.url("/files/sunrise.png") +
@@ -61,7 +89,13 @@ TEST_F(Gallery, ShowsEveryPanelAndRunsNothingOfAPayload) {
   }
 
   const std::string page = browse({"--dump-dom"}).output;
-  EXPECT_EQ(count(page, "<img "), 24U);
+  expectEveryLook(page);
+  const auto findings = support::runProgram("qx", {"check", directory_.path("pushes.ndjson")}).lines();
+  EXPECT_EQ(count(page, "class=\"tag\""), findings.size());
+  for (const auto& finding : findings) {
+    EXPECT_NE(page.find("<code>" + std::string(*finding["at"].string()) + "</code>"), std::string::npos);
+  }
+  EXPECT_NE(between(page, "<code>_sid</code>", "</tr>", 0).find(">13<"), std::string::npos);
   EXPECT_EQ(count(page, "onload="), count(page, "onload='x"));
   EXPECT_EQ(page.find("<title>owned"), std::string::npos);
   EXPECT_EQ(count(page, "class=\"collapsed\""), 1U);

@@ -1,6 +1,9 @@
 #include "tools/qx/carousel/GalleryPage.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
 
 #include "QXExtensionSDK/Version.h"
 #include "QXPlatform/foundation/Markup.h"
@@ -49,15 +52,19 @@ std::string verdictOf(const GalleryPush& push) {
 }
 
 std::string titleOf(const GalleryPush& push) {
-  const std::string title = text(push.content["title"]);
-  return title.empty() ? push.place : title;
+  for (const char* key : {"title", "body"}) {
+    const std::string title = text(push.content[key]);
+    if (!title.empty()) return title;
+  }
+  return push.place;
 }
 
 std::string contents(const std::vector<GalleryPush>& pushes) {
   std::string list;
   for (std::size_t i = 0; i < pushes.size(); ++i) {
-    list += "<li><a href=\"#push-" + std::to_string(i + 1) + "\">" +
-            element("span", "name", titleOf(pushes[i])) + element("span", "file", pushes[i].place) +
+    const std::string title = titleOf(pushes[i]);
+    list += "<li><a href=\"#push-" + std::to_string(i + 1) + "\">" + element("span", "name", title) +
+            (title == pushes[i].place ? "" : element("span", "file", pushes[i].place)) +
             "</a><ul class=\"chips\">" + verdictOf(pushes[i]) + "</ul></li>\n";
   }
   return "<nav aria-label=\"Pushes\"><ol>\n" + list + "</ol></nav>\n";
@@ -72,8 +79,8 @@ std::string pageHeader(const std::vector<GalleryPush>& pushes) {
     errors += errorsOf(push);
     findings += push.findings.size();
   }
-  return "<header class=\"page\">\n<p class=\"kicker\">Carousel gallery</p>\n<h1>" +
-         (pushes.size() == 1 ? element("span", "name", titleOf(pushes.front())) : "Pushes for approval") +
+  const std::string title = pushes.size() == 1 ? "Push for approval" : "Pushes for approval";
+  return "<header class=\"page\">\n<p class=\"kicker\">Carousel gallery</p>\n<h1>" + title +
          "</h1>\n<ul class=\"chips\">" +
          chip("plain", std::to_string(pushes.size()) + (pushes.size() == 1 ? " push" : " pushes")) +
          chip("plain", counted(panels, "panel")) + verdictChips(errors, findings - errors) + "</ul>\n" +
@@ -97,19 +104,25 @@ std::string findingsOf(const GalleryPush& push) {
   return "<ul class=\"findings\">\n" + list + "</ul>\n";
 }
 
-std::string sizesOf(const GalleryPush& push) {
+// What part of the limit is used.
+std::string bar(std::size_t size) {
   const std::size_t limit = mostPushBytes(PushLimit::apns);
+  const std::size_t percent = std::min<std::size_t>(100, size * 100 / limit);
+  return "<td class=\"bar" + std::string(size > limit ? " over" : "") +
+         "\"><div><span style=\"width:" + std::to_string(percent) + "%\"></span></div></td>";
+}
+
+std::string sizesOf(const GalleryPush& push) {
   std::string rows;
   for (const auto& [key, size] : push.sizes) {
-    const std::size_t percent = std::min<std::size_t>(100, size * 100 / limit);
-    rows += "<tr><th scope=\"row\"><code>" + escapedMarkup(key) +
-            "</code></th><td class=\"bar\"><span style=\"width:" + std::to_string(percent) +
-            "%\"></span></td><td>" + std::to_string(size) + "</td></tr>\n";
+    rows += "<tr><th scope=\"row\"><code>" + escapedMarkup(key) + "</code></th>" + bar(size) + "<td>" +
+            std::to_string(size) + "</td></tr>\n";
   }
   return "<table><thead><tr><th scope=\"col\">Key</th><th scope=\"col\"><span class=\"unseen\">Share of the "
          "limit</span></th><th scope=\"col\">Bytes</th></tr></thead>\n<tbody>\n" +
-         rows + "</tbody>\n<tfoot><tr><th scope=\"row\">Whole push</th><td class=\"of\">of " +
-         std::to_string(limit) + "</td><td>" + std::to_string(push.size) + "</td></tr></tfoot></table>\n";
+         rows + "</tbody>\n<tfoot><tr><th scope=\"row\">Whole push</th>" + bar(push.size) + "<td>" +
+         std::to_string(push.size) + " <span class=\"of\">of " +
+         std::to_string(mostPushBytes(PushLimit::apns)) + "</span></td></tr></tfoot></table>\n";
 }
 
 std::string describe(const GalleryLook& look) {
@@ -151,9 +164,13 @@ std::string fact(const std::string& name, const std::string& content) {
 }
 
 std::string actionOf(const Value& panel) {
+  constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kLinks{
+      {{"openDeepLink", "Deep link "}, {"openWebUrl", "Web page "}, {"openCloudPage", "Cloud page "}}};
   const std::string kind = text(panel["action"]["kind"]);
-  const std::string url = text(panel["action"]["url"]);
-  return url.empty() ? (kind.empty() ? "none: a tap only opens the app" : kind) : kind + " " + url;
+  for (const auto& [link, words] : kLinks) {
+    if (kind == link) return std::string(words) + text(panel["action"]["url"]);
+  }
+  return kind.empty() ? "Opens the app, and is not recorded" : "Opens the app";
 }
 
 std::string panelSection(const GalleryPanel& panel, std::size_t index, std::size_t count) {
@@ -184,13 +201,14 @@ std::string panelsOf(const GalleryPush& push) {
 }
 
 std::string article(const GalleryPush& push, std::size_t number) {
+  const std::string title = titleOf(push);
   const std::string body = text(push.content["body"]);
-  return "<article id=\"push-" + std::to_string(number) + "\">\n<header>" + element("p", "file", push.place) +
-         element("h2", "name", titleOf(push)) + (body.empty() ? "" : element("p", "body", body)) +
-         "<ul class=\"chips\">" + verdictOf(push) +
-         "</ul></header>\n<div class=\"facts\">\n<section><h3>Findings</h3>\n" + findingsOf(push) +
-         "</section>\n<section><h3>Size per key</h3>\n" + sizesOf(push) + "</section>\n</div>\n" +
-         panelsOf(push) + "</article>\n";
+  return "<article id=\"push-" + std::to_string(number) + "\">\n<header>" +
+         (title == push.place ? "" : element("p", "file", push.place)) + element("h2", "name", title) +
+         (body.empty() || body == title ? "" : element("p", "body", body)) + "<ul class=\"chips\">" +
+         verdictOf(push) + "</ul></header>\n<div class=\"facts\">\n<section><h3>Findings</h3>\n" +
+         findingsOf(push) + "</section>\n<section><h3>Size per key</h3>\n" + sizesOf(push) +
+         "</section>\n</div>\n" + panelsOf(push) + "</article>\n";
 }
 
 }  // namespace

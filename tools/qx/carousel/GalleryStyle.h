@@ -25,6 +25,7 @@ body {
 h1, h2, h3, h4, p, dl, dd, ul, ol, figure { margin: 0; padding: 0; }
 ul, ol { list-style: none; }
 a { color: inherit; text-decoration: none; }
+[dir="auto"] { text-align: left; }
 a:hover .name { text-decoration: underline; }
 code { font: 0.875em/1.4 ui-monospace, "SF Mono", "Roboto Mono", "Noto Sans Mono", monospace; overflow-wrap: anywhere; }
 .kicker, .file { color: var(--soft); font-size: 14px; }
@@ -63,15 +64,20 @@ article > header .body { max-width: 70ch; margin-top: 6px; color: var(--soft); }
 .warning .tag { color: var(--warning); }
 .line { color: var(--soft); font-size: 14px; margin-inline-start: 6px; }
 .hint { color: var(--soft); }
+.message::first-letter, .hint::first-letter { text-transform: uppercase; }
 table { width: 100%; border-collapse: collapse; font-size: 15px; font-variant-numeric: tabular-nums; }
 th { width: 1%; text-align: start; font-weight: 400; padding: 5px 16px 5px 0; white-space: nowrap; }
 thead th { color: var(--soft); font-size: 14px; }
 th:last-child, td:last-child { text-align: end; padding-right: 0; width: 1%; }
 tbody tr, tfoot tr { border-top: 1px solid var(--line); }
 tfoot th, tfoot td:last-child { font-weight: 600; }
-.of { color: var(--soft); text-align: end; padding-right: 12px; }
-.bar { padding-right: 16px; }
-.bar span { display: block; min-width: 3px; height: 8px; border-radius: 4px; background: var(--accent); print-color-adjust: exact; -webkit-print-color-adjust: exact; }
+td { white-space: nowrap; }
+.of { color: var(--soft); font-weight: 400; }
+.bar { width: 100%; padding-right: 20px; }
+.bar div { height: 8px; border-radius: 4px; background: var(--line); overflow: hidden; }
+.bar span { display: block; min-width: 3px; height: 100%; border-radius: 4px; background: var(--accent); }
+.bar div, .bar span { print-color-adjust: exact; -webkit-print-color-adjust: exact; }
+.over span { background: var(--error); }
 .unseen { position: absolute; clip-path: inset(50%); }
 .panel { margin-top: 40px; padding-top: 32px; border-top: 1px solid var(--line); }
 .panel h3 { display: flex; align-items: center; flex-wrap: wrap; gap: 8px 12px; font-size: 21px; letter-spacing: -0.01em; }
@@ -99,6 +105,7 @@ footer { color: var(--soft); font-size: 14px; }
   article { padding: 24px 20px; border-radius: 20px; }
   .facts { grid-template-columns: minmax(0, 1fr); }
   .row { grid-template-columns: minmax(0, 1fr) minmax(0, 1fr); }
+  .row img[width="320"] { width: calc(100% * 320 / 430); margin: 0 auto; }
   h1 { font-size: 32px; }
 }
 @page { size: A4 landscape; margin: 12mm; }
@@ -109,14 +116,28 @@ footer { color: var(--soft); font-size: 14px; }
     --good: #1b6e3c; --good-back: #ffffff;
   }
   body { padding: 0; font-size: 12px; max-width: none; }
+  h1 { font-size: 28px; }
+  h2 { font-size: 22px; }
+  h3, .panel h3 { font-size: 15px; }
+  h4 { margin: 12px 0 6px; }
+  h4, dt, table, thead th, .chip, .file, .kicker, .line, .panel dl, .findings li, footer { font-size: 11px; }
+  header.page { margin-bottom: 24px; }
+  nav ol { margin-top: 16px; max-width: none; }
+  nav ol > li { padding: 6px 0; }
+  .facts { grid-template-columns: 3fr 2fr; gap: 12px 36px; margin: 16px 0 0; }
+  .findings li { padding: 8px 12px; margin-bottom: 6px; }
+  th { padding: 3px 12px 3px 0; }
+  .number { width: 24px; height: 24px; line-height: 24px; font-size: 12px; }
+  figcaption { margin-top: 3px; font-size: 10px; }
   article { padding: 0; border-radius: 0; box-shadow: none; break-before: page; }
   article:first-child { break-before: auto; }
   h2, h3, h4, .panel dl { break-after: avoid; }
   .row, figure, .findings li, tr { break-inside: avoid; }
-  .row { grid-template-columns: 430fr 430fr 320fr 320fr; gap: 12px; }
+  .row { display: flex; gap: 8mm; }
   .panel { break-before: page; border-top: 0; margin-top: 0; padding-top: 0; }
   .findings li, .chip { box-shadow: inset 0 0 0 1px var(--line); }
-  img { max-height: 58mm; width: auto; max-width: 100%; margin: 0 auto; print-color-adjust: exact; -webkit-print-color-adjust: exact; }
+  .row img { width: 48mm; border-radius: 10px; print-color-adjust: exact; -webkit-print-color-adjust: exact; }
+  .row img[width="320"] { width: calc(48mm * 320 / 430); }
   .approval { display: grid; grid-template-columns: 2fr 1fr 3fr; gap: 12mm; margin: 16mm 0 8mm; }
   .approval dd { height: 12mm; border-bottom: 1px solid var(--ink); }
 }

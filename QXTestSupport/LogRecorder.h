@@ -12,6 +12,7 @@
 
 namespace QXTestSupport {
 
+// One logged message, with a copy of all its parts.
 struct LogEntry {
   std::string subsystem;
   std::string category;

@@ -18,6 +18,7 @@ constexpr auto rawValues(QXPlatform::RawValuesOf<ActionType>) {
                                                          {ActionType::openCloudPage, "3"}});
 }
 
+// Brings up the app, without a target.
 struct OpenAppAction {
   ActionType type = ActionType::openApp;
 

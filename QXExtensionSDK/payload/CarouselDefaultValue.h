@@ -13,15 +13,18 @@ struct TextBlockDefaultValue {
   FontStyle fontStyle;
 };
 
+// What is drawn behind a panel or its image.
 struct BackgroundDefaultValue {
   Color backgroundColor;
 };
 
+// A panel's image: what is behind it, and the text that stands for it.
 struct MediaDefaultValue {
   Color background;
   TextBlockDefaultValue altText;
 };
 
+// A panel: its image, its two lines of text and its colour.
 struct PanelDefaultValue {
   MediaDefaultValue media;
   TextBlockDefaultValue title;
@@ -29,6 +32,7 @@ struct PanelDefaultValue {
   Color panelColor;
 };
 
+// All of a carousel's.
 struct CarouselDefaultValue {
   PanelDefaultValue panel;
 };

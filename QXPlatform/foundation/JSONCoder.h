@@ -20,6 +20,7 @@
 
 namespace QXPlatform {
 
+// A member of a record and its key, a literal.
 template <typename Record, typename Member>
 struct JSONField {
   std::string_view key;

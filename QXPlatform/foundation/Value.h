@@ -115,6 +115,7 @@ class Value {
   detail::RawValue raw_;
 };
 
+// A key and its value; the key lives as long as the dictionary that it was read from.
 struct DictionaryEntry {
   std::string_view key;
   Value value;

@@ -15,6 +15,9 @@ if(NOT BUILD_SHARED_LIBS)
   return()
 endif()
 
+# Of what goes into a shared library the linker hides what the export list does not name.
+set_target_properties(${QX_SERVICE_LIBRARIES} ${QX_CONTENT_LIBRARIES} PROPERTIES CXX_VISIBILITY_PRESET default)
+
 # Writes a linker's version script that exports the names of cmake/abi/<library>.names (classes with all that is theirs,
 # functions, constants) and nothing else.
 function(qx_write_exports library script)

@@ -3,6 +3,7 @@
 #include <plist/plist.h>
 
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -32,8 +33,15 @@ bool opensFewContainers(std::string_view xml) {
   return tags <= kLimits.nodes / 2;
 }
 
+// The library ends the process for want of memory, so what it may need is asked for first, and given back. In
+// a fraction of a second another thread may take it; that is as near as it gets.
+void expectMemory(std::size_t bytes) {
+  ::operator delete(::operator new(bytes));
+}
+
 NodeHandle readNodes(std::string_view bytes) {
   if (bytes.size() > kMaxSize) return nullptr;
+  expectMemory(256 * 1024 + 64 * bytes.size());
   const auto size = static_cast<std::uint32_t>(bytes.size());
   plist_t root = nullptr;
   if (bytes.starts_with("bplist00")) {

@@ -3,6 +3,7 @@
 #include <uriparser/Uri.h>
 
 #include <algorithm>
+#include <new>
 
 #include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/FatalError.h"
@@ -49,8 +50,10 @@ class URL::Reading {
  public:
   explicit Reading(std::string_view text) : text_(text) {
     const char* errorPosition = nullptr;
-    isWellFormed_ =
-        uriParseSingleUriExA(&uri_, text.data(), text.data() + text.size(), &errorPosition) == URI_SUCCESS;
+    const int answer = uriParseSingleUriExA(&uri_, text.data(), text.data() + text.size(), &errorPosition);
+    // Says nothing about the text.
+    if (answer == URI_ERROR_MALLOC) throw std::bad_alloc();
+    isWellFormed_ = answer == URI_SUCCESS;
   }
   ~Reading() {
     if (isWellFormed_) uriFreeUriMembersA(&uri_);

@@ -1,5 +1,10 @@
 #include "QXPlatform/foundation/Base64.h"
 
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <new>
+
 #include "QXPlatform/foundation/Date.h"
 #include "QXPlatform/foundation/URL.h"
 #include "QXPlatform/foundation/UUID.h"
@@ -135,6 +140,30 @@ TEST(URLTest, RefusesWhatIsNoReference) {
   }
   EXPECT_FALSE(URL::parse("http://h/\0"s));
 }
+
+#ifndef QX_SANITIZED
+[[noreturn]] void exitAfterAWantOfMemory() {
+  const rlimit none{1, 1};
+  setrlimit(RLIMIT_AS, &none);
+  void* volatile taken = nullptr;
+  for (std::size_t size = 1 << 20; size > 0; size /= 2) {
+    do {
+      taken = std::malloc(size);
+    } while (taken != nullptr);
+  }
+  try {
+    std::_Exit(URL::parse("file:///") ? 1 : 2);
+  } catch (const std::bad_alloc&) {
+    std::_Exit(0);
+  }
+}
+
+// As if it were no reference, whoever knows that it is one would go on with nothing.
+TEST(URLDeathTest, WantOfMemoryIsNoRefusal) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(exitAfterAWantOfMemory(), testing::ExitedWithCode(0), "");
+}
+#endif
 
 TEST(URLTest, FilePathsSurvive) {
   for (const std::string_view path :

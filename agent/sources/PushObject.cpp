@@ -3,11 +3,18 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "QXPlatform/notifications/PushLines.h"
 #include "agent/sources/Distributors.h"
 
 namespace QXAgent {
+
+namespace {
+
+constexpr std::size_t kLongestKey = 256;
+
+}  // namespace
 
 struct PushObject::Methods {
   static PushObject& self(void* object) { return *static_cast<PushObject*>(object); }
@@ -36,11 +43,24 @@ struct PushObject::Methods {
   }
 
   static int deliver(sd_bus_message* call, void* object, sd_bus_error* error) {
+    return take(call, "", object, error);
+  }
+
+  static int deliverOnce(sd_bus_message* call, void* object, sd_bus_error* error) {
+    const char* key = nullptr;
+    if (const int status = sd_bus_message_read(call, "s", &key); status < 0) return status;
+    const std::string_view text(key);
+    if (text.empty() || text.size() > kLongestKey)
+      return sd_bus_error_set_const(error, SD_BUS_ERROR_INVALID_ARGS, "This is no key");
+    return take(call, "once:" + std::string(text), object, error);
+  }
+
+  static int take(sd_bus_message* call, const std::string& key, void* object, sd_bus_error* error) {
     const auto push = readBytes(*call);
     if (!push) return -EINVAL;
     if (push->size() > QXPlatform::kLongestPush)
       return sd_bus_error_set_const(error, SD_BUS_ERROR_INVALID_ARGS, "This is too long for a push");
-    if (self(object).receiver_.receive("", *push)) return sd_bus_reply_method_return(call, "");
+    if (self(object).receiver_.receive(key, *push)) return sd_bus_reply_method_return(call, "");
     return sd_bus_error_set_const(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "The push cannot be kept now");
   }
 
@@ -51,6 +71,7 @@ struct PushObject::Methods {
       SD_BUS_METHOD("Register", "", "", registerApp, 0),
       SD_BUS_METHOD("Unregister", "", "", unregisterApp, 0),
       SD_BUS_METHOD("Deliver", "ay", "", deliver, 0),
+      SD_BUS_METHOD("DeliverOnce", "say", "", deliverOnce, 0),
       SD_BUS_VTABLE_END,
   };
 };

@@ -164,8 +164,9 @@ TEST_F(BusTest, OnlyTheServerSaysWhatBecameOfANotification) {
 
 class RecordingReceiver final : public PushReceiver {
  public:
-  bool receive(std::string_view, std::string_view text) override {
+  bool receive(std::string_view key, std::string_view text) override {
     received.emplace_back(text);
+    keys.emplace_back(key);
     return true;
   }
   void refuse(std::string_view) override { ++refused; }
@@ -173,6 +174,7 @@ class RecordingReceiver final : public PushReceiver {
   void rested() override {}
 
   std::vector<std::string> received;
+  std::vector<std::string> keys;  // of what was received
   int refused = 0;
   std::string reported;
 };
@@ -314,6 +316,15 @@ TEST_F(ConnectorTest, CallsOfAnotherShapeAreRefusedAndChangeNothing) {
   sd_bus_message_append_array(call.get(), 'y', tooLong.data(), tooLong.size());
   EXPECT_EQ(answerTo(stranger_, std::move(call)), SD_BUS_ERROR_INVALID_ARGS);
   EXPECT_TRUE(receiver_.received.empty());
+}
+
+TEST_F(ConnectorTest, WhatIsHandedOverOnceBearsItsKey) {
+  for (const auto& [key, answer] : {std::pair{"", SD_BUS_ERROR_INVALID_ARGS}, std::pair{"a line", ""}}) {
+    auto call = newCall(stranger_, kPushInterface, "DeliverOnce");
+    sd_bus_message_append(call.get(), "say", key, 2, '{', '}');
+    EXPECT_EQ(answerTo(stranger_, std::move(call)), answer);
+  }
+  EXPECT_THAT(receiver_.keys, ElementsAre("once:a line"));
 }
 
 TEST_F(ConnectorTest, UnregisterIsAnsweredWhenTheDistributorHasBeenTold) {

@@ -69,6 +69,7 @@ Agent::Agent(EventLoop& loop, const Bus& bus, const Database& database, Setting 
           [this] {
             // What a burst of pushes has left behind is not to stay for as long as the agent does.
             malloc_trim(0);
+            if (windows_.empty()) emptyTemporary();
             if (!idle_.isRunning() && !isBusy()) endWhenIdle();
           }),
       delivery_(loop, spool_, extension_,
@@ -131,14 +132,20 @@ QXPlatform::Result<StartedProgram> Agent::startServiceExtension() {
 void Agent::start() {
   if (!usesUnits_) logLine("no service manager is on the bus: the extension's memory is watched instead");
   std::error_code ignored;
-  std::filesystem::remove_all(temporaryOf(setting_.state), ignored);
   for (const auto& directory : {temporaryOf(setting_.state), filesOf(setting_.state)})
     std::filesystem::create_directories(directory, ignored);
+  emptyTemporary();
   // What is on its way then is kept for the next run.
   loop_.setEndHandler([this] { bus_.releaseName(setting_.installation.busName()); });
   forgetEarlierSessions();
   removeForgottenFiles();
-  unifiedPush_.renew();
+  if (setting_.wasDamaged) {
+    // The keys have gone with it.
+    unifiedPush_.registerApp([](const auto&) {});
+    report("the spool was damaged: it lies beside, and has been begun anew");
+  } else {
+    unifiedPush_.renew();
+  }
   delivery_.takeUp();
   if (setting_.readsLines) {
     lines_.emplace(loop_, STDIN_FILENO, lineHandlers());
@@ -256,6 +263,12 @@ void Agent::forgetEarlierSessions() {
   for (const ShownNotification& notification : spool_.allShown()) {
     if (notification.server != presenter_->session()) forget(notification);
   }
+}
+
+void Agent::emptyTemporary() {
+  std::error_code ignored;
+  for (const auto& file : std::filesystem::directory_iterator(temporaryOf(setting_.state), ignored))
+    std::filesystem::remove_all(file, ignored);
 }
 
 void Agent::removeForgottenFiles() {

@@ -31,6 +31,7 @@ class Agent final : private PushReceiver {
     std::filesystem::path state;  // the app's state directory
     std::chrono::seconds idle;    // how long it stays when there is nothing to do
     bool readsLines;              // pushes come on standard input as well, and the agent ends with them
+    bool wasDamaged;              // the database that there was is no more
   };
 
   // The agent's bus name is to be requested once this is made. All must outlive the agent.
@@ -57,6 +58,8 @@ class Agent final : private PushReceiver {
   void forget(const ShownNotification& notification);
   // Those that a server showed which is no more.
   void forgetEarlierSessions();
+  // What the extensions have left there.
+  void emptyTemporary();
   // What a kill has left.
   void removeForgottenFiles();
   // In a unit of its own where the user's service manager can, else, this time, as a child.

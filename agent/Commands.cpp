@@ -17,8 +17,10 @@
 
 #include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/UUID.h"
 #include "agent/Agent.h"
 #include "agent/environment/Directories.h"
+#include "agent/spool/Recovery.h"
 #include "agent/webpush/Base64URL.h"
 
 namespace QXAgent {
@@ -73,11 +75,17 @@ Result<FileDescriptor> lockState(const std::filesystem::path& directory) {
 // while the bus starts it again, is offered until it is taken.
 int handOverLines(EventLoop& loop, const Bus& bus, const std::string& agent) {
   int exitCode = 0;
+  // Of the line that is offered: it may have been taken although nobody said so in time.
+  std::string key = QXPlatform::makeUUIDString();
   const auto take = [&](std::string_view line) {
-    auto call = bus.newCall(agent.c_str(), kPushPath, kPushInterface, "Deliver");
+    auto call = bus.newCall(agent.c_str(), kPushPath, kPushInterface, "DeliverOnce");
+    sd_bus_message_append(call.get(), "s", key.c_str());
     sd_bus_message_append_array(call.get(), 'y', line.data(), line.size());
     std::string error;
-    if (bus.ask(call, &error, kLongestRegistration) != nullptr) return true;
+    if (bus.ask(call, &error, kLongestRegistration) != nullptr) {
+      key = QXPlatform::makeUUIDString();
+      return true;
+    }
     fail("the running agent does not take a line, which is offered again: " + error);
     return false;
   };
@@ -106,11 +114,12 @@ int runOn(EventLoop& loop, const Bus& bus, const Installation& installation, con
   const auto state = stateDirectory(options.app);
   const auto lock = lockState(state);
   if (!lock) return fail(lock.error().message);
-  const Database database(state / kDatabaseName);
+  const auto [database, wasDamaged] = openOrBeginAnew(state / kDatabaseName);
   // What starting has left behind is not to stay for as long as the agent does.
   malloc_trim(0);
-  Agent agent(loop, bus, database,
-              {installation, state, std::chrono::seconds(options.idleSeconds), options.readsLines});
+  Agent agent(
+      loop, bus, database,
+      {installation, state, std::chrono::seconds(options.idleSeconds), options.readsLines, wasDamaged});
   agent.start();
   return loop.run();
 }
@@ -131,8 +140,14 @@ void endAgent(const Installation& installation) {
 std::optional<Registration> loadRegistration(const std::string& app) {
   const auto file = stateDirectory(app) / kDatabaseName;
   if (!std::filesystem::exists(file)) return std::nullopt;
-  const Database database(file);
-  return RegistrationStore(database).load().current;
+  try {
+    const Database database(file);
+    return RegistrationStore(database).load().current;
+  } catch (const DatabaseError& error) {
+    // The agent begins it anew, and registers.
+    if (error.isDamage) return std::nullopt;
+    throw;
+  }
 }
 
 bool isUsable(const Registration& registration, const Installation& installation) {

@@ -9,8 +9,13 @@ namespace {
 // Another process that has the file open holds it for milliseconds.
 constexpr int kLongestWaitForLock = 5'000;  // milliseconds
 
+constexpr const char* kSetting =
+    "PRAGMA journal_mode = WAL; PRAGMA journal_size_limit = 4194304; PRAGMA cache_size = -256;";
+
 [[noreturn]] void fail(sqlite3* connection) {
-  throw DatabaseError{connection != nullptr ? sqlite3_errmsg(connection) : "out of memory"};
+  if (connection == nullptr) throw DatabaseError{"out of memory"};
+  const int status = sqlite3_errcode(connection);
+  throw DatabaseError{sqlite3_errmsg(connection), status == SQLITE_CORRUPT || status == SQLITE_NOTADB};
 }
 
 }  // namespace
@@ -81,14 +86,18 @@ Database::Database(const std::filesystem::path& file) {
   connection_.reset(connection);
   const bool isOpen = status == SQLITE_OK &&
                       sqlite3_busy_timeout(connection, kLongestWaitForLock) == SQLITE_OK &&
-                      sqlite3_exec(connection, "PRAGMA journal_mode = WAL; PRAGMA cache_size = -256;",
-                                   nullptr, nullptr, nullptr) == SQLITE_OK;
+                      sqlite3_exec(connection, kSetting, nullptr, nullptr, nullptr) == SQLITE_OK;
   umask(previous);
   if (!isOpen) fail(connection);
 }
 
 void Database::write(Outlives event) const {
   execute(event == Outlives::powerCut ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
+}
+
+void Database::check() const {
+  Statement statement(*this, "PRAGMA quick_check(1)");
+  if (!statement.step() || statement.text(0) != "ok") throw DatabaseError{statement.text(0), true};
 }
 
 void Database::execute(const char* sql) const {

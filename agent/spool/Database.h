@@ -15,6 +15,7 @@ namespace QXAgent {
 // What a database operation failed with; never leaves the spool.
 struct DatabaseError {
   std::string message;
+  bool isDamage = false;  // the file is not what was written
 };
 
 class Database;
@@ -51,6 +52,8 @@ class Database {
   // Makes the file when it is not there. Throws DatabaseError.
   explicit Database(const std::filesystem::path& file);
 
+  // Reads all of it. Throws DatabaseError when it is damaged.
+  void check() const;
   void execute(const char* sql) const;
   // What what is written from now on outlives: a power cut costs a wait for the disk, a crash of this process
   // nothing.

@@ -27,6 +27,10 @@ constexpr std::int64_t kKeysKept = 4'096;
 constexpr std::int64_t kAsideKept = 100;
 // A server that never tells of a closed notification must not fill the disk.
 constexpr std::int64_t kShownKept = 500;
+// In bytes. What is shown or put aside leaves room for what is to come.
+constexpr std::int64_t kMostHeld = 64 << 20;
+constexpr std::int64_t kMostShown = 32 << 20;
+constexpr std::int64_t kMostAside = 8 << 20;
 
 std::string joinPaths(const std::vector<std::filesystem::path>& files) {
   std::string text;
@@ -54,6 +58,7 @@ Spool::Reception Spool::take(std::string_view key, std::string_view identifier, 
     database_.write(Database::Outlives::powerCut);
     Transaction transaction(database_);
     if (!isNew(key)) return Reception::repeated;
+    if (heldBytes() > kMostHeld) throw DatabaseError{"too much waits already"};
     Statement(database_, "INSERT INTO waiting (identifier, text) VALUES (?, ?)")
         .bind(identifier)
         .bindBytes(text)
@@ -92,7 +97,20 @@ void Spool::insertAside(std::string_view text, std::string_view reason) const {
   Statement(database_, "DELETE FROM aside WHERE number <= (SELECT max(number) FROM aside) - ?")
       .bind(kAsideKept)
       .run();
+  Statement(
+      database_,
+      "DELETE FROM aside WHERE number <= (SELECT max(number) FROM ("
+      "SELECT number, sum(length(text)) OVER (ORDER BY number DESC) AS held FROM aside) WHERE held > ?)")
+      .bind(kMostAside)
+      .run();
   Statement(database_, "UPDATE account SET aside = aside + 1, error = ?").bind(reason).run();
+}
+
+std::int64_t Spool::heldBytes() const {
+  Statement pages(database_,
+                  "SELECT (page_count - freelist_count) * page_size "
+                  "FROM pragma_page_count(), pragma_freelist_count(), pragma_page_size()");
+  return pages.step() ? pages.integer(0) : 0;
 }
 
 bool Spool::isNew(std::string_view key) const {
@@ -163,8 +181,13 @@ std::vector<std::filesystem::path> Spool::recordShown(std::int64_t number,
     Statement forgotten(
         database_,
         "DELETE FROM shown WHERE identifier = ? OR rowid <= (SELECT max(rowid) FROM shown) - ? "
-        "RETURNING files");
-    forgotten.bind(std::string_view(notification.identifier)).bind(kShownKept - 1);
+        "OR (? AND rowid <= (SELECT max(rowid) FROM ("
+        "SELECT rowid, sum(length(CAST(content AS BLOB))) OVER (ORDER BY rowid DESC) AS held FROM shown) "
+        "WHERE held > ?)) RETURNING files");
+    forgotten.bind(std::string_view(notification.identifier))
+        .bind(kShownKept - 1)
+        .bind(std::int64_t{heldBytes() > kMostShown})  // else it need not be added up
+        .bind(kMostShown);
     std::vector<std::filesystem::path> files;
     while (forgotten.step()) std::ranges::move(splitPaths(forgotten.text(0)), std::back_inserter(files));
     Statement(database_, "INSERT INTO shown (identifier, server, id, content, files) VALUES (?, ?, ?, ?, ?)")

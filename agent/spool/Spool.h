@@ -47,7 +47,7 @@ inline constexpr const char* kDatabaseName = "spool.sqlite";
 // count of all. Written by one agent at a time, read by anybody.
 //
 // What fails for want of room or a damaged file changes nothing; it is logged, and what was to be read is
-// then absent.
+// then absent. There is no room either for more than 64 MiB in all.
 class Spool {
  public:
   enum class Reception { taken, repeated, failed };
@@ -85,6 +85,7 @@ class Spool {
  private:
   // Keeps the key among the newest; false for one that is there.
   bool isNew(std::string_view key) const;
+  std::int64_t heldBytes() const;
   void insertAside(std::string_view text, std::string_view reason) const;
   void count(const char* column) const;
   std::optional<ShownNotification> firstShown(Statement& statement) const;

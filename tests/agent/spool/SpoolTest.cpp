@@ -1,5 +1,8 @@
 #include "agent/spool/Spool.h"
 
+#include <fstream>
+
+#include "agent/spool/Recovery.h"
 #include "tests/support/ChildProcess.h"
 
 namespace QXAgent {
@@ -74,6 +77,10 @@ TEST_F(SpoolTest, TheAccountCountsWhatBecameOfAllAndNothingGrowsWithoutBound) {
   Statement kept(*database_, "SELECT count(*) FROM aside");
   ASSERT_TRUE(kept.step());
   EXPECT_EQ(kept.integer(0), 100);
+  for (int i = 0; i < 3; ++i) spool_->putAside("", std::string(4 << 20, 'x'), "large");
+  Statement held(*database_, "SELECT count(*) FROM aside");
+  ASSERT_TRUE(held.step());
+  EXPECT_EQ(held.integer(0), 2);
 
   std::size_t files = 0;
   for (std::uint32_t i = 0; i < 600; ++i)
@@ -103,6 +110,25 @@ TEST_F(SpoolTest, AFullDiskIsAnAnswerAndChangesNothing) {
   EXPECT_EQ(spool_->account().received, 1);
   database_->execute("PRAGMA max_page_count = 100000");
   EXPECT_EQ(spool_->take("key", "b", "x"), Reception::taken);
+}
+
+TEST_F(SpoolTest, ADamagedFileIsSetAsideAndBegunAnew) {
+  const auto file = directory_.path(kDatabaseName);
+  for (int i = 0; i < 100; ++i) spool_->take("", "a", std::string(10'000, 'x'));
+  for (const std::streamoff damaged : {-1, 0, 8'192}) {
+    spool_.reset();
+    database_.reset();
+    if (damaged >= 0) {
+      std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+      stream.seekp(damaged) << std::string(65'536, '\xA5');
+    }
+    auto [database, wasDamaged] = openOrBeginAnew(file);
+    EXPECT_EQ(wasDamaged, damaged >= 0) << damaged;
+    EXPECT_EQ(std::filesystem::exists(file + ".damaged"), damaged >= 0) << damaged;
+    Spool spool(database);
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(spool.take("", "a", std::string(10'000, 'x')), Reception::taken);
+    EXPECT_EQ(spool.account().waiting, damaged >= 0 ? 100 : 200) << damaged;
+  }
 }
 
 }  // namespace

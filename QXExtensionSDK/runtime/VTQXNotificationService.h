@@ -15,8 +15,8 @@ namespace QXExtensionSDK {
 // and overrides one or both hooks:
 //
 //   class NotificationService : public QXExtensionSDK::VTQXNotificationService { ... };
-//   int main(int argc, char** argv) { return QXPlatform::serviceExtensionMain<NotificationService>(argc,
-//   argv);
+//   int main(int argc, char** argv) {
+//     return QXPlatform::serviceExtensionMain<NotificationService>(argc, argv);
 //   }
 class VTQXNotificationService : public QXPlatform::UNNotificationServiceExtension, public ClientCalling {
  public:

@@ -5,6 +5,7 @@
 #include "QXExtensionSDK/runtime/DefaultModuleProvider.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/dispatch/Activity.h"
+#include "QXPlatform/dispatch/DispatchQueue.h"
 #include "QXPlatform/foundation/Exception.h"
 
 namespace QXExtensionSDK {
@@ -46,6 +47,7 @@ void VTQXNotificationService::callClientDidReceiveRequest(
     const ClientContentHandler& contentHandler) noexcept {
   try {
     const QXPlatform::ForeignCodeScope foreignCode;
+    QXPlatform::DispatchQueue::showLabel();
     vtqxDidReceiveRequest(request, mutableContent, contentHandler);
   } catch (const QXPlatform::Exception& exception) {
     Logger::service().error(LogCategory::serviceGeneral,

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "QXPlatform/dispatch/ThreadSet.h"
 #include "QXPlatform/foundation/FatalError.h"
 
 namespace QXPlatform {
@@ -41,6 +42,7 @@ class DispatchGroup::State {
 
   bool wait(Clock::TimePoint deadline) {
     std::unique_lock lock(mutex_);
+    if (members_ > 0) ThreadSet::shared().aboutToWait();
     return Clock::current().waitUntil(lock, empty_, deadline, [&] { return members_ == 0; });
   }
 

@@ -7,7 +7,6 @@
 #include <optional>
 #include <utility>
 
-#include "QXPlatform/dispatch/ThreadName.h"
 #include "QXPlatform/dispatch/ThreadSet.h"
 #include "QXPlatform/dispatch/WorkItem.h"
 #include "QXPlatform/log/StandardError.h"
@@ -57,7 +56,7 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
   State(std::string label, Attribute attribute)
       : label_(std::move(label)), serial_(attribute == Attribute::serial) {}
 
-  const std::string& label() const { return label_; }
+  const std::string& label() const override { return label_; }
 
   // Either throws for want of memory, and nothing has happened, or the item will be run.
   void submit(WorkItem item) {
@@ -80,7 +79,6 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
   }
 
   void run(WorkItem item) override {
-    setCurrentThreadName(label_);
     runToEnd(std::move(item));
     while (std::optional<WorkItem> next = nextForThisThread()) runToEnd(std::move(*next));
   }
@@ -138,6 +136,7 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
     }
     SyncTurn turn;
     pending_.push_back({.work = nullptr, .turn = &turn, .exclusive = serial_});
+    ThreadSet::shared().aboutToWait();
     turn.changed.wait(lock, [&] { return turn.come; });
   }
 
@@ -159,6 +158,10 @@ bool DispatchQueue::canRun() {
 
 const std::string& DispatchQueue::label() const {
   return state_->label();
+}
+
+void DispatchQueue::showLabel() {
+  ThreadSet::shared().showLabel();
 }
 
 void DispatchQueue::async(Work work) const {

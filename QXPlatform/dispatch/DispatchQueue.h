@@ -15,10 +15,11 @@ class DispatchGroup;
 //   concurrent  items start in the order submitted; an item that blocks never keeps another from starting,
 //               up to 64 threads in the process
 //
-// The label is the name of the thread (its last 15 characters) while an item runs; work of sync() runs on the
-// caller's thread, under its name. An exception that leaves an item ends the process, but for std::bad_alloc,
-// which only ends the item. An item is destroyed,
-// with all it holds, right after it has run. Any thread may call.
+// An item that is submitted by another one is started when that one ends or waits, and within two
+// milliseconds in any case. The label is the name of the thread (its last 15 characters) when an item has run
+// for as long; work of sync() runs on the caller's thread, under its name. An exception that leaves an item
+// ends the process, but for std::bad_alloc, which only ends the item. An item is destroyed, with all it
+// holds, right after it has run. Any thread may call.
 class DispatchQueue {
  public:
   using Work = std::function<void()>;
@@ -29,6 +30,9 @@ class DispatchQueue {
   // Whether submitted items come to run: not while the system gives this process not even one thread. They
   // stay queued, and run when it does.
   static bool canRun();
+
+  // From here on the calling thread bears the label of the queue whose item it runs, if it runs one.
+  static void showLabel();
 
   const std::string& label() const;
 

@@ -11,50 +11,97 @@ namespace QXPlatform {
 namespace {
 
 constexpr std::chrono::seconds kIdleLifetime{2};
+constexpr std::chrono::milliseconds kBetweenLooks{1};
 
 }  // namespace
+
+thread_local ThreadSet::Worker* ThreadSet::current = nullptr;
 
 ThreadSet& ThreadSet::shared() {
   static NeverDestroyed<ThreadSet> threads;
   return *threads;
 }
 
-void ThreadSet::start(WorkItems items) {
+void ThreadSet::start(WorkItems item) {
   std::unique_lock lock(mutex_);
-  waiting_.splice(waiting_.end(), items);
-  if (!idle_.empty()) {
-    Worker& worker = *idle_.back();
-    idle_.pop_back();
-    worker.mayWork = true;
-    lock.unlock();
-    worker.called.notify_one();
-  } else if (Worker* worker = hireWorker()) {
-    lock.unlock();
-    launch(*worker);
-  }
+  item.front().isForeign = current == nullptr;
+  if (current == nullptr) ++foreign_;
+  waiting_.splice(waiting_.end(), item);
+  const Call call = attend();
+  lock.unlock();
+  perform(call);
 }
 
 bool ThreadSet::canRun() {
   std::unique_lock lock(mutex_);
   if (alive_ > 0 || waiting_.empty()) return true;
-  Worker* const worker = hireWorker();
+  const Call call = callOne();
   lock.unlock();
-  return worker != nullptr && launch(*worker);
+  return call.worker != nullptr && perform(call);
+}
+
+void ThreadSet::aboutToWait() {
+  if (current == nullptr) return;
+  std::unique_lock lock(mutex_);
+  const Call call = waiting_.empty() || onTheirWay_ > 0 ? Call() : callOne();
+  lock.unlock();
+  perform(call);
 }
 
 void ThreadSet::enterForeignCode() {
   std::unique_lock lock(mutex_);
   ++inForeignCode_;
-  if (waiting_.empty() || !idle_.empty()) return;
-  if (Worker* worker = hireWorker()) {
-    lock.unlock();
-    launch(*worker);
-  }
+  const Call call = attend();
+  lock.unlock();
+  perform(call);
 }
 
 void ThreadSet::leaveForeignCode() {
   const std::lock_guard lock(mutex_);
   --inForeignCode_;
+}
+
+void ThreadSet::showLabel() {
+  if (current == nullptr) return;
+  {
+    const std::lock_guard lock(mutex_);
+    if (!current->lacksName()) return;
+    current->name = current->label;
+  }
+  setCurrentThreadName(current->label);
+}
+
+void ThreadSet::Worker::take(std::string_view queueLabel) {
+  label = queueLabel.substr(queueLabel.size() - std::min(queueLabel.size(), kLongestThreadName));
+  isBusy = true;
+  wasSeen = false;
+}
+
+// Calls a thread for what waits, unless it has been seen to.
+ThreadSet::Call ThreadSet::attend() {
+  const bool isSeenTo = onTheirWay_ > 0 || (lookout_ != nullptr && foreign_ == 0);
+  return waiting_.empty() || isSeenTo ? Call() : callOne();
+}
+
+ThreadSet::Call ThreadSet::callOne() {
+  Call call;
+  if (idle_.empty()) {
+    call = {hireWorker(), true};
+  } else {
+    call.worker = idle_.back();
+    idle_.pop_back();
+    if (call.worker == lookout_) lookout_ = nullptr;
+    call.worker->mayWork = true;
+  }
+  if (call.worker != nullptr) ++onTheirWay_;
+  return call;
+}
+
+// False when there is no thread to be had.
+bool ThreadSet::perform(const Call& call) {
+  if (call.isNew) return call.worker == nullptr || launch(*call.worker);
+  if (call.worker != nullptr) call.worker->called.notify_one();
+  return true;
 }
 
 // A worker for a new thread, or null when there are threads enough or no memory for one more.
@@ -87,37 +134,85 @@ bool ThreadSet::launch(Worker& worker) {
     const std::lock_guard lock(mutex_);
     worker.alive = false;
     --alive_;
+    --onTheirWay_;
     return false;
   }
 }
 
 void ThreadSet::serve(Worker& worker) {
+  current = &worker;
   std::unique_lock lock(mutex_);
+  worker.thread = currentThread();
+  worker.name.reset();
+  --onTheirWay_;
   do {
-    while (!waiting_.empty()) runNext(lock);
+    while (!waiting_.empty()) runNext(worker, lock);
   } while (waitForCall(worker, lock));
   worker.alive = false;
   --alive_;
 }
 
-void ThreadSet::runNext(std::unique_lock<std::mutex>& lock) {
+void ThreadSet::runNext(Worker& worker, std::unique_lock<std::mutex>& lock) {
   WorkItem item = std::move(waiting_.front());
   waiting_.pop_front();
+  ++taken_;
+  if (item.isForeign) --foreign_;
+  worker.take(item.runner->label());
+  const Call call = attend();
+  const bool isUnseen = lookout_ == nullptr && onTheirWay_ == 0;
   lock.unlock();
+  perform(call);
+  if (isUnseen) showLabel();
   std::shared_ptr<WorkRunner> runner = std::move(item.runner);
   runner->run(std::move(item));
   runner.reset();  // may be the last one that holds the queue, so not under the lock
   lock.lock();
+  worker.isBusy = false;
 }
 
 // Returns whether the worker was called before its time as an idle one was over.
 bool ThreadSet::waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock) {
   worker.mayWork = false;
-  idle_.push_back(&worker);
+  const bool looksOut = lookout_ == nullptr;
+  idle_.insert(looksOut ? idle_.begin() : idle_.end(), &worker);
+  if (looksOut && lookOut(worker, lock)) return true;
   // In real time: an idle thread is no business of a clock that a test installs and takes away again.
-  if (worker.called.wait_for(lock, kIdleLifetime, [&] { return worker.mayWork; })) return true;
+  if (worker.called.wait_for(lock, kIdleLifetime, [&] { return worker.mayWork; })) {
+    --onTheirWay_;
+    return true;
+  }
   std::erase(idle_, &worker);
   return false;
+}
+
+// Ends when nothing has been started since the last look. Returns whether there is work for the worker: an
+// item that has waited since then.
+bool ThreadSet::lookOut(Worker& worker, std::unique_lock<std::mutex>& lock) {
+  lookout_ = &worker;
+  for (bool isQuiet = false; !isQuiet;) {
+    const std::size_t startedBefore = taken_ + waiting_.size();
+    if (worker.called.wait_for(lock, kBetweenLooks, [&] { return worker.mayWork; })) return false;
+    if (taken_ < startedBefore) {
+      std::erase(idle_, &worker);
+      lookout_ = nullptr;
+      return true;
+    }
+    isQuiet = !nameThreads() && taken_ + waiting_.size() == startedBefore;
+  }
+  lookout_ = nullptr;
+  return false;
+}
+
+// Names those that have had their item since the last look. Returns whether some are left for the next one.
+bool ThreadSet::nameThreads() {
+  bool areLeft = false;
+  for (const auto& worker : workers_) {
+    if (!worker->lacksName()) continue;
+    areLeft = areLeft || !worker->wasSeen;
+    if (worker->wasSeen) setThreadName(worker->thread, *(worker->name = worker->label));
+    worker->wasSeen = true;
+  }
+  return areLeft;
 }
 
 }  // namespace QXPlatform

@@ -4,8 +4,12 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
+#include "QXPlatform/dispatch/ThreadName.h"
 #include "QXPlatform/dispatch/WorkItem.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
 
@@ -15,12 +19,20 @@ namespace QXPlatform {
 class WorkRunner {
  public:
   virtual ~WorkRunner() = default;
+  virtual const std::string& label() const = 0;
   virtual void run(WorkItem item) = 0;
 };
 
 // The threads that all queues of the process share: made when an item finds none free, up to 64 beside those
 // that are inside foreign code; one that has been idle for some seconds ends. Items are taken in the order in
 // which they were started. Any thread.
+//
+// To wake a thread costs more than most items do. So an item that a thread of the set starts wakes nobody:
+// that thread comes back for it when its own item ends. One idle thread, the lookout, sees to it that this
+// does not take long: while items are being started it looks every millisecond, and takes one that was
+// waiting at its last look already. Without a lookout, and for what other threads start, one is called at a
+// time: whoever takes an item and leaves others calls the next. So however many items block, the rest is
+// started.
 class ThreadSet {
  public:
   static constexpr std::size_t kMostThreads = 64;
@@ -29,16 +41,23 @@ class ThreadSet {
 
   static ThreadSet& shared();
 
-  // Takes the items over and returns at once; never fails. Beyond 64 busy threads an item waits for the first
-  // that is free, and for want of memory for another thread as well.
-  void start(WorkItems items);
+  // Takes the one item over and returns at once; never fails. Beyond 64 busy threads an item waits for the
+  // first that is free, and for want of memory for another thread as well.
+  void start(WorkItems item);
 
   // Whether what waits will be run: not while the system gives this process not even one thread.
   bool canRun();
 
+  // The calling thread, if it is one of the set, will not come back soon for what it has started.
+  void aboutToWait();
+
   // The calling thread, one of the set, enters code that may never return, and is replaced meanwhile.
   void enterForeignCode();
   void leaveForeignCode();
+
+  // A thread bears the label of the queue whose item it runs: at once after this call on that thread, else
+  // from the lookout's next but one look on. Most items are over by then, and are spared the system call.
+  void showLabel();
 
  private:
   friend class NeverDestroyed<ThreadSet>;
@@ -46,25 +65,51 @@ class ThreadSet {
     std::condition_variable called;
     bool mayWork = false;
     bool alive = false;
+    ThreadHandle thread{};            // while alive
+    std::optional<std::string> name;  // that the thread has been given
+    std::string label;                // that it is to bear
+    bool isBusy = false;
+    bool wasSeen = false;  // by the lookout, with the item that it has
+
+    void take(std::string_view queueLabel);
+    bool lacksName() const { return isBusy && name != label; }
+  };
+  // A worker to be woken or, when it is new, given its thread, once the lock has been let go.
+  struct Call {
+    Worker* worker = nullptr;
+    bool isNew = false;
   };
 
+  static thread_local Worker* current;  // of the calling thread, if it is of the set
+
   ThreadSet() = default;
+  Call attend();
+  Call callOne();
+  bool perform(const Call& call);
   Worker* hireWorker();
   Worker* placeForWorker();
   bool launch(Worker& worker);
+
   void serve(Worker& worker);
-  void runNext(std::unique_lock<std::mutex>& lock);
+  void runNext(Worker& worker, std::unique_lock<std::mutex>& lock);
   bool waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock);
+  bool lookOut(Worker& worker, std::unique_lock<std::mutex>& lock);
+  bool nameThreads();
 
   std::mutex mutex_;
-  // Below, guarded by mutex_. For every waiting item a thread is on its way, unless all are busy or none is
-  // to be had.
+  // Below, guarded by mutex_. While items wait, a thread is on its way, or the lookout is there, or all are
+  // busy, or none is to be had.
   WorkItems waiting_;
+  std::size_t foreign_ = 0;  // of those that wait
+  std::size_t taken_ = 0;    // items, so far
   std::vector<std::unique_ptr<Worker>> workers_;
   std::size_t alive_ = 0;
+  std::size_t onTheirWay_ = 0;  // called, and not come yet
   std::size_t inForeignCode_ = 0;
-  // The last one to fall idle is called first, so that the others may end. Has room for all workers.
+  // The last one to fall idle is called first, so that the others may end, and the lookout last. Has room for
+  // all workers.
   std::vector<Worker*> idle_;
+  Worker* lookout_ = nullptr;  // one of the idle, while it looks
 };
 
 }  // namespace QXPlatform

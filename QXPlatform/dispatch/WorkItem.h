@@ -26,6 +26,8 @@ struct WorkItem {
   LogSubject subject = currentLogSubject();
   // What a thread of the set runs it by; set when the item is handed to one.
   std::shared_ptr<WorkRunner> runner = nullptr;
+  // Handed over by a thread that is none of the set, and so does not come back for it.
+  bool isForeign = false;
 };
 
 // Memory for an item is taken when it is submitted, where its want can be told to the caller; from there it

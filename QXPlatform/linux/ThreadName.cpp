@@ -2,28 +2,21 @@
 
 #include <pthread.h>
 
-#include <algorithm>
-#include <array>
-#include <cstddef>
+#include <string>
 
 namespace QXPlatform {
-namespace {
 
-constexpr std::size_t kLongestName = 15;
-
-// A new thread bears the name of the one that started it.
-thread_local bool hasOwnName = false;
-thread_local std::array<char, kLongestName + 1> currentName{};
-
-}  // namespace
+ThreadHandle currentThread() {
+  return pthread_self();
+}
 
 void setCurrentThreadName(std::string_view name) {
-  if (name.size() > kLongestName) name.remove_prefix(name.size() - kLongestName);
-  if (hasOwnName && name == currentName.data()) return;
-  hasOwnName = true;
-  currentName.fill('\0');
-  std::copy(name.begin(), name.end(), currentName.begin());
-  pthread_setname_np(pthread_self(), currentName.data());
+  setThreadName(pthread_self(), name);
+}
+
+void setThreadName(ThreadHandle thread, std::string_view name) {
+  if (name.size() > kLongestThreadName) name.remove_prefix(name.size() - kLongestThreadName);
+  pthread_setname_np(thread, std::string(name).c_str());
 }
 
 }  // namespace QXPlatform

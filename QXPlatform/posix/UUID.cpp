@@ -1,0 +1,79 @@
+#include "QXPlatform/foundation/UUID.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <span>
+
+#include "QXPlatform/foundation/FatalError.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
+
+namespace QXPlatform {
+
+namespace {
+
+constexpr std::size_t kGroups[] = {4, 2, 2, 2, 6};
+using UUIDBytes = std::array<std::uint8_t, 16>;
+
+// Hands out the system's random numbers. They are asked for by the dozen, since a system call costs more than
+// the rest of a UUID, and never handed out twice: neither here nor in a process that is forked from this one.
+class RandomBytes {
+ public:
+  static RandomBytes& shared() {
+    static NeverDestroyed<RandomBytes> bytes;
+    return *bytes;
+  }
+
+  UUIDBytes next() {
+    const std::lock_guard lock(mutex_);
+    if (left_ == 0) refill();
+    return kept_[--left_];
+  }
+
+ private:
+  friend class NeverDestroyed<RandomBytes>;
+  RandomBytes() {
+    pthread_atfork([] { shared().mutex_.lock(); }, [] { shared().mutex_.unlock(); },
+                   [] {
+                     shared().left_ = 0;
+                     shared().mutex_.unlock();
+                   });
+  }
+
+  void refill() {
+    if (::getentropy(kept_.data(), sizeof(kept_)) != 0) fatalError("The system has no random numbers");
+    left_ = kept_.size();
+  }
+
+  std::mutex mutex_;
+  // Below, guarded by mutex_.
+  std::array<UUIDBytes, 16> kept_;  // as much as the system gives at once
+  std::size_t left_ = 0;
+};
+
+void appendHex(std::string& text, std::span<const std::uint8_t> bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  for (const std::uint8_t byte : bytes) (text += kDigits[byte >> 4]) += kDigits[byte & 0x0F];
+}
+
+}  // namespace
+
+std::string makeUUIDString() {
+  UUIDBytes bytes = RandomBytes::shared().next();
+  bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);  // version 4
+  bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);  // its variant
+  std::string text;
+  std::size_t at = 0;
+  for (const std::size_t count : kGroups) {
+    if (!text.empty()) text += '-';
+    appendHex(text, std::span(bytes).subspan(at, count));
+    at += count;
+  }
+  return text;
+}
+
+}  // namespace QXPlatform

@@ -4,12 +4,14 @@
 #include <utility>
 
 #include "AppGroupSDK/context/PNContextUtils.h"
+#include "AppGroupSDK/store/AppGroupDirectoryProvider.h"
 #include "QXExtensionSDK/payload/SenderGate.h"
 #include "QXExtensionSDK/payload/VTQXUtility.h"
 #include "QXExtensionSDK/receipts/DeliveryReceiptManagerProvider.h"
 #include "QXExtensionSDK/runtime/logging/Logger.h"
 #include "QXPlatform/dispatch/DispatchGroup.h"
 #include "QXPlatform/dispatch/DispatchQueue.h"
+#include "QXPlatform/files/Container.h"
 #include "QXPlatform/foundation/RawValues.h"
 
 namespace QXExtensionSDK {
@@ -66,22 +68,13 @@ class StatusRun {
         appIdProvider_(std::move(appIdProvider)) {}
 
   static void start(const std::shared_ptr<StatusRun>& run) {
-    run->queue_.async(run->group_, [run] {
-      auto managers = run->makeManagers();
-      if (managers.empty()) {
-        Logger::service().debug(LogCategory::deliveryReceipt, "No delivery receipt managers available");
-        return;
-      }
-      // The last one needs no thread of its own.
-      const auto last = std::move(managers.back());
-      managers.pop_back();
-      for (const auto& manager : managers) {
-        run->group_.enter();
-        run->queue_.async([run, manager] { storeAndSend(run, *manager); });
-      }
-      run->group_.enter();
-      storeAndSend(run, *last);
-    });
+    // Without a container there is nothing to be held up by, and no need for another thread.
+    const QXPlatform::ContainerLookupScope lookedUpOnce;
+    if (AppGroupSDK::AppGroupDirectoryProvider().containerURL()) {
+      run->queue_.async(run->group_, [run] { storeAndSendAll(run); });
+    } else {
+      run->queue_.sync([&run] { storeAndSendAll(run); });
+    }
   }
 
   bool wait(QXPlatform::Clock::TimePoint deadline) const { return group_.wait(deadline); }
@@ -93,6 +86,23 @@ class StatusRun {
   }
 
  private:
+  static void storeAndSendAll(const std::shared_ptr<StatusRun>& run) {
+    auto managers = run->makeManagers();
+    if (managers.empty()) {
+      Logger::service().debug(LogCategory::deliveryReceipt, "No delivery receipt managers available");
+      return;
+    }
+    // The last one needs no thread of its own.
+    const auto last = std::move(managers.back());
+    managers.pop_back();
+    for (const auto& manager : managers) {
+      run->group_.enter();
+      run->queue_.async([run, manager] { storeAndSend(run, *manager); });
+    }
+    run->group_.enter();
+    storeAndSend(run, *last);
+  }
+
   std::vector<std::shared_ptr<DeliveryReceiptManaging>> makeManagers() {
     std::vector<std::shared_ptr<DeliveryReceiptManaging>> managers;
     for (const auto module : kModules) {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "QXPlatform/foundation/URL.h"
@@ -15,6 +16,22 @@ std::optional<std::filesystem::path> containersRoot();
 // The directory there that the processes of one application group share. Nothing when the directory does not
 // exist, or when the identifier is empty or holds a slash, "..", or a control character. Any thread.
 std::optional<URL> containerURLForSecurityApplicationGroupIdentifier(std::string_view group);
+
+// While it lives, what the calling thread has once found out of a container stays as it was found: for work
+// that asks again and again. Not nested.
+class ContainerLookupScope {
+ public:
+  ContainerLookupScope();
+  ~ContainerLookupScope();
+  ContainerLookupScope(const ContainerLookupScope&) = delete;
+  ContainerLookupScope& operator=(const ContainerLookupScope&) = delete;
+
+ private:
+  friend std::optional<URL> containerURLForSecurityApplicationGroupIdentifier(std::string_view group);
+
+  std::optional<std::string> group_;  // whose container has been looked up
+  std::optional<URL> found_;
+};
 
 // The installer's side: where that directory is to be made. Nothing for an identifier that can have none.
 std::optional<std::filesystem::path> containerPathForGroup(std::string_view group);

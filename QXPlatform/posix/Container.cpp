@@ -22,6 +22,15 @@ std::filesystem::path environmentPath(const char* name) {
   return value == nullptr ? "" : value;
 }
 
+std::optional<URL> lookUp(std::string_view group) {
+  const auto path = containerPathForGroup(group);
+  std::error_code error;
+  if (!path || !std::filesystem::is_directory(*path, error)) return std::nullopt;
+  return URL::file(path->native());
+}
+
+thread_local ContainerLookupScope* currentScope = nullptr;
+
 }  // namespace
 
 std::optional<std::filesystem::path> containersRoot() {
@@ -43,10 +52,21 @@ std::optional<std::filesystem::path> containerPathForGroup(std::string_view grou
 }
 
 std::optional<URL> containerURLForSecurityApplicationGroupIdentifier(std::string_view group) {
-  const auto path = containerPathForGroup(group);
-  std::error_code error;
-  if (!path || !std::filesystem::is_directory(*path, error)) return std::nullopt;
-  return URL::file(path->native());
+  ContainerLookupScope* const scope = currentScope;
+  if (scope == nullptr) return lookUp(group);
+  if (scope->group_ != group) {
+    scope->found_ = lookUp(group);
+    scope->group_ = group;
+  }
+  return scope->found_;
+}
+
+ContainerLookupScope::ContainerLookupScope() {
+  currentScope = this;
+}
+
+ContainerLookupScope::~ContainerLookupScope() {
+  currentScope = nullptr;
 }
 
 }  // namespace QXPlatform

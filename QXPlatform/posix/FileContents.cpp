@@ -86,8 +86,8 @@ bool writeContents(std::string_view bytes, const URL& file) {
   if (!path) return false;
   FileDescriptor descriptor = open(*path, O_WRONLY | O_CREAT);
   // Truncated only once it is known to be a regular file.
-  if (!descriptor.valid() || !regularFile(descriptor)) return false;
-  if (::ftruncate(descriptor.get(), 0) != 0) return false;
+  const auto status = descriptor.valid() ? regularFile(descriptor) : std::nullopt;
+  if (!status || (status->st_size > 0 && ::ftruncate(descriptor.get(), 0) != 0)) return false;
   while (!bytes.empty()) {
     const auto written =
         retryInterrupted([&] { return ::write(descriptor.get(), bytes.data(), bytes.size()); });

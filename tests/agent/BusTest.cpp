@@ -1,5 +1,7 @@
 #include <unistd.h>
 
+#include <set>
+
 #include "QXPlatform/notifications/PushLines.h"
 #include "agent/extensions/Program.h"
 #include "agent/loop/Bus.h"
@@ -316,6 +318,24 @@ TEST_F(ConnectorTest, CallsOfAnotherShapeAreRefusedAndChangeNothing) {
   sd_bus_message_append_array(call.get(), 'y', tooLong.data(), tooLong.size());
   EXPECT_EQ(answerTo(stranger_, std::move(call)), SD_BUS_ERROR_INVALID_ARGS);
   EXPECT_TRUE(receiver_.received.empty());
+}
+
+TEST_F(ConnectorTest, ARepetitionBearsTheSameKey) {
+  const std::string first = sealed("a");
+  const std::string second = sealed("a");
+  for (const auto& [bytes, id] : {std::pair{first, "1"}, std::pair{second, "1"}, std::pair{first, ""},
+                                  std::pair{first, ""}, std::pair{second, ""}, std::pair{first, "2"}}) {
+    auto call = newCall(distributor_, "org.unifiedpush.Connector1", "Message");
+    sd_bus_message_append(call.get(), "s", "token");
+    sd_bus_message_append_array(call.get(), 'y', bytes.data(), bytes.size());
+    sd_bus_message_append(call.get(), "s", id);
+    EXPECT_EQ(answerTo(distributor_, std::move(call)), "");
+  }
+  const auto& keys = receiver_.keys;
+  ASSERT_EQ(keys.size(), 6U);
+  EXPECT_EQ(keys[0], keys[1]);
+  EXPECT_EQ(keys[2], keys[3]);
+  EXPECT_EQ(std::set(keys.begin(), keys.end()).size(), 4U);
 }
 
 TEST_F(ConnectorTest, WhatIsHandedOverOnceBearsItsKey) {

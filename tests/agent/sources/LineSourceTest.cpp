@@ -50,6 +50,23 @@ TEST(LineSourceTest, APipesLinesComeWholeAndInOrderHoweverTheyAreCut) {
   writer.join();
 }
 
+TEST(LineSourceTest, WhatAnotherReaderHasTakenIsNoEnd) {
+  EventLoop loop;
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK), 0);
+  const FileDescriptor input(ends[0]);
+  const FileDescriptor sameInput(dup(ends[0]));
+  const FileDescriptor output(ends[1]);
+  std::string said;
+  const auto note = [&](std::string_view text) { return !said.append(text).empty(); };
+  const LineSource::Handlers handlers{note, note, note, [&] { note("end"); }};
+  const LineSource one(loop, input.get(), handlers);
+  const LineSource other(loop, sameInput.get(), handlers);
+  ASSERT_EQ(write(output.get(), "a\n", 2), 2);
+  for (int i = 0; i < 4; ++i) sd_event_run(loop.get(), 10'000);
+  EXPECT_EQ(said, "a");
+}
+
 TEST(LineSourceTest, AFailureToReadIsReported) {
   const FileDescriptor directory(open("/", O_RDONLY | O_CLOEXEC));
   EXPECT_THAT(takeAll(directory.get()), ElementsAre("the lines cannot be read: Is a directory"));

@@ -29,10 +29,12 @@ std::size_t editsBetween(std::string_view from, std::string_view to) {
 
 std::optional<std::string> nearestWord(std::string_view written, const std::vector<std::string>& known) {
   constexpr std::size_t kLongest = 64;
+  constexpr std::size_t kShortestBeginning = 4;
   if (written.size() > kLongest) return std::nullopt;
   std::pair<std::size_t, const std::string*> best{std::max<std::size_t>(1, written.size() / 3) + 1, nullptr};
   for (const std::string& word : known) {
-    const std::size_t edits = editsBetween(written, word);
+    const bool isBeginning = written.size() >= kShortestBeginning && word.starts_with(written);
+    const std::size_t edits = isBeginning ? 1 : editsBetween(written, word);
     if (edits < best.first) best = {edits, &word};
   }
   return best.second == nullptr ? std::nullopt : std::optional(*best.second);

@@ -532,13 +532,10 @@ std::string explainUnknown(const CLI::App& app, const std::string& word) {
          "\nRun with --help for more information.\n";
 }
 
-// What was not understood is the reason for what is missing.
+// What was not understood is the reason for whatever else is wrong.
 std::string explainWrongUsage(const CLI::App* app, const CLI::Error& error) {
-  const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
   const auto unknown = app->remaining(true);
-  const bool isUnknown = code == CLI::ExitCodes::RequiredError || code == CLI::ExitCodes::ExtrasError;
-  return isUnknown && !unknown.empty() ? explainUnknown(*app, unknown.front())
-                                       : CLI::FailureMessage::simple(app, error);
+  return unknown.empty() ? CLI::FailureMessage::simple(app, error) : explainUnknown(*app, unknown.front());
 }
 
 // `qx help push` is `qx push --help`.

@@ -33,6 +33,7 @@ TEST(CommandLineTest, WrongUsageIsExitCodeTwoAndSaysWhatIsWrong) {
       {"help bakcend", "did you mean backend?"},
       {"push --attachements x", "there is no option --attachements; did you mean --attachments?"},
       {"push --log-levle=debug", "did you mean --log-level?"},
+      {"carousel f --gal page.html", "there is no option --gal; did you mean --gallery?"},
       {"push --fail-on expired,lost", "lost is not one of expired,no-attachment,log-error"},
       {"carousel f --fail-on all", "all is not one of failed-image"},
       {"backend --expect 1", "requires --within"},

@@ -1,15 +1,15 @@
 #include "QXPlatform/notifications/PushLines.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <istream>
 #include <map>
 #include <mutex>
+#include <new>
 #include <ostream>
-#include <system_error>
-#include <thread>
 #include <utility>
-#include <vector>
 
+#include "QXPlatform/dispatch/DispatchQueue.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
 
 namespace QXPlatform {
@@ -26,18 +26,23 @@ std::string compactLine(const AnsweredPush& answered) {
   return (text ? *std::move(text) : answer.description()) + '\n';
 }
 
+struct TakenPush {
+  std::size_t position;
+  PushText text;
+};
+
 // Lets several threads take from one source and, if asked to, puts their answers back into its order.
 class OrderedAnswers {
  public:
   OrderedAnswers(PushSource& source, std::ostream& output, const PushAnswering& answering)
       : source_(source), output_(output), answering_(answering) {}
 
-  std::optional<std::pair<std::size_t, PushText>> take() {
+  std::optional<TakenPush> take() {
     const std::lock_guard lock(sourceMutex_);
     if (!waitForRoom()) return std::nullopt;
     auto push = source_.next();
     if (!push) return std::nullopt;
-    return std::pair(taken_++, *std::move(push));
+    return TakenPush{taken_++, *std::move(push)};
   }
 
   void put(const AnsweredPush& answered) {
@@ -58,15 +63,26 @@ class OrderedAnswers {
     if (answering_.progress) answering_.progress(answered_);
   }
 
-  PushAnswers result() const { return result_; }
+  // No more pushes are taken: an answer was lost for want of memory.
+  void giveUp() {
+    const std::lock_guard lock(outputMutex_);
+    outOfMemory_ = true;
+    room_.notify_all();
+  }
+
+  PushAnswers result() const {
+    if (outOfMemory_) throw std::bad_alloc();
+    return result_;
+  }
 
  private:
   // Returns whether another answer will find a place: not after the output has failed.
   bool waitForRoom() {
     std::unique_lock lock(outputMutex_);
     const std::size_t most = kMostWaitingPerJob * answering_.jobs;
-    room_.wait(lock, [&] { return result_.outputFailed || waiting_.size() < most; });
-    return !result_.outputFailed;
+    const auto isOver = [&] { return result_.outputFailed || outOfMemory_; };
+    room_.wait(lock, [&] { return isOver() || waiting_.size() < most; });
+    return !isOver();
   }
 
   std::mutex sourceMutex_;
@@ -80,17 +96,68 @@ class OrderedAnswers {
   std::size_t written_ = 0;
   std::size_t answered_ = 0;
   PushAnswers result_;
+  bool outOfMemory_ = false;
   std::condition_variable room_;
 };
 
-Result<Dictionary> answerPush(const PushText& push, const PushAnswering& answering) {
-  if (push.unreadable) return *push.unreadable;
-  const auto parsed = parseJSON(push.text, answering.limits);
-  if (!parsed) return parsed.error();
-  const auto request = notificationRequestFromJSON(*parsed, push.naming);
-  if (!request) return request.error();
-  return answering.answer(*request);
-}
+// Has pushes answered, so many at a time: each job goes from push to push, on the thread that brought the
+// last answer.
+class AnsweringJobs {
+ public:
+  AnsweringJobs(PushSource& source, std::ostream& output, const PushAnswering& answering)
+      : answering_(answering), answers_(source, output, answering), running_(answering.jobs) {}
+
+  PushAnswers run() {
+    for (std::size_t i = 1; i < answering_.jobs; ++i) queue_.async([this] { goOn(); });
+    goOn();
+    std::unique_lock lock(mutex_);
+    ended_.wait(lock, [this] { return running_ == 0; });
+    return answers_.result();
+  }
+
+ private:
+  void goOn() {
+    try {
+      while (auto taken = answers_.take()) {
+        if (!isAnsweredAtOnce(std::make_shared<const TakenPush>(*std::move(taken)))) return;
+      }
+    } catch (const std::bad_alloc&) {
+      answers_.giveUp();
+    }
+    const std::lock_guard lock(mutex_);
+    if (--running_ == 0) ended_.notify_one();
+  }
+
+  // Whoever is the last to be through, the call or the answer, goes on with the job.
+  bool isAnsweredAtOnce(const std::shared_ptr<const TakenPush>& push) {
+    const auto oneIsThrough = std::make_shared<std::atomic<bool>>(false);
+    answer(push->text, [this, push, oneIsThrough](const Result<Dictionary>& answer) {
+      try {
+        answers_.put({push->text, push->position, answer});
+      } catch (const std::bad_alloc&) {
+        answers_.giveUp();
+      }
+      if (oneIsThrough->exchange(true)) goOn();
+    });
+    return oneIsThrough->exchange(true);
+  }
+
+  void answer(const PushText& push, const PushCompletion& completion) const {
+    if (push.unreadable) return completion(*push.unreadable);
+    const auto parsed = parseJSON(push.text, answering_.limits);
+    if (!parsed) return completion(parsed.error());
+    const auto request = notificationRequestFromJSON(*parsed, push.naming);
+    if (!request) return completion(request.error());
+    answering_.answer(*request, completion);
+  }
+
+  const PushAnswering& answering_;
+  OrderedAnswers answers_;
+  const DispatchQueue queue_{"push.answers", DispatchQueue::Attribute::concurrent};
+  std::mutex mutex_;
+  std::condition_variable ended_;
+  std::size_t running_;  // guarded by mutex_
+};
 
 }  // namespace
 
@@ -137,22 +204,7 @@ PushLineSource::Taken PushLineSource::takePart(std::string& text) {
 }
 
 PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering) {
-  OrderedAnswers answers(source, output, answering);
-  const auto work = [&] {
-    while (const auto taken = answers.take()) {
-      const auto& [position, push] = *taken;
-      answers.put({push, position, answerPush(push, answering)});
-    }
-  };
-  std::vector<std::thread> helpers;
-  try {
-    while (helpers.size() + 1 < answering.jobs) helpers.emplace_back(work);
-  } catch (const std::system_error&) {
-    // The threads there are do all the work.
-  }
-  work();
-  for (std::thread& helper : helpers) helper.join();
-  return answers.result();
+  return AnsweringJobs(source, output, answering).run();
 }
 
 }  // namespace QXPlatform

@@ -71,10 +71,14 @@ class PushLineSource final : public PushSource {
   std::array<char, 16384> buffer_;
 };
 
+// Called once with what is answered to a push, at once or later, on any thread. An error takes its place.
+using PushCompletion = std::function<void(Result<Dictionary>)>;
+
 // How a batch of pushes is answered.
 struct PushAnswering {
-  // Answers one push; called on up to `jobs` threads at once. An error takes the answer's place.
-  std::function<Result<Dictionary>(const std::shared_ptr<const UNNotificationRequest>&)> answer;
+  // Answers one push. Called for up to `jobs` pushes at once, on any thread; but all on the thread that calls
+  // answerPushes() as long as there is one job whose answers come at once.
+  std::function<void(const std::shared_ptr<const UNNotificationRequest>&, PushCompletion)> answer;
   std::size_t jobs = 1;
   JSONLimits limits = {};  // of a push's text
   // The text that is written for an answer, compact JSON of it without this. Called on several threads at
@@ -90,7 +94,8 @@ struct PushAnswers {
   bool outputFailed = false;  // answers were lost
 };
 
-// Writes one answer a push, each as soon as it and, in order, all before it are there.
+// Writes one answer a push, each as soon as it and, in order, all before it are there. No thread waits for an
+// answer: the one that brings it takes the next push.
 //
 // Stops taking pushes when the output fails.
 PushAnswers answerPushes(PushSource& source, std::ostream& output, const PushAnswering& answering);

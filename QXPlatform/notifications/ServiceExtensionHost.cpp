@@ -1,9 +1,11 @@
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 
 #include <algorithm>
-#include <condition_variable>
+#include <exception>
+#include <future>
 #include <new>
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "QXPlatform/dispatch/Clock.h"
@@ -11,6 +13,7 @@
 #include "QXPlatform/log/LogSubject.h"
 #include "QXPlatform/log/StandardError.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
+#include "QXPlatform/notifications/TimeLimits.h"
 
 namespace QXPlatform {
 
@@ -20,37 +23,64 @@ constexpr Clock::Duration kMostBeforeTheEnd = std::chrono::seconds(1);
 // Beyond that many the oldest goes: its processors have long had their time.
 constexpr std::size_t kMostExpiredKept = 64;
 
+using Outcome = ServiceExtensionResult::Outcome;
+
 }  // namespace
 
-// Where the first call of the content handler leaves the content. Shared with the handler, which may outlive
-// the wait.
-struct ServiceExtensionHost::Delivery {
-  std::mutex mutex;
-  std::condition_variable arrived;
-  std::optional<NotificationProperties> content;  // guarded by mutex
+// One notification on its way, shared with the content handler, which may outlive it; so it must not hold the
+// extension, which holds the handler. The first content that it is given is what becomes of it.
+class ServiceExtensionHost::Push {
+ public:
+  Push(std::shared_ptr<const UNNotificationRequest> request, Completion completion)
+      : request_(std::move(request)), completion_(std::move(completion)) {}
+
+  const std::shared_ptr<const UNNotificationRequest>& request() const { return request_; }
+  const LogSubject& subject() const { return subject_; }
+  Clock::TimePoint begin() const { return begin_; }
+
+  void tellExpired() {
+    const std::lock_guard lock(mutex_);
+    if (!accepted_) outcome_ = Outcome::expired;
+  }
 
   // Closed before it is read: what is attached later is not kept, what was attached before is seen here.
-  void accept(const UNNotificationContent& delivered) {
+  // Returns whether it is the first.
+  bool accept(const UNNotificationContent& delivered) {
     delivered.close();
     NotificationProperties properties = delivered.snapshot();
-    const std::lock_guard lock(mutex);
-    if (content) return;
-    content = std::move(properties);
-    arrived.notify_all();
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(accepted_, true)) return false;
+    content_ = std::move(properties);
+    elapsed_ = Clock::current().now() - begin_;
+    return true;
+  }
+  bool acceptAsItCame() {
+    tellExpired();
+    if (request_->content != nullptr) return accept(*request_->content);
+    return accept(UNNotificationContent({}));
   }
 
-  bool waitUntil(Clock::TimePoint deadline) {
-    std::unique_lock lock(mutex);
-    return Clock::current().waitUntil(lock, arrived, deadline, [this] { return content.has_value(); });
+  // Once, by whoever gave the first content.
+  ServiceExtensionResult takeResult() {
+    if (request_->content != nullptr) request_->content->close();
+    const std::lock_guard lock(mutex_);
+    return {request_->identifier, outcome_, elapsed_, std::move(content_)};
   }
+  Completion takeCompletion() { return std::exchange(completion_, nullptr); }
 
-  // What there is, which is from now on all that counts, or else the notification as it came.
-  NotificationProperties shown(const UNNotificationContent* original) {
-    if (original != nullptr) original->close();
-    const std::lock_guard lock(mutex);
-    if (!content) content = original != nullptr ? original->snapshot() : NotificationProperties();
-    return *content;
-  }
+  TimeLimits::Limit nearlyOver, over;  // set before the extension is called
+
+ private:
+  const std::shared_ptr<const UNNotificationRequest> request_;
+  Completion completion_;
+  const LogSubject subject_ = std::make_shared<const std::string>(request_->identifier);
+  const Clock::TimePoint begin_ = Clock::current().now();
+  std::mutex mutex_;
+  // Below, guarded by mutex_.
+  Outcome outcome_ = Outcome::delivered;
+  bool accepted_ = false;
+  Clock::Duration elapsed_{};
+  NotificationProperties content_;
 };
 
 ServiceExtensionHost::ServiceExtensionHost(ServiceExtensionFactory makeExtension,
@@ -59,49 +89,94 @@ ServiceExtensionHost::ServiceExtensionHost(ServiceExtensionFactory makeExtension
     : makeExtension_(std::move(makeExtension)),
       timeLimit_(timeLimit),
       attachments_(std::move(attachments)),
-      entryQueue_("service.extension.entry", DispatchQueue::Attribute::concurrent) {}
+      entryQueue_("service.extension.entry", DispatchQueue::Attribute::concurrent),
+      timeLimits_(std::make_unique<TimeLimits>()) {}
 
-ServiceExtensionResult ServiceExtensionHost::run(
-    const std::shared_ptr<const UNNotificationRequest>& request) {
-  const auto start = Clock::current().now();
+ServiceExtensionHost::~ServiceExtensionHost() = default;
+
+void ServiceExtensionHost::start(const std::shared_ptr<const UNNotificationRequest>& request,
+                                 Completion completion) {
+  const auto push = std::make_shared<Push>(request, std::move(completion));
+  const ScopedLogSubject subject(push->subject());
   try {
-    return extend(request);
+    extend(push);
   } catch (const std::bad_alloc&) {
     writeToStandardError("out of memory: the notification is shown as it came\n");
-    return {request->identifier, ServiceExtensionResult::Outcome::expired, Clock::current().now() - start,
-            request->content != nullptr ? request->content->snapshot() : NotificationProperties()};
+    showAsItCame(*push);
   }
 }
 
-ServiceExtensionResult ServiceExtensionHost::extend(
+ServiceExtensionResult ServiceExtensionHost::run(
     const std::shared_ptr<const UNNotificationRequest>& request) {
-  const ScopedLogSubject subject(std::make_shared<const std::string>(request->identifier));
-  const Clock& clock = Clock::current();
-  const auto start = clock.now();
-  const auto limit = std::chrono::duration_cast<Clock::Duration>(timeLimit_);
-  const auto delivery = std::make_shared<Delivery>();
+  const auto result = std::make_shared<std::promise<ServiceExtensionResult>>();
+  auto arrival = result->get_future();
+  start(request, [result](ServiceExtensionResult arrived) { result->set_value(std::move(arrived)); });
+  return arrival.get();
+}
+
+void ServiceExtensionHost::extend(const std::shared_ptr<Push>& push) {
   const std::shared_ptr<UNNotificationServiceExtension> extension = makeExtension_();
-
+  setLimits(push, extension);
   // On a thread of its own, so that a host whose hooks hang still meets its time limit.
-  entryQueue_.async([extension, request, delivery] {
-    extension->didReceiveNotificationRequest(request,
-                                             [delivery](const auto& content) { delivery->accept(*content); });
+  entryQueue_.async([this, push, extension] {
+    extension->didReceiveNotificationRequest(push->request(), [this, push](const auto& content) {
+      if (push->accept(*content)) finishSoon(push);
+    });
   });
+  if (timeLimits_->areKept() && DispatchQueue::canRun()) return;
+  os_log({"ServiceExtension", "ServiceGeneral", LogType::error,
+          "No thread for the extension: the notification is shown as it came"});
+  showAsItCame(*push);
+}
 
-  auto outcome = ServiceExtensionResult::Outcome::delivered;
-  if (!DispatchQueue::canRun()) {
-    os_log({"ServiceExtension", "ServiceGeneral", LogType::error,
-            "No thread for the extension: the notification is shown as it came"});
-    outcome = ServiceExtensionResult::Outcome::expired;
-  } else if (!delivery->waitUntil(start + limit - std::min(kMostBeforeTheEnd, limit / 10))) {
-    outcome = ServiceExtensionResult::Outcome::expired;
-    tellExpired(extension);
-    delivery->waitUntil(start + limit);
+void ServiceExtensionHost::setLimits(const std::shared_ptr<Push>& push,
+                                     const std::shared_ptr<UNNotificationServiceExtension>& extension) {
+  const auto limit = std::chrono::duration_cast<Clock::Duration>(timeLimit_);
+  const auto end = push->begin() + limit;
+  push->nearlyOver = timeLimits_->set(end - std::min(kMostBeforeTheEnd, limit / 10), [this, push, extension] {
+    const ScopedLogSubject subject(push->subject());
+    push->tellExpired();
+    try {
+      tellExpired(extension);
+    } catch (const std::bad_alloc&) {
+      writeToStandardError("out of memory: the extension is not told that its time is about to end\n");
+    }
+  });
+  push->over = timeLimits_->set(end, [this, push] {
+    try {
+      // Not on a thread of the queues: hooks that hang may have taken all of them.
+      std::thread([this, push] { showAsItCame(*push); }).detach();
+    } catch (const std::exception&) {
+      showAsItCame(*push);
+    }
+  });
+}
+
+// Not inside the extension's call, which has other things to do.
+void ServiceExtensionHost::finishSoon(const std::shared_ptr<Push>& push) {
+  // A handle of its own: the host may go as soon as this one has ended.
+  const DispatchQueue queue = entryQueue_;
+  try {
+    queue.async([this, push] { finish(*push); });
+  } catch (const std::bad_alloc&) {
+    finish(*push);
   }
-  const auto elapsed = clock.now() - start;
-  NotificationProperties shown = delivery->shown(request->content.get());
-  keepDownloads(shown.attachments);
-  return {request->identifier, outcome, elapsed, std::move(shown)};
+}
+
+void ServiceExtensionHost::showAsItCame(Push& push) {
+  if (push.acceptAsItCame()) finish(push);
+}
+
+void ServiceExtensionHost::finish(Push& push) {
+  timeLimits_->remove(push.nearlyOver);
+  timeLimits_->remove(push.over);
+  const auto completion = push.takeCompletion();
+  ServiceExtensionResult result = push.takeResult();
+  {
+    const ScopedLogSubject subject(push.subject());
+    keepDownloads(result.content.attachments);
+  }
+  completion(std::move(result));
 }
 
 // What cannot be kept is not shown.

@@ -64,7 +64,10 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
   PushLineSource source(standardInput(), {}, kLongestFullRequest);
   const PushAnswers answers = answerPushes(
       source, std::cout,
-      {.answer = [&](const auto& request) -> Result<Dictionary> { return host.run(request).toJSON(); },
+      {.answer =
+           [&](const auto& request, const auto& completion) {
+             host.start(request, [completion](const auto& result) { completion(result.toJSON()); });
+           },
        .jobs = arguments->jobs,
        .limits = kFullRequestLimits,
        .inOrder = false,

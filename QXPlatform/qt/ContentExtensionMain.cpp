@@ -91,7 +91,10 @@ bool answerAll(const Arguments& arguments, const ContentExtensionHostFactory& ma
     return answer(*host, *request);
   };
   const PushAnswers answers =
-      answerPushes(*source, std::cout, {.answer = show, .limits = kFullRequestLimits, .progress = nullptr});
+      answerPushes(*source, std::cout,
+                   {.answer = [&](const auto& request, const auto& completion) { completion(show(request)); },
+                    .limits = kFullRequestLimits,
+                    .progress = nullptr});
   return answers.errors == 0 && !answers.outputFailed;
 }
 

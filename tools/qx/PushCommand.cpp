@@ -42,9 +42,6 @@ constexpr auto kLongestWaitForWork = std::chrono::seconds(30);
 constexpr auto kGraceForProgram = std::chrono::seconds(5);
 constexpr int kWrongUsage = 2;
 
-using Answer =
-    std::function<Result<Dictionary>(const std::shared_ptr<const QXPlatform::UNNotificationRequest>&)>;
-
 // What a run of pushes is about.
 struct Run {
   const SimulatorOptions& simulator;
@@ -84,7 +81,7 @@ std::string present(const Run& run, const QXPlatform::AnsweredPush& answered,
 }
 
 QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& attachments,
-                                  const Answer& answer) {
+                                  const decltype(QXPlatform::PushAnswering::answer)& answer) {
   PushFiles files(run.options.files);
   NamedPushes source(files, run.options.identifier, run.simulator.stable);
   Progress progress("pushes");
@@ -105,8 +102,8 @@ Ended pushToBuiltIn(const Run& run, const HostBehaviour& host) {
   QXPlatform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
                                              std::chrono::duration<double>(options.timeLimitSeconds),
                                              attachments.path());
-  const auto answers = answerAll(run, attachments, [&](const auto& request) -> Result<Dictionary> {
-    return extension.run(request).toJSON();
+  const auto answers = answerAll(run, attachments, [&](const auto& request, const auto& completion) {
+    extension.start(request, [completion](const auto& result) { completion(result.toJSON()); });
   });
   QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);
   return {answers, std::nullopt};
@@ -135,8 +132,8 @@ Result<Ended> pushToProgram(const Run& run) {
                         .errorOutput = log != nullptr ? log->descriptor() : STDERR_FILENO});
   if (const auto problem = program.start()) return *problem;
   const auto limit = std::chrono::duration<double>(options.timeLimitSeconds) + kGraceForProgram;
-  const auto answers = answerAll(run, attachments, [&](const auto& request) {
-    return program.ask(QXPlatform::notificationRequestToJSON(*request), limit);
+  const auto answers = answerAll(run, attachments, [&](const auto& request, const auto& completion) {
+    completion(program.ask(QXPlatform::notificationRequestToJSON(*request), limit));
   });
   return Ended{answers, program.finish()};
 }

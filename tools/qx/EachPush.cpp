@@ -1,9 +1,12 @@
 #include "tools/qx/EachPush.h"
 
 #include <algorithm>
-#include <atomic>
+#include <condition_variable>
+#include <deque>
 #include <filesystem>
 #include <iostream>
+#include <list>
+#include <mutex>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -19,13 +22,21 @@ using QXPlatform::Dictionary;
 using QXPlatform::Error;
 using QXPlatform::Result;
 
-// Pushes of one thread that wait for the others'.
-constexpr std::size_t kBatchAThread = 16;
+// What a thread takes at a time: enough that the taking does not count, and little to hold.
+constexpr std::size_t kMostPushesABatch = 32;
+constexpr std::size_t kMostBytesABatch = std::size_t{256} * 1024;
+// How many a thread may be behind what is read.
+constexpr std::size_t kMostBatchesAThread = 4;
 
 struct Task {
   QXPlatform::PushText push;
   PushPlace place;
   PushReport report;
+};
+
+struct Batch {
+  std::vector<Task> tasks;
+  bool isExamined = false;
 };
 
 std::string shownName(const std::string& file) {
@@ -49,38 +60,45 @@ std::vector<std::string> filesIn(const std::string& directory) {
   return files;
 }
 
+// On a terminal, too, what comes before it is seen before.
+void failInTurn(std::string_view command, const std::string& reason) {
+  std::cout.flush();
+  fail(command, reason);
+}
+
 // A file that cannot be opened is named in the reason already.
 std::string withPlace(const PushPlace& place, const Error& error) {
   const std::string file = shownName(place.file);
   return error.message.starts_with(file + ": ") ? error.message : place.name + ": " + error.message;
 }
 
-// Looks at pushes in batches, one as large as there are threads to share it.
+// Has batches of pushes looked at by several threads, of which the one that adds them is one, and reports on
+// them in their order on that one. A single job looks at each push as it comes.
 class Examination {
  public:
   Examination(std::string_view command, std::size_t jobs,
               const std::function<PushReport(const std::string&, const PushPlace&)>& examine,
               const std::function<void(const PushPlace&, const Error&)>& unreadable)
       : command_(command), jobs_(jobs), examine_(examine), unreadable_(unreadable) {}
+  ~Examination() {
+    {
+      const std::lock_guard lock(mutex_);
+      isOver_ = true;
+    }
+    isDue_.notify_all();
+  }
+  Examination(const Examination&) = delete;
+  Examination& operator=(const Examination&) = delete;
 
   void add(QXPlatform::PushText push, PushPlace place) {
-    tasks_.push_back({std::move(push), std::move(place), {}});
-    if (tasks_.size() >= (jobs_ == 1 ? 1 : jobs_ * kBatchAThread)) flush();
+    bytesRead_ += push.text.size();
+    read_.push_back({std::move(push), std::move(place), {}});
+    if (jobs_ == 1 || read_.size() == kMostPushesABatch || bytesRead_ > kMostBytesABatch) handOver();
   }
 
   void flush() {
-    std::atomic<std::size_t> next = 0;
-    const auto work = [&] {
-      for (std::size_t i = next++; i < tasks_.size(); i = next++) examine(tasks_[i]);
-    };
-    std::vector<std::jthread> helpers;
-    for (std::size_t i = 1; i < std::min(jobs_, tasks_.size()); ++i) helpers.emplace_back(work);
-    work();
-    helpers.clear();
-    for (const Task& task : tasks_) {
-      if (!task.report()) exitCode_ = 1;
-    }
-    tasks_.clear();
+    handOver();
+    while (!batches_.empty()) reportOnFirst();
   }
 
   // In the place of a push, what is said of a file that has none.
@@ -91,12 +109,58 @@ class Examination {
   int exitCode() const { return exitCode_; }
 
  private:
+  void handOver() {
+    if (helpers_.size() + 1 < jobs_) helpers_.emplace_back([this] { help(); });
+    bytesRead_ = 0;
+    {
+      const std::lock_guard lock(mutex_);
+      batches_.push_back({std::exchange(read_, {})});
+      due_.push_back(&batches_.back());
+    }
+    isDue_.notify_one();
+    while (batches_.size() > (jobs_ == 1 ? 0 : jobs_ * kMostBatchesAThread)) reportOnFirst();
+  }
+
+  void help() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+      isDue_.wait(lock, [this] { return isOver_ || !due_.empty(); });
+      if (due_.empty()) return;
+      examineNext(lock);
+    }
+  }
+
+  // Looks at others while the first is with another thread.
+  void reportOnFirst() {
+    Batch& first = batches_.front();
+    {
+      std::unique_lock lock(mutex_);
+      while (!first.isExamined && !due_.empty()) examineNext(lock);
+      isExamined_.wait(lock, [&] { return first.isExamined; });
+    }
+    for (const Task& task : first.tasks) {
+      if (!task.report()) exitCode_ = 1;
+    }
+    std::cout.flush();
+    batches_.pop_front();
+  }
+
+  void examineNext(std::unique_lock<std::mutex>& lock) {
+    Batch& batch = *due_.front();
+    due_.pop_front();
+    lock.unlock();
+    for (Task& task : batch.tasks) examine(task);
+    lock.lock();
+    batch.isExamined = true;
+    isExamined_.notify_one();
+  }
+
   void examine(Task& task) const {
     if (!task.push.unreadable) {
       task.report = examine_(task.push.text, task.place);
     } else {
       task.report = [this, &task] {
-        fail(command_, withPlace(task.place, *task.push.unreadable));
+        failInTurn(command_, withPlace(task.place, *task.push.unreadable));
         if (unreadable_) unreadable_(task.place, *task.push.unreadable);
         return false;
       };
@@ -107,8 +171,18 @@ class Examination {
   const std::size_t jobs_;
   const std::function<PushReport(const std::string&, const PushPlace&)>& examine_;
   const std::function<void(const PushPlace&, const Error&)>& unreadable_;
-  std::vector<Task> tasks_;
+  std::vector<Task> read_;
+  std::size_t bytesRead_ = 0;
+  std::list<Batch> batches_;  // handed over and not reported on
   int exitCode_ = 0;
+
+  std::mutex mutex_;
+  std::condition_variable isDue_;
+  std::condition_variable isExamined_;
+  // Below, guarded by mutex_, as is whether a batch is examined.
+  std::deque<Batch*> due_;
+  bool isOver_ = false;
+  std::vector<std::jthread> helpers_;
 };
 
 void examineFile(const std::string& file, Examination& examination) {
@@ -153,7 +227,7 @@ int printEachChanged(const SimulatorOptions& simulator, std::string_view command
   return forEachPush(command, input, [&](const std::string& text, const PushPlace& place) -> PushReport {
     const auto failed = [&](const Error& error) {
       return [=, message = withPlace(place, error)] {
-        fail(command, message);
+        failInTurn(command, message);
         return false;
       };
     };
@@ -163,7 +237,7 @@ int printEachChanged(const SimulatorOptions& simulator, std::string_view command
     if (!userInfo) return failed(userInfo.error());
     return [&, place, before = push->userInfo(), after = *userInfo,
             line = resultText(simulator, push->replacingUserInfo(*userInfo))] {
-      std::cout << line << std::flush;
+      std::cout << line;
       if (report) report(place, before, after);
       return true;
     };

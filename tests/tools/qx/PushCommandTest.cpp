@@ -372,7 +372,7 @@ TEST(PushCommandTest, WhateverABackEndAnswersAPushTakesLittleMemory) {
 #ifdef QX_SANITIZED
   GTEST_SKIP() << "A sanitizer's own memory is the most of it";
 #endif
-  constexpr long kMostKilobytes = 20 * 1024;
+  constexpr long kMostKilobytes = 22 * 1024;  // the agent ends an extension that holds 24 MB
   std::string widest = "[[]";
   while (widest.size() < 1'000'000) widest += ",[]";
   for (const std::string& body : {widest + "]", std::string(std::size_t{8} << 20, '[')}) {

@@ -16,8 +16,9 @@ namespace QXPlatform {
 
 namespace {
 
-// How many answers a job may wait for an earlier one before no more pushes are taken.
+// When more answers a job, and more text in all, wait for an earlier one, no more pushes are taken.
 constexpr std::size_t kMostWaitingPerJob = 4;
+constexpr std::size_t kMostWaitingBytes = std::size_t{1} << 20;
 
 std::string compactLine(const AnsweredPush& answered) {
   const Dictionary answer = answerToJSON(answered);
@@ -48,11 +49,13 @@ class OrderedAnswers {
   void put(const AnsweredPush& answered) {
     std::string text = answering_.present ? answering_.present(answered) : compactLine(answered);
     const std::lock_guard lock(outputMutex_);
+    waitingBytes_ += text.size();
     waiting_.emplace(answering_.inOrder ? answered.position : written_, std::move(text));
     for (auto next = waiting_.begin(); next != waiting_.end() && next->first == written_;
          next = waiting_.erase(next)) {
       // In one piece, so that what a host prints comes between the lines.
       output_ << next->second;
+      waitingBytes_ -= next->second.size();
       ++written_;
     }
     output_.flush();
@@ -81,7 +84,7 @@ class OrderedAnswers {
     std::unique_lock lock(outputMutex_);
     const std::size_t most = kMostWaitingPerJob * answering_.jobs;
     const auto isOver = [&] { return result_.outputFailed || outOfMemory_; };
-    room_.wait(lock, [&] { return isOver() || waiting_.size() < most; });
+    room_.wait(lock, [&] { return isOver() || waiting_.size() < most || waitingBytes_ < kMostWaitingBytes; });
     return !isOver();
   }
 
@@ -93,6 +96,7 @@ class OrderedAnswers {
   std::ostream& output_;
   const PushAnswering& answering_;
   std::map<std::size_t, std::string> waiting_;
+  std::size_t waitingBytes_ = 0;
   std::size_t written_ = 0;
   std::size_t answered_ = 0;
   PushAnswers result_;

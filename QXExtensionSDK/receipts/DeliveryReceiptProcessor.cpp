@@ -87,6 +87,7 @@ class StatusRun {
 
  private:
   static void storeAndSendAll(const std::shared_ptr<StatusRun>& run) {
+    const QXPlatform::ContainerLookupScope lookedUpOnce;
     auto managers = run->makeManagers();
     if (managers.empty()) {
       Logger::service().debug(LogCategory::deliveryReceipt, "No delivery receipt managers available");

@@ -18,7 +18,7 @@ std::optional<std::filesystem::path> containersRoot();
 std::optional<URL> containerURLForSecurityApplicationGroupIdentifier(std::string_view group);
 
 // While it lives, what the calling thread has once found out of a container stays as it was found: for work
-// that asks again and again. Not nested.
+// that asks again and again. Inside another it does nothing.
 class ContainerLookupScope {
  public:
   ContainerLookupScope();
@@ -29,6 +29,7 @@ class ContainerLookupScope {
  private:
   friend std::optional<URL> containerURLForSecurityApplicationGroupIdentifier(std::string_view group);
 
+  ContainerLookupScope* const outer_;
   std::optional<std::string> group_;  // whose container has been looked up
   std::optional<URL> found_;
 };

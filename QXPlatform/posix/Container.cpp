@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <mutex>
 #include <string>
 #include <system_error>
+
+#include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXPlatform {
 
@@ -22,11 +25,32 @@ std::filesystem::path environmentPath(const char* name) {
   return value == nullptr ? "" : value;
 }
 
+// The URL of the container that was asked for last: to make one costs more than to look whether it is there.
+class LastContainer {
+ public:
+  static LastContainer& shared() {
+    static NeverDestroyed<LastContainer> last;
+    return *last;
+  }
+
+  URL url(const std::string& path) {
+    const std::lock_guard lock(mutex_);
+    if (path_ != path || !url_) url_ = URL::file(path_ = path);
+    return *url_;
+  }
+
+ private:
+  std::mutex mutex_;
+  // Below, guarded by mutex_.
+  std::string path_;
+  std::optional<URL> url_;
+};
+
 std::optional<URL> lookUp(std::string_view group) {
   const auto path = containerPathForGroup(group);
   std::error_code error;
   if (!path || !std::filesystem::is_directory(*path, error)) return std::nullopt;
-  return URL::file(path->native());
+  return LastContainer::shared().url(path->native());
 }
 
 thread_local ContainerLookupScope* currentScope = nullptr;
@@ -61,12 +85,12 @@ std::optional<URL> containerURLForSecurityApplicationGroupIdentifier(std::string
   return scope->found_;
 }
 
-ContainerLookupScope::ContainerLookupScope() {
-  currentScope = this;
+ContainerLookupScope::ContainerLookupScope() : outer_(currentScope) {
+  if (outer_ == nullptr) currentScope = this;
 }
 
 ContainerLookupScope::~ContainerLookupScope() {
-  currentScope = nullptr;
+  if (outer_ == nullptr) currentScope = nullptr;
 }
 
 }  // namespace QXPlatform

@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
-#include <ctime>
 #include <map>
 #include <mutex>
 #include <string>
@@ -19,8 +19,10 @@ namespace {
 
 constexpr std::size_t kMostFiles = 16;
 constexpr std::size_t kMostBytes = 4096;
-// The system's times of change are some milliseconds coarse, on some file systems a second or two.
-constexpr std::time_t kSecondsUntilTimesTell = 2;
+// How long a change may go on having the same time as the one before: some milliseconds where times have
+// fractions, else a second or two.
+constexpr std::chrono::milliseconds kCoarsest{2000};
+constexpr std::chrono::milliseconds kCoarse{100};
 
 // Which state of which file. The time of change moves with every write, rename and change of permissions, and
 // no program can set it.
@@ -35,6 +37,13 @@ struct Identity {
            left.changed.tv_sec == right.changed.tv_sec && left.changed.tv_nsec == right.changed.tv_nsec;
   }
 };
+
+bool mayChangeUnseen(const timespec& changed) {
+  const std::chrono::nanoseconds time =
+      std::chrono::seconds(changed.tv_sec) + std::chrono::nanoseconds(changed.tv_nsec);
+  const auto age = std::chrono::system_clock::now().time_since_epoch() - time;
+  return age < (changed.tv_nsec == 0 ? kCoarsest : kCoarse);
+}
 
 struct Looked {
   bool exists;
@@ -96,8 +105,7 @@ void keepContents(const URL& file, const Data& contents) {
   const auto path = filePath(file);
   if (!path || contents.size() > kMostBytes) return;
   const auto identity = look(*path).identity;
-  const bool timesTell = identity && std::time(nullptr) - identity->changed.tv_sec >= kSecondsUntilTimesTell;
-  if (timesTell) KeptFiles::shared().keep(*path, *identity, contents);
+  if (identity && !mayChangeUnseen(identity->changed)) KeptFiles::shared().keep(*path, *identity, contents);
 }
 
 }  // namespace QXPlatform

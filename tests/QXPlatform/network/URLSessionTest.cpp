@@ -154,7 +154,8 @@ TEST(URLSessionTest, ABrokenAnswerIsAnError) {
     EXPECT_EQ(outcome.code(), code) << static_cast<int>(response.fault);
     EXPECT_EQ(outcome.data, std::nullopt);
     ASSERT_TRUE(outcome.error);
-    EXPECT_THAT(outcome.error->description(), AllOf(HasSubstr("127.0.0.1: "), Not(HasSubstr("secret"))));
+    EXPECT_THAT(outcome.error->description(),
+                AllOf(HasSubstr("127.0.0.1: "), Not(HasSubstr("secret")), Not(HasSubstr("out of memory"))));
   }
 }
 
@@ -327,6 +328,7 @@ TEST(URLSessionDeathTest, TheProcessMayEndWithATransferInFlight) {
 }
 
 [[noreturn]] void exitAfterAWantOfDescriptors() {
+  alarm(40);
   const LoopbackServer server = answering({.body = "answer"});
   rlimit before{};
   getrlimit(RLIMIT_NOFILE, &before);

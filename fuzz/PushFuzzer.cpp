@@ -23,7 +23,7 @@ using namespace AppGroupSDK;
 using QXPlatform::fatalError;
 
 constexpr std::string_view kSecret = "access-secret";
-constexpr auto kTimeLimit = std::chrono::seconds(5);
+constexpr auto kTimeLimit = std::chrono::seconds(30);
 
 class NotificationService final : public QXExtensionSDK::VTQXNotificationService {
  public:

@@ -10,6 +10,16 @@
 
 namespace qx {
 
+namespace {
+
+// Asked once: it does not change, and every push of thousands would ask again.
+bool writesToTerminal() {
+  static const bool writes = isatty(STDOUT_FILENO) != 0;
+  return writes;
+}
+
+}  // namespace
+
 std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Value& result) {
   const auto style = simulator.pretty ? QXPlatform::JSONStyle::pretty : QXPlatform::JSONStyle::compact;
   const auto text = QXPlatform::writeJSON(result, style);
@@ -17,11 +27,11 @@ std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Valu
 }
 
 bool isForPeople(const SimulatorOptions& simulator) {
-  return !simulator.json && !simulator.pretty && isatty(STDOUT_FILENO) != 0;
+  return !simulator.json && !simulator.pretty && writesToTerminal();
 }
 
 bool isInColour() {
-  return isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+  return writesToTerminal() && std::getenv("NO_COLOR") == nullptr;
 }
 
 void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& result) {

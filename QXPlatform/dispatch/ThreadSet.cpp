@@ -100,7 +100,7 @@ ThreadSet::Call ThreadSet::callOne() {
 // False when there is no thread to be had.
 bool ThreadSet::perform(const Call& call) {
   if (call.isNew) return call.worker == nullptr || launch(*call.worker);
-  if (call.worker != nullptr) call.worker->called.notify_one();
+  if (call.worker != nullptr) call.worker->called.send();
   return true;
 }
 
@@ -170,6 +170,16 @@ void ThreadSet::runNext(Worker& worker, std::unique_lock<std::mutex>& lock) {
   worker.isBusy = false;
 }
 
+bool ThreadSet::isCalledWithin(std::chrono::nanoseconds patience, Worker& worker,
+                               std::unique_lock<std::mutex>& lock) {
+  lock.unlock();
+  const bool isCalled = worker.called.waitFor(patience);
+  lock.lock();
+  // In the last moment: the call itself is still on its way.
+  if (!isCalled && worker.mayWork) worker.called.wait();
+  return worker.mayWork;
+}
+
 // Returns whether the worker was called before its time as an idle one was over.
 bool ThreadSet::waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock) {
   worker.mayWork = false;
@@ -177,7 +187,7 @@ bool ThreadSet::waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock) 
   idle_.insert(looksOut ? idle_.begin() : idle_.end(), &worker);
   if (looksOut && lookOut(worker, lock)) return true;
   // In real time: an idle thread is no business of a clock that a test installs and takes away again.
-  if (worker.called.wait_for(lock, kIdleLifetime, [&] { return worker.mayWork; })) {
+  if (worker.mayWork || isCalledWithin(kIdleLifetime, worker, lock)) {
     --onTheirWay_;
     return true;
   }
@@ -191,7 +201,7 @@ bool ThreadSet::lookOut(Worker& worker, std::unique_lock<std::mutex>& lock) {
   lookout_ = &worker;
   for (bool isQuiet = false; !isQuiet;) {
     const std::size_t startedBefore = taken_ + waiting_.size();
-    if (worker.called.wait_for(lock, kBetweenLooks, [&] { return worker.mayWork; })) return false;
+    if (isCalledWithin(kBetweenLooks, worker, lock)) return false;
     if (taken_ < startedBefore) {
       std::erase(idle_, &worker);
       lookout_ = nullptr;

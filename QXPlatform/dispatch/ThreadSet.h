@@ -1,6 +1,6 @@
 #pragma once
 
-#include <condition_variable>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "QXPlatform/dispatch/ThreadName.h"
+#include "QXPlatform/dispatch/ThreadSignal.h"
 #include "QXPlatform/dispatch/WorkItem.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
 
@@ -62,7 +63,7 @@ class ThreadSet {
  private:
   friend class NeverDestroyed<ThreadSet>;
   struct Worker {
-    std::condition_variable called;
+    ThreadSignal called;
     bool mayWork = false;
     bool alive = false;
     ThreadHandle thread{};            // while alive
@@ -92,6 +93,8 @@ class ThreadSet {
 
   void serve(Worker& worker);
   void runNext(Worker& worker, std::unique_lock<std::mutex>& lock);
+  static bool isCalledWithin(std::chrono::nanoseconds patience, Worker& worker,
+                             std::unique_lock<std::mutex>& lock);
   bool waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock);
   bool lookOut(Worker& worker, std::unique_lock<std::mutex>& lock);
   bool nameThreads();

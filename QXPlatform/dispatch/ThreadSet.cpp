@@ -12,6 +12,9 @@ namespace {
 
 constexpr std::chrono::seconds kIdleLifetime{2};
 constexpr std::chrono::milliseconds kBetweenLooks{1};
+// After that many items a thread is not kept idle. The allocator keeps freed blocks for each thread, more
+// with every size that it meets; they go with the thread.
+constexpr std::size_t kMostItems = 256;
 
 }  // namespace
 
@@ -145,9 +148,10 @@ void ThreadSet::serve(Worker& worker) {
   worker.thread = currentThread();
   worker.name.reset();
   --onTheirWay_;
+  std::size_t items = 0;
   do {
-    while (!waiting_.empty()) runNext(worker, lock);
-  } while (waitForCall(worker, lock));
+    for (; !waiting_.empty(); ++items) runNext(worker, lock);
+  } while (items < kMostItems && waitForCall(worker, lock));
   worker.alive = false;
   --alive_;
 }

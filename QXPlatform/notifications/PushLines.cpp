@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "QXPlatform/dispatch/DispatchQueue.h"
+#include "QXPlatform/foundation/MemoryUse.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
 
 namespace QXPlatform {
@@ -19,6 +20,8 @@ namespace {
 // When more answers a job, and more text in all, wait for an earlier one, no more pushes are taken.
 constexpr std::size_t kMostWaitingPerJob = 4;
 constexpr std::size_t kMostWaitingBytes = std::size_t{1} << 20;
+// Of how many answers one is followed by giving back the memory that has come free.
+constexpr std::size_t kAnswersToGiveBack = 1000;
 
 std::string compactLine(const AnsweredPush& answered) {
   const Dictionary answer = answerToJSON(answered);
@@ -62,7 +65,7 @@ class OrderedAnswers {
     if (!output_) result_.outputFailed = true;
     room_.notify_all();
     if (!answered.answer) ++result_.errors;
-    ++answered_;
+    if (++answered_ % kAnswersToGiveBack == 0) giveBackFreeMemory();
     if (answering_.progress) answering_.progress(answered_);
   }
 

@@ -9,6 +9,7 @@
 
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/foundation/CommandLine.h"
+#include "QXPlatform/foundation/MemoryUse.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "QXPlatform/notifications/StandardInput.h"
@@ -55,6 +56,7 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
               << mostAtOnce << " at most)\n";
     return 2;
   }
+  keepMemoryUseEven();
   // A reader that goes away ends the answers, not the work in flight.
   std::signal(SIGPIPE, SIG_IGN);
   // A file that may not grow is an error of the write.

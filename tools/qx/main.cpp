@@ -18,6 +18,7 @@
 #include "AppGroupSDK/ExtensionModuleName.h"
 #include "QXExtensionSDK/Version.h"
 #include "QXExtensionSDK/runtime/VTQXNotificationService.h"
+#include "QXPlatform/foundation/MemoryUse.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "tools/qx/AuthoringCommands.h"
 #include "tools/qx/BackendCommand.h"
@@ -566,6 +567,7 @@ int run(Invocation& invocation) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  QXPlatform::keepMemoryUseEven();
   CLI::App app("qx: plays the operating system, the host application and the back end around QXExtensionSDK",
                "qx");
   app.set_version_flag("--version",

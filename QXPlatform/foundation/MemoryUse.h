@@ -1,0 +1,13 @@
+#pragma once
+
+namespace QXPlatform {
+
+// Says that this program is to stay small and even in size, however long it runs and however many threads
+// work at the same time. To be called early, while there is a single thread; a library leaves it to its
+// program.
+void keepMemoryUseEven();
+
+// Gives memory that is free back to the system. Takes about a millisecond. Any thread.
+void giveBackFreeMemory();
+
+}  // namespace QXPlatform

@@ -15,15 +15,12 @@ using namespace QXPlatform;
 constexpr std::size_t kMostAnswerBytes = 4096;
 
 URLSessionConfiguration configuration() {
-  return {.timeoutIntervalForRequest = std::chrono::seconds(2),
-          .timeoutIntervalForResource = std::chrono::seconds(2),
-          .mostAnswerBytes = kMostAnswerBytes};
+  return {.mostAnswerBytes = kMostAnswerBytes};
 }
 
 void check(const std::optional<Data>& body, const URLResponse* response,
            const std::optional<URLError>& error) {
   if (body.has_value() == error.has_value()) fatalError("Neither an answer nor an error, or both");
-  if (error && error->code == URLError::Code::timedOut) fatalError("Waited for a server that had hung up");
   if (error) return;
   if (body->size() > kMostAnswerBytes) fatalError("More than was asked for");
   const auto* http = dynamic_cast<const HTTPURLResponse*>(response);

@@ -79,6 +79,19 @@ TEST(DispatchQueueTest, BlockedItemsKeepNoneFromStartingUpTo64Threads) {
   EXPECT_EQ(started, 200);
 }
 
+TEST(DispatchQueueTest, AnItemMayBlockForWhatItHasSubmitted) {
+  const DispatchQueue queue("concurrent", Attribute::concurrent);
+  const DispatchGroup group;
+  for (int round = 0; round < 20; ++round) {
+    queue.async(group, [&] {
+      const auto gates = std::make_shared<std::array<Gate, 3>>();
+      for (Gate& gate : *gates) queue.async([gates, &gate] { gate.open(); });
+      for (const Gate& gate : *gates) gate.wait();
+    });
+    ASSERT_TRUE(group.wait(soon()));
+  }
+}
+
 TEST(DispatchQueueTest, ABarrierRunsAloneBetweenEarlierAndLaterItems) {
   const DispatchQueue queue("concurrent", Attribute::concurrent);
   const DispatchGroup group;

@@ -56,6 +56,9 @@ DownloadDirectory& DownloadDirectory::shared() {
 // gone.
 DownloadDirectory::DownloadDirectory() {
   static_cast<void>(std::atexit([] { shared().removeAll(); }));
+  std::error_code error;
+  const fs::path parent = fs::temp_directory_path(error);
+  if (!error) removeAbandoned(parent);
 }
 
 Result<std::string> DownloadDirectory::makeSubdirectory() {
@@ -77,7 +80,6 @@ std::optional<Error> DownloadDirectory::make() {
   std::error_code error;
   const fs::path parent = fs::temp_directory_path(error);
   if (error) return Error{error.message()};
-  removeAbandoned(parent);
   std::string directory = (parent / kNamePrefix).native() + "XXXXXX";
   if (mkdtemp(directory.data()) == nullptr) return lastError();
   held_.reset();

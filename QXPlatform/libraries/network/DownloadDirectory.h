@@ -13,7 +13,7 @@ namespace QXPlatform {
 
 // The one directory under the system's temporary directory that holds all that this process's sessions
 // download: made with the first file, with mode 0700, and removed with all that is left in it when the
-// process exits. Making it removes those of processes that were killed. Any thread.
+// process exits. With the first session those of processes that were killed are removed. Any thread.
 class DownloadDirectory {
  public:
   static DownloadDirectory& shared();

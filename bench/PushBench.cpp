@@ -5,6 +5,7 @@
 #include <openssl/evp.h>
 
 #include <condition_variable>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -59,8 +60,10 @@ std::shared_ptr<const QXPlatform::UNNotificationRequest> makeRequest(const std::
       "bench", std::make_shared<const QXPlatform::UNNotificationContent>(std::move(properties))});
 }
 
+// QX_BENCH_ITERATIONS: so many and no more, for who counts what one takes.
 void sizes(benchmark::internal::Benchmark* bench) {
   bench->Arg(1536)->Arg(12288)->Arg(61440);
+  if (const char* const count = std::getenv("QX_BENCH_ITERATIONS")) bench->Iterations(std::stol(count));
 }
 
 void BM_Floor(benchmark::State& state) {

@@ -52,7 +52,8 @@ qx_package(libqxextensionsdk-dev SECTION libdevel
   DEPENDS "libqxextensionsdk1 (= ${PROJECT_VERSION}), libqxextensionsdk-content1 (= ${PROJECT_VERSION}), libssl-dev, qt6-base-dev"
   SUMMARY "rich push for notification extensions, for developers"
   ABOUT "Headers, CMake package and pkg-config files, and what a host tests its\nhooks with.")
-qx_package(qx SECTION devel
+# Galleries hold their pictures as WebP, which a plugin writes that no link shows.
+qx_package(qx SECTION devel DEPENDS "qt6-image-formats-plugins"
   SUMMARY "simulator for pushes and notification extensions"
   ABOUT "Plays the operating system, the host app and the back end: sends, checks and\npacks pushes, and draws carousels.")
 qx_package(qx-agent SECTION net RECOMMENDS "default-dbus-session-bus | dbus-session-bus"

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <span>
 
+#include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/FatalError.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
 
@@ -55,11 +56,6 @@ class RandomBytes {
   std::size_t left_ = 0;
 };
 
-void appendHex(std::string& text, std::span<const std::uint8_t> bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  for (const std::uint8_t byte : bytes) (text += kDigits[byte >> 4]) += kDigits[byte & 0x0F];
-}
-
 }  // namespace
 
 std::string makeUUIDString() {
@@ -70,7 +66,8 @@ std::string makeUUIDString() {
   std::size_t at = 0;
   for (const std::size_t count : kGroups) {
     if (!text.empty()) text += '-';
-    appendHex(text, std::span(bytes).subspan(at, count));
+    for (const std::uint8_t byte : std::span(bytes).subspan(at, count))
+      appendHexByte(text, byte, kUppercaseHexDigits);
     at += count;
   }
   return text;

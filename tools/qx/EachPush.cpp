@@ -43,21 +43,40 @@ std::string shownName(const std::string& file) {
   return file == "-" ? "standard input" : file;
 }
 
-bool holdsPushes(const std::filesystem::directory_entry& entry) {
+// Below a directory: a file of pushes, or what cannot be looked into, and why.
+struct DirectoryPart {
+  std::string path;
+  std::string unreadable;
+};
+
+// What is there as a name alone, such as a link that leads nowhere, says why when it is opened.
+bool mayHoldPushes(const std::filesystem::directory_entry& entry) {
   const auto extension = entry.path().extension();
-  return entry.is_regular_file() && (extension == ".json" || extension == ".ndjson");
+  std::error_code ignored;
+  return (extension == ".json" || extension == ".ndjson") &&
+         (entry.is_regular_file(ignored) || !entry.exists(ignored));
+}
+
+void listParts(const std::filesystem::path& directory, std::vector<DirectoryPart>& parts) {
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
+       entry.increment(error)) {
+    std::error_code ignored;
+    if (!entry->is_symlink(ignored) && entry->is_directory(ignored)) {
+      listParts(entry->path(), parts);
+    } else if (mayHoldPushes(*entry)) {
+      parts.push_back({entry->path().string(), ""});
+    }
+  }
+  if (error) parts.push_back({directory.string(), error.message()});
 }
 
 // In the order of their names, below the directory too.
-std::vector<std::string> filesIn(const std::string& directory) {
-  std::vector<std::string> files;
-  std::error_code error;
-  for (std::filesystem::recursive_directory_iterator entry(directory, error), end; !error && entry != end;
-       entry.increment(error)) {
-    if (holdsPushes(*entry)) files.push_back(entry->path().string());
-  }
-  std::ranges::sort(files);
-  return files;
+std::vector<DirectoryPart> partsOf(const std::string& directory) {
+  std::vector<DirectoryPart> parts;
+  listParts(directory, parts);
+  std::ranges::sort(parts, {}, &DirectoryPart::path);
+  return parts;
 }
 
 // On a terminal, too, what comes before it is seen before.
@@ -102,8 +121,8 @@ class Examination {
   }
 
   // In the place of a push, what is said of a file that has none.
-  void addUnreadable(const std::string& file, const char* reason) {
-    add({{}, 1, "", Error{reason}}, {.file = file, .name = shownName(file)});
+  void addUnreadable(const std::string& file, std::string reason) {
+    add({{}, 1, "", Error{std::move(reason)}}, {.file = file, .name = shownName(file)});
   }
 
   int exitCode() const { return exitCode_; }
@@ -212,9 +231,15 @@ int forEachPush(std::string_view command, const PushInput& input,
       examineFile(file, examination);
       continue;
     }
-    const auto files = filesIn(file);
-    if (files.empty()) examination.addUnreadable(file, "no .json and no .ndjson file");
-    for (const std::string& each : files) examineFile(each, examination);
+    const auto parts = partsOf(file);
+    if (parts.empty()) examination.addUnreadable(file, "no .json and no .ndjson file");
+    for (const auto& [path, reason] : parts) {
+      if (reason.empty()) {
+        examineFile(path, examination);
+      } else {
+        examination.addUnreadable(path, reason);
+      }
+    }
   }
   examination.flush();
   return examination.exitCode();

@@ -32,10 +32,16 @@ QXPlatform::Error tooLong() {
   return {"a push of more than 4 MiB"};
 }
 
-// Whether more text could make it JSON.
-bool endsEarly(std::string_view line) {
+// Whether lines that follow could make it one push: it ends within an object, or begins as one that was
+// broken by hand or by an editor does.
+bool mayBeginPush(std::string_view line) {
+  using namespace std::string_view_literals;
+  constexpr std::string_view kBegins = "{/#\xEF\xFE\xFF\0"sv;  // with comments, and marks of encodings
   const auto error = QXPlatform::findJSONTextError(line);
-  return error && error->offset == line.size();
+  if (!error || error->offset == line.size()) return error.has_value();
+  line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
+  const std::string_view end = line.substr(0, line.find_last_not_of(" \t\r,") + 1);
+  return !end.empty() && !end.ends_with('}') && kBegins.find(end.front()) != std::string_view::npos;
 }
 
 // Whether one of the lines is an object by itself.
@@ -115,23 +121,22 @@ std::optional<QXPlatform::PushText> PushFiles::open(const std::string& name) {
   return QXPlatform::PushText{std::move(text), 1, shownName, std::nullopt};
 }
 
-// Only a first line that ends within an object may begin a push of several lines, so one that is whole is
-// handed out before anything else is read.
+// A first line that is JSON is handed out before anything else is read.
 std::optional<QXPlatform::PushText> PushFiles::openStandardInput(const std::string& shownName) {
   std::istream& input = QXPlatform::standardInput();
   lines_ = std::make_unique<QXPlatform::PushLineSource>(input, shownName);
   auto first = lines_->next();
-  if (!first || first->unreadable || !endsEarly(first->text)) return first;
-  std::string rest = readUpTo(QXPlatform::kLongestPush, input);
-  const std::string blankLines(first->line - 1, '\n');
-  if (holdsWholeLine(rest)) {
+  if (!first || first->unreadable || !mayBeginPush(first->text)) return first;
+  const std::string rest = readUpTo(QXPlatform::kLongestPush, input);
+  std::string whole = first->text + "\n" + rest;
+  if (QXPlatform::findJSONTextError(whole) && holdsWholeLine(rest)) {
     // The first push of several is broken.
-    readAhead_.str(blankLines + first->text + "\n" + rest);
+    readAhead_.str(std::string(first->line - 1, '\n') + whole);
     lines_ = std::make_unique<QXPlatform::PushLineSource>(readAhead_, shownName);
     return std::nullopt;
   }
   lines_.reset();
-  first->text.append("\n").append(rest);
+  first->text = std::move(whole);
   if (first->text.size() > QXPlatform::kLongestPush) first->unreadable = tooLong();
   return first;
 }

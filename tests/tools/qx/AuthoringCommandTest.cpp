@@ -48,18 +48,20 @@ TEST(AuthoringCommandTest, CheckTakesFilesAndDirectories) {
   directory.write("b/lines.ndjson", kPush + "\n" + kGoodLine + "\n" + kPush + "\n");
   directory.write("a.json", "{\n  \"aps\": {},\n}");
   directory.write("c.txt", "no push");
+  std::filesystem::create_symlink("loop.json", directory.path("loop.json"));
   const auto result = runProgram("qx", {"check", directory.path(), directory.path("none.json")});
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_EQ(result.errors, "qx check: " + directory.path("a.json") +
-                               ": 1 error, first at line 2, column 12\n" +
-                               "qx check: " + directory.path("none.json") + ": No such file or directory\n");
+  EXPECT_EQ(result.errors,
+            "qx check: " + directory.path("a.json") + ": 1 error, first at line 2, column 12\n" +
+                "qx check: " + directory.path("loop.json") + ": Too many levels of symbolic links\n" +
+                "qx check: " + directory.path("none.json") + ": No such file or directory\n");
   std::vector<std::string> places;
   for (const Dictionary& line : result.lines()) {
     places.push_back(std::filesystem::path(*line["file"].string()).filename().string() + ":" +
                      line["line"].description() + " " + std::string(*line["at"].string()));
   }
   EXPECT_EQ(places, (std::vector<std::string>{"a.json:2 ", "lines.ndjson:1 /_rf/vt/x",
-                                              "lines.ndjson:3 /_rf/vt/x", "none.json:1 "}));
+                                              "lines.ndjson:3 /_rf/vt/x", "loop.json:1 ", "none.json:1 "}));
   EXPECT_EQ(result.lines().back()["message"].string(), "No such file or directory");
   EXPECT_EQ(runProgram("qx", {"check", "--jobs", "4", directory.path(), directory.path("none.json")}).output,
             result.output);
@@ -105,6 +107,9 @@ TEST(AuthoringCommandTest, StandardInputMayHoldOnePrettyPrintedPush) {
       runProgram("qx", {"unpack", "--pretty", "-"}, runProgram("qx", {"pack", "-"}, kPush).output);
   EXPECT_EQ(runProgram("qx", {"check", "-"}, "\n" + pretty.output).lines().size(), 1U);
   EXPECT_EQ(runProgram("qx", {"push", "-"}, pretty.output).lines().size(), 1U);
+  const std::string withLines = "{\n\"x\": [\n{\"y\": 1}\n],\n" + kGoodLine.substr(1);
+  EXPECT_EQ(runProgram("qx", {"check", "-"}, withLines).output, "");
+  EXPECT_EQ(runProgram("qx", {"check", "-"}, "\xEF\xBB\xBF{\n\"aps\":\n1}").lines().size(), 1U);
   const auto broken = runProgram("qx", {"push", "-"}, "{\"aps\":\n" + kGoodLine + "\n");
   ASSERT_EQ(broken.lines().size(), 2U);
   EXPECT_TRUE(broken.lines()[0].contains("error"));

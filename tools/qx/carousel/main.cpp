@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <chrono>
 #include <csignal>
+#include <exception>
 #include <iostream>
 #include <optional>
 
@@ -64,5 +65,9 @@ int main(int argc, char** argv) {
     std::cerr << "qx-carousel: to be started by qx carousel: " << invocation.error().description() << '\n';
     return kWrongUsage;
   }
-  return run(*invocation);
+  try {
+    return run(*invocation);
+  } catch (const std::exception& error) {
+    return qx::fail("carousel", error.what());
+  }
 }

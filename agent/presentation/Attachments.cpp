@@ -25,10 +25,23 @@ bool liesBelow(const std::filesystem::path& directory, const std::filesystem::pa
   return !relative.empty() && relative != "." && *relative.begin() != "..";
 }
 
-bool move(const std::filesystem::path& from, const std::filesystem::path& to) {
+// Where a file below the directory is; nothing when a link leads elsewhere, or it is no file.
+std::optional<std::filesystem::path> placeBelow(const std::filesystem::path& directory,
+                                                const std::filesystem::path& file) {
   std::error_code error;
-  std::filesystem::rename(from, to, error);
-  return !error;
+  const auto place = std::filesystem::canonical(file.parent_path(), error) / file.filename();
+  if (error || !std::filesystem::is_regular_file(std::filesystem::symlink_status(place, error)))
+    return std::nullopt;
+  const auto real = std::filesystem::canonical(directory, error);
+  return !error && liesBelow(real, place) ? std::optional(place) : std::nullopt;
+}
+
+bool moveOut(const std::filesystem::path& directory, const std::filesystem::path& file,
+             const std::filesystem::path& to) {
+  const auto place = placeBelow(directory, file);
+  std::error_code error;
+  if (place) std::filesystem::rename(*place, to, error);
+  return place && !error;
 }
 
 }  // namespace
@@ -52,7 +65,7 @@ Dictionary adoptAttachments(const Dictionary& content, std::int64_t number,
     }
     const auto target =
         files / (std::to_string(number) + "-" + std::to_string(adopted.size()) + file->extension().native());
-    if (move(*file, target))
+    if (moveOut(temporary, *file, target))
       adopted.emplace_back(
           attachment.dictionary()->setting("url", QXPlatform::URL::file(target.native()).absoluteString()));
   }

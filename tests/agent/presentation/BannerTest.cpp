@@ -62,10 +62,12 @@ TEST(AttachmentsTest, OnlyWhatTheExtensionDownloadedIsMoved) {
     std::filesystem::create_directory(directory.path(folder));
   const std::string downloaded = directory.write("tmp/a.png", "image");
   const std::string hosts = directory.write("host/b.png", "image");
+  std::filesystem::create_directory_symlink(directory.path("host"), directory.path("tmp/link"));
   const auto before =
       content(R"({"attachments": [{"identifier": "a", "url": "file://)" + downloaded +
               R"("}, {"identifier": "b", "url": "file://)" + hosts +
-              R"("}, {"identifier": "c", "url": "file://)" + directory.path("tmp/../host/b.png") + R"("}]})");
+              R"("}, {"identifier": "c", "url": "file://)" + directory.path("tmp/../host/b.png") +
+              R"("}, {"identifier": "d", "url": "file://)" + directory.path("tmp/link/b.png") + R"("}]})");
   const auto after = adoptAttachments(before, 7, directory.path("tmp"), directory.path("files"));
   EXPECT_FALSE(std::filesystem::exists(downloaded));
   EXPECT_TRUE(std::filesystem::exists(hosts));

@@ -20,6 +20,7 @@ constexpr std::chrono::seconds kLongestPause{60};
 // Then it is shown plainly, in case it is the picture or the like that does not please.
 constexpr int kMostRefusals = 3;
 constexpr std::chrono::seconds kBeforeAskingAgain{1};
+constexpr std::size_t kLongestProblem = 500;
 
 std::string compact(const Dictionary& dictionary) {
   auto text = QXPlatform::writeJSON(dictionary, QXPlatform::JSONStyle::compact);
@@ -52,13 +53,17 @@ Delivery::Delivery(EventLoop& loop, Spool& spool, ServiceExtension& extension, S
       retry_(loop, [this] { showNext(); }) {}
 
 void Delivery::takeUp() {
-  while (inHand_.size() < kMostInHand) {
-    auto pushes = spool_.waitingAfter(lastTaken_, kMostInHand - inHand_.size());
+  fillHand(kMostInHand);
+  if (inHand_.empty()) return idle_();
+  goOnSoon();
+}
+
+void Delivery::fillHand(std::size_t most) {
+  while (inHand_.size() < most) {
+    auto pushes = spool_.waitingAfter(lastTaken_, most - inHand_.size());
     if (pushes.empty()) break;
     for (WaitingPush& push : pushes) take(std::move(push));
   }
-  if (inHand_.empty()) return idle_();
-  goOnSoon();
 }
 
 void Delivery::take(WaitingPush push) {
@@ -119,47 +124,74 @@ void Delivery::makeReady(InHand& push, Dictionary content) {
 }
 
 Delivery::Position Delivery::next() {
-  const auto first = inHand_.begin();
+  const auto first = std::ranges::find_if(inHand_, [](const auto& push) { return !push.second.standsBack; });
   if (first == inHand_.end() || first->second.content) return first;
   const auto latest = SteadyClock::now() - kLongestWaitForEarlier;
-  return std::ranges::find_if(
-      inHand_, [&](const auto& push) { return push.second.content && push.second.ready <= latest; });
+  return std::find_if(first, inHand_.end(), [&](const auto& push) {
+    return !push.second.standsBack && push.second.content && push.second.ready <= latest;
+  });
 }
 
 void Delivery::showNext() {
   if (isShowing_ || retry_.isRunning()) return;
   const auto position = next();
   if (position == inHand_.end()) return waitForTurn();
-  const auto& [number, push] = *position;
+  auto& [number, push] = *position;
   const auto earlier = spool_.shown(push.push.identifier);
   const bool isPlain = push.refusals >= kMostRefusals;
-  const bool replaces = !isPlain && earlier && earlier->server == presenter_->session();
+  push.earlier = earlier && earlier->server == presenter_->session() ? earlier->id : 0;
   const Banner banner = makeBanner(push.push.identifier, *push.content, setting_.appName);
   isShowing_ = true;
-  presenter_->show(isPlain ? plainBanner(banner) : banner, replaces ? earlier->id : 0,
+  presenter_->show(isPlain ? plainBanner(banner) : banner, isPlain ? 0 : push.earlier,
                    [this, number = number](const auto& outcome) { finishShowing(number, outcome); });
 }
 
 void Delivery::waitForTurn() {
   std::optional<SteadyClock::time_point> soonest;
+  bool isAnyAsked = false;
+  bool isAnyRefused = false;
   for (const auto& [number, push] : inHand_) {
-    if (push.content && (!soonest || push.ready < *soonest)) soonest = push.ready;
+    isAnyAsked = isAnyAsked || push.isAsked;
+    isAnyRefused = isAnyRefused || push.standsBack;
+    if (push.content && !push.standsBack && (!soonest || push.ready < *soonest)) soonest = push.ready;
   }
-  if (soonest)
+  if (soonest) {
     turn_.start(
         std::chrono::ceil<std::chrono::microseconds>(*soonest + kLongestWaitForEarlier - SteadyClock::now()));
+  } else if (isAnyRefused && !isAnyAsked) {
+    // Nothing goes through, so it is hardly their fault; the next one that waits may tell.
+    letAllGoFirst();
+    fillHand(inHand_.size() + 1);
+    goOnSoon();
+    showLater();
+  }
+}
+
+void Delivery::letAllGoFirst() {
+  for (auto& [number, push] : inHand_) push.standsBack = false;
+}
+
+void Delivery::showLater() {
+  pause_ = std::clamp(2 * pause_, std::chrono::seconds(1), kLongestPause);
+  retry_.start(pause_);
 }
 
 void Delivery::finishShowing(std::int64_t number, const Presenter::Outcome& outcome) {
   isShowing_ = false;
-  if (outcome.end == Presenter::End::refused) return finishRefused(inHand_.find(number), outcome.problem);
+  // Others' words, of whatever length.
+  const std::string problem = displayText(outcome.problem, kLongestProblem);
+  if (outcome.end == Presenter::End::refused) return finishRefused(inHand_.find(number), problem);
   if (outcome.end == Presenter::End::failed) {
-    spool_.noteError(outcome.problem);
-    pause_ = std::clamp(2 * pause_, std::chrono::seconds(1), kLongestPause);
-    return retry_.start(pause_);
+    spool_.noteError(problem);
+    return showLater();
   }
   pause_ = std::chrono::seconds(0);
+  ++shown_;
+  letAllGoFirst();
   const auto shown = inHand_.extract(number);
+  // One that was shown plainly has not replaced it.
+  if (const auto earlier = shown.mapped().earlier; earlier != 0 && earlier != outcome.id)
+    presenter_->close(earlier);
   const WaitingPush& push = shown.mapped().push;
   const Dictionary& content = *shown.mapped().content;
   removeFiles(spool_.recordShown(
@@ -170,9 +202,16 @@ void Delivery::finishShowing(std::int64_t number, const Presenter::Outcome& outc
 
 void Delivery::finishRefused(Position position, const std::string& problem) {
   auto& [number, push] = *position;
+  if (push.refusals == 0) push.shownBefore = shown_;
   if (++push.refusals <= kMostRefusals) {
     spool_.noteError(problem);
     return retry_.start(kBeforeAskingAgain);
+  }
+  if (shown_ == push.shownBefore) {
+    // Perhaps nothing is shown now. Then it is not this one's fault, and it is to have its picture yet.
+    push.refusals = kMostRefusals - 1;
+    push.standsBack = true;
+    return goOnSoon();
   }
   // It is not to hold up those behind it for ever.
   removeFiles(adoptedAttachments(*push.content, number, setting_.files));
@@ -183,6 +222,9 @@ void Delivery::finishRefused(Position position, const std::string& problem) {
 
 void Delivery::presenterChanged() {
   if (presenter_->session().empty() || isShowing_) return;
+  // What the one before did not want is new to this one.
+  for (auto& [number, push] : inHand_) push.refusals = 0;
+  letAllGoFirst();
   retry_.stop();
   goOnSoon();
 }

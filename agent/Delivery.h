@@ -51,10 +51,15 @@ class Delivery {
     bool isAsked = false;                           // the extension has it
     std::optional<QXPlatform::Dictionary> content;  // what is to be shown
     SteadyClock::time_point ready;
-    int refusals = 0;  // how often whoever shows notifications did not want it
+    std::uint32_t earlier = 0;     // the number of the notification whose place it takes, if any
+    int refusals = 0;              // how often whoever shows notifications did not want it
+    std::int64_t shownBefore = 0;  // how many had been shown when that began
+    bool standsBack = false;       // those behind it go first
   };
   using Position = std::map<std::int64_t, InHand>::iterator;
 
+  // Until there are so many in hand, or nothing waits.
+  void fillHand(std::size_t most);
   void take(WaitingPush push);
   // Asks and shows what can be, but not from within somebody's call.
   void goOnSoon() { turn_.start(std::chrono::microseconds(0)); }
@@ -69,6 +74,8 @@ class Delivery {
   void waitForTurn();
   void finishShowing(std::int64_t number, const Presenter::Outcome& outcome);
   void finishRefused(Position position, const std::string& problem);
+  void letAllGoFirst();
+  void showLater();
 
   Spool& spool_;
   ServiceExtension& extension_;
@@ -78,6 +85,7 @@ class Delivery {
   std::map<std::int64_t, InHand> inHand_;  // by number
   std::int64_t lastTaken_ = 0;
   bool isShowing_ = false;
+  std::int64_t shown_ = 0;         // by this process
   std::chrono::seconds pause_{0};  // before the next attempt, after a failed one
   Timer turn_;
   Timer retry_;

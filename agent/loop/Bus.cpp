@@ -1,5 +1,6 @@
 #include "agent/loop/Bus.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -72,13 +73,22 @@ BusMessage Bus::newCall(const char* destination, const char* path, const char* i
 }
 
 void Bus::send(BusMessage call, Handler handler, std::chrono::microseconds limit) const {
+  BusSlot slot = sendWhileHeld(std::move(call), std::move(handler), limit);
+  if (slot != nullptr) giveToBus(slot.release());
+}
+
+BusSlot Bus::sendWhileHeld(BusMessage call, Handler handler, std::chrono::microseconds limit) const {
   auto owned = std::make_unique<Handler>(std::move(handler));
   sd_bus_slot* slot = nullptr;
   const int status =
       sd_bus_call_async(bus_.get(), &slot, call.get(), callHandler, owned.get(), limitOf(limit));
-  if (status < 0) return (*owned)(*newErrorReply(*this, status));
+  if (status < 0) {
+    (*owned)(*newErrorReply(*this, status));
+    return nullptr;
+  }
+  sd_bus_slot_set_destroy_callback(slot, deleteHandler);
   static_cast<void>(owned.release());
-  giveToBus(slot);
+  return BusSlot(slot);
 }
 
 BusMessage Bus::ask(const BusMessage& call, std::string* error, std::chrono::microseconds limit) const {
@@ -159,6 +169,15 @@ void Bus::releaseName(const std::string& name) const {
 std::string senderOf(sd_bus_message& message) {
   const char* sender = sd_bus_message_get_sender(&message);
   return sender == nullptr ? "" : sender;
+}
+
+bool isRefusalBy(const std::string& program, sd_bus_message& error) {
+  constexpr std::array kNoWord{SD_BUS_ERROR_UNKNOWN_METHOD, SD_BUS_ERROR_UNKNOWN_INTERFACE,
+                               SD_BUS_ERROR_UNKNOWN_OBJECT, SD_BUS_ERROR_NOT_SUPPORTED,
+                               SD_BUS_ERROR_NO_REPLY};
+  return senderOf(error) == program && std::ranges::none_of(kNoWord, [&](const char* name) {
+           return sd_bus_message_is_method_error(&error, name) > 0;
+         });
 }
 
 std::optional<std::string> errorOf(sd_bus_message& reply) {

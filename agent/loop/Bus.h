@@ -36,6 +36,8 @@ class Bus {
   // Sends the call; the handler gets the reply, which may be an error, once: at once when it cannot be sent.
   void send(BusMessage call, Handler handler,
             std::chrono::microseconds limit = std::chrono::seconds(25)) const;
+  // The same, but the handler is called no more, and gone, once the slot is.
+  BusSlot sendWhileHeld(BusMessage call, Handler handler, std::chrono::microseconds limit) const;
   // Sends the call and waits: for the bus itself, which answers at once. Null after an error.
   BusMessage ask(const BusMessage& call, std::string* error = nullptr,
                  std::chrono::microseconds limit = std::chrono::seconds(2)) const;
@@ -71,5 +73,8 @@ std::string senderOf(sd_bus_message& message);
 
 // "name: text" of an error reply; nothing for any other.
 std::optional<std::string> errorOf(sd_bus_message& reply);
+
+// Whether an error reply is what that program, which has such a method and answers, says to this very call.
+bool isRefusalBy(const std::string& program, sd_bus_message& error);
 
 }  // namespace QXAgent

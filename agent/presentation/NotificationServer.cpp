@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -21,10 +22,9 @@ BusMessage newServerCall(const Bus& bus, const char* member) {
 }
 
 // One that shows as many as it can, or has shown too many of late, takes more at another time.
-bool isForNow(const std::string& error) {
-  constexpr std::array kReasons{"Exceed", "exceed", "Excess", "too many"};
-  return std::ranges::any_of(kReasons,
-                             [&](const char* reason) { return error.find(reason) != std::string::npos; });
+bool isForNow(std::string_view error) {
+  constexpr std::array kNames{".MaxNotificationsExceeded", ".ExcessNotificationGeneration"};
+  return std::ranges::any_of(kNames, [&](const char* name) { return error.ends_with(name); });
 }
 
 void appendHint(sd_bus_message* call, const char* key, const char* type, const std::string& text) {
@@ -127,20 +127,17 @@ void NotificationServer::notify(const Banner& banner, std::uint32_t replaces, Co
   completion_ = std::move(completion);
   patience_.start(longest_);
   // Without a limit: a server that hangs may still show it, and one that is gone is reported by the bus.
-  bus_.send(
-      notifyCall(banner, replaces),
-      [this, banner, attempt = ++attempt_](sd_bus_message& reply) {
-        if (attempt == attempt_) takeAnswer(reply, banner);
-      },
+  answer_ = bus_.sendWhileHeld(
+      notifyCall(banner, replaces), [this, banner](sd_bus_message& reply) { takeAnswer(reply, banner); },
       kNoLimit);
 }
 
 void NotificationServer::takeAnswer(sd_bus_message& reply, const Banner& banner) {
   if (const auto error = errorOf(reply)) {
     // The bus answers for a server that has gone.
-    const bool isItsOwn = senderOf(reply) == owner_ && !isForNow(*error);
+    const bool isRefusal = isRefusalBy(owner_, reply) && !isForNow(sd_bus_message_get_error(&reply)->name);
     return finish(attempt_,
-                  {isItsOwn ? End::refused : End::failed, 0, "the notification server failed: " + *error});
+                  {isRefusal ? End::refused : End::failed, 0, "the notification server failed: " + *error});
   }
   std::uint32_t id = 0;
   if (sd_bus_message_read(&reply, "u", &id) <= 0 || id == 0)
@@ -164,6 +161,7 @@ void NotificationServer::finish(std::uint64_t attempt, const Outcome& outcome) {
   if (attempt != attempt_ || !completion_) return;
   patience_.stop();
   ++attempt_;
+  answer_.reset();
   std::exchange(completion_, nullptr)(outcome);
 }
 

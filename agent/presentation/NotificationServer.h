@@ -57,6 +57,7 @@ class NotificationServer final : public Presenter {
   const PresenterEvents events_;
   const std::chrono::microseconds longest_;
   Completion completion_;  // of the notification that is being shown
+  BusSlot answer_;         // what is waited for
   std::uint64_t attempt_ = 0;
   Timer patience_;
   Timer lookUp_;

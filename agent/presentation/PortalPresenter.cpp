@@ -54,7 +54,7 @@ void PortalPresenter::show(const Banner& banner, std::uint32_t replaces, Complet
       addCall(banner, id),
       [this, id, completion = std::move(completion)](sd_bus_message& reply) {
         if (const auto error = errorOf(reply)) {
-          const End end = senderOf(reply) == owner_ ? End::refused : End::failed;
+          const End end = isRefusalBy(owner_, reply) ? End::refused : End::failed;
           return completion({end, 0, "the portal failed: " + *error});
         }
         unanswered_ = {};

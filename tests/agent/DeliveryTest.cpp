@@ -16,19 +16,22 @@ class RecordingPresenter final : public Presenter {
       --failures;
       return completion({End::failed, 0, "away"});
     }
-    if (banner.title == refused || (banner.title == refusedUnlessPlain && !banner.isPlain))
+    if ((!shown.empty() && refusals-- > 0) || banner.title == refused ||
+        (banner.title == refusedUnlessPlain && !banner.isPlain))
       return completion({End::refused, 0, "unwanted"});
     shown.push_back(banner.title);
     replaced.push_back(replaces);
     completion({End::shown, static_cast<std::uint32_t>(shown.size()), {}});
   }
-  void close(std::uint32_t) override {}
+  void close(std::uint32_t id) override { closed.push_back(id); }
 
   int failures = 0;
+  int refusals = 0;  // of whatever comes after the first
   std::string refused;
   std::string refusedUnlessPlain;
   std::vector<std::string> shown;
   std::vector<std::uint32_t> replaced;
+  std::vector<std::uint32_t> closed;
 
  private:
   const std::string session_ = "session";
@@ -172,9 +175,12 @@ TEST_F(DeliveryTest, WhatCannotBeShownWaitsAndKeepsItsAnswerOverARestart) {
 TEST_F(DeliveryTest, WhatNobodyWantsToShowIsShownPlainlyOrElsePutAside) {
   presenter_.refused = "a!";
   presenter_.refusedUnlessPlain = "b!";
-  for (const char* title : {"a", "b", "c"}) take(title);
+  presenter_.refusals = 4;
+  take("earlier", "b");
+  for (const char* title : {"not its fault", "a", "b", "c"}) take(title);
   deliver();
-  EXPECT_THAT(presenter_.shown, ElementsAre("b!", "c!"));
+  EXPECT_THAT(presenter_.shown, ElementsAre("earlier!", "b!", "not its fault!", "c!"));
+  EXPECT_THAT(presenter_.closed, ElementsAre(1U));
   EXPECT_EQ(spool_.account().putAside, 1);
   EXPECT_EQ(spool_.account().lastError, "unwanted");
 }

@@ -36,7 +36,9 @@ struct Task {
 
 struct Batch {
   std::vector<Task> tasks;
-  bool isExamined = false;
+  std::thread::id examinedBy = {};
+
+  bool isExamined() const { return examinedBy != std::thread::id(); }
 };
 
 std::string shownName(const std::string& file) {
@@ -145,7 +147,11 @@ class Examination {
     for (;;) {
       isDue_.wait(lock, [this] { return isOver_ || !due_.empty(); });
       if (due_.empty()) return;
-      examineNext(lock);
+      std::list<Batch> reported = std::exchange(reported_, {});
+      lock.unlock();
+      reported.clear();
+      lock.lock();
+      if (!due_.empty()) examineNext(lock);
     }
   }
 
@@ -154,14 +160,23 @@ class Examination {
     Batch& first = batches_.front();
     {
       std::unique_lock lock(mutex_);
-      while (!first.isExamined && !due_.empty()) examineNext(lock);
-      isExamined_.wait(lock, [&] { return first.isExamined; });
+      while (!first.isExamined() && !due_.empty()) examineNext(lock);
+      isExamined_.wait(lock, [&] { return first.isExamined(); });
     }
     for (const Task& task : first.tasks) {
       if (!task.report()) exitCode_ = 1;
     }
     std::cout.flush();
-    batches_.pop_front();
+    letGoOfFirst();
+  }
+
+  // Memory is given back by the thread that took it: threads that free each other's hold each other up.
+  void letGoOfFirst() {
+    Batch& first = batches_.front();
+    if (first.examinedBy == std::this_thread::get_id()) return batches_.pop_front();
+    for (Task& task : first.tasks) task.push = {};
+    const std::lock_guard lock(mutex_);
+    reported_.splice(reported_.end(), batches_, batches_.begin());
   }
 
   void examineNext(std::unique_lock<std::mutex>& lock) {
@@ -170,7 +185,7 @@ class Examination {
     lock.unlock();
     for (Task& task : batch.tasks) examine(task);
     lock.lock();
-    batch.isExamined = true;
+    batch.examinedBy = std::this_thread::get_id();
     isExamined_.notify_one();
   }
 
@@ -200,6 +215,7 @@ class Examination {
   std::condition_variable isExamined_;
   // Below, guarded by mutex_, as is whether a batch is examined.
   std::deque<Batch*> due_;
+  std::list<Batch> reported_;  // that helpers looked at
   bool isOver_ = false;
   std::vector<std::jthread> helpers_;
 };

@@ -12,10 +12,21 @@ namespace qx {
 
 namespace {
 
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+// U+FFFE and U+FFFF are characters of UTF-8, but not of XML.
+std::string withoutNoncharacters(std::string text) {
+  const std::string_view begin = kReplacement.substr(0, 2);
+  for (std::size_t at = 0; (at = text.find(begin, at)) != std::string::npos; at += kReplacement.size()) {
+    if (text[at + 2] > kReplacement.back()) text[at + 2] = kReplacement.back();
+  }
+  return text;
+}
+
 std::string attribute(std::string_view name, std::string_view text) {
-  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
   std::string result = " " + std::string(name) + "=\"";
-  for (const char character : QXPlatform::escapedMarkup(QXPlatform::replacingInvalidUTF8(text))) {
+  const std::string valid = withoutNoncharacters(QXPlatform::replacingInvalidUTF8(text));
+  for (const char character : QXPlatform::escapedMarkup(valid)) {
     if (character == '\n') {
       result += "&#10;";
     } else if (static_cast<unsigned char>(character) < 0x20) {

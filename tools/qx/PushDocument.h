@@ -20,6 +20,8 @@ class PushDocument {
   bool isFullRequest() const;
   // A JSON pointer; empty when the whole push is the userInfo.
   std::string_view userInfoPath() const;
+  // What a Web Push carries: all of it.
+  QXPlatform::Dictionary sealed() const { return replacingUserInfo(userInfo_); }
   // The push with another userInfo.
   QXPlatform::Dictionary replacingUserInfo(const QXPlatform::Dictionary& userInfo) const;
 

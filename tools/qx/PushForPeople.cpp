@@ -1,12 +1,12 @@
 #include "tools/qx/PushForPeople.h"
 
-#include <algorithm>
 #include <cmath>
 #include <string_view>
 
 #include "AppGroupSDK/records/DeliveryReceiptsModel.h"
 #include "QXPlatform/foundation/URL.h"
 #include "tools/qx/HostRecords.h"
+#include "tools/qx/Printable.h"
 #include "tools/qx/PushVerdicts.h"
 
 namespace qx {
@@ -19,18 +19,6 @@ using QXPlatform::Value;
 constexpr std::string_view kBold = "1";
 constexpr std::string_view kFaint = "2";
 constexpr std::string_view kRed = "31";
-
-// What a push says must not move the cursor.
-std::string printable(std::string_view text) {
-  std::string shown(text);
-  std::ranges::replace_if(
-      shown, [](char byte) { return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f; }, ' ');
-  // The control characters beyond ASCII are two bytes in UTF-8.
-  for (std::size_t at = 0; (at = shown.find('\xC2', at)) != std::string::npos; ++at) {
-    if (at + 1 < shown.size() && static_cast<unsigned char>(shown[at + 1]) < 0xA0) shown.replace(at, 2, " ");
-  }
-  return shown;
-}
 
 class Page {
  public:

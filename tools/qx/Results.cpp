@@ -7,6 +7,7 @@
 
 #include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/log/StandardError.h"
+#include "tools/qx/Printable.h"
 
 namespace qx {
 
@@ -39,7 +40,8 @@ void printResult(const SimulatorOptions& simulator, const QXPlatform::Value& res
 }
 
 int fail(std::string_view command, std::string_view reason) {
-  QXPlatform::writeToStandardError(std::string("qx ").append(command).append(": ").append(reason) + "\n");
+  QXPlatform::writeToStandardError(std::string("qx ").append(command).append(": ").append(printable(reason)) +
+                                   "\n");
   return 1;
 }
 

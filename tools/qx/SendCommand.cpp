@@ -73,7 +73,7 @@ class Sending {
       : simulator_(simulator), options_(options), receiver_(std::move(receiver)) {}
 
   Result<bool> send(const PushDocument& push, const PushPlace& place) {
-    const std::string message = push.replacingUserInfo(push.userInfo()).description();
+    const std::string message = push.sealed().description();
     auto body = QXAgent::sealMessage(receiver_.subscription, message);
     if (!body) return body.error();
     if (!options_.sealOnly) return post(*std::move(body));

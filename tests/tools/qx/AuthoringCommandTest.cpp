@@ -74,6 +74,11 @@ TEST(AuthoringCommandTest, CheckWritesForPeopleAndForPrograms) {
   };
   EXPECT_THAT(check("text"), testing::StartsWith("-:2:10: error: /_sid: not VTQX: "));
   EXPECT_THAT(check("text"), HasSubstr("\n  2 |  \"_sid\": \"VT\"}\n    |          ^\n    = hint: write "));
+  const std::string forged = R"({"content":{"userInfo":{"\n::error::\u001b":1,"\n::error::\u001b":2}}})";
+  for (const char* format : {"text", "github"}) {
+    const auto shown = runProgram("qx", {"check", "--format", format, "-"}, forged).output;
+    EXPECT_THAT(shown, testing::Not(testing::AnyOf(HasSubstr("\n::error::"), HasSubstr("\033"))));
+  }
   EXPECT_THAT(check("github"), testing::StartsWith("::error file=-,line=2,col=10,title=/_sid::not VTQX: "));
   const auto sarif = QXPlatform::parseJSON(check("sarif"));
   ASSERT_TRUE(sarif);
@@ -99,6 +104,11 @@ TEST(AuthoringCommandTest, CheckSeesWhatIsWrittenTwiceOrReadByNobody) {
                                           "; /content/title: " + ignored + "1,\"",
                                           "/_mt; " + ignored + "[\"t", "/_mt; " + ignored + "\"u\""));
   EXPECT_EQ(lines.at(0)["hint"].string(), "did you mean identifier?");
+  std::string many;
+  for (int i = 0; i < 600; ++i) many += R"("_m":"m",)";
+  const auto most = runProgram("qx", {"check", "-"}, "{" + many + kGoodLine.substr(1)).lines();
+  ASSERT_EQ(most.size(), 501U);
+  EXPECT_EQ(most.back()["message"].string(), "and 100 more findings");
 }
 
 // Standard input is one push as well when it is one object over several lines.

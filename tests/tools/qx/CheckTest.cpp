@@ -80,6 +80,9 @@ TEST(CheckTest, SaysWhatThePushItselfLacks) {
       {R"("category":"c")",
        R"("category":"c","alert":{"title":"Hi","body":7})",
        {"warning /aps/alert/body: ignored: not text (write \"7\")"}},
+      {R"("category":"c")",
+       R"("category":"c","badge":"3","sound":{"nam":"s"})",
+       {"warning /aps/badge: ignored: not an integer (write 3)", "warning /aps/sound: ignored"}},
       {R"("_m":"m",)", "", {"warning /_m: missing: no receipt"}},
       {R"("_mt":"t")", R"("_mt":null)", {"warning /_mt: not text: no receipt"}},
       {R"("_r":"r")", R"("_r":5)", {"warning /_r: ignored"}},
@@ -106,6 +109,10 @@ TEST(CheckTest, CountsTheBytesOfAPushWithoutWhiteSpace) {
                                    "aps 27, _sid 13, _m 8"));
   const auto push = qx::PushDocument::parse(filled(room));
   EXPECT_EQ(qx::checkPush(*push, qx::PushLimit::webPush).size(), 1U);
+  const auto request = qx::PushDocument::parse(R"({"content":{"body":")" + std::string(4000, 'x') +
+                                               R"(","userInfo":{"_sid":"VTQX","_m":"m","_mt":"t"}}})");
+  EXPECT_THAT(qx::checkPush(*request, qx::PushLimit::apns), testing::IsEmpty());
+  EXPECT_EQ(qx::checkPush(*request, qx::PushLimit::webPush).size(), 1U) << "all of it is sealed";
 }
 
 // What the framework's decoder refuses, with what a device cannot know: how it is meant to be written.

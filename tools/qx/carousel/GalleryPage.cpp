@@ -7,6 +7,7 @@
 
 #include "QXExtensionSDK/Version.h"
 #include "QXPlatform/foundation/Markup.h"
+#include "tools/qx/Printable.h"
 #include "tools/qx/PushSize.h"
 #include "tools/qx/carousel/GalleryStyle.h"
 
@@ -14,8 +15,11 @@ namespace qx {
 
 namespace {
 
-using QXPlatform::escapedMarkup;
 using QXPlatform::Value;
+
+std::string markup(std::string_view text) {
+  return QXPlatform::escapedMarkup(printable(text));
+}
 
 std::string text(const Value& value) {
   return std::string(value.string().value_or(""));
@@ -23,8 +27,7 @@ std::string text(const Value& value) {
 
 // What comes from a payload reads in its own direction.
 std::string element(const std::string& name, const std::string& cssClass, const std::string& content) {
-  return "<" + name + " class=\"" + cssClass + "\" dir=\"auto\">" + escapedMarkup(content) + "</" + name +
-         ">";
+  return "<" + name + " class=\"" + cssClass + "\" dir=\"auto\">" + markup(content) + "</" + name + ">";
 }
 
 std::string counted(std::size_t count, const std::string& noun) {
@@ -91,7 +94,7 @@ std::string findingItem(const LocatedFinding& located) {
   const Finding& finding = located.finding;
   const std::string kind = finding.isError() ? "error" : "warning";
   return "<li class=\"" + kind + "\"><p><span class=\"tag\">" + (finding.isError() ? "Error" : "Warning") +
-         "</span> <code>" + escapedMarkup(finding.at.empty() ? "the push" : finding.at) +
+         "</span> <code>" + markup(finding.at.empty() ? "the push" : finding.at) +
          "</code> <span class=\"line\">line " + std::to_string(located.position.line) + ", column " +
          std::to_string(located.position.column) + "</span></p>" + element("p", "message", finding.message) +
          (finding.hint.empty() ? "" : element("p", "hint", finding.hint)) + "</li>\n";
@@ -115,7 +118,7 @@ std::string bar(std::size_t size) {
 std::string sizesOf(const GalleryPush& push) {
   std::string rows;
   for (const auto& [key, size] : push.sizes) {
-    rows += "<tr><th scope=\"row\"><code>" + escapedMarkup(key) + "</code></th>" + bar(size) + "<td>" +
+    rows += "<tr><th scope=\"row\"><code>" + markup(key) + "</code></th>" + bar(size) + "<td>" +
             std::to_string(size) + "</td></tr>\n";
   }
   return "<table><thead><tr><th scope=\"col\">Key</th><th scope=\"col\"><span class=\"unseen\">Share of the "
@@ -135,7 +138,7 @@ std::string describe(const GalleryLook& look) {
 std::string figure(const GalleryPicture& picture, const std::string& subject) {
   const GalleryLook& look = picture.look;
   return "<figure><img width=\"" + std::to_string(look.width) + "\" height=\"" +
-         std::to_string(picture.height) + "\" alt=\"" + escapedMarkup(subject + " (" + describe(look) + ")") +
+         std::to_string(picture.height) + "\" alt=\"" + markup(subject + " (" + describe(look) + ")") +
          "\" src=\"data:image/webp;base64," + picture.image.toBase64().toStdString() + "\"><figcaption>" +
          (look.isDark ? "Dark" : "Light") + " · " + std::to_string(look.width) +
          " pt</figcaption></figure>\n";
@@ -216,9 +219,8 @@ std::string article(const GalleryPush& push, std::size_t number) {
 std::string galleryPage(const std::vector<GalleryPush>& pushes) {
   std::string articles;
   for (std::size_t i = 0; i < pushes.size(); ++i) articles += article(pushes[i], i + 1);
-  const std::string title = pushes.size() == 1
-                                ? escapedMarkup(titleOf(pushes.front())) + " – carousel gallery"
-                                : "Carousel gallery";
+  const std::string title =
+      pushes.size() == 1 ? markup(titleOf(pushes.front())) + " – carousel gallery" : "Carousel gallery";
   return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
          "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src data:; "
          "style-src "

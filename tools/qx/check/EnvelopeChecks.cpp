@@ -49,12 +49,13 @@ bool actsOn(const AppGroupSDK::PNContextInfo& context) {
 
 }  // namespace
 
-void checkSize(const Dictionary& userInfo, PushLimit limit, Findings& findings) {
-  const std::size_t size = pushSize(userInfo);
+void checkSize(const PushDocument& push, PushLimit limit, Findings& findings) {
+  const Dictionary counted = limit == PushLimit::webPush ? push.sealed() : push.userInfo();
+  const std::size_t size = pushSize(counted);
   if (size <= mostPushBytes(limit)) return;
   findings.error("", std::to_string(size) + " bytes without white space, over the " +
                          std::to_string(mostPushBytes(limit)) + " of " +
-                         std::string(QXPlatform::rawValue(limit)) + ": " + listSizes(userInfo));
+                         std::string(QXPlatform::rawValue(limit)) + ": " + listSizes(counted));
 }
 
 void checkAps(const Dictionary& userInfo, bool hasCarousel, Findings& findings) {
@@ -85,6 +86,21 @@ void checkAlert(const Dictionary& userInfo, Findings& findings) {
     const Value* text = texts->find(key);
     if (text != nullptr && !text->string())
       findings.warn(memberPlace("/aps/alert", key), "ignored: not text", hintForText(*text));
+  }
+}
+
+void checkBadgeAndSound(const Dictionary& userInfo, Findings& findings) {
+  const Value* aps = userInfo.find("aps");
+  const auto members = aps == nullptr ? std::nullopt : aps->dictionary();
+  if (!members) return;
+  const Value* badge = members->find("badge");
+  if (badge != nullptr && !QXPlatform::decodeValue<std::int64_t>(*badge)) {
+    findings.warn("/aps/badge", "ignored: not an integer", hintForInteger(*badge));
+  }
+  const Value* sound = members->find("sound");
+  if (sound != nullptr && !sound->string() && !(*sound)["name"].string()) {
+    findings.warn("/aps/sound", "ignored: neither text nor an object with a name",
+                  R"(write "sound": "default")");
   }
 }
 

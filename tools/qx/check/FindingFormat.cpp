@@ -1,10 +1,11 @@
 #include "tools/qx/check/FindingFormat.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #include "QXExtensionSDK/Version.h"
+#include "QXPlatform/foundation/ASCII.h"
+#include "tools/qx/Printable.h"
 
 namespace qx {
 
@@ -12,10 +13,6 @@ namespace {
 
 using QXPlatform::Dictionary;
 using QXPlatform::Value;
-
-// A compact push is one long line.
-constexpr std::size_t kMostShownBefore = 60;
-constexpr std::size_t kMostShown = 100;
 
 std::string_view severityName(const Finding& finding) {
   return finding.isError() ? "error" : "warning";
@@ -26,35 +23,23 @@ Value number(std::size_t count) {
 }
 
 std::string placeText(const LocatedFinding& located) {
-  return located.file + ":" + std::to_string(located.position.line) + ":" +
+  return printable(located.file) + ":" + std::to_string(located.position.line) + ":" +
          std::to_string(located.position.column);
 }
 
-bool continuesCharacter(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
-// The bytes of the line's first characters.
-std::size_t bytesOf(std::string_view line, std::size_t characters) {
-  const auto* end =
-      std::ranges::find_if(line, [&](char byte) { return !continuesCharacter(byte) && characters-- == 0; });
-  return static_cast<std::size_t>(end - line.begin());
-}
-
-struct Excerpt {
-  std::string text;
-  std::size_t column;  // from 0
-};
-
-Excerpt excerptOf(const LocatedFinding& located) {
-  const std::size_t column = located.position.column - 1;
-  const std::size_t skipped = column > kMostShownBefore ? column - kMostShownBefore : 0;
-  std::string_view rest = located.line;
-  rest.remove_prefix(bytesOf(rest, skipped));
-  std::string shown(rest.substr(0, bytesOf(rest, kMostShown)));
-  std::ranges::replace_if(
-      shown, [](char byte) { return static_cast<unsigned char>(byte) < 0x20; }, ' ');
-  return {std::move(shown), column - skipped};
+// As a reference to a file writes it; a colon would end a scheme.
+std::string uriOf(std::string_view file) {
+  constexpr std::string_view kPlain = "/-._~";
+  std::string uri;
+  for (const char byte : file) {
+    if (QXPlatform::isASCIIAlphanumeric(byte) || kPlain.find(byte) != std::string_view::npos) {
+      uri += byte;
+    } else {
+      uri += '%';
+      QXPlatform::appendHexByte(uri, static_cast<unsigned char>(byte), QXPlatform::kUppercaseHexDigits);
+    }
+  }
+  return uri;
 }
 
 // As the format of workflow commands asks.
@@ -82,7 +67,7 @@ std::string messageWithHint(const Finding& finding) {
 
 Value toResult(const LocatedFinding& located) {
   const Finding& finding = located.finding;
-  const std::string uri = located.file == "-" ? "stdin" : located.file;
+  const std::string uri = located.file == "-" ? "stdin" : uriOf(located.file);
   const Dictionary region{{"startLine", number(located.position.line)},
                           {"startColumn", number(located.position.column)}};
   const Dictionary location{
@@ -112,16 +97,15 @@ std::string toText(const LocatedFinding& located, bool inColor) {
     return inColor ? std::string("\033[").append(code).append("m").append(text).append("\033[0m")
                    : std::string(text);
   };
-  const Excerpt excerpt = excerptOf(located);
   const std::string number = std::to_string(located.position.line);
   const std::string margin(number.size(), ' ');
   std::string text = styled("1", placeText(located)) + ": " +
                      styled(finding.isError() ? "1;31" : "1;33", severityName(finding)) + ": " +
-                     (finding.at.empty() ? "" : finding.at + ": ") + finding.message + "\n";
-  text += "  " + number + " | " + excerpt.text + "\n";
-  text += "  " + margin + " | " + std::string(excerpt.column, ' ') + styled("1;32", "^") + "\n";
+                     printable((finding.at.empty() ? "" : finding.at + ": ") + finding.message) + "\n";
+  text += "  " + number + " | " + printable(located.excerpt.text) + "\n";
+  text += "  " + margin + " | " + std::string(located.excerpt.column, ' ') + styled("1;32", "^") + "\n";
   if (!finding.hint.empty())
-    text += "  " + margin + " = " + styled("1;36", "hint") + ": " + finding.hint + "\n";
+    text += "  " + margin + " = " + styled("1;36", "hint") + ": " + printable(finding.hint) + "\n";
   return text;
 }
 
@@ -130,15 +114,15 @@ std::string toGitHub(const LocatedFinding& located) {
   return std::string("::")
       .append(severityName(finding))
       .append(" file=")
-      .append(escaped(located.file, ":,"))
+      .append(escaped(printable(located.file), ":,"))
       .append(",line=")
       .append(std::to_string(located.position.line))
       .append(",col=")
       .append(std::to_string(located.position.column))
       .append(",title=")
-      .append(escaped(finding.at.empty() ? "push" : finding.at, ":,"))
+      .append(escaped(finding.at.empty() ? "push" : printable(finding.at), ":,"))
       .append("::")
-      .append(escaped(messageWithHint(finding), ""))
+      .append(escaped(printable(messageWithHint(finding)), ""))
       .append("\n");
 }
 
@@ -149,7 +133,8 @@ Dictionary toSARIF(const std::vector<LocatedFinding>& findings) {
   const Dictionary driver{
       {"name", "qx check"},
       {"version", reinterpret_cast<const char*>(QXExtensionSDK::QXExtensionSDKVersionString)}};
-  const Dictionary run{{"tool", Dictionary{{"driver", driver}}}, {"results", results}};
+  const Dictionary run{
+      {"tool", Dictionary{{"driver", driver}}}, {"columnKind", "unicodeCodePoints"}, {"results", results}};
   return {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
           {"version", "2.1.0"},
           {"runs", std::vector<Value>{run}}};

@@ -24,7 +24,7 @@ struct LocatedFinding {
   Finding finding;
   std::string file;
   SourcePosition position;
-  std::string line;  // of the file, around the position
+  Excerpt excerpt;
 };
 
 QXPlatform::Dictionary toJSON(const LocatedFinding& located);

@@ -21,16 +21,6 @@ std::string write(const Value& value) {
   return "write " + QXPlatform::writeJSON(value, QXPlatform::JSONStyle::compact).value();
 }
 
-std::string asInteger(const Value& found) {
-  std::int64_t integer = 0;
-  if (const auto text = found.string()) {
-    const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), integer);
-    return error == std::errc() && end == text->data() + text->size() ? write(integer) : std::string();
-  }
-  const auto number = found.number();
-  return number && std::abs(*number) < 1e15 ? write(std::llround(*number)) : std::string();
-}
-
 // "not one of S, M, L" of an "s".
 std::string inRightCase(std::string_view message, std::string_view written) {
   message.remove_prefix(std::string_view("not one of ").size());
@@ -77,7 +67,7 @@ bool isMixedUp(std::string_view written, std::string_view key) {
 std::string hintFor(const QXPlatform::DecodingError& error, const Value& found) {
   const std::string_view message = error.message;
   if (message.starts_with("expected text")) return hintForText(found);
-  if (message.starts_with("expected an integer")) return asInteger(found);
+  if (message.starts_with("expected an integer")) return hintForInteger(found);
   if (message.starts_with("expected an object")) return asJSONObject(found);
   if (message.starts_with("expected an array"))
     return found.isDictionary() ? "write it in brackets: [...]" : "";
@@ -88,6 +78,16 @@ std::string hintFor(const QXPlatform::DecodingError& error, const Value& found) 
 std::string hintForText(const Value& found) {
   if (found.isDictionary() || found.isArray() || found.isNull()) return {};
   return write(found.description());
+}
+
+std::string hintForInteger(const Value& found) {
+  std::int64_t integer = 0;
+  if (const auto text = found.string()) {
+    const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), integer);
+    return error == std::errc() && end == text->data() + text->size() ? write(integer) : std::string();
+  }
+  const auto number = found.number();
+  return number && std::abs(*number) < 1e15 ? write(std::llround(*number)) : std::string();
 }
 
 std::string hintForKey(std::string_view written, const std::vector<std::string_view>& known) {

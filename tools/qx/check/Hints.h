@@ -15,6 +15,8 @@ namespace qx {
 std::string hintFor(const QXPlatform::DecodingError& error, const QXPlatform::Value& found);
 // Of what stands where text is expected.
 std::string hintForText(const QXPlatform::Value& found);
+// Of what stands where an integer is expected.
+std::string hintForInteger(const QXPlatform::Value& found);
 // Of a key that is not read: the one of `known` that is meant.
 std::string hintForKey(std::string_view written, const std::vector<std::string_view>& known);
 // Of a text that is no colour.

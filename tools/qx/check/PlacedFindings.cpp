@@ -11,6 +11,9 @@ namespace qx {
 
 namespace {
 
+// What a person reads and a machine holds of one push; each finding is looked for in its text.
+constexpr std::size_t kMostFindings = 500;
+
 // The text of one push, and where in a file it stands.
 struct Source {
   std::string_view text;
@@ -20,7 +23,7 @@ struct Source {
 LocatedFinding locate(Finding finding, const Source& source, std::size_t offset) {
   SourcePosition position = positionOf(source.text, offset);
   position.line += source.place.line - 1;
-  return {std::move(finding), source.place.file, position, std::string(lineAround(source.text, offset))};
+  return {std::move(finding), source.place.file, position, excerptAround(source.text, offset)};
 }
 
 // What a place in the push's text is called by a finding: one in the userInfo, or in words.
@@ -38,6 +41,10 @@ Finding replaced(const ReplacedMember& member, std::string_view root) {
 
 Finding atTheWhole(std::string message, std::string hint) {
   return {Finding::Severity::error, "", std::move(message), std::move(hint), ""};
+}
+
+Finding unlisted(std::size_t count) {
+  return {Finding::Severity::warning, "", "and " + std::to_string(count) + " more findings", "", ""};
 }
 
 // What keeps a text from being a push at all: its JSON, or the members that make a push.
@@ -58,20 +65,30 @@ std::vector<LocatedFinding> findPlaced(std::string_view text, const PushPlace& p
   const auto push = PushDocument::parse(text);
   if (!push) return {whyNoPush(source, push.error())};
   std::vector<LocatedFinding> located;
+  std::size_t left = 0;
   for (Finding& finding : checkPush(*push, limit)) {
+    if (located.size() == kMostFindings) {
+      ++left;
+      continue;
+    }
     const std::size_t offset = offsetOf(text, finding.source);
     located.push_back(locate(std::move(finding), source, offset));
   }
   for (const ReplacedMember& member : findReplacedMembers(text)) {
+    if (located.size() == kMostFindings) {
+      ++left;
+      continue;
+    }
     located.push_back(locate(replaced(member, push->userInfoPath()), source, member.offset));
   }
+  if (left > 0) located.push_back(locate(unlisted(left), source, 0));
   return located;
 }
 
 LocatedFinding unreadableFile(const PushPlace& place, const QXPlatform::Error& reason) {
   const std::string prefix = place.file + ": ";
   const std::size_t named = reason.message.starts_with(prefix) ? prefix.size() : 0;
-  return {atTheWhole(reason.message.substr(named), ""), place.file, {place.line, 1}, ""};
+  return {atTheWhole(reason.message.substr(named), ""), place.file, {place.line, 1}, {}};
 }
 
 }  // namespace qx

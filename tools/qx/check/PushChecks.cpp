@@ -64,9 +64,10 @@ std::vector<Finding> checkPush(const PushDocument& push, PushLimit limit) {
   Findings findings(push.userInfoPath());
   const bool hasCarousel =
       userInfo.contains(kRichFeaturesKey) || userInfo.contains(kCompressedRichFeaturesKey);
-  checkSize(userInfo, limit, findings);
+  checkSize(push, limit, findings);
   checkAps(userInfo, hasCarousel, findings);
   checkAlert(userInfo, findings);
+  checkBadgeAndSound(userInfo, findings);
   checkSender(userInfo, findings);
   checkReceipt(userInfo, findings);
   checkContext(userInfo, findings);

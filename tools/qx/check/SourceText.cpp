@@ -17,6 +17,10 @@ namespace {
 
 constexpr std::string_view kWhiteSpace = " \t\r\n";
 
+bool beginsCharacter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80;
+}
+
 // Walks over a text that is known to be JSON.
 class Scanner {
  public:
@@ -153,7 +157,6 @@ std::optional<std::size_t> findElement(std::string_view text, std::size_t array,
 SourcePosition positionOf(std::string_view text, std::size_t offset) {
   const std::string_view before = text.substr(0, offset);
   const std::string_view line = before.substr(before.rfind('\n') + 1);
-  const auto beginsCharacter = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80; };
   return {static_cast<std::size_t>(std::ranges::count(before, '\n')) + 1,
           static_cast<std::size_t>(std::ranges::count_if(line, beginsCharacter)) + 1};
 }
@@ -180,11 +183,22 @@ std::vector<ReplacedMember> findReplacedMembers(std::string_view text) {
   return found;
 }
 
-std::string_view lineAround(std::string_view text, std::size_t offset) {
-  const std::size_t start = text.substr(0, offset).rfind('\n') + 1;
-  std::string_view line = text.substr(start, text.find('\n', offset) - start);
+Excerpt excerptAround(std::string_view text, std::size_t offset) {
+  constexpr std::size_t kMostBefore = 60;
+  constexpr std::size_t kMostShown = 100;
+  constexpr std::size_t kMostBytesACharacter = 4;
+  std::size_t column = 0;
+  std::size_t begin = offset;
+  while (begin > 0 && text[begin - 1] != '\n' && column < kMostBefore) {
+    if (beginsCharacter(text[--begin])) ++column;
+  }
+  std::string_view line = text.substr(begin, kMostBytesACharacter * kMostShown);
+  line = line.substr(0, line.find('\n', offset - begin));
   if (line.ends_with('\r')) line.remove_suffix(1);
-  return line;
+  std::size_t characters = 0;
+  const auto* end = std::ranges::find_if(
+      line, [&](char byte) { return beginsCharacter(byte) && characters++ == kMostShown; });
+  return {std::string(line.begin(), end), column};
 }
 
 }  // namespace qx

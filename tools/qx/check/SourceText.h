@@ -28,7 +28,12 @@ struct ReplacedMember {
 // In the order of the text. REQUIRES: the text is JSON.
 std::vector<ReplacedMember> findReplacedMembers(std::string_view text);
 
-// The whole line that holds the offset, without its end.
-std::string_view lineAround(std::string_view text, std::size_t offset);
+// What a reader is shown of the line that holds an offset; a compact push is one long line.
+struct Excerpt {
+  std::string text;
+  std::size_t column = 0;  // of the offset, in characters from 0
+};
+
+Excerpt excerptAround(std::string_view text, std::size_t offset);
 
 }  // namespace qx

@@ -5,9 +5,9 @@
 namespace QXPlatform {
 
 // The allocator would keep eight pools a processor, each with holes of its own, and let them grow for tens of
-// thousands of notifications. One is not slower: most blocks come from what each thread keeps.
-void keepMemoryUseEven() {
-  mallopt(M_ARENA_MAX, 1);
+// thousands of notifications.
+void keepMemoryUseEven(int pools) {
+  mallopt(M_ARENA_MAX, pools);
 }
 
 void giveBackFreeMemory() {

@@ -11,6 +11,7 @@
 #include <thread>
 #include <utility>
 
+#include "QXPlatform/foundation/MemoryUse.h"
 #include "tools/qx/PushFiles.h"
 #include "tools/qx/Results.h"
 
@@ -240,6 +241,7 @@ void examineFile(const std::string& file, Examination& examination) {
 int forEachPush(std::string_view command, const PushInput& input,
                 const std::function<PushReport(const std::string& text, const PushPlace& place)>& examine,
                 const std::function<void(const PushPlace& place, const Error& reason)>& unreadable) {
+  QXPlatform::keepMemoryUseEven(static_cast<int>(input.jobs));
   Examination examination(command, input.jobs, examine, unreadable);
   for (const std::string& file : input.files) {
     std::error_code ignored;

@@ -54,10 +54,7 @@ void AppActivation::startCommand(const std::vector<std::string>& command, const 
   if (!token.empty()) start.environment.push_back("XDG_ACTIVATION_TOKEN=" + token);
   const auto process = startDetached(start);
   if (!process) return failed_(process.error().message);
-  // Waited for, lest it stay behind as a dead process while the agent lives.
-  sd_event_add_child(
-      loop_.get(), nullptr, *process, WEXITED, [](sd_event_source*, const siginfo_t*, void*) { return 0; },
-      nullptr);
+  loop_.reap(*process);
 }
 
 }  // namespace QXAgent

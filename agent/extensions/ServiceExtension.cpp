@@ -43,7 +43,8 @@ const std::size_t kExtensionMemory = std::size_t{QX_EXTENSION_MEMORY_MB} << 20;
 class ServiceExtension::Run {
  public:
   Run(EventLoop& loop, StartedProgram started, std::function<void()> ended)
-      : process_(std::move(started),
+      : loop_(loop),
+        process_(std::move(started),
                  [](std::string_view line) {
                    QXPlatform::writeToStandardError(std::string("extension: ").append(line) + "\n");
                  }),
@@ -54,6 +55,14 @@ class ServiceExtension::Run {
         memory_(loop, [this] { checkMemory(); }),
         killed_(loop, [this] { abandon(); }) {
     if (process_.program().processId() > 0) memory_.start(kMemoryLook);
+  }
+  // One that is not gone with the kill is not waited for here.
+  ~Run() {
+    Program& program = process_.program();
+    if (program.processId() <= 0 || program.exitStatus()) return;
+    program.kill();
+    program.release();
+    loop_.reap(program.processId());
   }
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
@@ -138,6 +147,7 @@ class ServiceExtension::Run {
     }
   }
 
+  EventLoop& loop_;
   ExtensionProcess process_;
   const std::function<void()> ended_;
   std::deque<Deadline> deadlines_;  // soonest first

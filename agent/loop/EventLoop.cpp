@@ -36,6 +36,11 @@ void EventLoop::stop(int exitCode) {
   sd_event_exit(event_.get(), exitCode);
 }
 
+void EventLoop::reap(int child) {
+  const auto forget = [](sd_event_source*, const siginfo_t*, void*) { return 0; };
+  sd_event_add_child(event_.get(), nullptr, child, WEXITED, forget, nullptr);
+}
+
 Timer::Timer(EventLoop& loop, std::function<void()> handler) : handler_(std::move(handler)) {
   sd_event_source* source = nullptr;
   const auto call = [](sd_event_source*, std::uint64_t, void* self) {

@@ -24,6 +24,9 @@ class EventLoop {
   // What is to be done at such a signal, before the loop ends.
   void setEndHandler(std::function<void()> handler) { endHandler_ = std::move(handler); }
 
+  // Takes note of a child's end, whenever it comes, lest it stay behind as a dead process.
+  void reap(int child);
+
   sd_event* get() const { return event_.get(); }
 
  private:

@@ -189,6 +189,9 @@ TEST_F(DeliveryTest, WhatNobodyWantsToShowIsShownPlainlyOrElsePutAside) {
 class Invulnerable final : public Program {
  public:
   explicit Invulnerable(std::unique_ptr<Program> program) : program_(std::move(program)) {}
+  ~Invulnerable() override { program_->kill(); }
+  Invulnerable(const Invulnerable&) = delete;
+  Invulnerable& operator=(const Invulnerable&) = delete;
   int exitDescriptor() const override { return program_->exitDescriptor(); }
   void kill() override {}
   void release() override { program_->release(); }

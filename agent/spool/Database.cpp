@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <system_error>
+
 namespace QXAgent {
 
 namespace {
@@ -79,6 +81,9 @@ std::optional<std::string> Statement::optionalText(int column) const {
 }
 
 Database::Database(const std::filesystem::path& file) {
+  // To the library one that was cut to nothing is a new one.
+  std::error_code absent;
+  if (std::filesystem::file_size(file, absent) == 0) throw DatabaseError{"the file is empty", true};
   const mode_t previous = umask(077);
   sqlite3* connection = nullptr;
   const int status = sqlite3_open_v2(

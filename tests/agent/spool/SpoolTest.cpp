@@ -115,19 +115,23 @@ TEST_F(SpoolTest, AFullDiskIsAnAnswerAndChangesNothing) {
 TEST_F(SpoolTest, ADamagedFileIsSetAsideAndBegunAnew) {
   const auto file = directory_.path(kDatabaseName);
   for (int i = 0; i < 100; ++i) spool_->take("", "a", std::string(10'000, 'x'));
-  for (const std::streamoff damaged : {-1, 0, 8'192}) {
+  constexpr std::streamoff kWhole = -1;
+  constexpr std::streamoff kCut = -2;
+  for (const std::streamoff damaged : {kWhole, std::streamoff{0}, std::streamoff{8'192}, kCut}) {
+    const bool isDamaged = damaged != kWhole;
     spool_.reset();
     database_.reset();
     if (damaged >= 0) {
       std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
       stream.seekp(damaged) << std::string(65'536, '\xA5');
     }
+    if (damaged == kCut) std::filesystem::resize_file(file, 0);
     auto [database, wasDamaged] = openOrBeginAnew(file);
-    EXPECT_EQ(wasDamaged, damaged >= 0) << damaged;
-    EXPECT_EQ(std::filesystem::exists(file + ".damaged"), damaged >= 0) << damaged;
+    EXPECT_EQ(wasDamaged, isDamaged) << damaged;
+    EXPECT_EQ(std::filesystem::exists(file + ".damaged"), isDamaged) << damaged;
     Spool spool(database);
     for (int i = 0; i < 100; ++i) EXPECT_EQ(spool.take("", "a", std::string(10'000, 'x')), Reception::taken);
-    EXPECT_EQ(spool.account().waiting, damaged >= 0 ? 100 : 200) << damaged;
+    EXPECT_EQ(spool.account().waiting, isDamaged ? 100 : 200) << damaged;
   }
 }
 

@@ -124,9 +124,19 @@ int runOn(EventLoop& loop, const Bus& bus, const Installation& installation, con
   return loop.run();
 }
 
+// Whether there was an agent to end.
+bool endAgent(const Bus& bus, const std::string& name) {
+  const auto process = bus.processOf(name);
+  if (!process) return false;
+  kill(*process, SIGTERM);
+  for (auto left = kLongestEnd; left > left.zero() && bus.processOf(name) == process; left -= kLook)
+    std::this_thread::sleep_for(kLook);
+  return true;
+}
+
 // Ends the registration, so that whoever sends is told by the distributor that nobody listens any more, and
 // the agent, should it run.
-void endAgent(const Installation& installation) {
+void endForGood(const Installation& installation) {
   EventLoop loop;
   const auto bus = Bus::connect(loop);
   if (!bus) return;
@@ -134,7 +144,18 @@ void endAgent(const Installation& installation) {
   if (std::filesystem::exists(stateDirectory(installation.app) / kDatabaseName))
     bus->ask(bus->newCall(name.c_str(), kPushPath, kPushInterface, "Unregister"), nullptr,
              kLongestRegistration);
-  if (const auto process = bus->processOf(name)) kill(*process, SIGTERM);
+  endAgent(*bus, name);
+}
+
+// An agent that runs knows the installation that it began with.
+void renewAgent(const std::string& name) {
+  EventLoop loop;
+  const auto bus = Bus::connect(loop);
+  if (!bus || !endAgent(*bus, name)) return;
+  const auto call = bus->newCall("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                 "StartServiceByName");
+  sd_bus_message_append(call.get(), "su", name.c_str(), 0);
+  bus->ask(call, nullptr, kLongestRegistration);
 }
 
 std::optional<Registration> loadRegistration(const std::string& app) {
@@ -196,13 +217,14 @@ int runInstall(Installation installation) {
   const auto done = install(std::move(installation), self);
   if (!done) return fail(done.error().message);
   reloadServices();
+  renewAgent(done->busName());
   return printFiles(done->files);
 }
 
 int runUninstall(const std::string& app) {
   const auto installation = Installation::read(app);
   if (!installation) return fail(installation.error().message);
-  endAgent(*installation);
+  endForGood(*installation);
   const auto removed = removeFiles(*installation);
   std::error_code ignored;
   std::filesystem::remove_all(stateDirectory(app), ignored);
@@ -219,7 +241,8 @@ int runEndpoint(const std::string& app) {
       if (const auto error = askToRegister(*installation)) return fail(*error);
       registration = loadRegistration(app);
     }
-    if (!registration) return fail("the registration cannot be read");
+    if (!registration || !isUsable(*registration, *installation))
+      return fail("the distributor of this installation has given no endpoint");
     return print({{"endpoint", registration->endpoint},
                   {"publicKey", encodeBase64URL(registration->keys.publicKey.view())},
                   {"auth", encodeBase64URL(registration->keys.auth.view())}});

@@ -298,6 +298,10 @@ class EndToEndTest(unittest.TestCase):
         self.assertIn("org.unifiedpush.Distributor.Other", endpoint())
         other.kill()
         self.assertIn("NETWORK", endpoint())
+        other = self.desktop.start_distributor("--name", "Other")
+        self.desktop.install_shop("--distributor", "org.unifiedpush.Distributor.Other")
+        [subscription] = self.desktop.run("qx-agent", "endpoint", "--app", SHOP)
+        self.assertTrue(subscription["endpoint"].startswith(other.lines[0]["url"]), "it reaches the agent that runs")
 
     @on_desktop
     def test_starts_with_the_session_until_it_is_uninstalled(self):

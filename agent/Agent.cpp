@@ -140,9 +140,9 @@ void Agent::start() {
   forgetEarlierSessions();
   removeForgottenFiles();
   if (setting_.wasDamaged) {
+    report("the spool was damaged: it lies beside, and has been begun anew");
     // The keys have gone with it.
     unifiedPush_.registerApp([](const auto&) {});
-    report("the spool was damaged: it lies beside, and has been begun anew");
   } else {
     unifiedPush_.renew();
   }
@@ -182,8 +182,9 @@ void Agent::refuse(std::string_view reason) {
 }
 
 void Agent::report(std::string_view problem) {
-  logLine(std::string(problem));
-  spool_.noteError(problem);
+  const std::string text = displayText(problem, kLongestProblem);
+  logLine(text);
+  spool_.noteError(text);
 }
 
 PresenterEvents Agent::presenterEvents() {

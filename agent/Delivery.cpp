@@ -20,7 +20,6 @@ constexpr std::chrono::seconds kLongestPause{60};
 // Then it is shown plainly, in case it is the picture or the like that does not please.
 constexpr int kMostRefusals = 3;
 constexpr std::chrono::seconds kBeforeAskingAgain{1};
-constexpr std::size_t kLongestProblem = 500;
 
 std::string compact(const Dictionary& dictionary) {
   auto text = QXPlatform::writeJSON(dictionary, QXPlatform::JSONStyle::compact);

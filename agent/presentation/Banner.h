@@ -39,5 +39,7 @@ std::string bannerBody(const Banner& banner, bool rendersMarkup);
 // Without what the bus refuses or nobody can see: control characters (line breaks and tabs stay) go,
 // noncharacters become replacement characters, and what is longer than a screen is cut.
 std::string displayText(std::string_view text, std::size_t limit);
+// Of another program's words on what went wrong, to be kept.
+inline constexpr std::size_t kLongestProblem = 500;
 
 }  // namespace QXAgent

@@ -22,7 +22,7 @@ UnifiedPush& sourceOf(void* object) {
 int refuse(Answer answer, sd_bus_error* error) {
   return answer == Answer::notAllowed
              ? sd_bus_error_set_const(error, SD_BUS_ERROR_ACCESS_DENIED, "Only the distributor may call this")
-             : sd_bus_error_set_const(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "The push cannot be kept now");
+             : sd_bus_error_set_const(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "It cannot be kept now");
 }
 
 // `id`: what is to be given back; empty: nothing.

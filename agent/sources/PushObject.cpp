@@ -36,10 +36,10 @@ struct PushObject::Methods {
     return 1;
   }
 
-  static int unregisterApp(sd_bus_message* call, void* object, sd_bus_error*) {
+  static int unregisterApp(sd_bus_message* call, void* object, sd_bus_error* error) {
     const std::shared_ptr<sd_bus_message> kept(sd_bus_message_ref(call), sd_bus_message_unref);
-    self(object).source_.unregisterApp([kept] { sd_bus_reply_method_return(kept.get(), ""); });
-    return 1;
+    if (self(object).source_.unregisterApp([kept] { sd_bus_reply_method_return(kept.get(), ""); })) return 1;
+    return sd_bus_error_set_const(error, SD_BUS_ERROR_FAILED, "The registration cannot be ended now");
   }
 
   static int deliver(sd_bus_message* call, void* object, sd_bus_error* error) {

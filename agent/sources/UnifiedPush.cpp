@@ -61,7 +61,7 @@ UnifiedPush::UnifiedPush(EventLoop& loop, const Bus& bus, const RegistrationStor
 }
 
 void UnifiedPush::renew() {
-  if (registered_.current || registered_.next) registerApp([](const auto&) {});
+  if (registered_.isWanted || registered_.current || registered_.next) registerApp([](const auto&) {});
 }
 
 void UnifiedPush::registerApp(Completion completion) {
@@ -74,9 +74,15 @@ void UnifiedPush::registerApp(Completion completion) {
 }
 
 std::optional<Error> UnifiedPush::prepare() {
+  const Error notKept{"the registration cannot be kept"};
+  // Kept before there is anybody to register with.
+  if (!std::exchange(registered_.isWanted, true) && !store_.save(registered_)) {
+    registered_.isWanted = false;
+    return notKept;
+  }
   const auto distributor = chooseDistributor();
   if (!distributor) return distributor.error();
-  auto& [current, next] = registered_;
+  auto& [current, next, isWanted] = registered_;
   const auto before = next;
   if (current && current->distributor == *distributor) {
     next.reset();
@@ -86,7 +92,7 @@ std::optional<Error> UnifiedPush::prepare() {
     next = Registration{*distributor, QXPlatform::makeUUIDString(), {}, *keys};
   }
   if (before && (!next || next->token != before->token)) leave(*before, [] {});
-  if (!store_.save(registered_)) return Error{"the registration cannot be kept"};
+  if (!store_.save(registered_)) return notKept;
   return std::nullopt;
 }
 
@@ -117,7 +123,8 @@ void UnifiedPush::sendRegistration() {
       return finishRegistration(Error{"the distributor failed: " + *error});
     const auto fields = readFields(reply);
     if (fields.text("success") != "REGISTRATION_SUCCEEDED")
-      finishRegistration(Error{"the distributor refused: " + fields.text("reason")});
+      return finishRegistration(Error{"the distributor refused: " + fields.text("reason")});
+    finishRenewal();
   });
 }
 
@@ -135,34 +142,41 @@ void UnifiedPush::sendOldRegistration() {
     if (sd_bus_message_read(&reply, "ss", &result, &reason) <= 0)
       return finishRegistration(Error{"the distributor answered nonsense"});
     const std::string text(result);
-    if (text != "REGISTRATION_SUCCEEDED" && text != "NEW_ENDPOINT")
-      finishRegistration(Error{"the distributor refused: " + std::string(reason)});
+    if (text == "REGISTRATION_SUCCEEDED") return finishRenewal();
+    if (text != "NEW_ENDPOINT") finishRegistration(Error{"the distributor refused: " + std::string(reason)});
   });
+}
+
+void UnifiedPush::finishRenewal() {
+  if (const std::string endpoint = sought().endpoint; !endpoint.empty()) finishRegistration(endpoint);
+}
+
+void UnifiedPush::askAgainLater() {
+  pause_ = std::clamp(2 * pause_, kBeforeRegisteringAgain, kLongestPause);
+  again_.start(pause_);
 }
 
 void UnifiedPush::finishRegistration(const Result<std::string>& result) {
   patience_.stop();
   again_.stop();
-  if (result) {
-    pause_ = std::chrono::seconds(0);
-  } else {
+  if (!result) {
     receiver_.report(result.error().message);
-    pause_ = std::clamp(2 * pause_, kBeforeRegisteringAgain, kLongestPause);
-    again_.start(pause_);
+    askAgainLater();
   }
   for (const Completion& completion : std::exchange(waiting_, {})) completion(result);
   receiver_.rested();
 }
 
-void UnifiedPush::unregisterApp(std::function<void()> completion) {
-  const auto [current, next] = std::exchange(registered_, {});
-  store_.save(registered_);
+bool UnifiedPush::unregisterApp(std::function<void()> completion) {
+  if (!store_.save({})) return false;
+  const auto [current, next, wasWanted] = std::exchange(registered_, {});
   if (isRegistering()) finishRegistration(Error{"the registration has been ended"});
   again_.stop();
   if (next) leave(*next, current ? [] {} : completion);
   if (current) leave(*current, completion);
   if (!current && !next) completion();
   if (current && endpointChanged_) endpointChanged_();
+  return true;
 }
 
 void UnifiedPush::leave(const Registration& registration, std::function<void()> completion) {
@@ -215,6 +229,7 @@ UnifiedPush::Answer UnifiedPush::message(const std::string& sender, const Messag
   }
   const auto opened = openApart(registration->keys, message.bytes);
   if (opened) {
+    pause_ = std::chrono::seconds(0);
     return receiver_.receive(keyOf(registration->distributor, message), *opened) ? Answer::done
                                                                                  : Answer::tryAgain;
   }
@@ -230,7 +245,7 @@ UnifiedPush::Answer UnifiedPush::newEndpoint(const std::string& sender, const st
   if (endpoint.size() > kLongestEndpoint || !QXPlatform::URL::parse(endpoint)) return Answer::done;
   const bool isSought = registration == &sought();
   const Registrations before = registered_;
-  auto& [current, next] = registered_;
+  auto& [current, next, isWanted] = registered_;
   const bool isNext = next && registration == &*next;
   if (isNext) current = std::exchange(next, std::nullopt);
   const bool isNew = isNext || current->endpoint != endpoint;
@@ -251,13 +266,15 @@ UnifiedPush::Answer UnifiedPush::unregistered(const std::string& sender, const s
   if (token == left_ || (!registered_.current && !registered_.next)) return Answer::done;
   const auto [registration, refusal] = callerOf(sender, token);
   if (registration == nullptr) return refusal;
-  if (registered_.current && registration == &*registered_.current) {
-    registered_.current->endpoint.clear();
-    store_.save(registered_);
-    if (endpointChanged_) endpointChanged_();
+  // Ever later, lest a distributor that is out of its mind be asked for ever.
+  askAgainLater();
+  if (!registered_.current || registration != &*registered_.current) return Answer::done;
+  const std::string endpoint = std::exchange(registered_.current->endpoint, {});
+  if (!store_.save(registered_)) {
+    registered_.current->endpoint = endpoint;
+    return Answer::tryAgain;
   }
-  // Not at once, lest a distributor that is out of its mind be asked for ever.
-  again_.start(kBeforeRegisteringAgain);
+  if (endpointChanged_) endpointChanged_();
   return Answer::done;
 }
 

@@ -30,13 +30,14 @@ class UnifiedPush {
   UnifiedPush(const UnifiedPush&) = delete;
   UnifiedPush& operator=(const UnifiedPush&) = delete;
 
-  // Says again that the app is there, when it has been registered. To be called at every start.
+  // Says again that the app is there, when it has been registered or was to be. To be called at every start.
   void renew();
   // Registers, or renews; calls back when the endpoint is known or cannot be had. What failed is tried again,
   // ever less often, and when a distributor comes.
   void registerApp(Completion completion);
-  // Calls back when the distributor has been told, or cannot be.
-  void unregisterApp(std::function<void()> completion);
+  // Calls back when the distributor has been told, or cannot be. False, without calling back, when it cannot
+  // be kept and nothing has changed.
+  bool unregisterApp(std::function<void()> completion);
   // Empty until there is one.
   std::string endpoint() const { return registered_.current ? registered_.current->endpoint : std::string(); }
   // Whether an answer of a distributor is waited for.
@@ -71,6 +72,9 @@ class UnifiedPush {
   // Whether that is still what is waited for.
   bool awaits(const std::string& token) const { return isRegistering() && sought().token == token; }
   void finishRegistration(const QXPlatform::Result<std::string>& result);
+  // The registration is taken to hold when nothing newer is known: not all say the endpoint again.
+  void finishRenewal();
+  void askAgainLater();
   // Tells a distributor that the app listens there no more.
   void leave(const Registration& registration, std::function<void()> completion);
   void sendOldUnregistration(const Registration& registration, std::function<void()> completion);
@@ -87,7 +91,7 @@ class UnifiedPush {
   std::list<Completion> waiting_;
   std::function<void()> endpointChanged_;
   Timer patience_;
-  std::chrono::seconds pause_{0};  // before the next attempt, after a failed one
+  std::chrono::seconds pause_{0};  // before the next attempt; grows until pushes come
   Timer again_;
 };
 

@@ -13,6 +13,7 @@ constexpr const char* kSchema = R"(
   CREATE TABLE IF NOT EXISTS next_registration (
     row INTEGER PRIMARY KEY CHECK (row = 1), distributor TEXT NOT NULL, token TEXT NOT NULL, endpoint TEXT NOT NULL,
     private BLOB NOT NULL, public BLOB NOT NULL, auth BLOB NOT NULL);
+  CREATE TABLE IF NOT EXISTS wanted_registration (row INTEGER PRIMARY KEY CHECK (row = 1));
 )";
 constexpr const char* kCurrent = "registration";
 constexpr const char* kNext = "next_registration";
@@ -48,9 +49,8 @@ RegistrationStore::RegistrationStore(const Database& database) : database_(datab
 }
 
 Registrations RegistrationStore::load() const {
-  return attempt("the registration cannot be read", Registrations(), [&] {
-    return Registrations{read(database_, kCurrent), read(database_, kNext)};
-  });
+  return {read(database_, kCurrent), read(database_, kNext),
+          Statement(database_, "SELECT 1 FROM wanted_registration").step()};
 }
 
 bool RegistrationStore::save(const Registrations& registrations) const {
@@ -60,6 +60,8 @@ bool RegistrationStore::save(const Registrations& registrations) const {
     Transaction transaction(database_);
     write(database_, kCurrent, registrations.current);
     write(database_, kNext, registrations.next);
+    database_.execute(registrations.isWanted ? "INSERT OR IGNORE INTO wanted_registration VALUES (1)"
+                                             : "DELETE FROM wanted_registration");
     transaction.commit();
     return true;
   });

@@ -20,16 +20,18 @@ struct Registration {
 struct Registrations {
   std::optional<Registration> current;
   std::optional<Registration> next;
+  bool isWanted = false;  // whether there is to be one, even while there is none
 };
 
-// Keeps an app's registrations. As the spool: what fails is logged, and what was to be read is absent.
+// Keeps an app's registrations.
 class RegistrationStore {
  public:
   // The database must outlive the store. Throws DatabaseError.
   explicit RegistrationStore(const Database& database);
 
+  // Throws DatabaseError: one that cannot be read now is not one that never was.
   Registrations load() const;
-  // False when they could not be kept: both are as before.
+  // False, which is logged, when they could not be kept: all is as before.
   bool save(const Registrations& registrations) const;
 
  private:

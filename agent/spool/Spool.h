@@ -47,7 +47,7 @@ inline constexpr const char* kDatabaseName = "spool.sqlite";
 // count of all. Written by one agent at a time, read by anybody.
 //
 // What fails for want of room or a damaged file changes nothing; it is logged, and what was to be read is
-// then absent. There is no room either for more than 64 MiB in all.
+// then absent. Nor is there room for another push once there are 64 MiB in all.
 class Spool {
  public:
   enum class Reception { taken, repeated, failed };

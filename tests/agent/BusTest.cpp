@@ -191,6 +191,7 @@ class OldDistributor {
     slot_.reset(slot);
   }
 
+  const char* answer = "NEW_ENDPOINT";
   std::string registered;
   std::string unregistered;
 
@@ -199,8 +200,9 @@ class OldDistributor {
     const char* service = nullptr;
     const char* token = nullptr;
     sd_bus_message_read(call, "ss", &service, &token);
-    static_cast<OldDistributor*>(self)->registered = token;
-    return sd_bus_reply_method_return(call, "ss", "NEW_ENDPOINT", "");
+    auto* distributor = static_cast<OldDistributor*>(self);
+    distributor->registered = token;
+    return sd_bus_reply_method_return(call, "ss", distributor->answer, "");
   }
   static int takeUnregistration(sd_bus_message* call, void* self, sd_bus_error*) {
     const char* token = nullptr;
@@ -348,10 +350,14 @@ TEST_F(ConnectorTest, WhatIsHandedOverOnceBearsItsKey) {
 }
 
 TEST_F(ConnectorTest, UnregisterIsAnsweredWhenTheDistributorHasBeenTold) {
-  const OldDistributor distributor(distributor_);
+  OldDistributor distributor(distributor_);
+  distributor.answer = "REGISTRATION_SUCCEEDED";
+  source_->renew();
+  EXPECT_TRUE(runUntil([&] { return !source_->isBusy(); })) << "an endpoint need not be said again";
+  EXPECT_EQ(distributor.registered, "token");
   EXPECT_EQ(answerTo(stranger_, newCall(stranger_, kPushInterface, "Unregister")), "");
   EXPECT_EQ(distributor.unregistered, "token");
-  EXPECT_FALSE(store_.load().current);
+  EXPECT_FALSE(store_.load().current || store_.load().isWanted);
 }
 
 constexpr const char* kNewDistributor = "org.unifiedpush.Distributor.New";
@@ -365,6 +371,7 @@ TEST_F(NewDistributorTest, IsRegisteredWithWhenItComesAndTakesTheOldOnesPlaceWit
   const OldDistributor before(distributor_);
   source_->renew();
   EXPECT_EQ(receiver_.reported, std::string("the distributor ") + kNewDistributor + " is not there");
+  EXPECT_TRUE(store_.load().isWanted);
 
   const Bus bus = connect();
   const OldDistributor after(bus);
@@ -379,7 +386,7 @@ TEST_F(NewDistributorTest, IsRegisteredWithWhenItComesAndTakesTheOldOnesPlaceWit
   EXPECT_EQ(answerTo(bus, std::move(call)), "");
   EXPECT_TRUE(runUntil([&] { return !source_->isBusy(); }));
   EXPECT_EQ(before.unregistered, "token");
-  const auto [current, next] = store_.load();
+  const auto [current, next, isWanted] = store_.load();
   EXPECT_EQ(current->endpoint, "https://push.example/2");
   EXPECT_EQ(current->token, after.registered);
   EXPECT_FALSE(next);

@@ -41,7 +41,8 @@ void expectMemory(std::size_t bytes) {
 
 NodeHandle readNodes(std::string_view bytes) {
   if (bytes.size() > kMaxSize) return nullptr;
-  expectMemory(256 * 1024 + 64 * bytes.size());
+  constexpr std::size_t kAtLeast = 250'000;
+  expectMemory(kAtLeast + 64 * bytes.size());
   const auto size = static_cast<std::uint32_t>(bytes.size());
   plist_t root = nullptr;
   if (bytes.starts_with("bplist00")) {

@@ -4,9 +4,11 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "QXPlatform/foundation/ASCII.h"
@@ -46,6 +48,13 @@ std::optional<Error> findBadValue(const ScriptedAnswer& answer) {
   }
   for (const auto& [name, value] : answer.headers.value_or(Dictionary())) {
     if (!value.string()) return Error{"header " + std::string(name) + " must be text"};
+    const std::string line = std::string(name).append(*value.string());
+    if (line.find_first_of("\r\n") != std::string::npos) {
+      return Error{"header " + std::string(name) + " must be one line"};
+    }
+    if (QXPlatform::equalsIgnoringCase(name, "Content-Length")) {
+      return Error{"Content-Length follows from the body"};
+    }
   }
   return std::nullopt;
 }
@@ -79,6 +88,8 @@ void layBody(backend::Response& response, const QXPlatform::Value& body) {
 }  // namespace
 
 Result<std::vector<ScriptedAnswer>> BackendScript::read(const std::string& file) {
+  std::error_code ignored;
+  if (std::filesystem::is_directory(file, ignored)) return Error{file + ": " + std::strerror(EISDIR)};
   std::ifstream input(file, std::ios::binary);
   const std::string text{std::istreambuf_iterator<char>(input), {}};
   if (!input) return Error{file + ": " + std::strerror(errno)};

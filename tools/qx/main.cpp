@@ -528,6 +528,9 @@ std::vector<std::string> knownWords(const CLI::App& app, bool options) {
 std::string explainUnknown(const CLI::App& app, const std::string& word) {
   const bool isOption = word.starts_with('-');
   const auto meant = qx::nearestWord(word.substr(0, word.find('=')), knownWords(innermost(app), isOption));
+  if (meant && *meant == word.substr(0, word.find('='))) {
+    return "qx: write " + word + " after " + innermost(app).get_name() + "\n";
+  }
   const std::string hint = meant ? "; did you mean " + *meant + "?" : "";
   return "qx: there is no " + std::string(isOption ? "option " : "command ") + word + hint +
          "\nRun with --help for more information.\n";
@@ -542,8 +545,9 @@ std::string explainWrongUsage(const CLI::App* app, const CLI::Error& error) {
 // `qx help push` is `qx push --help`.
 std::vector<std::string> wordsOf(int argc, char** argv) {
   std::vector<std::string> words(argv + 1, argv + argc);
-  if (!words.empty() && words.front() == "help") {
-    words.erase(words.begin());
+  const auto asked = std::ranges::find_if(words, [](const std::string& word) { return word != "help"; });
+  if (asked != words.begin()) {
+    words.erase(words.begin(), asked);
     words.emplace_back("--help");
   }
   return words;
@@ -552,7 +556,8 @@ std::vector<std::string> wordsOf(int argc, char** argv) {
 // Help is no answer to what was not understood.
 int exitAfter(const CLI::App& app, const CLI::ParseError& error) {
   const auto unknown = app.remaining(true);
-  if (error.get_exit_code() != 0 || unknown.empty()) return app.exit(error) == 0 ? 0 : kWrongUsage;
+  if (error.get_exit_code() != 0 || unknown.empty())
+    return app.exit(error) == 0 ? qx::finish(0) : kWrongUsage;
   std::cerr << explainUnknown(app, unknown.front());
   return kWrongUsage;
 }

@@ -78,6 +78,7 @@ TEST(BackendCommandTest, AnswersByItsScriptAndEndsWhenWhatItExpectsHasCome) {
   const std::pair<const char*, const char*> wrong[] = {
       {"{}", "not a list of answers"},
       {"[{}, {\"stauts\": 500}]", "/1: there is no key \"stauts\"; did you mean \"status\"?"},
+      {R"([{"headers": {"X": "a\r\nY: b"}}])", "/0: header X must be one line"},
       {"[{\"status\": 99}]", "/0: status must be from 100 to 599"},
       {"[{\"times\": \"2\"}]", "/0: /times: expected an integer"}};
   for (const auto& [content, said] : wrong) {

@@ -49,6 +49,8 @@ Result<Dictionary> readCarouselRequest(const std::string& file) {
   if (push->unreadable) return *push->unreadable;
   auto request = carouselRequest(push->text);
   if (!request) return Error{file + ": " + request.error().message};
+  // Standard input may stay open.
+  if (file != "-" && files.next()) return Error{file + ": several pushes, and one can be shown"};
   return request;
 }
 

@@ -3,7 +3,12 @@
 #include <string>
 #include <utility>
 
+#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSONCoding.h"
+#include "QXPlatform/notifications/NotificationRecords.h"
 #include "tools/qx/PushDocument.h"
+#include "tools/qx/check/Hints.h"
+#include "tools/qx/check/Places.h"
 #include "tools/qx/check/PushChecks.h"
 #include "tools/qx/check/SyntaxCheck.h"
 
@@ -47,15 +52,32 @@ Finding unlisted(std::size_t count) {
   return {Finding::Severity::warning, "", "and " + std::to_string(count) + " more findings", "", ""};
 }
 
-// What keeps a text from being a push at all: its JSON, or the members that make a push.
-LocatedFinding whyNoPush(const Source& source, const QXPlatform::Error& reason) {
-  if (auto syntax = findSyntaxProblem(source.text)) {
-    return locate(atTheWhole(std::move(syntax->message), std::move(syntax->hint)), source, syntax->offset);
+// Every member for which a full request is none.
+std::vector<LocatedFinding> wrongMembers(const Source& source) {
+  const auto push = QXPlatform::parseJSON(source.text);
+  const auto members = push ? push->dictionary() : std::nullopt;
+  if (!members || members->contains("aps") || !members->contains("content")) return {};
+  std::vector<LocatedFinding> located;
+  for (const auto& error : QXPlatform::decodingErrors<QXPlatform::RequestRecord>(*push)) {
+    if (located.size() == kMostFindings) break;
+    const std::string& pointer = error.path.text();
+    located.push_back(locate(atTheWhole(error.description(), hintFor(error, valueAt(*push, pointer))), source,
+                             offsetOf(source.text, pointer)));
   }
+  return located;
+}
+
+// What keeps a text from being a push at all: its JSON, or the members that make a push.
+std::vector<LocatedFinding> whyNoPush(const Source& source, const QXPlatform::Error& reason) {
+  if (auto syntax = findSyntaxProblem(source.text)) {
+    return {locate(atTheWhole(std::move(syntax->message), std::move(syntax->hint)), source, syntax->offset)};
+  }
+  auto located = wrongMembers(source);
+  if (!located.empty()) return located;
   const std::string& message = reason.message;
   const std::string_view pointer = std::string_view(message).substr(0, message.find(": "));
   const bool hasPlace = message.starts_with('/');
-  return locate(atTheWhole(message, ""), source, offsetOf(source.text, hasPlace ? pointer : ""));
+  return {locate(atTheWhole(message, ""), source, offsetOf(source.text, hasPlace ? pointer : ""))};
 }
 
 }  // namespace
@@ -63,7 +85,7 @@ LocatedFinding whyNoPush(const Source& source, const QXPlatform::Error& reason) 
 std::vector<LocatedFinding> findPlaced(std::string_view text, const PushPlace& place, PushLimit limit) {
   const Source source{text, place};
   const auto push = PushDocument::parse(text);
-  if (!push) return {whyNoPush(source, push.error())};
+  if (!push) return whyNoPush(source, push.error());
   std::vector<LocatedFinding> located;
   std::size_t left = 0;
   for (Finding& finding : checkPush(*push, limit)) {

@@ -38,6 +38,58 @@ bool endsValue(char character) {
          QXPlatform::isASCIIAlphanumeric(character);
 }
 
+// REQUIRES: the text is JSON as far as it goes.
+bool endsInsideString(std::string_view text) {
+  bool isInside = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '"') isInside = !isInside;
+    if (text[i] == '\\' && isInside) ++i;
+  }
+  return isInside;
+}
+
+SyntaxProblem explainEscape(std::string_view text, std::size_t offset) {
+  const std::size_t begin = text.rfind('\\', offset);
+  const std::string_view escape = text.substr(begin, std::string_view("\\u0000").size());
+  if (escape.starts_with("\\u")) {
+    const std::string_view digits = escape.substr(2);
+    if (digits.size() == 4 && std::ranges::all_of(digits, QXPlatform::isHexDigit)) {
+      return {begin, "one half of a surrogate pair", "write both halves, or the character itself"};
+    }
+    return {begin, "an escape without its four hexadecimal digits", R"(write it as \u00e9 is)"};
+  }
+  if (escape.starts_with("\\'")) return {begin, "an escape that JSON does not have", "write ' alone"};
+  return {begin, "an escape that JSON does not have", R"(write \\ for a backslash)"};
+}
+
+SyntaxProblem explainInsideString(std::string_view text, std::size_t offset) {
+  const char next = text[offset];
+  if (next == '\n' || next == '\r') {
+    return {offset, "a line ends within a text", R"(end the text with a quote, or write \n)"};
+  }
+  if (next == '\t') return {offset, "a tab within a text", R"(write \t)"};
+  if (static_cast<unsigned char>(next) < 0x20) {
+    return {offset, "a control character within a text", "take it out"};
+  }
+  return explainEscape(text, offset);
+}
+
+// What other languages call a value.
+std::optional<SyntaxProblem> explainWord(std::string_view rest, std::size_t offset) {
+  const auto* end = std::ranges::find_if_not(rest, QXPlatform::isASCIIAlphanumeric);
+  const std::string word(rest.begin(), end);
+  const std::string lower = QXPlatform::lowercased(word);
+  const bool isMiswritten = lower == "true" || lower == "false" || lower == "null";
+  const bool isForeign = lower == "none" || lower == "nan" || lower == "undefined" || lower == "infinity";
+  if (!isMiswritten && !isForeign) return std::nullopt;
+  return SyntaxProblem{offset, word + ", which JSON does not have",
+                       "write " + (isMiswritten ? lower : std::string("null"))};
+}
+
+bool beginsKey(char character) {
+  return character == '_' || character == '$' || QXPlatform::isASCIIAlphanumeric(character);
+}
+
 // REQUIRES: `rest`, what follows, is not empty.
 std::optional<SyntaxProblem> explain(std::string_view before, std::string_view rest, std::size_t offset) {
   const char next = rest.front();
@@ -52,14 +104,13 @@ std::optional<SyntaxProblem> explain(std::string_view before, std::string_view r
   if ((next == '}' || next == ']') && last == ',') {
     return SyntaxProblem{before.size() - 1, "a comma after the last element", "take it out"};
   }
-  if ((last == '{' || last == ',') && QXPlatform::isASCIIAlphanumeric(next) &&
-      rest.find(':') < rest.find_first_of("\",{}[]")) {
+  if ((last == '{' || last == ',') && beginsKey(next) && rest.find(':') < rest.find_first_of("\",{}[]")) {
     return SyntaxProblem{offset, "a key without quotes", "write it in double quotes"};
   }
   if (endsValue(last) && beginsValue(next)) {
     return SyntaxProblem{offset, "a comma or a colon is missing before this", ""};
   }
-  return std::nullopt;
+  return explainWord(rest, offset);
 }
 
 }  // namespace
@@ -77,6 +128,7 @@ std::optional<SyntaxProblem> findSyntaxProblem(std::string_view text) {
     return SyntaxProblem{offset, "more text after the end of the JSON",
                          "name a file that holds one push a line .ndjson"};
   }
+  if (endsInsideString(text.substr(0, error->offset))) return explainInsideString(text, error->offset);
   if (auto problem = explain(beforeIt(text, offset), text.substr(offset), offset)) return problem;
   return SyntaxProblem{error->offset, error->reason, ""};
 }

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -53,6 +54,26 @@ bool holdsWholeLine(const std::string& text) {
   }
   return false;
 }
+
+// What was read of a stream, and then what is left of it.
+class ReadAgain final : public std::streambuf {
+ public:
+  ReadAgain(std::string text, std::istream& rest) : piece_(std::move(text)), rest_(rest) {
+    setg(piece_.data(), piece_.data(), piece_.data() + piece_.size());
+  }
+
+ private:
+  int_type underflow() override {
+    constexpr std::streamsize kPiece = 16'384;
+    piece_.resize(kPiece);
+    rest_.read(piece_.data(), kPiece);
+    setg(piece_.data(), piece_.data(), piece_.data() + rest_.gcount());
+    return rest_.gcount() == 0 ? traits_type::eof() : traits_type::to_int_type(piece_.front());
+  }
+
+  std::string piece_;
+  std::istream& rest_;
+};
 
 // Of all files together; nothing when one of them is a pipe or the like.
 std::optional<std::uintmax_t> totalSize(const std::vector<std::string>& names) {
@@ -131,8 +152,9 @@ std::optional<QXPlatform::PushText> PushFiles::openStandardInput(const std::stri
   std::string whole = first->text + "\n" + rest;
   if (QXPlatform::findJSONTextError(whole) && holdsWholeLine(rest)) {
     // The first push of several is broken.
-    readAhead_.str(std::string(first->line - 1, '\n') + whole);
-    lines_ = std::make_unique<QXPlatform::PushLineSource>(readAhead_, shownName);
+    readAgain_ = std::make_unique<ReadAgain>(std::string(first->line - 1, '\n') + whole, input);
+    readAgainInput_.rdbuf(readAgain_.get());
+    lines_ = std::make_unique<QXPlatform::PushLineSource>(readAgainInput_, shownName);
     return std::nullopt;
   }
   lines_.reset();

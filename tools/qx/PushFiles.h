@@ -4,9 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
+#include <istream>
 #include <memory>
 #include <optional>
-#include <sstream>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -39,7 +40,8 @@ class PushFiles final : public QXPlatform::PushSource {
   std::atomic<std::size_t> taken_ = 0;
   std::size_t nextName_ = 0;
   std::ifstream file_;
-  std::istringstream readAhead_;
+  std::unique_ptr<std::streambuf> readAgain_;
+  std::istream readAgainInput_{nullptr};
   std::unique_ptr<QXPlatform::PushLineSource> lines_;
 };
 

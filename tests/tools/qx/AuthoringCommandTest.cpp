@@ -68,18 +68,19 @@ TEST(AuthoringCommandTest, CheckTakesFilesAndDirectories) {
 }
 
 TEST(AuthoringCommandTest, CheckWritesForPeopleAndForPrograms) {
-  const std::string push = "{\"aps\": {\"mutable-content\": 1},\n \"_sid\": \"VT\"}";
+  const std::string push = "{\"aps\": {\"mutable-content\": 1},\n \"日\":1,\"_sid\": \"VT\"}";
   const auto check = [&](const std::string& format) {
     return runProgram("qx", {"check", "--format", format, "-"}, push).output;
   };
-  EXPECT_THAT(check("text"), testing::StartsWith("-:2:10: error: /_sid: not VTQX: "));
-  EXPECT_THAT(check("text"), HasSubstr("\n  2 |  \"_sid\": \"VT\"}\n    |          ^\n    = hint: write "));
+  EXPECT_THAT(check("text"), testing::StartsWith("-:2:16: error: /_sid: not VTQX: "));
+  EXPECT_THAT(check("text"),
+              HasSubstr("\n  2 |  \"日\":1,\"_sid\": \"VT\"}\n    |                 ^\n    = hint: write "));
   const std::string forged = R"({"content":{"userInfo":{"\n::error::\u001b":1,"\n::error::\u001b":2}}})";
   for (const char* format : {"text", "github"}) {
     const auto shown = runProgram("qx", {"check", "--format", format, "-"}, forged).output;
     EXPECT_THAT(shown, testing::Not(testing::AnyOf(HasSubstr("\n::error::"), HasSubstr("\033"))));
   }
-  EXPECT_THAT(check("github"), testing::StartsWith("::error file=-,line=2,col=10,title=/_sid::not VTQX: "));
+  EXPECT_THAT(check("github"), testing::StartsWith("::error file=-,line=2,col=16,title=/_sid::not VTQX: "));
   const auto sarif = QXPlatform::parseJSON(check("sarif"));
   ASSERT_TRUE(sarif);
   EXPECT_EQ((*sarif)["version"].string(), "2.1.0");

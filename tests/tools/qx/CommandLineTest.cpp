@@ -30,6 +30,7 @@ TEST(CommandLineTest, WrongUsageIsExitCodeTwoAndSaysWhatIsWrong) {
       {"no-such-command", "there is no command no-such-command\n"},
       {"carusel f", "there is no command carusel; did you mean carousel?"},
       {"host shwo --help", "there is no command shwo; did you mean show?"},
+      {"--stable push f", "write --stable after push"},
       {"help bakcend", "did you mean backend?"},
       {"push --attachements x", "there is no option --attachements; did you mean --attachments?"},
       {"push --log-levle=debug", "did you mean --log-level?"},
@@ -72,8 +73,9 @@ TEST(CommandLineTest, ResultsThatCannotBeWrittenAreAnError) {
   const support::TemporaryDirectory directory;
   const std::string file = directory.write("push.json", R"({"aps":{"mutable-content":1},"_sid":"VTQX"})");
   const std::string script = support::programPath("qx") + " $0 > /dev/full";
-  for (const std::string& command : {"push " + file, "check " + file, std::string("host show"),
-                                     std::string("context decode x"), std::string("backend")}) {
+  for (const std::string& command :
+       {"push " + file, "check " + file, std::string("host show"), std::string("context decode x"),
+        std::string("backend"), std::string("--help")}) {
     const auto full = runProgram("/bin/sh", {"-c", script, command});
     EXPECT_EQ(full.exitCode, 1) << command;
     EXPECT_TRUE(full.errors.ends_with("the results cannot be written\n")) << full.errors;

@@ -1,10 +1,12 @@
 #include "tools/qx/check/SourceText.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -141,6 +143,38 @@ void findReplaced(Scanner& scanner, std::vector<ReplacedMember>& found) {
   }
 }
 
+// The first and the last of characters, whose bytes order them as their numbers do.
+using Characters = std::pair<std::string_view, std::string_view>;
+constexpr auto kWide = std::to_array<Characters>({{"\u1100", "\u115F"},
+                                                  {"\u2E80", "\uA4CF"},
+                                                  {"\uAC00", "\uD7A3"},
+                                                  {"\uF900", "\uFAFF"},
+                                                  {"\uFE30", "\uFE6F"},
+                                                  {"\uFF01", "\uFF60"},
+                                                  {"\uFFE0", "\uFFE6"},
+                                                  {"\U0001F300", "\U0001FAFF"},
+                                                  {"\U00020000", "\U0003FFFD"}});
+constexpr auto kWithoutWidth =
+    std::to_array<Characters>({{"\u0300", "\u036F"}, {"\u200B", "\u200F"}, {"\uFE00", "\uFE0F"}});
+
+bool isOneOf(std::span<const Characters> ranges, std::string_view character) {
+  return std::ranges::any_of(
+      ranges, [=](const Characters& each) { return each.first <= character && character <= each.second; });
+}
+
+// In a terminal's columns.
+std::size_t widthOf(std::string_view text) {
+  std::size_t width = 0;
+  while (!text.empty()) {
+    std::size_t size = 1;
+    while (size < text.size() && !beginsCharacter(text[size])) ++size;
+    const std::string_view character = text.substr(0, size);
+    if (!isOneOf(kWithoutWidth, character)) width += isOneOf(kWide, character) ? 2 : 1;
+    text.remove_prefix(size);
+  }
+  return width;
+}
+
 std::optional<std::size_t> findElement(std::string_view text, std::size_t array, std::string_view step) {
   std::size_t index = 0;
   if (std::from_chars(step.data(), step.data() + step.size(), index).ec != std::errc()) return std::nullopt;
@@ -187,10 +221,10 @@ Excerpt excerptAround(std::string_view text, std::size_t offset) {
   constexpr std::size_t kMostBefore = 60;
   constexpr std::size_t kMostShown = 100;
   constexpr std::size_t kMostBytesACharacter = 4;
-  std::size_t column = 0;
+  std::size_t before = 0;
   std::size_t begin = offset;
-  while (begin > 0 && text[begin - 1] != '\n' && column < kMostBefore) {
-    if (beginsCharacter(text[--begin])) ++column;
+  while (begin > 0 && text[begin - 1] != '\n' && before < kMostBefore) {
+    if (beginsCharacter(text[--begin])) ++before;
   }
   std::string_view line = text.substr(begin, kMostBytesACharacter * kMostShown);
   line = line.substr(0, line.find('\n', offset - begin));
@@ -198,7 +232,7 @@ Excerpt excerptAround(std::string_view text, std::size_t offset) {
   std::size_t characters = 0;
   const auto* end = std::ranges::find_if(
       line, [&](char byte) { return beginsCharacter(byte) && characters++ == kMostShown; });
-  return {std::string(line.begin(), end), column};
+  return {std::string(line.begin(), end), widthOf(text.substr(begin, offset - begin))};
 }
 
 }  // namespace qx

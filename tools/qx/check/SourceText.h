@@ -31,7 +31,7 @@ std::vector<ReplacedMember> findReplacedMembers(std::string_view text);
 // What a reader is shown of the line that holds an offset; a compact push is one long line.
 struct Excerpt {
   std::string text;
-  std::size_t column = 0;  // of the offset, in characters from 0
+  std::size_t column = 0;  // of the offset, from 0, as a terminal counts
 };
 
 Excerpt excerptAround(std::string_view text, std::size_t offset);

@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <thread>
 #include <utility>
 
 #include "QXExtensionSDK/runtime/logging/LogLevel.h"
 #include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/MemoryUse.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
 #include "QXPlatform/notifications/PushLines.h"
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
@@ -93,8 +95,15 @@ QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& at
        .progress = [&](std::size_t answered) { progress.show(answered, files.partOf(answered)); }});
 }
 
+// Each processor fills a pool of its own, so that jobs do not wait for each other's memory. More pools than
+// that would only grow with the run.
+int memoryPools(std::size_t jobs) {
+  return static_cast<int>(std::min<std::size_t>(jobs, std::max(1U, std::thread::hardware_concurrency())));
+}
+
 Ended pushToBuiltIn(const Run& run, const HostBehaviour& host) {
   const PushOptions& options = run.options;
+  QXPlatform::keepMemoryUseEven(memoryPools(options.jobs));
   StandardErrorLogSink sink(run.simulator.logFormat);
   JudgedLog judged(sink, run.verdicts);
   const QXPlatform::ScopedLogSink logging(judged);

@@ -167,7 +167,7 @@ void UnifiedPush::finishRegistration(const Result<std::string>& result) {
   receiver_.rested();
 }
 
-bool UnifiedPush::unregisterApp(std::function<void()> completion) {
+bool UnifiedPush::unregisterApp(const std::function<void()>& completion) {
   if (!store_.save({})) return false;
   const auto [current, next, wasWanted] = std::exchange(registered_, {});
   if (isRegistering()) finishRegistration(Error{"the registration has been ended"});

@@ -37,7 +37,7 @@ class UnifiedPush {
   void registerApp(Completion completion);
   // Calls back when the distributor has been told, or cannot be. False, without calling back, when it cannot
   // be kept and nothing has changed.
-  bool unregisterApp(std::function<void()> completion);
+  bool unregisterApp(const std::function<void()>& completion);
   // Empty until there is one.
   std::string endpoint() const { return registered_.current ? registered_.current->endpoint : std::string(); }
   // Whether an answer of a distributor is waited for.

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 #include "QXPlatform/foundation/Handle.h"
 
@@ -67,9 +68,10 @@ std::string contents(BIO* memory) {
 }
 
 fs::path writeTemporaryFile(std::string_view text) {
-  std::string path = (fs::temp_directory_path() / "qx-backend-ca-XXXXXX").string();
-  const int file = mkstemp(path.data());
-  require(file >= 0);
+  std::error_code error;
+  std::string path = (fs::temp_directory_path(error) / "qx-backend-ca-XXXXXX").string();
+  const int file = error ? -1 : mkstemp(path.data());
+  if (file < 0) throw std::runtime_error("no temporary file can be made for the certificate");
   const bool written = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   close(file);
   if (!written) fs::remove(path);

@@ -103,8 +103,10 @@ bool saveHostRecords(const std::string& baseUrl) {
 }  // namespace
 
 DemoRoot::DemoRoot() {
-  std::string path = (fs::temp_directory_path() / "qx-demo-XXXXXX").string();
-  if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary directory can be made");
+  std::error_code error;
+  std::string path = (fs::temp_directory_path(error) / "qx-demo-XXXXXX").string();
+  if (error || mkdtemp(path.data()) == nullptr)
+    throw std::runtime_error("no temporary directory can be made");
   path_ = path;
   setenv("QX_APP_GROUPS_ROOT", path.c_str(), 1);
   setenv("TMPDIR", path.c_str(), 1);

@@ -56,7 +56,7 @@ std::string verdictOf(const GalleryPush& push) {
 
 std::string titleOf(const GalleryPush& push) {
   for (const char* key : {"title", "body"}) {
-    const std::string title = text(push.content[key]);
+    std::string title = text(push.content[key]);
     if (!title.empty()) return title;
   }
   return push.place;

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "QXPlatform/files/FileContents.h"
-#include "QXPlatform/files/KeptContents.h"
 
 namespace AppGroupSDK {
 
@@ -36,13 +35,10 @@ bool DataStoreFileCoordinatorSaver::write(std::string_view bytes, const QXPlatfo
 }
 
 std::optional<QXPlatform::Data> DataStoreFileCoordinatorSaver::read(const QXPlatform::URL& source) const {
-  if (auto known = QXPlatform::knownContents(source)) return std::move(known->contents);
   std::optional<QXPlatform::Data> bytes;
   fileCoordinator_->coordinateReading(source, [&](const QXPlatform::URL& file) {
     auto contents = QXPlatform::readContents(file);
-    if (!contents) return;
-    QXPlatform::keepContents(file, *contents);
-    bytes = *std::move(contents);
+    if (contents) bytes = *std::move(contents);
   });
   return bytes;
 }

@@ -35,7 +35,11 @@ class LastContainer {
 
   URL url(const std::string& path) {
     const std::lock_guard lock(mutex_);
-    if (path_ != path || !url_) url_ = URL::file(path_ = path);
+    if (path_ != path || !url_) {
+      url_.reset();  // nothing that was another's stays when memory is wanting in between
+      path_ = path;
+      url_ = URL::file(path);
+    }
     return *url_;
   }
 

@@ -16,7 +16,6 @@
 #include "QXPlatform/files/LockHolder.h"
 #include "QXPlatform/posix/DirectoryAccess.h"
 #include "QXPlatform/posix/FilePath.h"
-#include "QXPlatform/posix/StagingName.h"
 
 // Two locks, both of which the system drops with the process that held them, and which hold between threads
 // as between processes, since they belong to an open file description and every access opens its own.
@@ -29,6 +28,10 @@
 namespace QXPlatform {
 
 namespace {
+
+// One name serves a whole directory. What bears it without being locked was left by a writer that was killed,
+// or has no business there: it goes.
+constexpr const char* kStagingName = ".coordinated-write";
 
 struct Target {
   std::string directory;

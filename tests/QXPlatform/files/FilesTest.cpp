@@ -4,7 +4,6 @@
 #include "QXPlatform/files/Container.h"
 #include "QXPlatform/files/FileContents.h"
 #include "QXPlatform/files/FileCoordinator.h"
-#include "QXPlatform/files/KeptContents.h"
 #include "tests/support/Test.h"
 
 namespace QXPlatform {
@@ -120,30 +119,6 @@ TEST_F(FileContents, IsNotFooledByANulInAName) {
   EXPECT_FALSE(readContents(file(std::string("record\0.data", 12))));
   EXPECT_FALSE(writeContents("y", file(std::string("record\0.data", 12))));
   EXPECT_EQ(text("record"), "x");
-}
-
-TEST(KeptContentsTest, HoldUntilTheFileIsAnotherOrAWriterIsThere) {
-  const support::TemporaryDirectory directory;
-  const std::string path = directory.path() + "/record";
-  const URL file = URL::file(path);
-  const auto known = [&] {
-    const auto found = knownContents(file);
-    return !found ? "unknown" : found->contents ? std::string(found->contents->view()) : "absent";
-  };
-  EXPECT_EQ(known(), "absent");
-  ASSERT_TRUE(writeContents("old", file));
-  keepContents(file, Data("old"));
-  EXPECT_EQ(known(), "unknown") << "a change at the same time would not show";
-  std::this_thread::sleep_for(std::chrono::milliseconds(150));
-  keepContents(file, Data("old"));
-  EXPECT_EQ(known(), "old");
-  const std::string staging = directory.path() + "/.coordinated-write";
-  std::ofstream{staging};
-  EXPECT_EQ(known(), "unknown");
-  std::filesystem::remove(staging);
-  EXPECT_EQ(known(), "old");
-  ASSERT_EQ(chmod(path.c_str(), 0400), 0);
-  EXPECT_EQ(known(), "unknown");
 }
 
 }  // namespace

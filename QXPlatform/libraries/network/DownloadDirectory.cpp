@@ -52,8 +52,8 @@ DownloadDirectory& DownloadDirectory::shared() {
   return *directory;
 }
 
-// Made with the first session, so before the network's thread: what runs at the exit runs after that has
-// gone.
+// Made with the first session, so before its first transfer: what runs at the exit runs after transfers
+// have stopped.
 DownloadDirectory::DownloadDirectory() {
   static_cast<void>(std::atexit([] { shared().removeAll(); }));
   std::error_code error;

@@ -9,7 +9,7 @@
 
 namespace QXPlatform {
 
-// Takes what a server sends as its final answer. Used on the network thread. The errors name the cause alone.
+// Takes what a server sends as its final answer. One thread at a time. The errors name the cause alone.
 class ResponseBody {
  public:
   virtual ~ResponseBody() = default;

@@ -92,7 +92,7 @@ void Transfer::configureOnce() {
   CURL* const handle = easy_.get();
   curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-  // A look-up of a name cannot be stopped; without this the network thread would wait for it.
+  // A look-up of a name cannot be stopped; without this the end of the transfer would wait for it.
   curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));

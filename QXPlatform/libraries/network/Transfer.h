@@ -16,10 +16,10 @@
 
 namespace QXPlatform {
 
-// One request with its redirects, up to the final answer. Lives on the network thread.
+// One request with its redirects, up to the final answer. Used by the transport alone, one thread at a time.
 class Transfer {
  public:
-  // Called once, on the network thread, with a response or an error.
+  // Called once, on the thread that the answer came to, with a response or an error.
   using Completion = std::function<void(std::shared_ptr<const URLResponse>, std::optional<URLError>)>;
 
   // Any thread. The time limits begin with begin().

@@ -3,14 +3,15 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
-#include <exception>
+#include <ctime>
 #include <limits>
 #include <new>
 #include <optional>
 #include <utility>
 
-#include "QXPlatform/dispatch/ThreadName.h"
+#include "QXPlatform/dispatch/ThreadSet.h"
 #include "QXPlatform/log/StandardError.h"
 
 namespace QXPlatform {
@@ -21,19 +22,25 @@ constexpr long kPooledConnections = 6;
 // How often a thread that cannot be woken looks for itself.
 constexpr int kLookMilliseconds = 50;
 
-// Signals are for the host's threads. A broken pipe in particular would otherwise end the process.
-class SignalsBlocked {
+// A connection that the other side has closed must not end the process; TLS libraries know no other way to
+// write to it.
+class BrokenPipesIgnored {
  public:
-  SignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous_);
+  BrokenPipesIgnored() {
+    sigemptyset(&brokenPipe_);
+    sigaddset(&brokenPipe_, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &brokenPipe_, &previous_);
   }
-  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+  ~BrokenPipesIgnored() {
+    constexpr timespec kNoWait{};
+    while (sigtimedwait(&brokenPipe_, nullptr, &kNoWait) == -1 && errno == EINTR) continue;
+    pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+  }
+  BrokenPipesIgnored(const BrokenPipesIgnored&) = delete;
+  BrokenPipesIgnored& operator=(const BrokenPipesIgnored&) = delete;
 
  private:
+  sigset_t brokenPipe_;
   sigset_t previous_;
 };
 
@@ -44,60 +51,50 @@ Transport& Transport::shared() {
   return *transport;
 }
 
-bool Transport::isRunning() {
-  if (thread_.joinable()) return true;
-  if (!isInitialised_ && curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) return false;
-  // Registered after the library's own handlers, so that the thread is gone before they take TLS down.
-  if (!std::exchange(isInitialised_, true)) static_cast<void>(std::atexit([] { shared().stop(); }));
-  if (!multi_ && !openMulti()) return false;
-  try {
-    const SignalsBlocked inherited;
-    thread_ = std::thread([this] { run(); });
-  } catch (const std::exception&) {
-    return false;
-  }
-  return true;
-}
-
-bool Transport::openMulti() {
-  MultiHandle opened(curl_multi_init());
-  if (!opened) return false;
-  curl_multi_setopt(opened.get(), CURLMOPT_MAXCONNECTS, kPooledConnections);
-  wakeable_ = curl_multi_wakeup(opened.get()) == CURLM_OK;
-  multi_ = std::move(opened);
-  return true;
-}
-
-void Transport::stop() {
-  {
-    const std::lock_guard lock(mutex_);
-    if (!thread_.joinable()) return;
-    stopping_ = true;
-    curl_multi_wakeup(multi_.get());
-  }
-  thread_.join();
-}
-
 bool Transport::start(std::shared_ptr<Transfer> transfer) {
-  {
-    const std::lock_guard lock(mutex_);
-    if (!isRunning()) return false;
-  }
+  const std::lock_guard lock(mutex_);
+  if (!isReady()) return false;
+  if (stage_ == Stage::ended) queue_.async([this] { run(); });
+  stage_ = std::max(stage_, Stage::submitted);
   give({Command::Kind::start, std::move(transfer)});
   return true;
 }
+
 void Transport::cancel(std::shared_ptr<Transfer> transfer) {
-  give({Command::Kind::cancel, std::move(transfer)});
+  const std::lock_guard lock(mutex_);
+  if (stage_ != Stage::ended) give({Command::Kind::cancel, std::move(transfer)});
 }
 
 void Transport::give(Command command) {
-  const std::lock_guard lock(mutex_);
   commands_.push_back(std::move(command));
-  curl_multi_wakeup(multi_.get());
+  if (stage_ == Stage::running) curl_multi_wakeup(multi_.get());
+}
+
+bool Transport::isReady() {
+  if (!isInitialised_ && curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) return false;
+  // Registered after the library's own handlers, so that transfers have stopped before they take TLS down.
+  if (!std::exchange(isInitialised_, true)) static_cast<void>(std::atexit([] { shared().stop(); }));
+  if (stage_ == Stage::ended && !wakeable_) openMulti();
+  return multi_ != nullptr;
+}
+
+void Transport::openMulti() {
+  MultiHandle opened(curl_multi_init());
+  if (!opened) return;
+  curl_multi_setopt(opened.get(), CURLMOPT_MAXCONNECTS, kPooledConnections);
+  wakeable_ = curl_multi_wakeup(opened.get()) == CURLM_OK;
+  multi_ = std::move(opened);
+}
+
+void Transport::stop() {
+  std::unique_lock lock(mutex_);
+  stopping_ = true;
+  if (stage_ == Stage::running) curl_multi_wakeup(multi_.get());
+  ended_.wait(lock, [this] { return stage_ != Stage::running; });
 }
 
 void Transport::run() {
-  setCurrentThreadName("network");
+  const BrokenPipesIgnored ignored;
   bool goesOn = true;
   while (goesOn) {
     try {
@@ -115,16 +112,18 @@ void Transport::moveOn() {
   curl_multi_perform(multi_.get(), &running);
   collectEnded();
   expireOverdue();
-  becomeWakeable();
-  curl_multi_poll(multi_.get(), nullptr, 0, pollMilliseconds(), nullptr);
+  if (!active_.empty()) await();
 }
 
-// False when the thread is to end.
+// False when there is nothing left to do.
 bool Transport::takeCommands() {
   std::vector<Command> taken;
   {
     const std::lock_guard lock(mutex_);
-    if (stopping_) return false;
+    const bool goesOn = !stopping_ && !(commands_.empty() && active_.empty());
+    stage_ = goesOn ? Stage::running : Stage::ended;
+    if (stopping_) ended_.notify_all();
+    if (!goesOn) return false;
     taken.swap(commands_);
   }
   for (Command& command : taken) {
@@ -172,15 +171,13 @@ void Transport::expireOverdue() {
   for (const auto& transfer : overdue) finish(transfer.get(), transfer->timeOutError());
 }
 
-void Transport::becomeWakeable() {
-  if (wakeable_ || !active_.empty()) return;
-  const std::lock_guard lock(mutex_);
-  openMulti();
+void Transport::await() const {
+  ThreadSet::shared().aboutToWait();
+  curl_multi_poll(multi_.get(), nullptr, 0, pollMilliseconds(), nullptr);
 }
 
 int Transport::pollMilliseconds() const {
   const int untilWoken = wakeable_ ? std::numeric_limits<int>::max() : kLookMilliseconds;
-  if (active_.empty()) return untilWoken;
   const auto next = std::min_element(active_.begin(), active_.end(), [](const auto& left, const auto& right) {
     return left->deadline() < right->deadline();
   });

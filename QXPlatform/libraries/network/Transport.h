@@ -2,26 +2,30 @@
 
 #include <curl/curl.h>
 
-#include <atomic>
+#include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
-#include <thread>
 #include <vector>
 
+#include "QXPlatform/dispatch/DispatchQueue.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
 #include "QXPlatform/libraries/network/CurlHandles.h"
 #include "QXPlatform/libraries/network/Transfer.h"
 
 namespace QXPlatform {
 
-// Runs every transfer of the process on one thread, over one pool of connections. Any thread may call.
+// Runs every transfer of the process over one pool of connections, on one thread at a time: a work item that
+// is there while transfers are. So what has started a transfer and ends, or waits, needs no other thread to
+// run it, and whoever waits for its outcome is called by the thread that the answer came to. Any thread may
+// call.
 class Transport {
  public:
   // Stopped as the process exits: what is in flight then is never completed.
   static Transport& shared();
 
-  // False when the system gives no thread or memory for the network at the moment: the transfer has not begun
-  // and is never completed.
+  // False when there is no memory for the network at the moment: the transfer has not begun and is never
+  // completed.
   [[nodiscard]] bool start(std::shared_ptr<Transfer> transfer);
   // Completes it with URLError::Code::cancelled, unless it has completed.
   void cancel(std::shared_ptr<Transfer> transfer);
@@ -32,10 +36,12 @@ class Transport {
     enum class Kind { start, cancel } kind;
     std::shared_ptr<Transfer> transfer;
   };
+  // Of the work item.
+  enum class Stage : std::uint8_t { ended, submitted, running };
 
   Transport() = default;
-  bool isRunning();
-  bool openMulti();
+  bool isReady();
+  void openMulti();
   void stop();
   void give(Command command);
 
@@ -45,23 +51,27 @@ class Transport {
   void begin(std::shared_ptr<Transfer> transfer);
   void collectEnded();
   void expireOverdue();
-  void becomeWakeable();
+  void await() const;
   int pollMilliseconds() const;
   void finish(const Transfer* transfer, std::optional<URLError> error);
   bool isActive(const Transfer* transfer) const;
 
+  const DispatchQueue queue_{"network", DispatchQueue::Attribute::serial};
+
   std::mutex mutex_;
-  // Below, guarded by mutex_; the thread alone replaces multi_ and may use it without.
-  MultiHandle multi_;
+  std::condition_variable ended_;
+  // Below, guarded by mutex_.
+  Stage stage_ = Stage::ended;
   std::vector<Command> commands_;
   bool stopping_ = false;
   bool isInitialised_ = false;
 
-  // Whether a call ends the thread's wait; not when descriptors were short as the wait was prepared.
-  std::atomic<bool> wakeable_ = false;
+  // Below, replaced between two work items only, which may use them without the lock.
+  MultiHandle multi_;
+  // Whether a call ends the wait for an answer; not when descriptors were short as it was opened.
+  bool wakeable_ = false;
 
-  std::vector<std::shared_ptr<Transfer>> active_;  // on the thread alone
-  std::thread thread_;
+  std::vector<std::shared_ptr<Transfer>> active_;  // in the work item alone
 };
 
 }  // namespace QXPlatform

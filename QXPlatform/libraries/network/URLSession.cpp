@@ -42,8 +42,8 @@ class Task final : public URLSessionTask, public std::enable_shared_from_this<Ta
 
   void resume() override {
     if (begin()) return;
-    transferEnded(nullptr, URLError{URLError::Code::cannotConnect,
-                                    "the system has neither thread nor memory for the network"});
+    transferEnded(nullptr,
+                  URLError{URLError::Code::cannotConnect, "the system has no memory for the network"});
   }
 
   void cancel() override {

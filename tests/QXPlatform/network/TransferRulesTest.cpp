@@ -111,7 +111,7 @@ TEST(RedirectTest, TwentyAreFollowedAndNoMore) {
   EXPECT_EQ(load(server.url("/21")).code(), Code::tooManyRedirects);
 }
 
-// Long enough for the network thread to notice what has come, and for completions to run.
+// Long enough for the transport to notice what has come, and for completions to run.
 constexpr auto kMoment = 30ms;
 
 class TimeoutTest : public testing::Test {

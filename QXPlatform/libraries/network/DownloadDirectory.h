@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "QXPlatform/files/FileDescriptor.h"
+#include "QXPlatform/files/LockedDirectory.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
 #include "QXPlatform/foundation/Result.h"
 
@@ -26,13 +26,11 @@ class DownloadDirectory {
  private:
   friend class NeverDestroyed<DownloadDirectory>;
   DownloadDirectory();
-  std::optional<Error> make();
   void removeAll();
 
   mutable std::mutex mutex_;
   // Below, guarded by mutex_.
-  std::string path_;                    // empty until it is made
-  std::optional<FileDescriptor> held_;  // locked for as long as the process lives
+  std::optional<LockedDirectory> directory_;
   unsigned long made_ = 0;
 };
 

@@ -257,6 +257,18 @@ TEST(PushCommandTest, AttachmentsLieInOneDirectoryWhereTheyAreToldTo) {
   EXPECT_TRUE(without.at(0)["content"]["attachments"].elements().empty());
 }
 
+TEST(PushCommandTest, WhatKilledRunsHaveLeftGoesAndWhatOthersKeptStays) {
+  const support::TemporaryDirectory temporary;
+  const support::ScopedEnvironment environment("TMPDIR", temporary.path());
+  for (const char* left : {"qx-push-kept-1", "qx-push-kept-2/picture", "qx-push-dropped-1/picture"})
+    std::filesystem::create_directories(temporary.path(left));
+  push({"-"}, "");
+  push({"-", "--attachments", "none"}, "");
+  const std::filesystem::directory_iterator left(temporary.path());
+  EXPECT_EQ(std::distance(begin(left), end(left)), 1);
+  EXPECT_TRUE(std::filesystem::exists(temporary.path("qx-push-kept-2/picture")));
+}
+
 TEST(PushCommandTest, TheLogOfAProgramTakesTheFormatAskedFor) {
   const std::string input =
       R"({"identifier":"i0","content":{"userInfo":{"_sid":"VTQX","_rf":{"vt":{"it":[{"md":{"ul":"ftp://a/b.png"}}]}}}}})";

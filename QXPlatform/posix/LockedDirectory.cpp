@@ -1,0 +1,58 @@
+#include "QXPlatform/files/LockedDirectory.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace QXPlatform {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::optional<FileDescriptor> lock(const fs::path& directory) {
+  FileDescriptor opened(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!opened.valid() || flock(opened.get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
+  return opened;
+}
+
+bool isOwn(const FileDescriptor& directory) {
+  struct stat status {};
+  return fstat(directory.get(), &status) == 0 && status.st_uid == geteuid();
+}
+
+}  // namespace
+
+LockedDirectory::LockedDirectory(fs::path path, std::optional<FileDescriptor> held)
+    : path_(std::move(path)), held_(std::move(held)) {}
+
+Result<LockedDirectory> LockedDirectory::make(std::string_view prefix) {
+  std::error_code error;
+  std::string path = (fs::temp_directory_path(error) / prefix).native() + "XXXXXX";
+  if (error) return Error{error.message()};
+  if (mkdtemp(path.data()) == nullptr) return Error{std::generic_category().message(errno)};
+  // Whoever cleans up in just this moment may have it before the lock does, so it may be gone when it is
+  // used.
+  auto held = lock(path);
+  return LockedDirectory(std::move(path), std::move(held));
+}
+
+void removeUnlockedDirectories(std::string_view prefix, Leftovers leftovers) {
+  std::error_code error;
+  const fs::path parent = fs::temp_directory_path(error);
+  for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error)) {
+    if (!entry->path().filename().native().starts_with(prefix)) continue;
+    const auto held = lock(entry->path());
+    if (!held || !isOwn(*held)) continue;
+    std::error_code ignored;
+    leftovers == Leftovers::all ? fs::remove_all(entry->path(), ignored) : fs::remove(entry->path(), ignored);
+  }
+}
+
+}  // namespace QXPlatform

@@ -87,6 +87,7 @@ class SpawnAttributes {
     sigemptyset(&signals);
     posix_spawnattr_setsigmask(&attributes_, &signals);
     sigaddset(&signals, SIGPIPE);
+    sigaddset(&signals, SIGXFSZ);
     posix_spawnattr_setsigdefault(&attributes_, &signals);
     posix_spawnattr_setflags(&attributes_,
                              static_cast<short>(flags | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK));

@@ -9,8 +9,9 @@
 namespace QXAgent {
 
 EventLoop::EventLoop() {
-  // A program that reads no more is an error of the write, not the end.
+  // A program that reads no more, or a file that may not grow, is an error of the write, not the end.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   sd_event* event = nullptr;
   if (sd_event_new(&event) < 0) throw std::runtime_error("no event loop");
   event_.reset(event);

@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include <csignal>
 #include <set>
 
 #include "QXPlatform/notifications/PushLines.h"
@@ -8,6 +9,7 @@
 #include "agent/presentation/NotificationServer.h"
 #include "agent/sources/Connector.h"
 #include "agent/sources/PushObject.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/Test.h"
 
 namespace QXAgent {
@@ -31,6 +33,7 @@ class PrivateBus {
     const std::string address(text.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     environment_.emplace("DBUS_SESSION_BUS_ADDRESS", address.substr(0, address.find('\n')));
   }
+  void send(int signal) const { ::kill(program_->program->processId(), signal); }
 
  private:
   const QXPlatform::Result<StartedProgram> program_;
@@ -320,6 +323,36 @@ TEST_F(ConnectorTest, CallsOfAnotherShapeAreRefusedAndChangeNothing) {
   sd_bus_message_append_array(call.get(), 'y', tooLong.data(), tooLong.size());
   EXPECT_EQ(answerTo(stranger_, std::move(call)), SD_BUS_ERROR_INVALID_ARGS);
   EXPECT_TRUE(receiver_.received.empty());
+}
+
+TEST_F(ConnectorTest, WhatCannotBeKeptOrLookedUpIsToBeSentAgainAndChangesNothing) {
+  const struct {
+    const char* interface;
+    const char* member;
+    const char* types;
+    const char* failure;
+  } table[] = {
+      {"org.unifiedpush.Connector1", "NewEndpoint", "ss", SD_BUS_ERROR_LIMITS_EXCEEDED},
+      {"org.unifiedpush.Connector1", "Unregistered", "s", SD_BUS_ERROR_LIMITS_EXCEEDED},
+      {kPushInterface, "Unregister", "", SD_BUS_ERROR_FAILED},
+      {kPushInterface, "Register", "", SD_BUS_ERROR_FAILED},
+  };
+  for (const auto& [interface, member, types, failure] : table) {
+    auto call = newCall(distributor_, interface, member);
+    sd_bus_message_append(call.get(), types, "token", "https://push.example/2");
+    const support::FullDisk full(0);
+    EXPECT_EQ(answerTo(distributor_, std::move(call)), failure) << member;
+  }
+  EXPECT_EQ(source_->endpoint(), "https://push.example/1");
+  EXPECT_EQ(store_.load().current->endpoint, "https://push.example/1");
+
+  const std::string sender = *bus_.ownerOf(kDistributor);
+  sd_bus_set_method_call_timeout(bus_.get(), 50'000);
+  daemon_.send(SIGSTOP);
+  EXPECT_EQ(source_->message(sender, {"token", sealed("a push"), "1"}), UnifiedPush::Answer::tryAgain);
+  daemon_.send(SIGCONT);
+  sd_bus_set_method_call_timeout(bus_.get(), 0);
+  EXPECT_EQ(source_->message(sender, {"token", sealed("a push"), "1"}), UnifiedPush::Answer::done);
 }
 
 TEST_F(ConnectorTest, ARepetitionBearsTheSameKey) {

@@ -1,9 +1,7 @@
 #include "QXPlatform/dispatch/Activity.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/file.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "QXPlatform/files/FileDescriptor.h"
@@ -12,6 +10,7 @@
 #include "QXPlatform/notifications/ServiceExtensionHost.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Exchange.h"
+#include "tests/support/FullDisk.h"
 #include "tests/support/Test.h"
 #include "tools/backend/LoopbackServer.h"
 #include "tools/backend/Panels.h"
@@ -132,15 +131,8 @@ TEST_F(DownloadTest, AFullDiskIsAnError) {
     const support::ScopedEnvironment gone("TMPDIR", "/nonexistent");
     EXPECT_EQ(download(server.url("/files/night.png")).wait().code(), Code::cannotWriteFile);
   }
-  // A limit on the size of files stands for the disk's end: both fail in write().
-  signal(SIGXFSZ, SIG_IGN);
-  rlimit before{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  const rlimit small{4096, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  const auto outcome = download(server.url("/files/night.png")).wait();
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
-  EXPECT_EQ(outcome.code(), Code::cannotWriteFile);
+  const support::FullDisk full(4096);
+  EXPECT_EQ(download(server.url("/files/night.png")).wait().code(), Code::cannotWriteFile);
 }
 
 // Does as the test says, in place of a host.

@@ -9,6 +9,7 @@
 
 #include "QXPlatform/dispatch/ThreadSet.h"
 #include "QXPlatform/dispatch/WorkItem.h"
+#include "QXPlatform/dispatch/WorkRunner.h"
 #include "QXPlatform/log/StandardError.h"
 
 namespace QXPlatform {

@@ -12,8 +12,8 @@ class DispatchGroup;
 // queue lives until its last item has run, also when every handle is gone. Nothing submitted is ever dropped.
 //
 //   serial      items run in the order submitted, one at a time
-//   concurrent  items start in the order submitted; an item that blocks never keeps another from starting,
-//               up to 64 threads in the process
+//   concurrent  items that one thread submits start in that order; an item that blocks never keeps another
+//               from starting, up to 64 threads in the process
 //
 // An item that is submitted by another one is started when that one ends or waits, and within two
 // milliseconds in any case. The label is the name of the thread (its last 15 characters) when an item has run

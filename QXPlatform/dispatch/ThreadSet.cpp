@@ -7,6 +7,8 @@
 #include <thread>
 #include <utility>
 
+#include "QXPlatform/dispatch/WorkRunner.h"
+
 namespace QXPlatform {
 namespace {
 
@@ -26,6 +28,7 @@ ThreadSet& ThreadSet::shared() {
 }
 
 void ThreadSet::start(WorkItems item) {
+  if (current != nullptr && current->thread.keep(item)) return;
   std::unique_lock lock(mutex_);
   item.front().isForeign = current == nullptr;
   if (current == nullptr) ++foreign_;
@@ -36,6 +39,7 @@ void ThreadSet::start(WorkItems item) {
 }
 
 bool ThreadSet::canRun() {
+  if (current != nullptr) return true;
   std::unique_lock lock(mutex_);
   if (alive_ > 0 || waiting_.empty()) return true;
   const Call call = callOne();
@@ -46,38 +50,26 @@ bool ThreadSet::canRun() {
 void ThreadSet::aboutToWait() {
   if (current == nullptr) return;
   std::unique_lock lock(mutex_);
+  current->thread.unwatch(waiting_);
   const Call call = waiting_.empty() || onTheirWay_ > 0 ? Call() : callOne();
   lock.unlock();
   perform(call);
 }
 
 void ThreadSet::enterForeignCode() {
+  if (current == nullptr || current->thread.setInForeignCode(true)) return;
   std::unique_lock lock(mutex_);
-  ++inForeignCode_;
   const Call call = attend();
   lock.unlock();
   perform(call);
 }
 
 void ThreadSet::leaveForeignCode() {
-  const std::lock_guard lock(mutex_);
-  --inForeignCode_;
+  if (current != nullptr) current->thread.setInForeignCode(false);
 }
 
 void ThreadSet::showLabel() {
-  if (current == nullptr) return;
-  {
-    const std::lock_guard lock(mutex_);
-    if (!current->lacksName()) return;
-    current->name = current->label;
-  }
-  setCurrentThreadName(current->label);
-}
-
-void ThreadSet::Worker::take(std::string_view queueLabel) {
-  label = queueLabel.substr(queueLabel.size() - std::min(queueLabel.size(), kLongestThreadName));
-  isBusy = true;
-  wasSeen = false;
+  if (current != nullptr) current->thread.showLabel();
 }
 
 // Calls a thread for what waits, unless it has been seen to.
@@ -93,7 +85,7 @@ ThreadSet::Call ThreadSet::callOne() {
   } else {
     call.worker = idle_.back();
     idle_.pop_back();
-    if (call.worker == lookout_) lookout_ = nullptr;
+    if (call.worker == lookout_) endLookout();
     call.worker->mayWork = true;
   }
   if (call.worker != nullptr) ++onTheirWay_;
@@ -107,9 +99,15 @@ bool ThreadSet::perform(const Call& call) {
   return true;
 }
 
+std::size_t ThreadSet::mostThreads() const {
+  const auto inForeignCode =
+      std::ranges::count_if(workers_, [](const auto& each) { return each->thread.isInForeignCode(); });
+  return std::min(kMostThreads + static_cast<std::size_t>(inForeignCode), kMostThreadsEver);
+}
+
 // A worker for a new thread, or null when there are threads enough or no memory for one more.
 ThreadSet::Worker* ThreadSet::hireWorker() {
-  if (alive_ >= std::min(kMostThreads + inForeignCode_, kMostThreadsEver)) return nullptr;
+  if (alive_ >= kMostThreads && alive_ >= mostThreads()) return nullptr;
   Worker* const worker = placeForWorker();
   if (worker == nullptr) return nullptr;
   worker->alive = true;
@@ -144,34 +142,37 @@ bool ThreadSet::launch(Worker& worker) {
 
 void ThreadSet::serve(Worker& worker) {
   current = &worker;
+  worker.thread.begin(currentThread());
   std::unique_lock lock(mutex_);
-  worker.thread = currentThread();
-  worker.name.reset();
   --onTheirWay_;
   std::size_t items = 0;
   do {
-    for (; !waiting_.empty(); ++items) runNext(worker, lock);
+    while (!waiting_.empty()) items += runNext(worker, lock);
   } while (items < kMostItems && waitForCall(worker, lock));
   worker.alive = false;
   --alive_;
 }
 
-void ThreadSet::runNext(Worker& worker, std::unique_lock<std::mutex>& lock) {
-  WorkItem item = std::move(waiting_.front());
-  waiting_.pop_front();
+// Runs one from the list of all, and what the thread keeps in the course of it. Returns how many that were.
+std::size_t ThreadSet::runNext(Worker& worker, std::unique_lock<std::mutex>& lock) {
+  WorkItems next;
+  next.splice(next.end(), waiting_, waiting_.begin());
   ++taken_;
-  if (item.isForeign) --foreign_;
-  worker.take(item.runner->label());
+  if (next.front().isForeign) --foreign_;
   const Call call = attend();
   const bool isUnseen = lookout_ == nullptr && onTheirWay_ == 0;
   lock.unlock();
   perform(call);
+  worker.thread.takeUp(next.front());
   if (isUnseen) showLabel();
-  std::shared_ptr<WorkRunner> runner = std::move(item.runner);
-  runner->run(std::move(item));
-  runner.reset();  // may be the last one that holds the queue, so not under the lock
+  std::size_t items = 0;
+  for (; !next.empty(); next = worker.thread.takeNext(), ++items) {
+    // May be the last one that holds the queue, so not let go under a lock.
+    const std::shared_ptr<WorkRunner> runner = std::move(next.front().runner);
+    runner->run(std::move(next.front()));
+  }
   lock.lock();
-  worker.isBusy = false;
+  return items;
 }
 
 bool ThreadSet::isCalledWithin(std::chrono::nanoseconds patience, Worker& worker,
@@ -203,30 +204,48 @@ bool ThreadSet::waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock) 
 // item that has waited since then.
 bool ThreadSet::lookOut(Worker& worker, std::unique_lock<std::mutex>& lock) {
   lookout_ = &worker;
-  for (bool isQuiet = false; !isQuiet;) {
-    const std::size_t startedBefore = taken_ + waiting_.size();
+  for (bool isOver = false; !isOver;) {
+    watchThreads();
+    const std::size_t startedBefore = startedSoFar();
+    const std::size_t toBeTaken = taken_ + waiting_.size();
     if (isCalledWithin(kBetweenLooks, worker, lock)) return false;
-    if (taken_ < startedBefore) {
-      std::erase(idle_, &worker);
-      lookout_ = nullptr;
-      return true;
-    }
-    isQuiet = !nameThreads() && taken_ + waiting_.size() == startedBefore;
+    const bool isWaitedFor = someHoldUp() || taken_ < toBeTaken;
+    isOver = isWaitedFor || (!nameThreads() && startedSoFar() == startedBefore);
   }
-  lookout_ = nullptr;
-  return false;
+  endLookout();
+  if (waiting_.empty()) return false;
+  std::erase(idle_, &worker);
+  return true;
+}
+
+// Not before the list of all is empty: what a thread has started earlier waits there.
+void ThreadSet::watchThreads() {
+  if (!waiting_.empty()) return;
+  for (const auto& worker : workers_) worker->thread.watch();
+}
+
+bool ThreadSet::someHoldUp() {
+  bool doesOne = false;
+  for (const auto& worker : workers_) doesOne = worker->thread.holdsUpSince() || doesOne;
+  return doesOne;
+}
+
+std::size_t ThreadSet::startedSoFar() const {
+  std::size_t started = taken_ + waiting_.size();
+  for (const auto& worker : workers_) started += worker->thread.keptSoFar();
+  return started;
 }
 
 // Names those that have had their item since the last look. Returns whether some are left for the next one.
 bool ThreadSet::nameThreads() {
   bool areLeft = false;
-  for (const auto& worker : workers_) {
-    if (!worker->lacksName()) continue;
-    areLeft = areLeft || !worker->wasSeen;
-    if (worker->wasSeen) setThreadName(worker->thread, *(worker->name = worker->label));
-    worker->wasSeen = true;
-  }
+  for (const auto& worker : workers_) areLeft = worker->thread.nameIfSeenBefore() || areLeft;
   return areLeft;
+}
+
+void ThreadSet::endLookout() {
+  lookout_ = nullptr;
+  for (const auto& worker : workers_) worker->thread.unwatch(waiting_);
 }
 
 }  // namespace QXPlatform

@@ -4,36 +4,26 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
-#include <optional>
-#include <string>
-#include <string_view>
 #include <vector>
 
-#include "QXPlatform/dispatch/ThreadName.h"
+#include "QXPlatform/dispatch/SetThread.h"
 #include "QXPlatform/dispatch/ThreadSignal.h"
 #include "QXPlatform/dispatch/WorkItem.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXPlatform {
 
-// What a thread of the set runs items for. run() is called on such a thread, with no lock held.
-class WorkRunner {
- public:
-  virtual ~WorkRunner() = default;
-  virtual const std::string& label() const = 0;
-  virtual void run(WorkItem item) = 0;
-};
-
 // The threads that all queues of the process share: made when an item finds none free, up to 64 beside those
-// that are inside foreign code; one that has been idle for some seconds ends. Items are taken in the order in
-// which they were started. Any thread.
+// that are inside foreign code; one that has been idle for some seconds ends. What one thread starts is taken
+// in that order. Any thread.
 //
-// To wake a thread costs more than most items do. So an item that a thread of the set starts wakes nobody:
-// that thread comes back for it when its own item ends. One idle thread, the lookout, sees to it that this
-// does not take long: while items are being started it looks every millisecond, and takes one that was
-// waiting at its last look already. Without a lookout, and for what other threads start, one is called at a
-// time: whoever takes an item and leaves others calls the next. So however many items block, the rest is
-// started.
+// To wake a thread costs more than most items do, and so does a lock that busy threads meet at. So an item
+// that a thread of the set starts wakes nobody: that thread keeps it, and comes back for it when its own item
+// ends. One idle thread, the lookout, sees to it that this does not take long: while items are being started
+// it looks every millisecond, and when one that was waiting at its last look still does, it puts what busy
+// threads keep into the list of all, and takes the first. Without a lookout, and for what other threads
+// start, items go to that list, and one thread is called at a time: whoever takes an item from there and
+// leaves others calls the next. So however many items block, the rest is started.
 class ThreadSet {
  public:
   static constexpr std::size_t kMostThreads = 64;
@@ -52,13 +42,14 @@ class ThreadSet {
   // The calling thread, if it is one of the set, will not come back soon for what it has started.
   void aboutToWait();
 
-  // The calling thread, one of the set, enters code that may never return, and is replaced meanwhile.
+  // The calling thread, if it is one of the set, enters code that may never return, and is replaced
+  // meanwhile.
   void enterForeignCode();
-  void leaveForeignCode();
+  static void leaveForeignCode();
 
   // A thread bears the label of the queue whose item it runs: at once after this call on that thread, else
   // from the lookout's next but one look on. Most items are over by then, and are spared the system call.
-  void showLabel();
+  static void showLabel();
 
  private:
   friend class NeverDestroyed<ThreadSet>;
@@ -66,14 +57,7 @@ class ThreadSet {
     ThreadSignal called;
     bool mayWork = false;
     bool alive = false;
-    ThreadHandle thread{};            // while alive
-    std::optional<std::string> name;  // that the thread has been given
-    std::string label;                // that it is to bear
-    bool isBusy = false;
-    bool wasSeen = false;  // by the lookout, with the item that it has
-
-    void take(std::string_view queueLabel);
-    bool lacksName() const { return isBusy && name != label; }
+    SetThread thread;  // has a lock of its own
   };
   // A worker to be woken or, when it is new, given its thread, once the lock has been let go.
   struct Call {
@@ -87,28 +71,32 @@ class ThreadSet {
   Call attend();
   Call callOne();
   bool perform(const Call& call);
+  std::size_t mostThreads() const;
   Worker* hireWorker();
   Worker* placeForWorker();
   bool launch(Worker& worker);
 
   void serve(Worker& worker);
-  void runNext(Worker& worker, std::unique_lock<std::mutex>& lock);
+  std::size_t runNext(Worker& worker, std::unique_lock<std::mutex>& lock);
   static bool isCalledWithin(std::chrono::nanoseconds patience, Worker& worker,
                              std::unique_lock<std::mutex>& lock);
   bool waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock);
   bool lookOut(Worker& worker, std::unique_lock<std::mutex>& lock);
+  void watchThreads();
+  bool someHoldUp();
   bool nameThreads();
+  std::size_t startedSoFar() const;
+  void endLookout();
 
   std::mutex mutex_;
   // Below, guarded by mutex_. While items wait, a thread is on its way, or the lookout is there, or all are
-  // busy, or none is to be had.
+  // busy, or none is to be had. Threads are watched only while the lookout is there.
   WorkItems waiting_;
   std::size_t foreign_ = 0;  // of those that wait
-  std::size_t taken_ = 0;    // items, so far
+  std::size_t taken_ = 0;    // from there, so far
   std::vector<std::unique_ptr<Worker>> workers_;
   std::size_t alive_ = 0;
   std::size_t onTheirWay_ = 0;  // called, and not come yet
-  std::size_t inForeignCode_ = 0;
   // The last one to fall idle is called first, so that the others may end, and the lookout last. Has room for
   // all workers.
   std::vector<Worker*> idle_;

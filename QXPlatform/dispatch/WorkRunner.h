@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "QXPlatform/dispatch/WorkItem.h"
+
+namespace QXPlatform {
+
+// What a thread of the set runs items for. run() is called on such a thread, with no lock held.
+class WorkRunner {
+ public:
+  virtual ~WorkRunner() = default;
+  virtual const std::string& label() const = 0;
+  virtual void run(WorkItem item) = 0;
+};
+
+}  // namespace QXPlatform

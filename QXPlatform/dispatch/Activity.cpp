@@ -25,11 +25,35 @@ thread_local Activity* currentActivity = nullptr;
 
 }  // namespace
 
-Activity::Activity() {
+// Of what has come of one piece of work: in flight as a whole as long as a part of it is.
+class Activity::Count {
+ public:
+  void enter() {
+    if (parts_.fetch_add(1, std::memory_order_relaxed) > 0) return;
+    workInFlight().count.fetch_add(1, std::memory_order_relaxed);
+  }
+
+  void leave() {
+    if (parts_.fetch_sub(1, std::memory_order_acq_rel) > 1) return;
+    WorkInFlight& work = workInFlight();
+    if (work.count.fetch_sub(1, std::memory_order_acq_rel) > 1) return;
+    // The lock keeps this from falling between a waiter's look at the count and its going to sleep.
+    { const std::lock_guard lock(work.mutex); }
+    work.none.notify_all();
+  }
+
+ private:
+  std::atomic<std::int64_t> parts_{0};
+};
+
+Activity::Activity()
+    : count_(currentActivity != nullptr && currentActivity->counted_ ? currentActivity->count_
+                                                                     : std::make_shared<Count>()) {
   begin();
 }
 
-Activity::Activity(Activity&& other) noexcept : counted_(std::exchange(other.counted_, false)) {}
+Activity::Activity(Activity&& other) noexcept
+    : count_(std::move(other.count_)), counted_(std::exchange(other.counted_, false)) {}
 
 Activity::~Activity() {
   if (counted_) end();
@@ -37,16 +61,12 @@ Activity::~Activity() {
 
 void Activity::begin() {
   counted_ = true;
-  workInFlight().count.fetch_add(1, std::memory_order_relaxed);
+  count_->enter();
 }
 
 void Activity::end() {
   counted_ = false;
-  WorkInFlight& work = workInFlight();
-  if (work.count.fetch_sub(1, std::memory_order_acq_rel) > 1) return;
-  // The lock keeps this from falling between a waiter's look at the count and its going to sleep.
-  { const std::lock_guard lock(work.mutex); }
-  work.none.notify_all();
+  count_->leave();
 }
 
 bool Activity::waitUntilNone(Clock::TimePoint deadline) {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <memory>
+
 #include "QXPlatform/dispatch/Clock.h"
 
 namespace QXPlatform {
 
 // Stands for one piece of work in flight (a queued or running work item, a network task), so that a process
 // can let such work end before it exits. Hold it where the work is held. A moved-from one stands for nothing.
+// What comes of one piece of work is counted together, so that busy threads seldom meet at the count.
 class Activity {
  public:
   Activity();
@@ -19,9 +22,12 @@ class Activity {
 
  private:
   friend class ForeignCodeScope;
+  class Count;
+
   void begin();
   void end();
 
+  std::shared_ptr<Count> count_;
   bool counted_ = false;
 };
 

@@ -40,11 +40,9 @@ void runToEnd(WorkItem item) {
   if (item.group) runWork([&] { item.group->leave(); });
 }
 
-// Inside another item it is that one's activity that counts, since that one waits for this.
-void runInPlace(const DispatchQueue::Work& work) {
-  if (CurrentActivityScope::exists()) return runWork(work);
-  Activity activity;
-  const CurrentActivityScope scope(activity);
+void runInPlace(const DispatchQueue::Work& work, std::optional<Activity>& activity) {
+  if (!activity) return runWork(work);
+  const CurrentActivityScope scope(*activity);
   runWork(work);
 }
 
@@ -72,8 +70,12 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
 
   // On the caller's thread: no hand-off, and none of the 64 threads is needed for it.
   void runInTurn(const Work& work) {
+    // Inside another item it is that one's activity that counts, since that one waits for this. Made before
+    // the turn has come, which a want of memory would leave taken.
+    std::optional<Activity> activity;
+    if (!CurrentActivityScope::exists()) activity.emplace();
     waitForTurn();
-    runInPlace(work);
+    runInPlace(work, activity);
     const std::lock_guard lock(mutex_);
     noteEnd();
     startPending();

@@ -38,9 +38,24 @@ class ServiceExtensionHost::Push {
   const LogSubject& subject() const { return subject_; }
   Clock::TimePoint begin() const { return begin_; }
 
+  // A queue of its own: those of other notifications never wait for it.
+  const DispatchQueue& queue() const { return queue_; }
+
   void tellExpired() {
     const std::lock_guard lock(mutex_);
     if (!accepted_) outcome_ = Outcome::expired;
+  }
+
+  // Returns whether somebody waits for the limit. It replaces the last one, which has passed. Once there is
+  // content none is needed.
+  bool setLimit(TimeLimits& limits, Clock::TimePoint deadline, std::function<void()> passed) {
+    const std::lock_guard lock(mutex_);
+    if (!accepted_) limit_ = limits.set(deadline, std::move(passed));
+    return limit_.has_value();
+  }
+  std::optional<TimeLimits::Limit> limit() {
+    const std::lock_guard lock(mutex_);
+    return limit_;
   }
 
   // Closed before it is read: what is attached later is not kept, what was attached before is seen here.
@@ -68,17 +83,17 @@ class ServiceExtensionHost::Push {
   }
   Completion takeCompletion() { return std::exchange(completion_, nullptr); }
 
-  TimeLimits::Limit nearlyOver, over;  // set before the extension is called
-
  private:
   const std::shared_ptr<const UNNotificationRequest> request_;
   Completion completion_;
   const LogSubject subject_ = std::make_shared<const std::string>(request_->identifier);
   const Clock::TimePoint begin_ = Clock::current().now();
+  const DispatchQueue queue_{"extension.entry", DispatchQueue::Attribute::concurrent};
   std::mutex mutex_;
   // Below, guarded by mutex_.
   Outcome outcome_ = Outcome::delivered;
   bool accepted_ = false;
+  std::optional<TimeLimits::Limit> limit_;
   Clock::Duration elapsed_{};
   NotificationProperties content_;
 };
@@ -89,7 +104,6 @@ ServiceExtensionHost::ServiceExtensionHost(ServiceExtensionFactory makeExtension
     : makeExtension_(std::move(makeExtension)),
       timeLimit_(timeLimit),
       attachments_(std::move(attachments)),
-      entryQueue_("service.extension.entry", DispatchQueue::Attribute::concurrent),
       timeLimits_(std::make_unique<TimeLimits>()) {}
 
 ServiceExtensionHost::~ServiceExtensionHost() = default;
@@ -116,38 +130,44 @@ ServiceExtensionResult ServiceExtensionHost::run(
 
 void ServiceExtensionHost::extend(const std::shared_ptr<Push>& push) {
   const std::shared_ptr<UNNotificationServiceExtension> extension = makeExtension_();
-  setLimits(push, extension);
+  const bool hasLimit = setLimits(push, extension);
   // On a thread of its own, so that a host whose hooks hang still meets its time limit.
-  entryQueue_.async([this, push, extension] {
+  push->queue().async([this, push, extension] {
     extension->didReceiveNotificationRequest(push->request(), [this, push](const auto& content) {
       if (push->accept(*content)) finishSoon(push);
     });
   });
-  if (timeLimits_->areKept() && DispatchQueue::canRun()) return;
+  if (hasLimit && DispatchQueue::canRun()) return;
   os_log({"ServiceExtension", "ServiceGeneral", LogType::error,
           "No thread for the extension: the notification is shown as it came"});
   showAsItCame(*push);
 }
 
-void ServiceExtensionHost::setLimits(const std::shared_ptr<Push>& push,
+// Returns whether somebody waits for them.
+bool ServiceExtensionHost::setLimits(const std::shared_ptr<Push>& push,
                                      const std::shared_ptr<UNNotificationServiceExtension>& extension) {
   const auto limit = std::chrono::duration_cast<Clock::Duration>(timeLimit_);
   const auto end = push->begin() + limit;
-  push->nearlyOver = timeLimits_->set(end - std::min(kMostBeforeTheEnd, limit / 10), [this, push, extension] {
-    const ScopedLogSubject subject(push->subject());
-    push->tellExpired();
-    try {
-      tellExpired(extension);
-    } catch (const std::bad_alloc&) {
-      writeToStandardError("out of memory: the extension is not told that its time is about to end\n");
-    }
-  });
-  push->over = timeLimits_->set(end, [this, push] {
+  const auto isOver = [this, push] {
     try {
       // Not on a thread of the queues: hooks that hang may have taken all of them.
       std::thread([this, push] { showAsItCame(*push); }).detach();
     } catch (const std::exception&) {
       showAsItCame(*push);
+    }
+  };
+  return push->setLimit(*timeLimits_, end - std::min(kMostBeforeTheEnd, limit / 10), [=, this] {
+    const ScopedLogSubject subject(push->subject());
+    push->tellExpired();
+    try {
+      push->setLimit(*timeLimits_, end, isOver);
+    } catch (const std::bad_alloc&) {
+      return isOver();
+    }
+    try {
+      tellExpired(*push, extension);
+    } catch (const std::bad_alloc&) {
+      writeToStandardError("out of memory: the extension is not told that its time is about to end\n");
     }
   });
 }
@@ -155,7 +175,7 @@ void ServiceExtensionHost::setLimits(const std::shared_ptr<Push>& push,
 // Not inside the extension's call, which has other things to do.
 void ServiceExtensionHost::finishSoon(const std::shared_ptr<Push>& push) {
   // A handle of its own: the host may go as soon as this one has ended.
-  const DispatchQueue queue = entryQueue_;
+  const DispatchQueue queue = push->queue();
   try {
     queue.async([this, push] { finish(*push); });
   } catch (const std::bad_alloc&) {
@@ -168,8 +188,7 @@ void ServiceExtensionHost::showAsItCame(Push& push) {
 }
 
 void ServiceExtensionHost::finish(Push& push) {
-  timeLimits_->remove(push.nearlyOver);
-  timeLimits_->remove(push.over);
+  if (const auto limit = push.limit()) timeLimits_->remove(*limit);
   const auto completion = push.takeCompletion();
   ServiceExtensionResult result = push.takeResult();
   {
@@ -195,13 +214,14 @@ void ServiceExtensionHost::keepDownloads(std::vector<UNNotificationAttachment>& 
   attachments = std::move(kept);
 }
 
-void ServiceExtensionHost::tellExpired(const std::shared_ptr<UNNotificationServiceExtension>& extension) {
+void ServiceExtensionHost::tellExpired(const Push& push,
+                                       const std::shared_ptr<UNNotificationServiceExtension>& extension) {
   {
     const std::lock_guard lock(mutex_);
     expired_.push_back(extension);
     if (expired_.size() > kMostExpiredKept) expired_.pop_front();
   }
-  entryQueue_.async([extension] { extension->serviceExtensionTimeWillExpire(); });
+  push.queue().async([extension] { extension->serviceExtensionTimeWillExpire(); });
 }
 
 Dictionary ServiceExtensionResult::toJSON() const {

@@ -63,18 +63,17 @@ class ServiceExtensionHost {
   class Push;
 
   void extend(const std::shared_ptr<Push>& push);
-  void setLimits(const std::shared_ptr<Push>& push,
+  bool setLimits(const std::shared_ptr<Push>& push,
                  const std::shared_ptr<UNNotificationServiceExtension>& extension);
   void finishSoon(const std::shared_ptr<Push>& push);
   void finish(Push& push);
   void showAsItCame(Push& push);
   void keepDownloads(std::vector<UNNotificationAttachment>& attachments);
-  void tellExpired(const std::shared_ptr<UNNotificationServiceExtension>& extension);
+  void tellExpired(const Push& push, const std::shared_ptr<UNNotificationServiceExtension>& extension);
 
   const ServiceExtensionFactory makeExtension_;
   const std::chrono::duration<double> timeLimit_;
   AttachmentStore attachments_;
-  const DispatchQueue entryQueue_;
   std::mutex mutex_;
   // Extensions whose processors may still be at work. Guarded by mutex_.
   std::deque<std::shared_ptr<UNNotificationServiceExtension>> expired_;

@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+#include "QXPlatform/dispatch/BriefLock.h"
 #include "QXPlatform/dispatch/ThreadName.h"
 
 namespace QXPlatform {
@@ -15,8 +16,9 @@ TimeLimits::~TimeLimits() {
   if (keeper_.joinable()) keeper_.join();
 }
 
-TimeLimits::Limit TimeLimits::set(Clock::TimePoint deadline, std::function<void()> passed) {
-  const std::lock_guard lock(mutex_);
+std::optional<TimeLimits::Limit> TimeLimits::set(Clock::TimePoint deadline, std::function<void()> passed) {
+  const auto lock = lockBriefly(mutex_);
+  if (!hasKeeper()) return std::nullopt;
   const Limit limit{deadline, ++lastNumber_};
   limits_.emplace(limit, std::move(passed));
   if (deadline < sleepsUntil_ || sleepsBy_ != &Clock::current()) changed_.notify_one();
@@ -26,13 +28,12 @@ TimeLimits::Limit TimeLimits::set(Clock::TimePoint deadline, std::function<void(
 // What a call-back holds is let go outside the lock.
 void TimeLimits::remove(const Limit& limit) {
   const auto removed = [&] {
-    const std::lock_guard lock(mutex_);
+    const auto lock = lockBriefly(mutex_);
     return limits_.extract(limit);
   }();
 }
 
-bool TimeLimits::areKept() {
-  const std::lock_guard lock(mutex_);
+bool TimeLimits::hasKeeper() {
   if (keeper_.joinable()) return true;
   try {
     keeper_ = std::thread([this] { keep(); });

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -24,15 +25,14 @@ class TimeLimits {
   TimeLimits(const TimeLimits&) = delete;
   TimeLimits& operator=(const TimeLimits&) = delete;
 
-  // `passed` must not keep the thread, on which the other limits are waited for.
-  Limit set(Clock::TimePoint deadline, std::function<void()> passed);
+  // `passed` must not keep the thread, on which the other limits are waited for. Nothing while the system has
+  // no thread for it: nobody would wait for the limit.
+  std::optional<Limit> set(Clock::TimePoint deadline, std::function<void()> passed);
   // Does nothing to one that has passed.
   void remove(const Limit& limit);
 
-  // Whether somebody waits for the limits: not while the system has no thread for it.
-  bool areKept();
-
  private:
+  bool hasKeeper();
   void keep();
 
   std::mutex mutex_;

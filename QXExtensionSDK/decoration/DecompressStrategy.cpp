@@ -1,5 +1,6 @@
 #include "QXExtensionSDK/decoration/DecompressStrategy.h"
 
+#include <array>
 #include <span>
 #include <utility>
 
@@ -11,23 +12,22 @@ namespace QXExtensionSDK {
 
 namespace {
 
-// The destination buffer of one payload; says when it goes.
+// The destination buffer of one payload; says when it goes. On the stack, since the allocator would clean up
+// after each piece of that size.
 class InflateBuffer {
  public:
-  InflateBuffer(std::size_t capacity, const Logger& logger)
-      : bytes_(new std::byte[capacity]), capacity_(capacity), logger_(logger) {}
+  explicit InflateBuffer(const Logger& logger) : logger_(logger) {}
   ~InflateBuffer() { logger_.debug(LogCategory::decompression, "Deflate: Deallocating destination buffer"); }
   InflateBuffer(const InflateBuffer&) = delete;
   InflateBuffer& operator=(const InflateBuffer&) = delete;
 
-  std::span<std::byte> bytes() const { return {bytes_.get(), capacity_}; }
+  std::span<std::byte> bytes() { return bytes_; }
   std::string_view text(std::size_t count) const {
-    return {reinterpret_cast<const char*>(bytes_.get()), count};
+    return {reinterpret_cast<const char*>(bytes_.data()), count};
   }
 
  private:
-  const std::unique_ptr<std::byte[]> bytes_;
-  const std::size_t capacity_;
+  std::array<std::byte, kDeflateBufferCapacity> bytes_;  // on purpose not filled
   const Logger& logger_;
 };
 
@@ -36,7 +36,7 @@ struct Inflated {
   std::optional<std::string> text;
 };
 
-Inflated inflate(const QXPlatform::Data& compressed, const InflateBuffer& buffer, const Logger& logger) {
+Inflated inflate(const QXPlatform::Data& compressed, InflateBuffer& buffer, const Logger& logger) {
   if (compressed.empty()) {
     logger.error(LogCategory::decompression, "Deflate: Typed pointer base address nil");
     return {};
@@ -67,7 +67,7 @@ std::optional<std::string> DeflateDecompressStrategy::decompress(std::string_vie
     logger_.error(LogCategory::decompression, "Deflate: Base64 decoding failed");
     return std::nullopt;
   }
-  const InflateBuffer buffer(kDeflateBufferCapacity, logger_);
+  InflateBuffer buffer(logger_);
   const auto inflated = inflate(*compressed, buffer, logger_);
   if (inflated.count == buffer.bytes().size()) {
     logger_.error(LogCategory::decompression, "Deflate: Possible buffer overflow while decompressing");

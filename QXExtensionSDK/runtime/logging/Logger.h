@@ -46,7 +46,8 @@ class Logger {
   // every message; plain words, no lock.
   static std::int64_t globalLoglevel() { return globalLoglevel_.load(std::memory_order_relaxed); }
   static void setGlobalLoglevel(std::int64_t level) {
-    globalLoglevel_.store(level, std::memory_order_relaxed);
+    // Written when it changes alone: all threads read it all the time.
+    if (globalLoglevel() != level) globalLoglevel_.store(level, std::memory_order_relaxed);
   }
 
   template <LogPiece... Pieces>

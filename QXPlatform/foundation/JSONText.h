@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "QXPlatform/foundation/JSON.h"
 #include "QXPlatform/foundation/JSONPointer.h"
 #include "QXPlatform/foundation/Value.h"
 
@@ -24,5 +25,8 @@ bool appendJSONText(std::string& out, std::string_view text, JSONFault& fault);
 bool appendJSONNumber(std::string& out, double number, JSONFault& fault);
 bool appendJSONValue(std::string& out, const Value& value, JSONFault& fault);
 void appendJSONInteger(std::string& out, std::int64_t integer);
+
+// Never fails: what JSON cannot hold is shown all the same, in words (Value::description()).
+void appendJSONOrDescription(std::string& out, const Value& value, JSONStyle style);
 
 }  // namespace QXPlatform

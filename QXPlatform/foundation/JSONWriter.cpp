@@ -168,6 +168,13 @@ bool appendJSONValue(std::string& out, const Value& value, JSONFault& fault) {
   return false;
 }
 
+void appendJSONOrDescription(std::string& out, const Value& value, JSONStyle style) {
+  const std::size_t before = out.size();
+  if (Writer(out, style, Misfits::refused).write(value)) return;
+  out.resize(before);
+  out += value.description();
+}
+
 Result<std::string> writeJSON(const Value& value, JSONStyle style) {
   std::string text;
   Writer writer(text, style, Misfits::refused);

@@ -8,8 +8,11 @@
 #include <new>
 #include <ostream>
 #include <utility>
+#include <vector>
 
+#include "QXPlatform/dispatch/BriefLock.h"
 #include "QXPlatform/dispatch/DispatchQueue.h"
+#include "QXPlatform/foundation/JSONText.h"
 #include "QXPlatform/foundation/MemoryUse.h"
 #include "QXPlatform/notifications/NotificationJSON.h"
 
@@ -22,17 +25,17 @@ constexpr std::size_t kMostWaitingPerJob = 4;
 constexpr std::size_t kMostWaitingBytes = std::size_t{1} << 20;
 // Of how many answers one is followed by giving back the memory that has come free.
 constexpr std::size_t kAnswersToGiveBack = 1000;
+constexpr std::size_t kLargestSpare = std::size_t{1} << 16;
 
-std::string compactLine(const AnsweredPush& answered) {
-  const Dictionary answer = answerToJSON(answered);
-  // Content that a host filled with what JSON lacks is still shown, in words.
-  auto text = writeJSON(answer, JSONStyle::compact);
-  return (text ? *std::move(text) : answer.description()) + '\n';
+void appendCompactLine(std::string& text, const AnsweredPush& answered) {
+  appendJSONOrDescription(text, answerToJSON(answered), JSONStyle::compact);
+  text += '\n';
 }
 
 struct TakenPush {
   std::size_t position;
   PushText text;
+  std::string answer;  // room for it, empty
 };
 
 // Lets several threads take from one source and, if asked to, puts their answers back into its order.
@@ -42,31 +45,26 @@ class OrderedAnswers {
       : source_(source), output_(output), answering_(answering) {}
 
   std::optional<TakenPush> take() {
-    const std::lock_guard lock(sourceMutex_);
-    if (!waitForRoom()) return std::nullopt;
+    const auto lock = lockBriefly(sourceMutex_);
+    auto room = waitForRoom();
+    if (!room) return std::nullopt;
     auto push = source_.next();
     if (!push) return std::nullopt;
-    return TakenPush{taken_++, *std::move(push)};
+    return TakenPush{taken_++, *std::move(push), *std::move(room)};
   }
 
-  void put(const AnsweredPush& answered) {
-    std::string text = answering_.present ? answering_.present(answered) : compactLine(answered);
-    const std::lock_guard lock(outputMutex_);
-    waitingBytes_ += text.size();
-    waiting_.emplace(answering_.inOrder ? answered.position : written_, std::move(text));
-    for (auto next = waiting_.begin(); next != waiting_.end() && next->first == written_;
-         next = waiting_.erase(next)) {
-      // In one piece, so that what a host prints comes between the lines.
-      output_ << next->second;
-      waitingBytes_ -= next->second.size();
-      ++written_;
-    }
-    output_.flush();
-    if (!output_) result_.outputFailed = true;
-    room_.notify_all();
-    if (!answered.answer) ++result_.errors;
-    if (++answered_ % kAnswersToGiveBack == 0) giveBackFreeMemory();
-    if (answering_.progress) answering_.progress(answered_);
+  // Whoever comes while another thread writes leaves it the answer.
+  void put(TakenPush& push, const Result<Dictionary>& answer) {
+    const AnsweredPush answered{push.text, push.position, answer};
+    answering_.present ? answering_.present(push.answer, answered) : appendCompactLine(push.answer, answered);
+    auto lock = lockBriefly(outputMutex_);
+    if (!answer) ++result_.errors;
+    waitingBytes_ += push.answer.size();
+    waiting_.emplace(answering_.inOrder ? push.position : arrived_++, std::move(push.answer));
+    if (isWriting_) return;
+    isWriting_ = true;
+    while (!waiting_.empty() && waiting_.begin()->first == written_) writeNext(lock);
+    isWriting_ = false;
   }
 
   // No more pushes are taken: an answer was lost for want of memory.
@@ -82,13 +80,35 @@ class OrderedAnswers {
   }
 
  private:
-  // Returns whether another answer will find a place: not after the output has failed.
-  bool waitForRoom() {
-    std::unique_lock lock(outputMutex_);
+  // Returns room for another answer, none after the output has failed.
+  std::optional<std::string> waitForRoom() {
+    auto lock = lockBriefly(outputMutex_);
     const std::size_t most = kMostWaitingPerJob * answering_.jobs;
     const auto isOver = [&] { return result_.outputFailed || outOfMemory_; };
     room_.wait(lock, [&] { return isOver() || waiting_.size() < most || waitingBytes_ < kMostWaitingBytes; });
-    return !isOver();
+    if (isOver()) return std::nullopt;
+    if (spare_.empty()) return std::string();
+    std::string room = std::move(spare_.back());
+    spare_.pop_back();
+    return room;
+  }
+
+  void writeNext(std::unique_lock<std::mutex>& lock) {
+    std::string text = std::move(waiting_.extract(waiting_.begin()).mapped());
+    lock.unlock();
+    // In one piece, so that what a host prints comes between the lines.
+    output_ << text << std::flush;
+    const std::size_t answered = ++written_;
+    if (answered % kAnswersToGiveBack == 0) giveBackFreeMemory();
+    if (answering_.progress) answering_.progress(answered);
+    lock = lockBriefly(outputMutex_);
+    waitingBytes_ -= text.size();
+    if (!output_) result_.outputFailed = true;
+    if (text.capacity() <= kLargestSpare) {
+      text.clear();
+      spare_.push_back(std::move(text));
+    }
+    room_.notify_all();
   }
 
   std::mutex sourceMutex_;
@@ -100,8 +120,12 @@ class OrderedAnswers {
   const PushAnswering& answering_;
   std::map<std::size_t, std::string> waiting_;
   std::size_t waitingBytes_ = 0;
-  std::size_t written_ = 0;
-  std::size_t answered_ = 0;
+  std::size_t arrived_ = 0;
+  bool isWriting_ = false;
+  std::size_t written_ = 0;  // changed by who writes
+  // The room of answers that have been written, for others: threads that free each other's memory meet at the
+  // allocator's locks.
+  std::vector<std::string> spare_;
   PushAnswers result_;
   bool outOfMemory_ = false;
   std::condition_variable room_;
@@ -126,7 +150,7 @@ class AnsweringJobs {
   void goOn() {
     try {
       while (auto taken = answers_.take()) {
-        if (!isAnsweredAtOnce(std::make_shared<const TakenPush>(*std::move(taken)))) return;
+        if (!isAnsweredAtOnce(std::make_shared<TakenPush>(*std::move(taken)))) return;
       }
     } catch (const std::bad_alloc&) {
       answers_.giveUp();
@@ -136,11 +160,11 @@ class AnsweringJobs {
   }
 
   // Whoever is the last to be through, the call or the answer, goes on with the job.
-  bool isAnsweredAtOnce(const std::shared_ptr<const TakenPush>& push) {
+  bool isAnsweredAtOnce(const std::shared_ptr<TakenPush>& push) {
     const auto oneIsThrough = std::make_shared<std::atomic<bool>>(false);
     answer(push->text, [this, push, oneIsThrough](const Result<Dictionary>& answer) {
       try {
-        answers_.put({push->text, push->position, answer});
+        answers_.put(*push, answer);
       } catch (const std::bad_alloc&) {
         answers_.giveUp();
       }

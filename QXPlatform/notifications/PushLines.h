@@ -81,9 +81,9 @@ struct PushAnswering {
   std::function<void(const std::shared_ptr<const UNNotificationRequest>&, PushCompletion)> answer;
   std::size_t jobs = 1;
   JSONLimits limits = {};  // of a push's text
-  // The text that is written for an answer, compact JSON of it without this. Called on several threads at
-  // once.
-  std::function<std::string(const AnsweredPush&)> present = {};
+  // Appends the text that is written for an answer, compact JSON of it without this. Called on several
+  // threads at once.
+  std::function<void(std::string&, const AnsweredPush&)> present = {};
   bool inOrder = true;  // of the source; else each answer is written when it is there
   // Called after each answer with the number of pushes answered so far; one call at a time.
   std::function<void(std::size_t)> progress;

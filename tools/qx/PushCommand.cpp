@@ -69,17 +69,20 @@ bool isJudged(const PushOptions& options) {
   return options.junit || !options.failOn.empty();
 }
 
-// The text of an answer, of which the verdicts hear first.
-std::string present(const Run& run, const QXPlatform::AnsweredPush& answered,
-                    const AttachmentsDirectory& attachments) {
+// Appends the text of an answer, of which the verdicts hear first.
+void present(std::string& text, const Run& run, const QXPlatform::AnsweredPush& answered,
+             const AttachmentsDirectory& attachments) {
   Result<Dictionary> answer = answered.answer;
   if (answer && run.simulator.stable) answer = stableAnswer(*answer, attachments.path());
   const QXPlatform::AnsweredPush shown{answered.push, answered.position, answer};
   if (isJudged(run.options)) {
     run.verdicts.note(shown, fileOf(run.options, shown.push) + ":" + std::to_string(shown.push.line));
   }
-  return isForPeople(run.simulator) ? pushForPeople(shown, isInColour())
-                                    : resultText(run.simulator, answerToJSON(shown));
+  if (isForPeople(run.simulator)) {
+    text += pushForPeople(shown, isInColour());
+  } else {
+    appendResult(text, run.simulator, answerToJSON(shown));
+  }
 }
 
 QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& attachments,
@@ -91,14 +94,18 @@ QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& at
       source, std::cout,
       {.answer = answer,
        .jobs = run.options.jobs,
-       .present = [&](const auto& answered) { return present(run, answered, attachments); },
+       .present = [&](auto& text, const auto& answered) { present(text, run, answered, attachments); },
        .progress = [&](std::size_t answered) { progress.show(answered, files.partOf(answered)); }});
 }
 
-// Each processor fills a pool of its own, so that jobs do not wait for each other's memory. More pools than
-// that would only grow with the run.
+// Each processor fills a pool of its own, so that jobs do not wait for each other's memory, and there is one
+// for each of the threads that are there before: who reads, who keeps the time limits, and the lookout. More
+// pools than that would only grow with the run.
 int memoryPools(std::size_t jobs) {
-  return static_cast<int>(std::min<std::size_t>(jobs, std::max(1U, std::thread::hardware_concurrency())));
+  constexpr std::size_t kOtherThreads = 3;
+  if (jobs == 1) return 1;
+  const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
+  return static_cast<int>(std::min(jobs, processors) + kOtherThreads);
 }
 
 Ended pushToBuiltIn(const Run& run, const HostBehaviour& host) {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSONText.h"
 #include "QXPlatform/log/StandardError.h"
 #include "tools/qx/Printable.h"
 
@@ -21,10 +21,16 @@ bool writesToTerminal() {
 
 }  // namespace
 
-std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Value& result) {
+void appendResult(std::string& text, const SimulatorOptions& simulator, const QXPlatform::Value& result) {
   const auto style = simulator.pretty ? QXPlatform::JSONStyle::pretty : QXPlatform::JSONStyle::compact;
-  const auto text = QXPlatform::writeJSON(result, style);
-  return (text ? *text : result.description()) + "\n";
+  QXPlatform::appendJSONOrDescription(text, result, style);
+  text += '\n';
+}
+
+std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Value& result) {
+  std::string text;
+  appendResult(text, simulator, result);
+  return text;
 }
 
 bool isForPeople(const SimulatorOptions& simulator) {

@@ -10,6 +10,7 @@ namespace qx {
 
 // A command's result as it is written, with the end of the line.
 std::string resultText(const SimulatorOptions& simulator, const QXPlatform::Value& result);
+void appendResult(std::string& text, const SimulatorOptions& simulator, const QXPlatform::Value& result);
 
 // Whether results are for people, on a terminal where nobody has asked for JSON.
 bool isForPeople(const SimulatorOptions& simulator);

@@ -92,12 +92,27 @@ class Outline {
     return true;
   }
 
+  // Of a text that has been unfolded, so that its length is known to be bearable.
+  bool holdsNUL(std::uint64_t object) const {
+    const std::uint64_t offset = *offsetOf(object);
+    const std::uint64_t kind = *number(offset, 1) >> 4U;
+    if (kind != 0x5 && kind != 0x6) return false;
+    const std::uint64_t width = kind == 0x5 ? 1 : 2;
+    const auto header = headerAt(offset);
+    for (std::uint64_t i = 0; i < header->count; ++i) {
+      if (number(header->contentStart + i * width, width).value_or(0) == 0) return true;
+    }
+    return false;
+  }
+
   bool unfoldChildren(std::uint64_t offset, std::uint64_t referencesPerEntry, int depthLeft) {
     const auto header = headerAt(offset);
     if (!header || header->count > left_.nodes) return false;
     for (std::uint64_t i = 0; i < header->count * referencesPerEntry; ++i) {
       const auto child = number(header->contentStart + i * referenceWidth_, referenceWidth_);
       if (!child || !unfold(*child, depthLeft)) return false;
+      const bool isKey = referencesPerEntry == 2 && i < header->count;
+      if (isKey && holdsNUL(*child)) return false;
     }
     return true;
   }

@@ -75,6 +75,10 @@ TEST(PropertyListTest, RefusesHostileFiles) {
 
   EXPECT_EQ(parsePropertyList(binary({"\xD1\1\2"s, "\x51k"s, "\x09"s})), Value(Dictionary{{"k", true}}));
   EXPECT_EQ(parsePropertyList(binary({"\xD1\1\1"s, "\x09"s})), std::nullopt);
+  EXPECT_EQ(parsePropertyList(binary({"\xD1\1\2"s, "\x52k\0"s, "\x09"s})), std::nullopt);
+  EXPECT_EQ(parsePropertyList(binary({"\xD1\1\2"s, "\x62\0k\0\0"s, "\x09"s})), std::nullopt);
+  EXPECT_EQ(parsePropertyList(binary({"\xD1\1\2"s, "\x61\1\0"s, "\x09"s})),
+            Value(Dictionary{{"\u0100", true}}));
 
   std::vector<std::string> doubling;
   for (char i = 1; i <= 40; ++i) doubling.push_back("\xA2"s + i + i);

@@ -61,10 +61,12 @@ bool isStillNamed(const FileDescriptor& directory, const FileDescriptor& staging
          opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-FileDescriptor openStagingFile(const FileDescriptor& directory, int flags) {
-  constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  return FileDescriptor(
-      retryScarce([&] { return ::openat(directory.get(), kStagingName, flags | kFlags, 0600); }));
+int openStagingFile(const FileDescriptor& directory, int flags) {
+  return ::openat(directory.get(), kStagingName, flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
+}
+
+FileDescriptor findStagingFile(const FileDescriptor& directory) {
+  return FileDescriptor(retryInterrupted([&] { return openStagingFile(directory, O_RDONLY); }));
 }
 
 // Holds the lock of a directory, if it is granted in time.
@@ -110,8 +112,10 @@ bool isAbandoned(const FileDescriptor& directory) {
 // Removes what bears the staging file's name, unless it is the file of a writer that lives: then `busy`.
 // Whether another user's writer lives can only be told by the file's age.
 LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& path) {
-  const FileDescriptor found = openStagingFile(directory, O_RDONLY);
+  const FileDescriptor found = findStagingFile(directory);
   if (!found.valid() && errno == ENOENT) return LockAnswer::granted;
+  // Then nobody can tell.
+  if (!found.valid() && isScarcity(errno)) return LockAnswer::busy;
   if (!found.valid() && errno == EACCES && !isAbandoned(directory)) return LockAnswer::busy;
   if (found.valid()) {
     if (tryLock(found, LOCK_EX) == LockAnswer::busy) return LockAnswer::busy;
@@ -129,7 +133,7 @@ class StagingFile {
   StagingFile(const FileDescriptor& directory, std::string path, DirectoryAccess& access)
       : directory_(directory), path_(std::move(path)) {
     DirectoryAccess::holdBack(directory, LockKind::staging);
-    const auto holder = [&] { return lockHolder(openStagingFile(directory_, O_RDONLY)); };
+    const auto holder = [&] { return lockHolder(findStagingFile(directory_)); };
     answer_ = access.waitInLine(directory, {LockKind::staging, [&] { return make(); }, holder});
   }
   ~StagingFile() {
@@ -177,7 +181,10 @@ class StagingFile {
     made_ = ::fchmod(file_->get(), 0600) == 0;
     return answer;
   }
-  void open() { file_.emplace(openStagingFile(directory_, O_WRONLY | O_CREAT | O_EXCL)); }
+  void open() {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL;
+    file_.emplace(retryScarce([&] { return openStagingFile(directory_, kFlags); }));
+  }
 
   const FileDescriptor& directory_;
   const std::string path_;

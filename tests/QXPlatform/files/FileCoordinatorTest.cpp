@@ -1,8 +1,11 @@
 #include "QXPlatform/files/FileCoordinator.h"
 
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "QXPlatform/files/FileContents.h"
+#include "QXPlatform/files/FileDescriptor.h"
 #include "QXTestSupport/ManualClock.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Test.h"
@@ -279,6 +282,23 @@ TEST_F(FileCoordinatorTest, LeavesTheStagingFileOfAnotherUsersWriterThatLives) {
   const auto whileStaged = [&](const URL& file) {
     Stranger stranger([&] { read("record"); });
     return stranger.succeeds() && writeContents("new", file);
+  };
+  EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"), whileStaged), Outcome::replaced);
+}
+
+TEST_F(FileCoordinatorTest, LeavesTheStagingFileOfAWriterThatLivesForWantOfDescriptors) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object's type";
+#endif
+  const auto whileStaged = [&](const URL& file) {
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const auto next = static_cast<rlim_t>(FileDescriptor(::open("/", O_RDONLY | O_CLOEXEC)).get());
+    const rlimit forTheDirectory{next + 1, usual.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &forTheDirectory);
+    coordinator_.coordinateReading(url("record"), [](const URL&) {});
+    setrlimit(RLIMIT_NOFILE, &usual);
+    return writeContents("new", file);
   };
   EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"), whileStaged), Outcome::replaced);
 }

@@ -42,7 +42,7 @@ class DispatchGroup::State {
 
   bool wait(Clock::TimePoint deadline) {
     std::unique_lock lock(mutex_);
-    if (members_ > 0) ThreadSet::shared().aboutToWait();
+    if (members_ > 0 && !ThreadSet::shared().aboutToWait()) return false;
     return Clock::current().waitUntil(lock, empty_, deadline, [&] { return members_ == 0; });
   }
 

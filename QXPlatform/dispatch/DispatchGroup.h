@@ -18,7 +18,8 @@ class DispatchGroup {
   void leave() const;
   // Submits `work` to the queue once the group is empty, at once if it is now.
   void notify(const DispatchQueue& queue, DispatchQueue::Work work) const;
-  // Blocks until the group is empty or the deadline has passed; returns whether it is empty.
+  // Blocks until the group is empty or the deadline has passed; returns whether it is empty. At once when
+  // what has been submitted waits for a thread, and the system gives this process none but the calling one.
   bool wait(Clock::TimePoint deadline) const;
 
  private:

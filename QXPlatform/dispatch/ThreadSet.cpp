@@ -47,13 +47,14 @@ bool ThreadSet::canRun() {
   return call.worker != nullptr && perform(call);
 }
 
-void ThreadSet::aboutToWait() {
-  if (current == nullptr) return;
+bool ThreadSet::aboutToWait() {
+  if (current == nullptr) return true;
   std::unique_lock lock(mutex_);
   current->thread.unwatch(waiting_);
   const Call call = waiting_.empty() || onTheirWay_ > 0 ? Call() : callOne();
+  const bool isAlone = alive_ - (call.isNew ? 1 : 0) == 1;
   lock.unlock();
-  perform(call);
+  return perform(call) || !isAlone;
 }
 
 void ThreadSet::enterForeignCode() {

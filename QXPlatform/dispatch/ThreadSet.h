@@ -39,8 +39,9 @@ class ThreadSet {
   // Whether what waits will be run: not while the system gives this process not even one thread.
   bool canRun();
 
-  // The calling thread, if it is one of the set, will not come back soon for what it has started.
-  void aboutToWait();
+  // The calling thread, if it is one of the set, will not come back soon for what it has started. Returns
+  // whether others will: not when it is the only thread, and the system gives this process no other.
+  bool aboutToWait();
 
   // The calling thread, if it is one of the set, enters code that may never return, and is replaced
   // meanwhile.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 
 namespace QXPlatform {
@@ -21,6 +22,42 @@ PixelSize partOf(PixelSize picture, PixelSize shape) {
   return {picture.width, std::max(1, static_cast<int>(byWidth / shape.width))};
 }
 
+// Four values that the processor takes at a time.
+using Pixel [[gnu::vector_size(kChannels * sizeof(float))]] = float;
+
+Pixel pixelAt(const float* values) {
+  Pixel pixel;
+  std::memcpy(&pixel, values, sizeof pixel);
+  return pixel;
+}
+
+// The loops over a row are plain, and apart, for the compiler to see that they can be taken in large steps.
+
+bool isOpaque(const std::uint8_t* row, std::size_t count) {
+  unsigned alpha = 0xFF;
+  for (std::size_t i = kChannels - 1; i < count; i += kChannels) alpha &= row[i];
+  return alpha == 0xFF;
+}
+
+void addOpaque(float* sums, const std::uint8_t* row, std::size_t count, float share) {
+  for (std::size_t i = 0; i < count; ++i) sums[i] += share * static_cast<float>(row[i]);
+}
+
+void addTransparent(float* sums, const std::uint8_t* row, std::size_t count, float share) {
+  for (std::size_t i = 0; i < count; i += kChannels) {
+    const float alpha = share * static_cast<float>(row[i + 3]);
+    for (std::size_t color = i; color < i + 3; ++color)
+      sums[color] += alpha / 255 * static_cast<float>(row[color]);
+    sums[i + 3] += alpha;
+  }
+}
+
+void roundAll(const float* values, std::size_t count, std::uint8_t* rounded) {
+  constexpr float kHalf = 0.5F;
+  for (std::size_t i = 0; i < count; ++i)
+    rounded[i] = static_cast<std::uint8_t>(static_cast<int>(values[i] + kHalf));
+}
+
 }  // namespace
 
 bool ImageSink::begin(PixelSize size, Orientation orientation, ColorDescription color) {
@@ -29,8 +66,8 @@ bool ImageSink::begin(PixelSize size, Orientation orientation, ColorDescription 
   orientation_ = orientation;
   color_ = std::move(color);
   nextRow_ = 0;
-  weight_ = 0;
-  pixels_.clear();
+  rowsDone_ = 0;
+  isRowBegun_ = false;
   layOut();
   return true;
 }
@@ -56,61 +93,67 @@ void ImageSink::layOut() {
   columns_ = {(size_.width - part.width) / 2, part.width};
   rows_ = {(size_.height - part.height) / 2, part.height};
   result_ = {std::min(part.width, shape.width), std::min(part.height, shape.height)};
-  const std::size_t rowValues = static_cast<std::size_t>(result_.width) * kChannels;
-  rowSums_.resize(rowValues);
-  sums_.assign(rowValues, 0);
-  pixels_.reserve(rowValues * static_cast<std::size_t>(result_.height));
+  layOutColumns();
+  sums_.resize(static_cast<std::size_t>(part.width) * kChannels);
+  means_.resize(static_cast<std::size_t>(result_.width) * kChannels);
+  pixels_.resize(means_.size() * static_cast<std::size_t>(result_.height));
+}
+
+// In columns of the part that is kept, from where to where each one of the result reaches.
+void ImageSink::layOutColumns() {
+  const double scale = static_cast<double>(columns_.count) / result_.width;
+  const int most =
+      std::min(columns_.count, columns_.count == result_.width ? 1 : static_cast<int>(scale) + 2);
+  firstColumns_.clear();
+  weights_.clear();
+  for (int x = 0; x < result_.width; ++x) {
+    const double left = x * scale;
+    const double right = std::min<double>((x + 1) * scale, columns_.count);
+    const int first = std::min(static_cast<int>(left), columns_.count - most);
+    firstColumns_.push_back(static_cast<std::size_t>(first));
+    for (int column = first; column < first + most; ++column) {
+      const double share = std::min(right, column + 1.0) - std::max<double>(left, column);
+      weights_.push_back(static_cast<float>(std::max(0.0, share) / scale));
+    }
+  }
 }
 
 void ImageSink::addRow(const std::uint8_t* row) {
   const int index = nextRow_++ - rows_.first;
   if (index < 0 || index >= rows_.count) return;
-  sumUpRow(row + static_cast<std::size_t>(columns_.first) * kChannels);
+  row += static_cast<std::size_t>(columns_.first) * kChannels;
   // In rows of the result, from where to where this one reaches; at most into the next.
   const double scale = static_cast<double>(result_.height) / rows_.count;
   const double top = index * scale;
   const double bottom = (index + 1) * scale;
-  const std::size_t rowsDone = pixels_.size() / rowSums_.size();
-  const auto current = static_cast<double>(rowsDone);
-  const auto add = [this](double share) {
-    const auto weight = static_cast<float>(share);
-    for (std::size_t i = 0; i < sums_.size(); ++i) sums_[i] += weight * rowSums_[i];
-    weight_ += weight;
-  };
+  const auto end = static_cast<double>(rowsDone_ + 1);
   constexpr double kRounding = 1e-6;
-  if (bottom < current + 1 - kRounding) return add(bottom - top);
-  add(current + 1 - top);
+  if (bottom < end - kRounding) return addShare(row, static_cast<float>(bottom - top));
+  addShare(row, static_cast<float>(end - top));
   putOutRow();
-  if (bottom > current + 1 + kRounding) add(bottom - current - 1);
+  if (bottom > end + kRounding) addShare(row, static_cast<float>(bottom - end));
 }
 
-// Each value the mean over the columns that a pixel of the result stands for.
-void ImageSink::sumUpRow(const std::uint8_t* row) {
-  const bool hasAlpha = color_.model == ColorDescription::Model::rgb;
-  const double scale = static_cast<double>(columns_.count) / result_.width;
-  for (int x = 0; x < result_.width; ++x) {
-    const double left = x * scale;
-    const double right = std::min<double>((x + 1) * scale, columns_.count);
-    std::array<float, kChannels> sum{};
-    for (int from = static_cast<int>(left); from < right; ++from) {
-      const auto weight = static_cast<float>(std::min(right, from + 1.0) - std::max<double>(left, from));
-      const std::uint8_t* pixel = row + static_cast<std::size_t>(from) * kChannels;
-      const float colorWeight = hasAlpha ? weight * static_cast<float>(pixel[3]) / 255 : weight;
-      for (std::size_t i = 0; i < 3; ++i) sum[i] += colorWeight * static_cast<float>(pixel[i]);
-      sum[3] += weight * static_cast<float>(pixel[3]);
-    }
-    for (std::size_t i = 0; i < kChannels; ++i) {
-      rowSums_[static_cast<std::size_t>(x) * kChannels + i] = sum[i] / static_cast<float>(scale);
-    }
-  }
+void ImageSink::addShare(const std::uint8_t* row, float share) {
+  if (!std::exchange(isRowBegun_, true)) std::ranges::fill(sums_, 0.F);
+  const bool hasAlpha = color_.model == ColorDescription::Model::rgb && !isOpaque(row, sums_.size());
+  (hasAlpha ? addTransparent : addOpaque)(sums_.data(), row, sums_.size(), share);
 }
 
 void ImageSink::putOutRow() {
-  for (float& sum : sums_) {
-    pixels_.push_back(static_cast<std::uint8_t>(std::clamp(sum / weight_ + 0.5F, 0.F, 255.F)));
-    sum = 0;
+  const std::size_t columns = weights_.size() / firstColumns_.size();
+  const float* weight = weights_.data();
+  float* mean = means_.data();
+  for (const std::size_t first : firstColumns_) {
+    const float* value = sums_.data() + first * kChannels;
+    Pixel sum{};
+    for (std::size_t i = 0; i < columns; ++i, ++weight, value += kChannels) sum += *weight * pixelAt(value);
+    std::memcpy(mean, &sum, sizeof sum);
+    mean += kChannels;
   }
-  weight_ = 0;
+  roundAll(means_.data(), means_.size(), pixels_.data() + rowsDone_ * means_.size());
+  ++rowsDone_;
+  isRowBegun_ = false;
 }
 
 Bitmap ImageSink::finish() && {

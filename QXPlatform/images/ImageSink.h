@@ -37,7 +37,9 @@ class ImageSink {
   };
 
   void layOut();
-  void sumUpRow(const std::uint8_t* row);
+  void layOutColumns();
+  // Adds to the sums, or begins them anew.
+  void addShare(const std::uint8_t* row, float share);
   void putOutRow();
 
   const PixelSize place_;
@@ -48,9 +50,15 @@ class ImageSink {
   Span rows_;
   PixelSize result_;
   int nextRow_ = 0;
-  std::vector<float> rowSums_;  // of the row at hand, by column of the result
-  std::vector<float> sums_;     // of the result's row that is being made
-  float weight_ = 0;            // that sums_ has so far
+  // Of each column of the result the first of those that it is the mean of, and their weights: as many for
+  // each.
+  std::vector<std::size_t> firstColumns_;
+  std::vector<float> weights_;
+  // Of the result's row that is being made, by column of the part that is kept.
+  std::vector<float> sums_;
+  bool isRowBegun_ = false;
+  std::vector<float> means_;  // room for a row of the result
+  std::size_t rowsDone_ = 0;
   std::vector<std::uint8_t> pixels_;
 };
 

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -43,6 +45,19 @@ struct Request {
   std::uint64_t length = 0;
 };
 
+struct Answer {
+  PixelSize size;
+  bool isOpaque = false;
+};
+
+std::size_t pixelCount(PixelSize size) {
+  return static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
+}
+
+std::size_t pictureBytes(PixelSize size) {
+  return pixelCount(size) * sizeof(std::uint32_t);
+}
+
 bool sendAll(int socket, const void* bytes, std::size_t count) {
   const auto* next = static_cast<const char*>(bytes);
   while (count > 0) {
@@ -68,7 +83,13 @@ bool receiveAll(int socket, void* bytes, std::size_t count, const MayGoOn& mayGo
   return true;
 }
 
-// A message of one byte and, beside it, a descriptor.
+// What a process gets for an image.
+struct Channel {
+  FileDescriptor socket{-1};
+  FileDescriptor memory{-1};  // where the picture comes
+};
+
+// A message of one byte and, beside it, descriptors.
 struct DescriptorMessage {
   explicit DescriptorMessage() {
     message.msg_iov = &piece;
@@ -79,32 +100,69 @@ struct DescriptorMessage {
   DescriptorMessage(const DescriptorMessage&) = delete;
   DescriptorMessage& operator=(const DescriptorMessage&) = delete;
 
+  using Descriptors = std::array<int, 2>;
+
   char byte = 0;
   iovec piece{&byte, 1};
-  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control{};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(Descriptors))> control{};
   msghdr message{};
 };
 
-bool sendDescriptor(int socket, int descriptor) {
+bool sendChannel(int socket, const Channel& channel) {
+  const DescriptorMessage::Descriptors descriptors{channel.socket.get(), channel.memory.get()};
   DescriptorMessage holder;
   cmsghdr* header = CMSG_FIRSTHDR(&holder.message);
   header->cmsg_level = SOL_SOCKET;
   header->cmsg_type = SCM_RIGHTS;
-  header->cmsg_len = CMSG_LEN(sizeof descriptor);
-  std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+  header->cmsg_len = CMSG_LEN(sizeof descriptors);
+  std::memcpy(CMSG_DATA(header), descriptors.data(), sizeof descriptors);
   return retryInterrupted([&] { return ::sendmsg(socket, &holder.message, MSG_NOSIGNAL); }) > 0;
 }
 
 // Invalid when the other end is closed.
-FileDescriptor receiveDescriptor(int socket) {
+Channel receiveChannel(int socket) {
   DescriptorMessage holder;
   const ssize_t count =
       retryInterrupted([&] { return ::recvmsg(socket, &holder.message, MSG_CMSG_CLOEXEC); });
   const cmsghdr* header = CMSG_FIRSTHDR(&holder.message);
-  if (count <= 0 || header == nullptr || header->cmsg_type != SCM_RIGHTS) return FileDescriptor(-1);
-  int descriptor = -1;
-  std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
-  return FileDescriptor(descriptor);
+  if (count <= 0 || header == nullptr || header->cmsg_type != SCM_RIGHTS) return {};
+  DescriptorMessage::Descriptors descriptors{-1, -1};
+  std::memcpy(descriptors.data(), CMSG_DATA(header), sizeof descriptors);
+  return {FileDescriptor(descriptors[0]), FileDescriptor(descriptors[1])};
+}
+
+// Shared memory of a size that nobody can change any more: whoever reads it needs to fear no end.
+FileDescriptor makeMemory(std::size_t size) {
+  FileDescriptor memory(::memfd_create("picture", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+  const bool isMade = memory.valid() && ::ftruncate(memory.get(), static_cast<off_t>(size)) == 0 &&
+                      ::fcntl(memory.get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) == 0;
+  return isMade ? std::move(memory) : FileDescriptor(-1);
+}
+
+// Null when there is no room for it.
+std::shared_ptr<std::uint32_t> map(int memory, std::size_t size, int protection, int flags) {
+  void* const start = ::mmap(nullptr, size, protection, MAP_SHARED | flags, memory, 0);
+  if (start == MAP_FAILED) return nullptr;
+  return {static_cast<std::uint32_t*>(start), [size](std::uint32_t* pixels) { ::munmap(pixels, size); }};
+}
+
+// From the bytes red, green, blue and alpha.
+std::uint32_t toARGB(std::uint32_t rgba) {
+  if constexpr (std::endian::native == std::endian::big) return std::rotr(rgba, 8);
+  return (rgba & 0xFF00FF00U) | (rgba & 0xFFU) << 16 | (rgba >> 16 & 0xFFU);
+}
+
+// Returns whether nothing shines through.
+bool copyPicture(const Bitmap& bitmap, std::uint32_t* target) {
+  std::uint32_t all = ~0U;
+  const std::uint8_t* source = bitmap.pixels.data();
+  for (std::size_t i = 0; i < pixelCount(bitmap.size); ++i) {
+    std::uint32_t rgba = 0;
+    std::memcpy(&rgba, source + i * sizeof rgba, sizeof rgba);
+    target[i] = toARGB(rgba);
+    all &= target[i];
+  }
+  return all >> 24 == 0xFF;
 }
 
 rlim_t addressSpaceInUse() {
@@ -134,7 +192,8 @@ rlim_t bytesOfPicture(PixelSize place) {
 }
 
 // In the process of one image. Whatever fails ends it, which the receiver takes for the answer.
-void answer(int socket) {
+void answer(const Channel& channel) {
+  const int socket = channel.socket.get();
   limit(RLIMIT_CORE, 0);
   limit(RLIMIT_CPU, kMostProcessorSeconds);
   const auto always = [] { return true; };
@@ -142,14 +201,15 @@ void answer(int socket) {
   if (!receiveAll(socket, &request, sizeof request, always)) return;
   std::string bytes(request.length, '\0');
   if (!receiveAll(socket, bytes.data(), bytes.size(), always)) return;
+  const auto pixels = map(channel.memory.get(), pictureBytes(request.place), PROT_READ | PROT_WRITE, 0);
+  if (pixels == nullptr) return;
   limit(RLIMIT_AS,
         addressSpaceInUse() + kMostDecodingBytes + kAllowanceBytes + bytesOfPicture(request.place));
   endWithoutReceiver(socket);
   const auto bitmap = decodeImage(bytes, request.place);
   if (!bitmap) return;
-  ::fcntl(socket, F_SETFL, 0);
-  if (!sendAll(socket, &bitmap->size, sizeof bitmap->size)) return;
-  sendAll(socket, bitmap->pixels.data(), bitmap->pixels.size());
+  const Answer answer{bitmap->size, copyPicture(*bitmap, pixels.get())};
+  sendAll(socket, &answer, sizeof answer);
 }
 
 // In the process to fork from: one more for each descriptor that arrives, until the program ends.
@@ -169,11 +229,11 @@ void answer(int socket) {
   ::dup2(control, kKept);
   ::close_range(kKept + 1, ~0U, 0);
   for (;;) {
-    const FileDescriptor socket = receiveDescriptor(kKept);
-    if (!socket.valid()) ::_exit(0);
+    const Channel channel = receiveChannel(kKept);
+    if (!channel.socket.valid()) ::_exit(0);
     if (::fork() != 0) continue;
     try {
-      answer(socket.get());
+      answer(channel);
     } catch (const std::bad_alloc&) {
       ::_exit(1);
     }
@@ -195,33 +255,34 @@ class ForkedImageProcess final : public ImageProcess {
     if (!control_) fork();
   }
 
-  std::optional<Bitmap> decode(std::string_view bytes, PixelSize place,
-                               const std::function<bool()>& isWanted) override {
-    if (!isWanted()) return std::nullopt;
-    const auto [own, others] = connect();
+  std::optional<Picture> decode(std::string_view bytes, PixelSize place,
+                                const std::function<bool()>& isWanted) override {
+    if (place.empty() || !isWanted()) return std::nullopt;
+    const Channel channel = connect(pictureBytes(place));
+    const int socket = channel.socket.get();
     const Request request{place, bytes.size()};
-    const bool isAsked = own.valid() && sendAll(own.get(), &request, sizeof request) &&
-                         sendAll(own.get(), bytes.data(), bytes.size());
-    return isAsked ? receive(own.get(), place, isWanted) : std::nullopt;
+    const bool isAsked = channel.socket.valid() && sendAll(socket, &request, sizeof request) &&
+                         sendAll(socket, bytes.data(), bytes.size());
+    return isAsked ? receive(channel, place, isWanted) : std::nullopt;
   }
 
  private:
-  // A channel to a new process; invalid when there can be none.
-  std::array<FileDescriptor, 2> connect() {
+  // To a new process; invalid when there can be none.
+  Channel connect(std::size_t memorySize) {
     const std::lock_guard lock(mutex_);
-    auto ends = socketPair(SOCK_STREAM);
+    auto [own, others] = socketPair(SOCK_STREAM);
+    Channel theirs{std::move(others), makeMemory(memorySize)};
     constexpr int kAttempts = 2;
-    for (int attempt = 0; attempt < kAttempts && ends[1].valid(); ++attempt) {
+    const bool isMade = theirs.socket.valid() && theirs.memory.valid();
+    for (int attempt = 0; attempt < kAttempts && isMade; ++attempt) {
       if (!control_) fork();
       if (!control_) break;
-      if (sendDescriptor(control_->get(), ends[1].get())) {
-        return {std::move(ends[0]), FileDescriptor(-1)};
-      }
+      if (sendChannel(control_->get(), theirs)) return {std::move(own), std::move(theirs.memory)};
       // Somebody has ended it.
       control_.reset();
       retryInterrupted([this] { return ::waitpid(process_, nullptr, 0); });
     }
-    return {FileDescriptor(-1), FileDescriptor(-1)};
+    return {};
   }
 
   void fork() {
@@ -232,7 +293,9 @@ class ForkedImageProcess final : public ImageProcess {
     if (process_ > 0) control_.emplace(std::move(ends[0]));
   }
 
-  static std::optional<Bitmap> receive(int socket, PixelSize place, const std::function<bool()>& isWanted) {
+  static std::optional<Picture> receive(const Channel& channel, PixelSize place,
+                                        const std::function<bool()>& isWanted) {
+    const int socket = channel.socket.get();
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     const auto hasArrived = [&] {
       for (pollfd arrival{socket, POLLIN, 0}; isWanted() && std::chrono::steady_clock::now() < deadline;) {
@@ -240,14 +303,13 @@ class ForkedImageProcess final : public ImageProcess {
       }
       return false;
     };
-    Bitmap bitmap;
-    if (!receiveAll(socket, &bitmap.size, sizeof bitmap.size, hasArrived)) return std::nullopt;
-    const PixelSize size = bitmap.size;
-    const PixelSize most = place;
-    if (size.empty() || size.width > most.width || size.height > most.height) return std::nullopt;
-    bitmap.pixels.resize(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 4);
-    if (!receiveAll(socket, bitmap.pixels.data(), bitmap.pixels.size(), hasArrived)) return std::nullopt;
-    return bitmap;
+    Answer answer;
+    if (!receiveAll(socket, &answer, sizeof answer, hasArrived)) return std::nullopt;
+    const PixelSize size = answer.size;
+    if (size.empty() || size.width > place.width || size.height > place.height) return std::nullopt;
+    auto pixels = map(channel.memory.get(), pictureBytes(size), PROT_READ, MAP_POPULATE);
+    if (pixels == nullptr) return std::nullopt;
+    return Picture{size, answer.isOpaque, std::move(pixels)};
   }
 
   std::mutex mutex_;

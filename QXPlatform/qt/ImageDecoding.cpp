@@ -1,9 +1,8 @@
 #include "QXPlatform/ui/ImageDecoding.h"
 
 #include <QCoreApplication>
-#include <algorithm>
 #include <atomic>
-#include <cstring>
+#include <memory>
 #include <utility>
 
 #include "QXPlatform/dispatch/DispatchQueue.h"
@@ -14,17 +13,17 @@ namespace QXPlatform {
 
 namespace {
 
-QImage makeImage(const Bitmap& bitmap, QSize size) {
-  constexpr std::size_t kBytesAPixel = 4;
-  QImage image(bitmap.size.width, bitmap.size.height, QImage::Format_RGBA8888_Premultiplied);
-  if (image.isNull()) return image;
-  std::memcpy(image.bits(), bitmap.pixels.data(), bitmap.pixels.size());
-  bool isOpaque = true;
-  for (std::size_t i = 3; i < bitmap.pixels.size() && isOpaque; i += kBytesAPixel)
-    isOpaque = bitmap.pixels[i] == 0xFF;
-  if (image.size() != size) image = image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-  image.convertTo(isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
-  return image;
+// Of the picture's own memory when it is as large as it is shown.
+QImage makeImage(const Picture& picture, QSize size) {
+  constexpr int kBytesAPixel = 4;
+  auto owner = std::make_unique<Picture>(picture);
+  const QImage image(
+      reinterpret_cast<const uchar*>(picture.pixels.get()), picture.size.width, picture.size.height,
+      kBytesAPixel * picture.size.width,
+      picture.isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied,
+      [](void* held) { delete static_cast<Picture*>(held); }, owner.get());
+  if (!image.isNull()) owner.release();
+  return image.size() == size ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 // One image after the other. The thread must not outlive the application object, whose end takes the toolkit
@@ -41,10 +40,11 @@ class Decoder {
     queue_.async([this, bytes = std::move(bytes), size, isWanted = std::move(isWanted),
                   completion = std::move(completion)] {
       const auto goesOn = [this, &isWanted] { return !ended_ && isWanted(); };
-      const auto bitmap = ImageProcess::shared().decode(bytes->view(), {size.width(), size.height()}, goesOn);
+      const auto picture =
+          ImageProcess::shared().decode(bytes->view(), {size.width(), size.height()}, goesOn);
       if (!goesOn()) return;
       dispatchMainAsync(
-          [completion, image = bitmap ? makeImage(*bitmap, size) : QImage()] { completion(image); });
+          [completion, image = picture ? makeImage(*picture, size) : QImage()] { completion(image); });
     });
   }
 

@@ -19,10 +19,19 @@ bool decodes(const std::string& bytes) {
 
 TEST(ImageProcess, DecodesAsInThisProcess) {
   const std::string image = support::encodedImage("PNG", {200, 150}, Qt::red);
-  const auto bitmap = ImageProcess::shared().decode(image, kPlace, always);
-  ASSERT_TRUE(bitmap);
-  EXPECT_EQ(bitmap->size, kPlace);
-  EXPECT_EQ(bitmap->pixels, decodeImage(image, kPlace)->pixels);
+  QImage transparent(200, 150, QImage::Format_ARGB32);
+  transparent.fill(QColor(10, 200, 100, 128));
+  for (const std::string& each : {image, support::encoded(transparent, "PNG")}) {
+    const auto picture = ImageProcess::shared().decode(each, kPlace, always);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->size, kPlace);
+    EXPECT_EQ(picture->isOpaque, each == image);
+    const std::vector<std::uint8_t> bytes = decodeImage(each, kPlace)->pixels;
+    for (std::size_t i = 0; i < bytes.size(); i += 4) {
+      const QColor expected(bytes[i], bytes[i + 1], bytes[i + 2], bytes[i + 3]);
+      ASSERT_EQ(picture->pixels.get()[i / 4], expected.rgba());
+    }
+  }
   EXPECT_FALSE(decodes("no image"));
 }
 

@@ -9,6 +9,7 @@
 #include "QXExtensionSDK/content/FocusRing.h"
 #include "QXPlatform/ui/Accessibility.h"
 #include "QXPlatform/ui/Appearance.h"
+#include "QXPlatform/ui/RoundedRect.h"
 
 namespace QXExtensionSDK {
 

@@ -2,7 +2,6 @@
 
 #include <QEvent>
 #include <QPainter>
-#include <QPixmap>
 #include <algorithm>
 #include <array>
 #include <string>
@@ -11,6 +10,7 @@
 #include "QXExtensionSDK/content/ViewConversions.h"
 #include "QXPlatform/ui/Accessibility.h"
 #include "QXPlatform/ui/Appearance.h"
+#include "QXPlatform/ui/RoundedRect.h"
 #include "QXPlatform/ui/TemplateImage.h"
 
 namespace QXExtensionSDK {
@@ -20,6 +20,7 @@ namespace {
 constexpr std::chrono::duration<double> kRequestTimeOut = std::chrono::seconds(15);
 constexpr std::int64_t kMostDownloads = 3;
 constexpr double kCornerRadius = 16;
+constexpr int kBorderWidth = 1;
 constexpr Color kBorderColor{0xC9C9C9};
 constexpr Color kSpinnerColorInDark{0x5C5C5C};
 constexpr Color kSpinnerColor{0x8E8E93};
@@ -123,7 +124,7 @@ void CarouselImageView::downloadCompleted(const ImageDownloadResult& result) {
   spinnerView_->stopAnimating();
   const bool isSuccess = result.kind == ImageDownloadResult::Kind::image;
   if (isSuccess) {
-    image_ = QBrush(QPixmap::fromImage(result.image));
+    image_ = result.image;
   } else {
     logFailure(result);
   }
@@ -216,6 +217,7 @@ void CarouselImageView::layoutFailure() {
 
 // The colours are the payload's; where they leave something hard to see, a backing is put in between.
 void CarouselImageView::paintBacking(QPainter& painter, const QPainterPath& frame) const {
+  painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
   const QColor textColor = altTextLabel_->textColor();
   if (!altTextLabel_->isHidden() && QXPlatform::contrastRatio(textColor, backgroundColor_) < kReadable) {
@@ -236,22 +238,12 @@ void CarouselImageView::paintBacking(QPainter& painter, const QPainterPath& fram
 }
 
 void CarouselImageView::paintEvent(QPaintEvent* /*event*/) {
-  constexpr double kHalfBorder = 0.5;
   QPainter painter(this);
-  painter.setRenderHint(QPainter::Antialiasing);
-  const QPainterPath frame = QXPlatform::continuousRoundedRect(
-      QRectF(rect()).adjusted(kHalfBorder, kHalfBorder, -kHalfBorder, -kHalfBorder),
-      kCornerRadius - kHalfBorder);
-  painter.fillPath(frame, backgroundColor_);
-  if (image_.style() == Qt::TexturePattern) {
-    const QSizeF pixels = image_.texture().size();
-    const bool isAsDecoded = pixels == QSizeF(size()) * devicePixelRatioF();
-    painter.setRenderHint(QPainter::SmoothPixmapTransform, !isAsDecoded);
-    image_.setTransform(QTransform::fromScale(width() / pixels.width(), height() / pixels.height()));
-    painter.fillPath(frame, image_);
-  }
-  paintBacking(painter, frame);
-  painter.strokePath(frame, QPen(toQColor(kBorderColor), 1));
+  const QXPlatform::FramedRoundedRect frame(rect(), kCornerRadius, kBorderWidth);
+  frame.fill(painter, backgroundColor_);
+  if (!image_.isNull()) frame.fill(painter, image_);
+  paintBacking(painter, frame.outline());
+  frame.drawLine(painter, toQColor(kBorderColor));
 }
 
 }  // namespace QXExtensionSDK

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QBrush>
+#include <QImage>
 #include <QWidget>
 #include <chrono>
 #include <cstdint>
@@ -61,7 +61,7 @@ class CarouselImageView final : public QWidget {
   std::shared_ptr<ImageDownload> download_;
 
   QColor backgroundColor_;
-  QBrush image_;
+  QImage image_;
   QXPlatform::UIActivityIndicatorView* spinnerView_;
   QWidget* failureImageView_;
   QXPlatform::UILabel* altTextLabel_;

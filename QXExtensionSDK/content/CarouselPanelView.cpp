@@ -6,7 +6,7 @@
 
 #include "QXExtensionSDK/content/ViewConversions.h"
 #include "QXPlatform/ui/Accessibility.h"
-#include "QXPlatform/ui/Appearance.h"
+#include "QXPlatform/ui/RoundedRect.h"
 
 namespace QXExtensionSDK {
 
@@ -111,8 +111,7 @@ void CarouselPanelView::layoutSubviews() {
 
 void CarouselPanelView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillPath(QXPlatform::continuousRoundedRect(rect(), kCornerRadius), panelColor_);
+  QXPlatform::FramedRoundedRect(rect(), kCornerRadius, 0).fill(painter, panelColor_);
 }
 
 }  // namespace QXExtensionSDK

@@ -7,10 +7,8 @@
 #include <QFontInfo>
 #include <QFontMetrics>
 #include <QPalette>
-#include <QPointF>
 #include <QWidget>
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace QXPlatform {
@@ -91,46 +89,6 @@ double contrastRatio(const QColor& left, const QColor& right) {
   const auto [darker, brighter] = std::minmax({luminance(left), luminance(right)});
   constexpr double kGlare = 0.05;
   return (brighter + kGlare) / (darker + kGlare);
-}
-
-QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {
-  // Of one corner, along its two sides from the corner point, in radii: three curves, each two control points
-  // and an end point.
-  constexpr double kReach = 1.528665;
-  struct Point {
-    double before;
-    double after;
-  };
-  constexpr std::array<Point, 9> kCurves{{{1.08849296, 0},
-                                          {0.86840694, 0},
-                                          {0.63149379, 0.07491139},
-                                          {0.37282383, 0.16905956},
-                                          {0.16905956, 0.37282383},
-                                          {0.07491139, 0.63149379},
-                                          {0, 0.86840694},
-                                          {0, 1.08849296},
-                                          {0, kReach}}};
-  const double unit = std::min(radius, std::min(rect.width(), rect.height()) / 2 / kReach);
-  QPainterPath path(rect.topLeft() + QPointF(kReach * unit, 0));
-  const auto addCorner = [&](QPointF corner, QPointF before, QPointF after) {
-    const auto at = [&](const Point& point) {
-      return corner + (before * point.before + after * point.after) * unit;
-    };
-    path.lineTo(corner + before * kReach * unit);
-    for (std::size_t i = 0; i < kCurves.size(); i += 3) {
-      path.cubicTo(at(kCurves[i]), at(kCurves[i + 1]), at(kCurves[i + 2]));
-    }
-  };
-  const QPointF left(-1, 0);
-  const QPointF right(1, 0);
-  const QPointF up(0, -1);
-  const QPointF down(0, 1);
-  addCorner(rect.topRight(), left, down);
-  addCorner(rect.bottomRight(), up, left);
-  addCorner(rect.bottomLeft(), right, up);
-  addCorner(rect.topLeft(), down, right);
-  path.closeSubpath();
-  return path;
 }
 
 }  // namespace QXPlatform

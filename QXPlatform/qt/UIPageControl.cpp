@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "QXPlatform/ui/Accessibility.h"
+#include "QXPlatform/ui/CachedDrawing.h"
 
 namespace QXPlatform {
 
@@ -35,6 +36,23 @@ double dotScale(int page, Window window, int pages) {
   return distance == 0 ? 0.45 : distance == 1 ? 0.7 : 1.0;
 }
 
+void drawDot(QPainter& painter, QPointF center, double radius, const QColor& color) {
+  const QSizeF size(2 * radius, 2 * radius);
+  const QRect area = QRectF(center - QPointF(radius, radius), size).toAlignedRect();
+  const QPointF centerInside = center - area.topLeft();
+  const QString key = QStringLiteral("dot %1 %2 %3 %4")
+                          .arg(centerInside.x())
+                          .arg(centerInside.y())
+                          .arg(radius)
+                          .arg(color.rgba());
+  drawCached(painter, key, area, [&](QPainter& pixels) {
+    pixels.setRenderHint(QPainter::Antialiasing);
+    pixels.setPen(Qt::NoPen);
+    pixels.setBrush(color);
+    pixels.drawEllipse(centerInside, radius, radius);
+  });
+}
+
 }  // namespace
 
 UIPageControl::UIPageControl(QWidget* parent) : QWidget(parent) {
@@ -53,18 +71,14 @@ void UIPageControl::setCurrentPage(int page) {
 
 void UIPageControl::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(Qt::NoPen);
   const Window window = visibleDots(pages_, current_, width());
   const double direction = layoutDirection() == Qt::RightToLeft ? -1 : 1;
   const double middle = (window.first + window.last - 1) / 2.0;
   for (int page = window.first; page < window.last; ++page) {
     QColor color = palette().color(QPalette::WindowText);
     if (page != current_) color.setAlphaF(kFaint);
-    painter.setBrush(color);
     const double radius = kDot / 2 * (page == current_ ? 1 : dotScale(page, window, pages_));
-    const QPointF center(width() / 2.0 + direction * (page - middle) * kPitch, height() / 2.0);
-    painter.drawEllipse(center, radius, radius);
+    drawDot(painter, {width() / 2.0 + direction * (page - middle) * kPitch, height() / 2.0}, radius, color);
   }
 }
 

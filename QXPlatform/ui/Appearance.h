@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QPainterPath>
-#include <QRectF>
 #include <QString>
 #include <string>
 
@@ -36,8 +34,5 @@ bool hasGlyphsFor(const std::string& text);
 // How well the one can be told from the other, from 1 to 21, by the light that they give: texts are easy to
 // read from 4.5 on, signs to see from 3.
 double contrastRatio(const QColor& left, const QColor& right);
-
-// A rectangle whose corners run into its sides without a break in curvature.
-QPainterPath continuousRoundedRect(const QRectF& rect, double radius);
 
 }  // namespace QXPlatform

@@ -1,0 +1,167 @@
+#include "QXPlatform/ui/RoundedRect.h"
+
+#include <QBrush>
+#include <QImage>
+#include <QPainter>
+#include <QPen>
+#include <QPointF>
+#include <QTransform>
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "QXPlatform/ui/CachedDrawing.h"
+
+namespace QXPlatform {
+
+namespace {
+
+// Of one corner, along its two sides from the corner point, in radii: three curves, each two control points
+// and an end point.
+constexpr double kReach = 1.528665;
+struct Point {
+  double before;
+  double after;
+};
+constexpr std::array<Point, 9> kCurves{{{1.08849296, 0},
+                                        {0.86840694, 0},
+                                        {0.63149379, 0.07491139},
+                                        {0.37282383, 0.16905956},
+                                        {0.16905956, 0.37282383},
+                                        {0.07491139, 0.63149379},
+                                        {0, 0.86840694},
+                                        {0, 1.08849296},
+                                        {0, kReach}}};
+
+}  // namespace
+
+QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {
+  const double unit = std::min(radius, std::min(rect.width(), rect.height()) / 2 / kReach);
+  QPainterPath path(rect.topLeft() + QPointF(kReach * unit, 0));
+  const auto addCorner = [&](QPointF corner, QPointF before, QPointF after) {
+    const auto at = [&](const Point& point) {
+      return corner + (before * point.before + after * point.after) * unit;
+    };
+    path.lineTo(corner + before * kReach * unit);
+    for (std::size_t i = 0; i < kCurves.size(); i += 3) {
+      path.cubicTo(at(kCurves[i]), at(kCurves[i + 1]), at(kCurves[i + 2]));
+    }
+  };
+  const QPointF left(-1, 0);
+  const QPointF right(1, 0);
+  const QPointF up(0, -1);
+  const QPointF down(0, 1);
+  addCorner(rect.topRight(), left, down);
+  addCorner(rect.bottomRight(), up, left);
+  addCorner(rect.bottomLeft(), right, up);
+  addCorner(rect.topLeft(), down, right);
+  path.closeSubpath();
+  return path;
+}
+
+FramedRoundedRect::FramedRoundedRect(const QRect& rect, double radius, int line)
+    : rect_(rect), radius_(radius), line_(line), square_(static_cast<int>(std::ceil(kReach * radius))) {}
+
+void FramedRoundedRect::fill(QPainter& painter, const QColor& color) const {
+  painter.setRenderHint(QPainter::Antialiasing);
+  if (!isCut(painter)) return painter.fillPath(outline(), color);
+  for (const QRect& corner : corners()) {
+    drawCached(painter, cornerKey("fill", corner, color), corner, [&](QPainter& pixels) {
+      pixels.setRenderHint(QPainter::Antialiasing);
+      pixels.fillPath(outlineFrom(corner), color);
+    });
+  }
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  for (const QRect& part : rest()) painter.fillRect(part, color);
+}
+
+void FramedRoundedRect::fill(QPainter& painter, const QImage& image) const {
+  const double scale = painter.deviceTransform().m11();
+  const QSizeF pixels = image.size();
+  const bool isStretched = pixels != QSizeF(rect_.size()) * scale;
+  QBrush texture(image);
+  texture.setTransform(
+      QTransform::fromScale(rect_.width() / pixels.width(), rect_.height() / pixels.height()));
+  painter.setBrushOrigin(rect_.topLeft());
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform, isStretched);
+  if (isStretched || !isCut(painter)) return painter.fillPath(outline(), texture);
+  painter.save();
+  for (const QRect& corner : corners()) {
+    painter.setClipRect(corner);
+    painter.fillPath(outline(), texture);
+  }
+  painter.setClipping(false);
+  painter.translate(rect_.topLeft());
+  painter.scale(1 / scale, 1 / scale);
+  for (const QRect& part : rest()) {
+    const QRectF inPixels(QPointF(part.topLeft() - rect_.topLeft()) * scale, QSizeF(part.size()) * scale);
+    painter.drawImage(inPixels.topLeft(), image, inPixels);
+  }
+  painter.restore();
+}
+
+void FramedRoundedRect::drawLine(QPainter& painter, const QColor& color) const {
+  const QPen pen(color, line_);
+  painter.setRenderHint(QPainter::Antialiasing);
+  if (!isCut(painter)) return painter.strokePath(outline(), pen);
+  for (const QRect& corner : corners()) {
+    drawCached(painter, cornerKey("line", corner, color), corner, [&](QPainter& pixels) {
+      pixels.setRenderHint(QPainter::Antialiasing);
+      pixels.strokePath(outlineFrom(corner), pen);
+    });
+  }
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  const QRect inner = rect_.adjusted(line_, line_, -line_, -line_);
+  for (const QRect& part : rest()) {
+    for (const QRect& side : QRegion(part).subtracted(inner)) painter.fillRect(side, color);
+  }
+}
+
+QPainterPath FramedRoundedRect::outline() const {
+  const double inset = line_ / 2.0;
+  return continuousRoundedRect(QRectF(rect_).adjusted(inset, inset, -inset, -inset), radius_ - inset);
+}
+
+bool FramedRoundedRect::isCut(const QPainter& painter) const {
+  // With a pixel a point there is little to gain.
+  const QTransform toPixels = painter.deviceTransform();
+  return arePointsWholePixels(toPixels) && toPixels.m11() > 1 &&
+         std::min(rect_.width(), rect_.height()) > 2 * square_;
+}
+
+std::array<QRect, 4> FramedRoundedRect::corners() const {
+  const int right = rect_.x() + rect_.width() - square_;
+  const int bottom = rect_.y() + rect_.height() - square_;
+  return {{{rect_.x(), rect_.y(), square_, square_},
+           {right, rect_.y(), square_, square_},
+           {rect_.x(), bottom, square_, square_},
+           {right, bottom, square_, square_}}};
+}
+
+std::array<QRect, 3> FramedRoundedRect::rest() const {
+  const int width = rect_.width() - 2 * square_;
+  const int height = rect_.height() - 2 * square_;
+  const int top = rect_.y() + square_;
+  return {{{rect_.x() + square_, rect_.y(), width, rect_.height()},
+           {rect_.x(), top, square_, height},
+           {rect_.x() + square_ + width, top, square_, height}}};
+}
+
+QPainterPath FramedRoundedRect::outlineFrom(const QRect& corner) const {
+  return outline().translated(-corner.topLeft());
+}
+
+QString FramedRoundedRect::cornerKey(const char* kind, const QRect& corner, const QColor& color) const {
+  const bool isRight = corner.x() != rect_.x();
+  const bool isBottom = corner.y() != rect_.y();
+  return QStringLiteral("corner %1 %2 %3 %4 %5 %6")
+      .arg(QLatin1String(kind))
+      .arg(isRight)
+      .arg(isBottom)
+      .arg(radius_)
+      .arg(line_)
+      .arg(color.rgba());
+}
+
+}  // namespace QXPlatform

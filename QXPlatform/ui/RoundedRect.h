@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QPainterPath>
+#include <QRect>
+#include <QRectF>
+#include <array>
+
+class QColor;
+class QImage;
+class QPainter;
+
+namespace QXPlatform {
+
+// A rectangle whose corners run into its sides without a break in curvature.
+QPainterPath continuousRoundedRect(const QRectF& rect, double radius);
+
+// The same with a line along its inside, to be filled and framed. Only the corners are drawn as outlines,
+// where whole points are whole pixels: painters fill and copy rectangles many times as fast.
+class FramedRoundedRect {
+ public:
+  // In points; a line of width 0 is none.
+  FramedRoundedRect(const QRect& rect, double radius, int line);
+
+  // To the middle of the line.
+  void fill(QPainter& painter, const QColor& color) const;
+  // The image stretched to the rectangle.
+  void fill(QPainter& painter, const QImage& image) const;
+  void drawLine(QPainter& painter, const QColor& color) const;
+  QPainterPath outline() const;
+
+ private:
+  bool isCut(const QPainter& painter) const;
+  std::array<QRect, 4> corners() const;
+  std::array<QRect, 3> rest() const;
+  // The outline as seen from one of its corners.
+  QPainterPath outlineFrom(const QRect& corner) const;
+  QString cornerKey(const char* kind, const QRect& corner, const QColor& color) const;
+
+  const QRect rect_;
+  const double radius_;
+  const int line_;
+  const int square_;  // side of what is cut off at each corner
+};
+
+}  // namespace QXPlatform

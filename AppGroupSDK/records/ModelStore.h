@@ -45,6 +45,10 @@ class ModelStore final : public ModelStoreProtocol<Model> {
     if (!moduleDataStore_) return {DataStoreStatus::moduleStoreUnavailable, std::nullopt};
     return moduleDataStore_->template fetch<Model>();
   }
+  // The base record where there is no module-scoped one; both in one access.
+  DataStoreResult<Model> fetchModuleScopedOrBaseModelData() const {
+    return moduleDataStore_ ? moduleDataStore_->template fetch<Model>(dataStore_) : fetchModelData();
+  }
   DataStoreStatus saveModuleScopedModelData(const Model& model) const override {
     return moduleDataStore_ ? moduleDataStore_->save(model) : DataStoreStatus::moduleStoreUnavailable;
   }

@@ -47,11 +47,16 @@ class DataStore {
   DataStoreResult<Model> fetch() const {
     const auto file = fileURL<Model>();
     if (!file) return {file.error(), std::nullopt};
-    const auto bytes = dataSaver_->read(*file);
-    if (!bytes) return {DataStoreStatus::noData, std::nullopt};
-    auto model = QXPlatform::decodeJSON<Model>(bytes->view());
-    if (!model) return {DataStoreStatus::decodingFailed, std::nullopt};
-    return {DataStoreStatus::success, *std::move(model)};
+    return decoded<Model>(dataSaver_->read(*file));
+  }
+
+  // The same, but where that would be `noData` the other store's record, found in the same access.
+  template <DataStoreModelable Model>
+  DataStoreResult<Model> fetch(const DataStore& otherwise) const {
+    const auto file = fileURL<Model>();
+    const auto other = otherwise.fileURL<Model>();
+    if (!file || !other) return {(file ? other : file).error(), std::nullopt};
+    return decoded<Model>(dataSaver_->read(*file, *other));
   }
 
   // Changes a record while nobody else saves it. `change(std::optional<StoredRecord<Model>>)` gets what is
@@ -95,6 +100,14 @@ class DataStore {
   DataStore(DataStore&&) = default;
 
  private:
+  template <DataStoreModelable Model>
+  static DataStoreResult<Model> decoded(const std::optional<QXPlatform::Data>& bytes) {
+    if (!bytes) return {DataStoreStatus::noData, std::nullopt};
+    auto model = QXPlatform::decodeJSON<Model>(bytes->view());
+    if (!model) return {DataStoreStatus::decodingFailed, std::nullopt};
+    return {DataStoreStatus::success, *std::move(model)};
+  }
+
   virtual std::string fileName(std::string_view baseName) const = 0;
 
   // Keeps what is no record beside the file that is about to be replaced. False when it could not.

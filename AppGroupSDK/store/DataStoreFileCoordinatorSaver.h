@@ -17,6 +17,8 @@ class DataStoreFileCoordinatorSaver final : public DataStoreSaving {
 
   bool write(std::string_view bytes, const QXPlatform::URL& destination) const override;
   std::optional<QXPlatform::Data> read(const QXPlatform::URL& source) const override;
+  std::optional<QXPlatform::Data> read(const QXPlatform::URL& source,
+                                       const QXPlatform::URL& otherwise) const override;
   bool update(const QXPlatform::URL& file, std::optional<QXPlatform::FileVersion>& version,
               const Change& change) const override;
 

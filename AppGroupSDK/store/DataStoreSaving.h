@@ -23,6 +23,9 @@ class DataStoreSaving {
   virtual bool write(std::string_view bytes, const QXPlatform::URL& destination) const = 0;
   // Nothing when the file is missing or cannot be read.
   virtual std::optional<QXPlatform::Data> read(const QXPlatform::URL& source) const = 0;
+  // The same of another file in its directory when there is nothing of this one, in the same access.
+  virtual std::optional<QXPlatform::Data> read(const QXPlatform::URL& source,
+                                               const QXPlatform::URL& otherwise) const = 0;
   // Reads, changes and writes while no other writer does. `version` is what the caller knows of the file
   // already, if anything: what it has not changed from is not read again. Afterwards it is what was written.
   // False when nothing was: also, without asking for a change, when the file is there but cannot be read.

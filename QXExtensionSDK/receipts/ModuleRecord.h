@@ -14,11 +14,8 @@ namespace QXExtensionSDK {
 template <AppGroupSDK::DataStoreModelable Model>
 std::optional<Model> fetchModuleRecord(AppGroupSDK::ExtensionModuleName module,
                                        const std::optional<std::string>& appId) {
-  if (!appId) return AppGroupSDK::ModelStore<Model>().fetchModelData().value();
-  const AppGroupSDK::ModelStore<Model> store(module, *appId);
-  auto result = store.fetchModuleScopedModelData();
-  if (result.status() != AppGroupSDK::DataStoreStatus::noData) return std::move(result).value();
-  return store.fetchModelData().value();
+  using Store = AppGroupSDK::ModelStore<Model>;
+  return (appId ? Store(module, *appId) : Store()).fetchModuleScopedOrBaseModelData().value();
 }
 
 }  // namespace QXExtensionSDK

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/foundation/Data.h"
 #include "QXPlatform/foundation/Result.h"
 #include "QXPlatform/foundation/URL.h"
@@ -24,9 +25,6 @@ struct FileVersion {
   friend bool operator==(const FileVersion&, const FileVersion&) = default;
 };
 
-// What is at that place now. Any thread.
-FileVersion fileVersion(const URL& file);
-
 enum class ReadFailure : std::uint8_t {
   absent,      // there is no such file
   unreadable,  // there is something that cannot be read, or not now
@@ -41,5 +39,7 @@ Result<Data, ReadFailure> readContents(const URL& file, FileVersion* version = n
 // Replaces the content of a regular file, which is made (mode 0600) when it is not there. Neither atomic nor
 // durable by itself: see FileCoordinator. False when it failed, the file then holding anything. Any thread.
 bool writeContents(std::string_view bytes, const URL& file);
+// The same for a file that is open for writing, and empty.
+bool writeContents(std::string_view bytes, const FileDescriptor& file);
 
 }  // namespace QXPlatform

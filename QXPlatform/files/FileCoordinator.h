@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <functional>
 
+#include "QXPlatform/files/FileContents.h"
+#include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/foundation/URL.h"
 
 namespace QXPlatform {
@@ -16,7 +18,8 @@ namespace QXPlatform {
 // itself. Any thread.
 class FileCoordinator {
  public:
-  using WritingAccessor = std::function<bool(const URL&)>;
+  // `found`: what stands in the target's place.
+  using WritingAccessor = std::function<bool(const FileDescriptor& staging, const FileVersion& found)>;
   using ReadingAccessor = std::function<void(const URL&)>;
 
   enum class Outcome : std::uint8_t {
@@ -30,18 +33,21 @@ class FileCoordinator {
   FileCoordinator(const FileCoordinator&) = delete;
   FileCoordinator& operator=(const FileCoordinator&) = delete;
 
-  // Writing for replacing: the accessor gets the URL of an empty staging file (mode 0600) beside the target
-  // and returns whether it has written it. If so, that file takes the target's place in one step; otherwise
-  // it goes. No other writer replaces anything in the directory meanwhile, so the accessor may read the
-  // target and write what follows from it. What else bears the staging file's name goes too: one left behind
-  // by a killed writer, or a directory with all that is in it. `failed` without running the accessor: the
-  // target is a symbolic link, a file that this user may not write, or no file URL, its directory is missing,
-  // or the staging file cannot be made (a read-only directory, a full disk).
-  virtual Outcome coordinateWritingForReplacing(const URL& target, const WritingAccessor& accessor) const;
+  // Writing for replacing: the accessor gets an empty staging file (mode 0600) beside the target, open for
+  // writing, and returns whether it has written it. If so, that file takes the target's place in one step,
+  // and `replaced` tells its version; otherwise it goes. No other writer replaces anything in the directory
+  // meanwhile, so the accessor may read the target and write what follows from it. What else bears the
+  // staging file's name goes too: one left behind by a killed writer, or a directory with all that is in it.
+  // `failed` without running the accessor: the target is a symbolic link, a file that this user may not
+  // write, or no file URL, its directory is missing, or the staging file cannot be made (a read-only
+  // directory, a full disk).
+  virtual Outcome coordinateWritingForReplacing(const URL& target, const WritingAccessor& accessor,
+                                                FileVersion* replaced = nullptr) const;
 
-  // The accessor gets the target's own URL, whether or not there is such a file. What a killed writer has
-  // left goes first, where the directory may be written. The accessor is not called when the target is a
-  // symbolic link or no file URL, its directory is missing, or no lock is granted.
+  // The accessor gets the target's own URL, whatever is there: readContents() follows no symbolic link.
+  // Nothing else in the directory is replaced meanwhile either, so it may read another file as well. What a
+  // killed writer has left goes first, where the directory may be written. The accessor is not called when
+  // the target is no file URL, its directory is missing, or no lock is granted.
   virtual void coordinateReading(const URL& target, const ReadingAccessor& accessor) const;
 };
 

@@ -23,6 +23,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kPatience = 5s;
 constexpr auto kCourtesy = 100ms;
+constexpr auto kBetweenLooks = 1ms;
 
 // Sleeps a little longer each time.
 class Pauses {
@@ -77,12 +78,13 @@ void logGivingUp(const std::string& path, std::string_view why) {
 
 }  // namespace
 
-// What the accesses of this process to one directory know of each other.
+// What the accesses of this process to one directory know of each other. A process has few directories: they
+// are kept.
 struct DirectoryAccess::Directory {
-  int present = 0;  // waiting or admitted
   int readers = 0;
   int writers = 0;
-  std::array<bool, kLockKinds> isHeld{};  // what was waited for in vain
+  std::array<bool, kLockKinds> isHeld{};                                   // what was waited for in vain
+  std::array<std::chrono::steady_clock::time_point, kLockKinds> looked{};  // at each line
 
   int& admitted(AccessKind kind) { return kind == AccessKind::reading ? readers : writers; }
   bool hasRoom(AccessKind kind) { return admitted(kind) < (kind == AccessKind::reading ? 2 : 1); }
@@ -98,9 +100,7 @@ class DirectoryAccess::Directories {
 
   Directory& enter(const std::string& path) {
     const std::lock_guard lock(mutex_);
-    auto& directory = directories_[path];
-    ++directory.present;
-    return directory;
+    return directories_[path];
   }
   bool awaitTurn(Directory& directory, AccessKind kind, Clock::TimePoint end) {
     std::unique_lock lock(mutex_);
@@ -109,14 +109,18 @@ class DirectoryAccess::Directories {
     ++directory.admitted(kind);
     return true;
   }
-  void leave(const std::string& path, AccessKind kind, bool wasAdmitted) {
+  void leave(Directory& directory, AccessKind kind) {
     const std::lock_guard lock(mutex_);
-    auto& directory = directories_[path];
-    if (wasAdmitted) --directory.admitted(kind);
-    const bool isAnyHeld =
-        std::find(directory.isHeld.begin(), directory.isHeld.end(), true) != directory.isHeld.end();
-    if (--directory.present == 0 && !isAnyHeld) directories_.erase(path);
+    --directory.admitted(kind);
     changed_.notify_all();
+  }
+  bool isTimeToLook(Directory& directory, LockKind line) {
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(mutex_);
+    auto& looked = directory.looked[static_cast<std::size_t>(line)];
+    if (now - looked < kBetweenLooks) return false;
+    looked = now;
+    return true;
   }
   bool isHeld(const Directory& directory, LockKind kind) {
     const std::lock_guard lock(mutex_);
@@ -144,7 +148,7 @@ DirectoryAccess::DirectoryAccess(std::string path, AccessKind kind)
 }
 
 DirectoryAccess::~DirectoryAccess() {
-  Directories::shared().leave(path_, kind_, isAdmitted_);
+  if (isAdmitted_) Directories::shared().leave(state_, kind_);
 }
 
 LockAnswer DirectoryAccess::wait(const Wanted& wanted) {
@@ -177,7 +181,7 @@ void DirectoryAccess::renewPatience() {
 }
 
 void DirectoryAccess::holdBack(const FileDescriptor& directory, LockKind line) {
-  if (!somebodyWaits(directory, line)) return;
+  if (!Directories::shared().isTimeToLook(state_, line) || !somebodyWaits(directory, line)) return;
   const auto end = std::chrono::steady_clock::now() + kCourtesy;
   for (Pauses pauses; somebodyWaits(directory, line) && std::chrono::steady_clock::now() < end;) {
     pauses.next();

@@ -12,6 +12,7 @@
 
 #include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/posix/FilePath.h"
+#include "QXPlatform/posix/FileStatus.h"
 
 namespace QXPlatform {
 
@@ -30,12 +31,6 @@ std::optional<struct stat> regularFile(const FileDescriptor& file) {
   return status;
 }
 
-FileVersion versionOf(const struct stat& status) {
-  constexpr std::int64_t kNanoseconds = 1'000'000'000;
-  return {static_cast<std::uint64_t>(status.st_ino), static_cast<std::uint64_t>(status.st_size),
-          status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec};
-}
-
 // The system's own time of change is some milliseconds coarse: too coarse to tell two contents apart, the
 // second of which has got the number and size of the first.
 bool setExactTime(const FileDescriptor& file) {
@@ -46,12 +41,6 @@ bool setExactTime(const FileDescriptor& file) {
 }
 
 }  // namespace
-
-FileVersion fileVersion(const URL& file) {
-  const auto path = filePath(file);
-  struct stat status {};
-  return path && ::lstat(path->c_str(), &status) == 0 ? versionOf(status) : FileVersion();
-}
 
 Result<Data, ReadFailure> readContents(const URL& file, FileVersion* version) {
   const auto path = filePath(file);
@@ -88,13 +77,16 @@ bool writeContents(std::string_view bytes, const URL& file) {
   // Truncated only once it is known to be a regular file.
   const auto status = descriptor.valid() ? regularFile(descriptor) : std::nullopt;
   if (!status || (status->st_size > 0 && ::ftruncate(descriptor.get(), 0) != 0)) return false;
+  return writeContents(bytes, descriptor) && descriptor.close();
+}
+
+bool writeContents(std::string_view bytes, const FileDescriptor& file) {
   while (!bytes.empty()) {
-    const auto written =
-        retryInterrupted([&] { return ::write(descriptor.get(), bytes.data(), bytes.size()); });
+    const auto written = retryInterrupted([&] { return ::write(file.get(), bytes.data(), bytes.size()); });
     if (written < 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
-  return setExactTime(descriptor) && descriptor.close();
+  return setExactTime(file);
 }
 
 }  // namespace QXPlatform

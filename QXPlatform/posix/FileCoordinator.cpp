@@ -16,6 +16,7 @@
 #include "QXPlatform/files/LockHolder.h"
 #include "QXPlatform/posix/DirectoryAccess.h"
 #include "QXPlatform/posix/FilePath.h"
+#include "QXPlatform/posix/FileStatus.h"
 
 // Two locks, both of which the system drops with the process that held them, and which hold between threads
 // as between processes, since they belong to an open file description and every access opens its own.
@@ -73,7 +74,7 @@ FileDescriptor findStagingFile(const FileDescriptor& directory) {
 class DirectoryLock {
  public:
   static DirectoryLock forReading(const FileDescriptor& directory, DirectoryAccess& access) {
-    DirectoryAccess::holdBack(directory, LockKind::replacing);
+    access.holdBack(directory, LockKind::replacing);
     return {directory, access.wait(wanted(directory, LockKind::reading, LOCK_SH))};
   }
   static DirectoryLock forReplacing(const FileDescriptor& directory, DirectoryAccess& access) {
@@ -132,13 +133,14 @@ class StagingFile {
  public:
   StagingFile(const FileDescriptor& directory, std::string path, DirectoryAccess& access)
       : directory_(directory), path_(std::move(path)) {
-    DirectoryAccess::holdBack(directory, LockKind::staging);
+    access.holdBack(directory, LockKind::staging);
     const auto holder = [&] { return lockHolder(findStagingFile(directory_)); };
     answer_ = access.waitInLine(directory, {LockKind::staging, [&] { return make(); }, holder});
   }
+  // The lock of one that has been moved means nothing to anybody.
   ~StagingFile() {
-    if (!made_) return;
-    if (!moved_) ::unlinkat(directory_.get(), kStagingName, 0);
+    if (!made_ || moved_) return;
+    ::unlinkat(directory_.get(), kStagingName, 0);
     ::flock(file_->get(), LOCK_UN);
   }
   StagingFile(const StagingFile&) = delete;
@@ -147,7 +149,8 @@ class StagingFile {
   bool made() const { return made_; }
   // When it is not made: the system has no lock for it.
   bool lockRefused() const { return answer_ == LockAnswer::refused; }
-  const std::string& path() const { return path_; }
+  const FileDescriptor& descriptor() const { return *file_; }
+  bool belongsToOwnerOf(const struct stat& other) const { return status_.st_uid == other.st_uid; }
 
   // Its bytes must be on the disk before its name is, else a power failure could leave an empty record. The
   // name may come later: until then the old record stays.
@@ -155,11 +158,11 @@ class StagingFile {
     return retryInterrupted([&] { return ::fsync(file_->get()); }) == 0;
   }
 
-  // REQUIRES: the directory's lock.
-  bool replace(const std::string& name) {
-    moved_ = isStillNamed(directory_, *file_) &&
-             ::renameat(directory_.get(), kStagingName, directory_.get(), name.c_str()) == 0;
-    return moved_;
+  // Gives the version of what takes the place. REQUIRES: the directory's lock.
+  std::optional<FileVersion> replace(const std::string& name) {
+    moved_ =
+        isStillThere() && ::renameat(directory_.get(), kStagingName, directory_.get(), name.c_str()) == 0;
+    return moved_ ? std::optional(versionOf(status_)) : std::nullopt;
   }
 
  private:
@@ -176,11 +179,14 @@ class StagingFile {
     if (answer == LockAnswer::refused) ::unlinkat(directory_.get(), kStagingName, 0);
     if (answer != LockAnswer::granted) return answer;
     // Before it was locked, another may have taken it for left behind.
-    if (!isStillNamed(directory_, *file_)) return LockAnswer::busy;
+    if (!isStillThere()) return LockAnswer::busy;
     // The creation mask may have taken bits away.
-    made_ = ::fchmod(file_->get(), 0600) == 0;
+    constexpr mode_t kPermissions = 0777;
+    made_ = (status_.st_mode & kPermissions) == 0600 || ::fchmod(file_->get(), 0600) == 0;
     return answer;
   }
+  // It has one name, and is moved by nobody else: who takes it for left behind removes it.
+  bool isStillThere() { return ::fstat(file_->get(), &status_) == 0 && status_.st_nlink > 0; }
   void open() {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL;
     file_.emplace(retryScarce([&] { return openStagingFile(directory_, kFlags); }));
@@ -189,29 +195,32 @@ class StagingFile {
   const FileDescriptor& directory_;
   const std::string path_;
   std::optional<FileDescriptor> file_;
+  struct stat status_ {};  // of file_, when it was last looked at
   LockAnswer answer_;
   bool made_ = false;
   bool moved_ = false;
 };
 
-// A symbolic link is not followed. What this user may not write, a rename would take away from its owner.
-bool mayBeReplaced(const FileDescriptor& directory, const std::string& name) {
+// What stands in the place of a target; nothing when it may not be replaced. A symbolic link is not followed.
+// What this user may not write, a rename would take away from its owner.
+std::optional<FileVersion> replaceable(const FileDescriptor& directory, const std::string& name,
+                                       const StagingFile& staging) {
   struct stat status {};
-  if (::fstatat(directory.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return errno == ENOENT;
-  if (S_ISLNK(status.st_mode)) return false;
-  return !S_ISREG(status.st_mode) || ::faccessat(directory.get(), name.c_str(), W_OK, AT_EACCESS) == 0;
-}
-
-bool isSymbolicLink(const FileDescriptor& directory, const std::string& name) {
-  struct stat status {};
-  return ::fstatat(directory.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-         S_ISLNK(status.st_mode);
+  if (::fstatat(directory.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    return errno == ENOENT ? std::optional(FileVersion()) : std::nullopt;
+  }
+  if (S_ISLNK(status.st_mode)) return std::nullopt;
+  const bool mayBeWritten = !S_ISREG(status.st_mode) ||
+                            (staging.belongsToOwnerOf(status) && (status.st_mode & S_IWUSR) != 0) ||
+                            ::faccessat(directory.get(), name.c_str(), W_OK, AT_EACCESS) == 0;
+  return mayBeWritten ? std::optional(versionOf(status)) : std::nullopt;
 }
 
 }  // namespace
 
-FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(
-    const URL& target, const WritingAccessor& accessor) const {
+FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(const URL& target,
+                                                                        const WritingAccessor& accessor,
+                                                                        FileVersion* replaced) const {
   const auto file = makeTarget(target);
   if (!file) return Outcome::failed;
   DirectoryAccess access(file->directory, AccessKind::writing);
@@ -220,11 +229,13 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(
   if (!directory.valid()) return Outcome::failed;
   StagingFile staging(directory, file->directory + kStagingName, access);
   if (!staging.made()) return staging.lockRefused() ? Outcome::calledOff : Outcome::failed;
-  if (!mayBeReplaced(directory, file->name)) return Outcome::failed;
-  if (!accessor(URL::file(staging.path())) || !staging.sync()) return Outcome::failed;
+  const auto found = replaceable(directory, file->name, staging);
+  if (!found || !accessor(staging.descriptor(), *found) || !staging.sync()) return Outcome::failed;
   access.renewPatience();
   const auto lock = DirectoryLock::forReplacing(directory, access);
-  return lock.held() && staging.replace(file->name) ? Outcome::replaced : Outcome::failed;
+  const auto version = lock.held() ? staging.replace(file->name) : std::nullopt;
+  if (version && replaced != nullptr) *replaced = *version;
+  return version ? Outcome::replaced : Outcome::failed;
 }
 
 void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor& accessor) const {
@@ -237,7 +248,7 @@ void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor
   const auto lock = DirectoryLock::forReading(directory, access);
   if (!lock.held()) return;
   removeLeftover(directory, file->directory + kStagingName);
-  if (!isSymbolicLink(directory, file->name)) accessor(target);
+  accessor(target);
 }
 
 }  // namespace QXPlatform

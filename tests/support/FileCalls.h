@@ -11,15 +11,14 @@ class FileCalls {
   static bool areCounted();
 
   std::size_t flushes() const { return totalFlushes() - flushesBefore_; }
-  // Looks at what a path stands for.
-  std::size_t looks() const { return totalLooks() - looksBefore_; }
+  std::size_t reads() const { return totalReads() - readsBefore_; }
 
  private:
   static std::size_t totalFlushes();
-  static std::size_t totalLooks();
+  static std::size_t totalReads();
 
   const std::size_t flushesBefore_ = totalFlushes();
-  const std::size_t looksBefore_ = totalLooks();
+  const std::size_t readsBefore_ = totalReads();
 };
 
 }  // namespace support

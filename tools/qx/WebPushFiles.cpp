@@ -93,7 +93,9 @@ Result<bool> makeSender(const std::filesystem::path& file) {
       VAPIDRecord{QXAgent::encodeBase64URL(QXAgent::makeVAPIDKey().view()), kDefaultSubject});
   std::error_code error;
   std::filesystem::create_directories(file.parent_path(), error);
-  const auto write = [&](const URL& staging) { return QXPlatform::writeContents(*text + "\n", staging); };
+  const auto write = [&](const auto& staging, const auto&) {
+    return QXPlatform::writeContents(*text + "\n", staging);
+  };
   const auto outcome = QXPlatform::FileCoordinator().coordinateWritingForReplacing(
       URL::file(std::filesystem::absolute(file).string()), write);
   if (outcome != QXPlatform::FileCoordinator::Outcome::replaced) {

@@ -109,7 +109,8 @@ TEST(ModuleDataStore, NeverWritesOutsideTheContainer) {
 // The system grants every lock that a test can ask for, so a refusal has to be played.
 class RefusingCoordinator final : public QXPlatform::FileCoordinator {
  public:
-  Outcome coordinateWritingForReplacing(const URL&, const WritingAccessor&) const override {
+  Outcome coordinateWritingForReplacing(const URL&, const WritingAccessor&,
+                                        QXPlatform::FileVersion*) const override {
     return Outcome::calledOff;
   }
   void coordinateReading(const URL&, const ReadingAccessor&) const override {}

@@ -23,7 +23,7 @@ class FileCoordinatorTest : public testing::Test {
 
   Outcome replace(const std::string& name, const std::string& bytes) const {
     return coordinator_.coordinateWritingForReplacing(
-        url(name), [&](const URL& file) { return writeContents(bytes, file); });
+        url(name), [&](const auto& file, const auto&) { return writeContents(bytes, file); });
   }
   std::string read(const std::string& name) const {
     std::string text = "(not read)";
@@ -57,15 +57,15 @@ TEST_F(FileCoordinatorTest, ReplacesAFileThatIsTheOwnersAlone) {
 
 TEST_F(FileCoordinatorTest, LeavesTheOldContentWhenTheAccessorFails) {
   ASSERT_EQ(replace("record", "old"), Outcome::replaced);
-  const auto halfWritten = [](const URL& file) { return writeContents("ne", file); };
+  const auto halfWritten = [](const FileDescriptor& file) { return writeContents("ne", file); };
   EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"),
-                                                       [&](const URL& file) {
+                                                       [&](const auto& file, const auto&) {
                                                          halfWritten(file);
                                                          return false;
                                                        }),
             Outcome::failed);
   EXPECT_THROW(coordinator_.coordinateWritingForReplacing(url("record"),
-                                                          [&](const URL& file) -> bool {
+                                                          [&](const auto& file, const auto&) -> bool {
                                                             halfWritten(file);
                                                             throw std::runtime_error("accessor");
                                                           }),
@@ -78,7 +78,7 @@ TEST_F(FileCoordinatorTest, DoesNotFollowSymbolicLinks) {
   directory_.write("elsewhere", "foreign");
   std::filesystem::create_symlink("elsewhere", path("record"));
   EXPECT_EQ(replace("record", "new"), Outcome::failed);
-  EXPECT_EQ(read("record"), "(not read)");
+  EXPECT_EQ(read("record"), "(nothing)");
   EXPECT_TRUE(std::filesystem::is_symlink(path("record")));
   EXPECT_EQ(read("elsewhere"), "foreign");
 }
@@ -86,7 +86,7 @@ TEST_F(FileCoordinatorTest, DoesNotFollowSymbolicLinks) {
 TEST_F(FileCoordinatorTest, RemovesWhatAKilledWriterLeft) {
   support::Signal staged;
   support::ChildProcess writer([&] {
-    coordinator_.coordinateWritingForReplacing(url("record"), [&](const URL& file) {
+    coordinator_.coordinateWritingForReplacing(url("record"), [&](const auto& file, const auto&) {
       writeContents("half", file);
       staged.send();
       std::this_thread::sleep_for(30000ms);
@@ -127,7 +127,8 @@ TEST_F(FileCoordinatorTest, FailsWhereNothingCanBeWritten) {
   EXPECT_EQ(replace(std::string("record\0", 7), "x"), Outcome::failed);
   EXPECT_EQ(replace("..", "x"), Outcome::failed);
   for (const auto* other : {"https://example.com/record", "file:record"}) {
-    EXPECT_EQ(coordinator_.coordinateWritingForReplacing(*URL::parse(other), [](const URL&) { return true; }),
+    EXPECT_EQ(coordinator_.coordinateWritingForReplacing(*URL::parse(other),
+                                                         [](const auto&, const auto&) { return true; }),
               Outcome::failed);
   }
   EXPECT_EQ(names(), std::vector<std::string>{"directory"});
@@ -163,7 +164,7 @@ TEST_F(FileCoordinatorTest, HoldsWritersOffWhileAThreadWritesButNoReaders) {
   support::Signal enough;
   std::thread writer([&] {
     EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"),
-                                                         [&](const URL& file) {
+                                                         [&](const auto& file, const auto&) {
                                                            writing.send();
                                                            EXPECT_TRUE(enough.await());
                                                            written = true;
@@ -208,7 +209,7 @@ TEST_F(FileCoordinatorTest, WaitsFiveSecondsForALockThatIsHeldForEverAndNamesIts
         return false;
       };
       if (reads) coordinator_.coordinateReading(url("record"), [&](const URL&) { hold(); });
-      coordinator_.coordinateWritingForReplacing(url("record"), [&](const URL&) { return hold(); });
+      coordinator_.coordinateWritingForReplacing(url("record"), [&](auto&, auto&) { return hold(); });
     });
     ASSERT_TRUE(holding.await());
     const support::ScopedLogRecorder log;
@@ -246,7 +247,7 @@ TEST_F(FileCoordinatorTest, HasPatienceLeftForTheReplacingAfterASlowAccessor) {
   });
   EXPECT_TRUE(reading.await());
   EXPECT_EQ(coordinator_.coordinateWritingForReplacing(url("record"),
-                                                       [&](const URL& file) {
+                                                       [&](const auto& file, const auto&) {
                                                          clock.advance(6s);
                                                          enough.send();
                                                          return writeContents("new", file);
@@ -279,7 +280,7 @@ TEST_F(FileCoordinatorTest, LeavesAFileAloneThatThisUserMayNotWrite) {
 
 TEST_F(FileCoordinatorTest, LeavesTheStagingFileOfAnotherUsersWriterThatLives) {
   std::filesystem::permissions(directory_.path(), std::filesystem::perms::all);
-  const auto whileStaged = [&](const URL& file) {
+  const auto whileStaged = [&](const auto& file, const auto&) {
     Stranger stranger([&] { read("record"); });
     return stranger.succeeds() && writeContents("new", file);
   };
@@ -290,7 +291,7 @@ TEST_F(FileCoordinatorTest, LeavesTheStagingFileOfAWriterThatLivesForWantOfDescr
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object's type";
 #endif
-  const auto whileStaged = [&](const URL& file) {
+  const auto whileStaged = [&](const auto& file, const auto&) {
     rlimit usual{};
     getrlimit(RLIMIT_NOFILE, &usual);
     const auto next = static_cast<rlim_t>(FileDescriptor(::open("/", O_RDONLY | O_CLOEXEC)).get());

@@ -99,7 +99,8 @@ void BM_FetchReceipts(benchmark::State& state) {
 void BM_FloorFetch(benchmark::State& state) {
   storedBytes(state.range(0));
   for (auto _ : state) {
-    benchmark::DoNotOptimize(bench::bareParse(bench::bareRead(Host::shared().recordFile())));
+    benchmark::DoNotOptimize(
+        bench::bareParse(bench::bareRead(Host::shared().file(""), Host::shared().recordFile())));
   }
 }
 

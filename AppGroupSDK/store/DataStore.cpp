@@ -17,11 +17,12 @@ bool DataStore::setAside(const QXPlatform::Data& bytes, const QXPlatform::URL& f
   const std::string kept = file.filePath().append(kSetAsideSuffix);
   const std::string beside = kept + ".new";
   name = QXPlatform::URL::file(kept).lastPathComponent();
-  // An earlier one stays until this is whole.
-  if (!QXPlatform::writeContents(bytes.view(), QXPlatform::URL::file(beside))) return false;
   std::error_code error;
-  std::filesystem::rename(beside, kept, error);
-  if (!error) return true;
+  // An earlier one stays until this is whole.
+  if (QXPlatform::writeContents(bytes.view(), QXPlatform::URL::file(beside))) {
+    std::filesystem::rename(beside, kept, error);
+    if (!error) return true;
+  }
   std::filesystem::remove(beside, error);
   return false;
 }

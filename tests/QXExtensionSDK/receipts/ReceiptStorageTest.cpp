@@ -4,6 +4,7 @@
 #include "QXTestSupport/ManualClock.h"
 #include "tests/QXExtensionSDK/receipts/ReceiptTestKit.h"
 #include "tests/support/FileCalls.h"
+#include "tests/support/FullDisk.h"
 
 namespace QXExtensionSDK {
 namespace {
@@ -145,6 +146,18 @@ TEST_F(ReceiptStorageTest, AFileThatHoldsSomethingElseIsKeptBesideTheNewOne) {
     EXPECT_EQ(onDisk().size(), 1U);
     EXPECT_EQ(host_.bundle().read(kept), damaged);
     EXPECT_EQ(log_->has("DeliveryReceipts that cannot be read are kept in " + kept), !damaged.empty());
+  }
+}
+
+TEST_F(ReceiptStorageTest, AFullDiskLeavesTheFileAsItWasAndNothingBesideIt) {
+  for (const std::string before : {"{", R"({"pnData":[]})"}) {
+    host_.bundle().write(kFile, before);
+    const auto files = host_.bundle().files();
+    const support::FullDisk full(0);
+    EXPECT_EQ(makeRepository().storeReceipt("m", std::nullopt, "t", std::nullopt),
+              DataStoreStatus::writeFailed);
+    EXPECT_EQ(host_.bundle().read(kFile), before);
+    EXPECT_THAT(host_.bundle().files(), testing::UnorderedElementsAreArray(files));
   }
 }
 

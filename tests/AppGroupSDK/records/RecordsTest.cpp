@@ -215,6 +215,7 @@ TEST(PNContext, CountsAsAbsentWhenItSaysNothing) {
     EXPECT_FALSE(info.isInavlidOrAbsentContext()) << info.description();
   }
   EXPECT_EQ(context(1, {5, 4, 3, 0, -1}).destinations(), (std::vector{unmapped, none}));
+  EXPECT_EQ(context(1, {2, 4}, "b").description(), "source: 1, destinations: [2, 4], businessUnitId: b");
 }
 
 TEST(PNDestinationModuleMapping, MapsDestinationsToModules) {

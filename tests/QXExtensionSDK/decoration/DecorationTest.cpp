@@ -109,6 +109,7 @@ TEST_F(ThumbnailTest, WhateverGoesWrongTheNotificationIsDeliveredWithoutIt) {
       {server_.url("/cut/a.png"), "Attachment media download error: "},
       {"file:///etc/hostname", "Attachment media download error: "},
       {"a.png", "Attachment media download error: "},
+      {server_.url("/good/."), "Attachment media remove/move error: "},
       {server_.url("/good/.."), "Attachment media remove/move error: "},
       {server_.url("/good/..%2f..%2fescape.png"), "Attachment media remove/move error: "},
       {server_.url("/good/nul%00.png"), "Attachment media remove/move error: "},

@@ -93,6 +93,8 @@ TEST(ReceiptWireTest, EveryAnswerLeavesTheReceiptsInTheirState) {
       {"ServerError", json(500, ""), Left::failed, failedWith(500, 0)},
       {"NotJSON", json(200, "<html>"), Left::failed, kDecoder, "."},
       {"NodesAsText", json(200, R"({"nodes":"none"})"), Left::nothing, kSuccess},
+      {"NodesOfNumbers", json(200, R"({"nodes":[7]})"), Left::nothing, kSuccess},
+      {"ResponseAsNumber", json(200, R"({"nodes":[{"response":7}]})"), Left::nothing, kSuccess},
       {"AlmostOneMegabyte", json(200, R"({"body":")" + std::string(kAlmostOneMegabyte, 'x') + "\"}"),
        Left::nothing, kSuccess},
       {"TwoMegabytes", json(200, R"({"body":")" + std::string(2 * kAlmostOneMegabyte, 'x') + "\"}"),

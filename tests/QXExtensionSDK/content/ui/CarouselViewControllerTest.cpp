@@ -263,11 +263,11 @@ TEST(CarouselScreen, StandsStillWhileItIsCollapsedAndGoesOnAtItsPace) {
 }
 
 // Presses and releases where a finger would, on whatever stands there.
-void tapAt(const Expanded& expanded, const QPoint& point) {
+void tapAt(const Expanded& expanded, const QPoint& point, Qt::MouseButton button = Qt::LeftButton) {
   QWidget& view = expanded.host->view();
   QWidget* target = view.childAt(point);
   ASSERT_NE(target, nullptr);
-  QTest::mouseClick(target, Qt::LeftButton, {}, target->mapFrom(&view, point));
+  QTest::mouseClick(target, button, {}, target->mapFrom(&view, point));
   support::finishTaps();
 }
 
@@ -291,6 +291,12 @@ TEST(CarouselScreen, OpensAtATapOnThePanelButNotNearADisabledArrow) {
   EXPECT_FALSE(expanded.screen().backButton().pointInside({-17, 0}));
   EXPECT_FALSE(expanded.screen().backButton().pointInside({0, 48}));
 
+  // Neither a drag nor another button's click.
+  QWidget* panel = &expanded.screen().contentView();
+  QTest::mousePress(panel, Qt::LeftButton, {}, kImageMiddle);
+  QTest::mouseRelease(panel, Qt::LeftButton, {}, kImageMiddle + QPoint(20, 0));
+  tapAt(expanded, kImageMiddle, Qt::RightButton);
+  EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
   tapAt(expanded, kImageMiddle);
   EXPECT_TRUE(expanded.host->isDefaultActionPerformed());
 
@@ -357,7 +363,11 @@ TEST(CarouselScreen, IsUsedFromTheKeyboard) {
     panel.setFocus();
     for (const auto key : {Qt::Key_Return, Qt::Key_Space}) repeatKey(key);
     EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
-    QTest::keyClick(&panel, Qt::Key_Return);
+    QWidget& view = expanded.screen().view();
+    QTest::keyClick(&view, Qt::Key_A);
+    support::finishTaps();
+    EXPECT_FALSE(expanded.host->isDefaultActionPerformed());
+    QTest::keyClick(isMirrored ? &view : &panel, Qt::Key_Enter);
     support::finishTaps();
     EXPECT_TRUE(expanded.host->isDefaultActionPerformed());
   }

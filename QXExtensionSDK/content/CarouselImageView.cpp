@@ -237,10 +237,15 @@ void CarouselImageView::paintBacking(QPainter& painter, const QPainterPath& fram
   }
 }
 
+QRegion CarouselImageView::opaqueRegion() const {
+  return QXPlatform::FramedRoundedRect(rect(), kCornerRadius, kBorderWidth).plainRegion();
+}
+
 void CarouselImageView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   const QXPlatform::FramedRoundedRect frame(rect(), kCornerRadius, kBorderWidth);
-  frame.fill(painter, backgroundColor_);
+  const bool isHidden = !image_.isNull() && !image_.hasAlphaChannel();
+  frame.fill(painter, backgroundColor_, isHidden ? frame.plainRegion() : QRegion());
   if (!image_.isNull()) frame.fill(painter, image_);
   paintBacking(painter, frame.outline());
   frame.drawLine(painter, toQColor(kBorderColor));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QImage>
+#include <QRegion>
 #include <QWidget>
 #include <chrono>
 #include <cstdint>
@@ -31,6 +32,8 @@ class CarouselImageView final : public QWidget {
   void setFrame(const QRect& frame);
   void configure(const MediaComponent& viewModel, std::int64_t panelIndex);
 
+  // Where nothing under it is to be seen.
+  QRegion opaqueRegion() const;
   // As the payload gives it.
   const std::string& url() const { return url_; }
   ImageLoadingState imageLoadingState() const { return imageLoadingState_; }

@@ -111,7 +111,8 @@ void CarouselPanelView::layoutSubviews() {
 
 void CarouselPanelView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  QXPlatform::FramedRoundedRect(rect(), kCornerRadius, 0).fill(painter, panelColor_);
+  const QRegion image = imageView_->opaqueRegion().translated(imageView_->pos());
+  QXPlatform::FramedRoundedRect(rect(), kCornerRadius, 0).fill(painter, panelColor_, image);
 }
 
 }  // namespace QXExtensionSDK

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 namespace QXPlatform {
@@ -20,7 +21,7 @@ struct PixelSize {
 // by alpha.
 struct Bitmap {
   PixelSize size;
-  std::vector<std::uint8_t> pixels;
+  std::pmr::vector<std::uint8_t> pixels;
 };
 
 }  // namespace QXPlatform

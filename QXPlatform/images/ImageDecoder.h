@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory_resource>
 #include <optional>
 #include <string_view>
 
@@ -15,7 +16,10 @@ namespace QXPlatform {
 // of them or needs over kMostDecodingBytes on its way. That limit is estimated from what the image says of
 // itself; crafted bytes may take more memory and time, so that images of strangers go to ImageProcess. Any
 // thread.
-std::optional<Bitmap> decodeImage(std::string_view bytes, PixelSize place);
+//
+// The pixels take their memory from there, unless they have to be turned.
+std::optional<Bitmap> decodeImage(std::string_view bytes, PixelSize place,
+                                  std::pmr::memory_resource& memory = *std::pmr::get_default_resource());
 
 constexpr long kMostDecodingBytes = 80'000'000;
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 #include "QXPlatform/images/Bitmap.h"
@@ -14,7 +15,8 @@ namespace QXPlatform {
 // mean of those it stands for. So no decoder needs to hold the picture.
 class ImageSink {
  public:
-  explicit ImageSink(PixelSize place) : place_(place) {}
+  // The pixels take their memory from there.
+  ImageSink(PixelSize place, std::pmr::memory_resource& memory) : place_(place), pixels_(&memory) {}
 
   // To be called first, with the size before it is made upright; what came before is forgotten. False when
   // the size is nothing or too much.
@@ -59,7 +61,7 @@ class ImageSink {
   bool isRowBegun_ = false;
   std::vector<float> means_;  // room for a row of the result
   std::size_t rowsDone_ = 0;
-  std::vector<std::uint8_t> pixels_;
+  std::pmr::vector<std::uint8_t> pixels_;
 };
 
 }  // namespace QXPlatform

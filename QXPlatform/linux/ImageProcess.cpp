@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <memory_resource>
 #include <mutex>
 #include <new>
 #include <string>
@@ -152,14 +153,13 @@ std::uint32_t toARGB(std::uint32_t rgba) {
   return (rgba & 0xFF00FF00U) | (rgba & 0xFFU) << 16 | (rgba >> 16 & 0xFFU);
 }
 
-// Returns whether nothing shines through.
-bool copyPicture(const Bitmap& bitmap, std::uint32_t* target) {
+// To where it may be already. Returns whether nothing shines through.
+bool putPicture(const Bitmap& bitmap, std::uint32_t* target) {
+  const void* source = bitmap.pixels.data();
+  if (source != target) std::memcpy(target, source, bitmap.pixels.size());
   std::uint32_t all = ~0U;
-  const std::uint8_t* source = bitmap.pixels.data();
   for (std::size_t i = 0; i < pixelCount(bitmap.size); ++i) {
-    std::uint32_t rgba = 0;
-    std::memcpy(&rgba, source + i * sizeof rgba, sizeof rgba);
-    target[i] = toARGB(rgba);
+    target[i] = toARGB(target[i]);
     all &= target[i];
   }
   return all >> 24 == 0xFF;
@@ -206,9 +206,11 @@ void answer(const Channel& channel) {
   limit(RLIMIT_AS,
         addressSpaceInUse() + kMostDecodingBytes + kAllowanceBytes + bytesOfPicture(request.place));
   endWithoutReceiver(socket);
-  const auto bitmap = decodeImage(bytes, request.place);
+  // Straight to where it is waited for.
+  std::pmr::monotonic_buffer_resource memory(pixels.get(), pictureBytes(request.place));
+  const auto bitmap = decodeImage(bytes, request.place, memory);
   if (!bitmap) return;
-  const Answer answer{bitmap->size, copyPicture(*bitmap, pixels.get())};
+  const Answer answer{bitmap->size, putPicture(*bitmap, pixels.get())};
   sendAll(socket, &answer, sizeof answer);
 }
 

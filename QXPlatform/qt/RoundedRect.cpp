@@ -62,7 +62,7 @@ QPainterPath continuousRoundedRect(const QRectF& rect, double radius) {
 FramedRoundedRect::FramedRoundedRect(const QRect& rect, double radius, int line)
     : rect_(rect), radius_(radius), line_(line), square_(static_cast<int>(std::ceil(kReach * radius))) {}
 
-void FramedRoundedRect::fill(QPainter& painter, const QColor& color) const {
+void FramedRoundedRect::fill(QPainter& painter, const QColor& color, const QRegion& drawnOver) const {
   painter.setRenderHint(QPainter::Antialiasing);
   if (!isCut(painter)) return painter.fillPath(outline(), color);
   for (const QRect& corner : corners()) {
@@ -72,7 +72,7 @@ void FramedRoundedRect::fill(QPainter& painter, const QColor& color) const {
     });
   }
   painter.setRenderHint(QPainter::Antialiasing, false);
-  for (const QRect& part : rest()) painter.fillRect(part, color);
+  for (const QRect& part : plainRegion().subtracted(drawnOver)) painter.fillRect(part, color);
 }
 
 void FramedRoundedRect::fill(QPainter& painter, const QImage& image) const {
@@ -113,14 +113,18 @@ void FramedRoundedRect::drawLine(QPainter& painter, const QColor& color) const {
   }
   painter.setRenderHint(QPainter::Antialiasing, false);
   const QRect inner = rect_.adjusted(line_, line_, -line_, -line_);
-  for (const QRect& part : rest()) {
-    for (const QRect& side : QRegion(part).subtracted(inner)) painter.fillRect(side, color);
-  }
+  for (const QRect& side : plainRegion().subtracted(inner)) painter.fillRect(side, color);
 }
 
 QPainterPath FramedRoundedRect::outline() const {
   const double inset = line_ / 2.0;
   return continuousRoundedRect(QRectF(rect_).adjusted(inset, inset, -inset, -inset), radius_ - inset);
+}
+
+QRegion FramedRoundedRect::plainRegion() const {
+  QRegion region;
+  for (const QRect& part : rest()) region += part;
+  return region;
 }
 
 bool FramedRoundedRect::isCut(const QPainter& painter) const {

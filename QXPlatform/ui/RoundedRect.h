@@ -3,6 +3,7 @@
 #include <QPainterPath>
 #include <QRect>
 #include <QRectF>
+#include <QRegion>
 #include <array>
 
 class QColor;
@@ -21,12 +22,14 @@ class FramedRoundedRect {
   // In points; a line of width 0 is none.
   FramedRoundedRect(const QRect& rect, double radius, int line);
 
-  // To the middle of the line.
-  void fill(QPainter& painter, const QColor& color) const;
+  // To the middle of the line. What is drawn over in full afterwards may be left out.
+  void fill(QPainter& painter, const QColor& color, const QRegion& drawnOver = {}) const;
   // The image stretched to the rectangle.
   void fill(QPainter& painter, const QImage& image) const;
   void drawLine(QPainter& painter, const QColor& color) const;
   QPainterPath outline() const;
+  // What it fills in full, the line taken for part of it.
+  QRegion plainRegion() const;
 
  private:
   bool isCut(const QPainter& painter) const;

@@ -31,9 +31,10 @@ bool decode(std::string_view bytes, ImageSink& sink) {
 
 }  // namespace
 
-std::optional<Bitmap> decodeImage(std::string_view bytes, PixelSize place) {
+std::optional<Bitmap> decodeImage(std::string_view bytes, PixelSize place,
+                                  std::pmr::memory_resource& memory) {
   if (place.empty()) return std::nullopt;
-  ImageSink sink(place);
+  ImageSink sink(place, memory);
   if (!decode(bytes, sink)) return std::nullopt;
   return std::move(sink).finish();
 }

@@ -91,7 +91,7 @@ TEST(ImageDecoder, TakesTheMeanOfThePixelsByTheirAlpha) {
   image.setPixelColor(0, 0, Qt::red);
   image.setPixelColor(1, 1, QColor(0, 0, 255, 128));
   const auto mean = decodeImage(encoded(image, "PNG"), {1, 1});
-  EXPECT_EQ(mean->pixels, (std::vector<std::uint8_t>{64, 0, 32, 96}));
+  EXPECT_EQ(mean->pixels, (std::pmr::vector<std::uint8_t>{64, 0, 32, 96}));
 }
 
 // What is put in at a place of the bytes, or taken away at their end.

@@ -26,7 +26,7 @@ TEST(ImageProcess, DecodesAsInThisProcess) {
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->size, kPlace);
     EXPECT_EQ(picture->isOpaque, each == image);
-    const std::vector<std::uint8_t> bytes = decodeImage(each, kPlace)->pixels;
+    const std::pmr::vector<std::uint8_t> bytes = decodeImage(each, kPlace)->pixels;
     for (std::size_t i = 0; i < bytes.size(); i += 4) {
       const QColor expected(bytes[i], bytes[i + 1], bytes[i + 2], bytes[i + 3]);
       ASSERT_EQ(picture->pixels.get()[i / 4], expected.rgba());

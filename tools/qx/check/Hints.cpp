@@ -80,6 +80,12 @@ std::string hintForText(const Value& found) {
   return write(found.description());
 }
 
+std::string hintForChoice(std::string_view message) {
+  constexpr std::string_view kStart = "not one of ";
+  if (!message.starts_with(kStart)) return {};
+  return "write one of " + std::string(message.substr(kStart.size()));
+}
+
 std::string hintForInteger(const Value& found) {
   std::int64_t integer = 0;
   if (const auto text = found.string()) {

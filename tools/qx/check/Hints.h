@@ -15,6 +15,8 @@ namespace qx {
 std::string hintFor(const QXPlatform::DecodingError& error, const QXPlatform::Value& found);
 // Of what stands where text is expected.
 std::string hintForText(const QXPlatform::Value& found);
+// Of a text that is none of those that there are, as the error's message names them.
+std::string hintForChoice(std::string_view message);
 // Of what stands where an integer is expected.
 std::string hintForInteger(const QXPlatform::Value& found);
 // Of a key that is not read: the one of `known` that is meant.

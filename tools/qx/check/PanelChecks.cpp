@@ -4,9 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "QXExtensionSDK/payload/CarouselDefaultValue.h"
 #include "QXExtensionSDK/payload/PanelItem.h"
@@ -20,8 +20,6 @@ namespace {
 
 using QXExtensionSDK::Color;
 using QXExtensionSDK::Logger;
-using QXExtensionSDK::PanelItem;
-using QXExtensionSDK::TextBlock;
 using QXPlatform::Value;
 
 // What the eye still takes for text.
@@ -45,12 +43,9 @@ bool isBlank(std::string_view text) {
   return true;
 }
 
-Color colorOr(const std::optional<std::string>& text, Color otherwise) {
-  return text ? parseColor(*text, Logger::content()).value_or(otherwise) : otherwise;
-}
-
-Color textColor(const TextBlock& block, Color otherwise) {
-  return block.style ? colorOr(block.style->fontColor, otherwise) : otherwise;
+Color colorOr(const Value& text, Color otherwise) {
+  const auto written = text.string();
+  return written ? parseColor(*written, Logger::content()).value_or(otherwise) : otherwise;
 }
 
 std::string inOneDecimal(double ratio) {
@@ -58,50 +53,49 @@ std::string inOneDecimal(double ratio) {
   return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10);
 }
 
-void checkText(const TextBlock& block, const std::string& place, Color textColor, Color panelColor,
+// Of what is no text, somebody else has said so.
+void checkText(const Value& block, const std::string& place, Color defaultColor, Color panelColor,
                Findings& findings) {
-  if (block.text.empty()) return;
-  if (isBlank(block.text)) return findings.warn(place + "/tx", "nothing but white space");
+  const auto text = block["tx"].string();
+  if (!text || text->empty()) return;
+  if (isBlank(*text)) return findings.warn(place + "/tx", "nothing but white space");
+  const Value& ownColor = block["s"]["fc"];
+  const Color textColor = colorOr(ownColor, defaultColor);
   const double ratio = contrast(textColor, panelColor);
   if (ratio >= kLeastContrast) return;
-  const bool hasOwnColor = block.style && block.style->fontColor;
-  findings.warn(place + (hasOwnColor ? "/s/fc" : ""),
+  findings.warn(place + (ownColor.isNull() ? "" : "/s/fc"),
                 "hard to read: " + textColor.hexString() + " on the panel's " + panelColor.hexString() +
                     " has a contrast of " + inOneDecimal(ratio) + ":1, below 3:1");
 }
 
-bool showsText(const std::optional<TextBlock>& block) {
-  return block && !block->text.empty();
+bool isWithoutText(const Value& block) {
+  return block.isNull() || block["tx"].string() == "";
 }
 
-void checkTexts(const PanelItem& panel, const std::string& place, Findings& findings) {
+void checkTexts(const Value& panel, const std::string& place, Findings& findings) {
   static const QXExtensionSDK::CarouselStaticDefaultValueProvider provider;
   const auto& defaults = provider.defaultValue().panel;
-  if (!showsText(panel.title) && !showsText(panel.subTitle)) {
+  if (isWithoutText(panel["ti"]) && isWithoutText(panel["sti"])) {
     return findings.warn(place, "a panel without text: neither title nor subtitle");
   }
-  const Color panelColor =
-      panel.style ? colorOr(panel.style->backgroundColor, defaults.panelColor) : defaults.panelColor;
-  if (panel.title) {
-    checkText(*panel.title, place + "/ti", textColor(*panel.title, defaults.title.fontColor), panelColor,
-              findings);
-  }
-  if (panel.subTitle) {
-    checkText(*panel.subTitle, place + "/sti", textColor(*panel.subTitle, defaults.subTitle.fontColor),
-              panelColor, findings);
-  }
+  const Color panelColor = colorOr(panel["s"]["bgc"], defaults.panelColor);
+  checkText(panel["ti"], place + "/ti", defaults.title.fontColor, panelColor, findings);
+  checkText(panel["sti"], place + "/sti", defaults.subTitle.fontColor, panelColor, findings);
 }
 
-void checkActions(const PanelItem& panel, const std::string& place, Findings& findings) {
-  if (!panel.actions || panel.actions->empty()) {
-    return findings.warn(place + (panel.actions ? "/ac" : ""),
+void checkActions(const Value& panel, const std::string& place, Findings& findings) {
+  const Value& written = panel["ac"];
+  if (written.isNull() || (written.isArray() && written.elements().empty())) {
+    return findings.warn(place + (written.isNull() ? "" : "/ac"),
                          "a panel without action: a tap opens the app but is not recorded",
                          R"(write "ac": [{"t": "0"}])");
   }
-  if (!QXExtensionSDK::resolveUserAction(panel.actions, Logger::content())) {
+  const auto actions = QXPlatform::decodeValue<std::vector<QXExtensionSDK::ActionSerDeWrapper>>(written);
+  if (!actions) return;
+  if (!QXExtensionSDK::resolveUserAction(*actions, Logger::content())) {
     findings.warn(place + "/ac/0/ul", "no URL, so no action: a tap opens the app but is not recorded");
   }
-  if (panel.actions->size() > 1) findings.warn(place + "/ac/1", "ignored: only the first action counts");
+  if (actions->size() > 1) findings.warn(place + "/ac/1", "ignored: only the first action counts");
 }
 
 }  // namespace
@@ -124,10 +118,10 @@ void checkPanels(const Value& richFeatures, Findings& findings) {
   const Value* panels = findPanels(richFeatures);
   if (panels == nullptr) return;
   for (std::size_t i = 0; i < panels->elements().size(); ++i) {
-    const auto panel = QXPlatform::decodeValue<PanelItem>(panels->elements()[i]);
-    if (!panel) continue;
-    checkTexts(*panel, panelPlace(i), findings);
-    checkActions(*panel, panelPlace(i), findings);
+    const Value& panel = panels->elements()[i];
+    if (!panel.isDictionary()) continue;
+    checkTexts(panel, panelPlace(i), findings);
+    checkActions(panel, panelPlace(i), findings);
   }
 }
 

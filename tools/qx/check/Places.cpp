@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <system_error>
+#include <vector>
 
 #include "QXPlatform/foundation/JSONPointer.h"
 
@@ -38,6 +39,24 @@ const QXPlatform::Value& valueAt(const QXPlatform::Value& root, std::string_view
     value = index < value->elements().size() ? &value->elements()[index] : &(*value)[unescapedStep(step)];
   }
   return *value;
+}
+
+QXPlatform::Value withValueAt(const QXPlatform::Value& root, std::string_view pointer,
+                              const QXPlatform::Value& value) {
+  if (pointer.empty()) return value;
+  const std::string_view step = pointer.substr(1, pointer.find('/', 1) - 1);
+  const std::string_view rest = pointer.substr(step.size() + 1);
+  if (!root.isArray()) {
+    const std::string key = unescapedStep(step);
+    return root.dictionary()
+        .value_or(QXPlatform::Dictionary())
+        .merging({{key, withValueAt(root[key], rest, value)}});
+  }
+  std::vector<QXPlatform::Value> elements(root.elements().begin(), root.elements().end());
+  std::size_t index = elements.size();
+  std::from_chars(step.data(), step.data() + step.size(), index);
+  if (index < elements.size()) elements[index] = withValueAt(elements[index], rest, value);
+  return elements;
 }
 
 const QXPlatform::Value* findPanels(const QXPlatform::Value& richFeatures) {

@@ -19,6 +19,10 @@ std::string elementPlace(std::string_view array, std::size_t index);
 // What a pointer leads to; null when there is nothing.
 const QXPlatform::Value& valueAt(const QXPlatform::Value& root, std::string_view pointer);
 
+// The same with that value there.
+QXPlatform::Value withValueAt(const QXPlatform::Value& root, std::string_view pointer,
+                              const QXPlatform::Value& value);
+
 // "a/b" of a pointer's step "a~1b".
 std::string unescapedStep(std::string_view step);
 

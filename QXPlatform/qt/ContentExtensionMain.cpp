@@ -118,7 +118,7 @@ int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactor
     std::cerr << program << ": there is no screen for a window\n";
     return 1;
   }
-  const auto application = makeApplication(arguments->window ? ScreenUse::windows : ScreenUse::none);
+  const auto application = makeApplication(arguments->window ? ScreenUse::windows : ScreenUse::none, program);
   const bool isGood = arguments->drive ? beDriven(*arguments, makeHost) : answerAll(*arguments, makeHost);
   Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
   return isGood ? 0 : 1;

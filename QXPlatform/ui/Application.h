@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 class QApplication;
 
@@ -13,8 +14,9 @@ enum class ScreenUse {
 
 // The one application object that a process with views needs, to be made first and destroyed last. It has the
 // light appearance, and the reading direction of the environment's locale. When the screen cannot be used
-// after all, the process ends with exit code 1 and one line on standard error. Main thread.
-std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse);
+// after all, the process ends with exit code 1 and one line on standard error, which begins with the name.
+// Main thread.
+std::unique_ptr<QApplication> makeApplication(ScreenUse screenUse, const std::string& name = "qx");
 
 // Whether there is a screen to open windows on. To be asked before the application is made.
 bool hasScreen();

@@ -218,7 +218,8 @@ TEST_F(CarouselCommand, SaysWhatItDrewAndWhichImageFailed) {
   const auto stable = [&] { return carousel({file, "--stable", "--do", "tap,next,tap,back"}).output; };
   EXPECT_EQ(stable(), stable());
   const support::ScopedEnvironment platform("QT_QPA_PLATFORM", "no-such-platform");
-  EXPECT_EQ(carousel({file}).errors, "cannot open a window: no view platform works with this screen\n");
+  EXPECT_EQ(carousel({file}).errors,
+            "qx carousel: cannot open a window: no view platform works with this screen\n");
 }
 
 TEST_F(CarouselCommand, KeepsTheEarlierPageWhenThereIsNoPushForANewOne) {

@@ -47,8 +47,8 @@ int run(const qx::CarouselInvocation& invocation) {
   if (options.scale || !inWindow) {
     qputenv("QT_SCALE_FACTOR", QByteArray::number(options.scale.value_or(qx::kDrawingScale)));
   }
-  const auto application =
-      QXPlatform::makeApplication(inWindow ? QXPlatform::ScreenUse::windows : QXPlatform::ScreenUse::none);
+  const auto application = QXPlatform::makeApplication(
+      inWindow ? QXPlatform::ScreenUse::windows : QXPlatform::ScreenUse::none, "qx carousel");
   const qx::SimulatedLog log(invocation.simulator);
   if (options.gallery) return qx::finish(qx::runGallery(invocation));
   const auto refused = runSession(invocation, inWindow);

@@ -88,6 +88,11 @@ void failInTurn(std::string_view command, const std::string& reason) {
   fail(command, reason);
 }
 
+bool print(const std::string& line) {
+  std::cout << line;
+  return true;
+}
+
 // A file that cannot be opened is named in the reason already.
 std::string withPlace(const PushPlace& place, const Error& error) {
   const std::string file = shownName(place.file);
@@ -278,10 +283,12 @@ int printEachChanged(const SimulatorOptions& simulator, std::string_view command
     if (!push) return failed(push.error());
     const auto userInfo = change(push->userInfo());
     if (!userInfo) return failed(userInfo.error());
-    return [&, place, before = push->userInfo(), after = *userInfo,
-            line = resultText(simulator, push->replacingUserInfo(*userInfo))] {
-      std::cout << line;
-      if (report) report(place, before, after);
+    std::string line = resultText(simulator, push->replacingUserInfo(*userInfo));
+    // What nobody asks for is let go here, where it was made.
+    if (!report) return [line = std::move(line)] { return print(line); };
+    return [&, place, before = push->userInfo(), after = *userInfo, line = std::move(line)] {
+      print(line);
+      report(place, before, after);
       return true;
     };
   });

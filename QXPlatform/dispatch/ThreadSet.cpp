@@ -16,7 +16,7 @@ constexpr std::chrono::seconds kIdleLifetime{2};
 constexpr std::chrono::milliseconds kBetweenLooks{1};
 // After that many items a thread is not kept idle. The allocator keeps freed blocks for each thread, more
 // with every size that it meets; they go with the thread.
-constexpr std::size_t kMostItems = 32;
+constexpr std::size_t kMostItems = 512;
 
 }  // namespace
 

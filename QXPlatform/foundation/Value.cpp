@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
@@ -70,9 +71,21 @@ bool keyLess(const Entry& left, const Entry& right) {
   return left.key < right.key;
 }
 
+// Equal keys stay in their order. The library's sort takes memory each time.
+void sortByKey(std::vector<Entry>& entries) {
+  constexpr std::size_t kInsertionSortLimit = 24;
+  if (entries.size() > kInsertionSortLimit) {
+    std::stable_sort(entries.begin(), entries.end(), keyLess);
+    return;
+  }
+  for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+    std::rotate(std::upper_bound(entries.begin(), entry, *entry, keyLess), entry, std::next(entry));
+  }
+}
+
 // Sorts by key; of equal keys only the last stays.
 void sortUnique(std::vector<Entry>& entries) {
-  std::stable_sort(entries.begin(), entries.end(), keyLess);
+  sortByKey(entries);
   auto kept = entries.begin();
   for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
     if (kept != entries.begin() && std::prev(kept)->key == entry->key) {

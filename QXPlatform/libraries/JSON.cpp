@@ -99,7 +99,8 @@ class TreeBuilder {
   static bool on_comment(std::string_view, error_code&) { return true; }
 
  private:
-  static constexpr std::size_t kUsualBreadth = 64;
+  // Of the memory that the allocator has at hand for each thread.
+  static constexpr std::size_t kUsualBreadth = 24;
 
   bool open(bool object) {
     insideObject_[++depth_] = object;

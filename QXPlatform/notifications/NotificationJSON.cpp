@@ -43,7 +43,9 @@ RequestResult requestFromAPNs(const Value& aps, const Dictionary& push, const Re
   properties.subtitle = text(alert["subtitle"]).value_or("");
   properties.body = text(alert.string() ? alert : alert["body"]).value_or("");
   // However it is written: 3 and 3.0 are one number.
-  if (const auto badge = decodeValue<std::int64_t>(aps["badge"])) properties.badge = *badge;
+  if (const Value& badge = aps["badge"]; !badge.isNull()) {
+    if (const auto number = decodeValue<std::int64_t>(badge)) properties.badge = *number;
+  }
   const Value& sound = aps["sound"];
   properties.sound = text(sound.string() ? sound : sound["name"]);
   properties.userInfo = push;

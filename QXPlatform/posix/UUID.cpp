@@ -9,6 +9,7 @@
 #include <mutex>
 #include <span>
 
+#include "QXPlatform/dispatch/BriefLock.h"
 #include "QXPlatform/foundation/ASCII.h"
 #include "QXPlatform/foundation/FatalError.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
@@ -18,6 +19,7 @@ namespace QXPlatform {
 namespace {
 
 constexpr std::size_t kGroups[] = {4, 2, 2, 2, 6};
+constexpr std::size_t kTextLength = 36;
 using UUIDBytes = std::array<std::uint8_t, 16>;
 
 // Hands out the system's random numbers. They are asked for by the dozen, since a system call costs more than
@@ -30,7 +32,7 @@ class RandomBytes {
   }
 
   UUIDBytes next() {
-    const std::lock_guard lock(mutex_);
+    const auto lock = lockBriefly(mutex_);
     if (left_ == 0) refill();
     return kept_[--left_];
   }
@@ -63,6 +65,7 @@ std::string makeUUIDString() {
   bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);  // version 4
   bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);  // its variant
   std::string text;
+  text.reserve(kTextLength);
   std::size_t at = 0;
   for (const std::size_t count : kGroups) {
     if (!text.empty()) text += '-';

@@ -64,10 +64,11 @@ TEST(BackendCommandTest, AnswersByItsScriptAndEndsWhenWhatItExpectsHasCome) {
       {"path": "/b", "close": true}])");
   support::RunningProgram backend("qx", {"backend", "--script", script, "--expect", "4", "--within", "20"});
   const std::string url = text(backend.nextLine(), "listening");
+  // The first, since a request is sent again when a connection that was used before is closed on it.
+  EXPECT_EQ(post(url + "/b", "{}").code(), URLError::Code::connectionLost);
   const auto busy = post(url + "/a?b=c", "{}");
   EXPECT_EQ(busy.status(), 503);
   EXPECT_EQ(busy.data, QXPlatform::Data("later"));
-  EXPECT_EQ(post(url + "/b", "{}").code(), URLError::Code::connectionLost);
   EXPECT_EQ(post(url + "/else", "{}").status(), 200);
   const auto last = post(url + "/a", "{}");
   EXPECT_EQ(last.status(), 200);

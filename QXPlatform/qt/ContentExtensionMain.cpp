@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <iostream>
 #include <optional>
 #include <utility>
@@ -118,6 +119,8 @@ int contentExtensionMain(int argc, char** argv, const ContentExtensionHostFactor
     std::cerr << program << ": there is no screen for a window\n";
     return 1;
   }
+  // A file that may not grow is an error of the write.
+  std::signal(SIGXFSZ, SIG_IGN);
   const auto application = makeApplication(arguments->window ? ScreenUse::windows : ScreenUse::none, program);
   const bool isGood = arguments->drive ? beDriven(*arguments, makeHost) : answerAll(*arguments, makeHost);
   Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);

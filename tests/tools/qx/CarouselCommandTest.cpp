@@ -8,8 +8,10 @@
 #include <QString>
 #include <QTimer>
 
+#include "AppGroupSDK/context/AppIdProvider.h"
 #include "QXExtensionSDK/content/CarouselContentView.h"
 #include "QXPlatform/ui/Application.h"
+#include "tests/AppGroupSDK/HostBundle.h"
 #include "tests/support/CarouselPayloads.h"
 #include "tests/support/Deflate.h"
 #include "tests/support/EncodedImages.h"
@@ -394,6 +396,19 @@ TEST(ContentExtensionMain, AnswersOneLineANotification) {
   EXPECT_EQ(lines[1].find("line")->integer(), 3);
   EXPECT_EQ(text(lines[2], "outcome"), "collapsed");
   EXPECT_EQ(support::runProgram("example-content-extension", {"--width", "wide"}).exitCode, 2);
+}
+
+TEST(ContentExtensionMain, TakesATapWhoseClickCannotBeSaved) {
+  const support::HostBundle host;
+  AppGroupSDK::AppIdProvider().storeAppId("app", AppGroupSDK::ExtensionModuleName::quorixEngagement);
+  const std::string load =
+      R"({"step":"load","request":{"identifier":"i","content":{"userInfo":{"_sid":"VTQX","_m":"m","_rf":)" +
+      support::carousel(R"([{"id":"p","md":{"ul":"u"},"ac":[{"t":"0"}]}])") + "}}}}\n";
+  const auto result = support::runProgram(
+      "/bin/sh",
+      {"-c", R"((ulimit -f 0; exec "$0" --drive) | cat)", support::programPath("example-content-extension")},
+      load + "{\"step\":\"tap\"}\n");
+  EXPECT_EQ(result.lines().size(), 2U) << result.output;
 }
 
 }  // namespace

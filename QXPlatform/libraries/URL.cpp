@@ -3,6 +3,7 @@
 #include <uriparser/Uri.h>
 
 #include <algorithm>
+#include <array>
 #include <new>
 
 #include "QXPlatform/foundation/ASCII.h"
@@ -18,15 +19,26 @@ std::string_view withoutTrailingSlashes(std::string_view path) {
 
 std::string percentDecoded(std::string_view text) {
   std::string decoded(text);
+  if (text.find('%') == std::string_view::npos) return decoded;
   const char* end = uriUnescapeInPlaceExA(decoded.data(), URI_FALSE, URI_BR_DONT_TOUCH);
   decoded.resize(static_cast<std::size_t>(end - decoded.data()));
   return decoded;
 }
 
+constexpr auto makePathCharacters() {
+  std::array<bool, 256> may{};
+  constexpr std::string_view kOthers = "/-._~!$&'()*+,;=:@";
+  for (std::size_t code = 0; code < may.size(); ++code) {
+    const char character = static_cast<char>(code);
+    may[code] = isASCIIAlphanumeric(character) || kOthers.find(character) != std::string_view::npos;
+  }
+  return may;
+}
+
 // What a path may hold as it is.
 bool isPathCharacter(char character) {
-  constexpr std::string_view kOthers = "/-._~!$&'()*+,;=:@";
-  return isASCIIAlphanumeric(character) || kOthers.find(character) != std::string_view::npos;
+  static constexpr auto kMay = makePathCharacters();
+  return kMay[static_cast<unsigned char>(character)];
 }
 
 std::string percentEncodedPath(std::string_view path) {
@@ -156,8 +168,12 @@ URL URL::appendingPathComponent(std::string_view component) const {
   const std::size_t kept = path.start + withoutTrailingSlashes(at(path)).size();
   component.remove_prefix(std::min(component.find_first_not_of('/'), component.size()));
   std::string joined = text_.substr(0, kept);
-  joined.append("/").append(percentEncodedPath(component)).append(text_, path.start + path.length);
-  return *parse(joined);
+  joined.append("/").append(percentEncodedPath(component));
+  // Nothing but the path has changed.
+  Components components = components_;
+  components.path.length = joined.size() - path.start;
+  joined.append(text_, path.start + path.length);
+  return {std::move(joined), components};
 }
 
 }  // namespace QXPlatform

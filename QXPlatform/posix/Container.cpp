@@ -1,10 +1,13 @@
 #include "QXPlatform/files/Container.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <mutex>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "QXPlatform/foundation/NeverDestroyed.h"
 
@@ -25,36 +28,59 @@ std::filesystem::path environmentPath(const char* name) {
   return value == nullptr ? "" : value;
 }
 
-// The URL of the container that was asked for last: to make one costs more than to look whether it is there.
-class LastContainer {
+struct Place {
+  std::string path;
+  URL url;
+};
+
+std::optional<Place> makePlace(std::string_view group) {
+  const auto path = containerPathForGroup(group);
+  return path ? std::optional(Place{path->native(), URL::file(path->native())}) : std::nullopt;
+}
+
+// All that the place depends on, but for the working directory.
+std::string placeKey(std::string_view group) {
+  std::string key(group);
+  for (const char* name : {"QX_APP_GROUPS_ROOT", "XDG_DATA_HOME", "HOME"}) {
+    const char* value = std::getenv(name);
+    key.append(1, '\0').append(value == nullptr ? "" : value);
+  }
+  return key;
+}
+
+// Where the container lies that was asked for last: to find out costs more than to look whether it is there.
+class LastPlace {
  public:
-  static LastContainer& shared() {
-    static NeverDestroyed<LastContainer> last;
+  static LastPlace& shared() {
+    static NeverDestroyed<LastPlace> last;
     return *last;
   }
 
-  URL url(const std::string& path) {
+  std::optional<Place> of(std::string_view group) {
+    std::string key = placeKey(group);
     const std::lock_guard lock(mutex_);
-    if (path_ != path || !url_) {
-      url_.reset();  // nothing that was another's stays when memory is wanting in between
-      path_ = path;
-      url_ = URL::file(path);
-    }
-    return *url_;
+    if (place_ && key == key_) return place_;
+    place_.reset();  // nothing that was another's stays when memory is wanting in between
+    auto place = makePlace(group);
+    const auto root = containersRoot();
+    if (!root || !root->is_absolute()) return place;
+    key_ = std::move(key);
+    place_ = place;
+    return place;
   }
 
  private:
   std::mutex mutex_;
   // Below, guarded by mutex_.
-  std::string path_;
-  std::optional<URL> url_;
+  std::string key_;
+  std::optional<Place> place_;
 };
 
 std::optional<URL> lookUp(std::string_view group) {
-  const auto path = containerPathForGroup(group);
-  std::error_code error;
-  if (!path || !std::filesystem::is_directory(*path, error)) return std::nullopt;
-  return LastContainer::shared().url(path->native());
+  auto place = LastPlace::shared().of(group);
+  struct stat status {};
+  const bool isThere = place && ::stat(place->path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  return isThere ? std::optional(std::move(place->url)) : std::nullopt;
 }
 
 thread_local ContainerLookupScope* currentScope = nullptr;

@@ -112,7 +112,7 @@ bool isAbandoned(const FileDescriptor& directory) {
 
 // Removes what bears the staging file's name, unless it is the file of a writer that lives: then `busy`.
 // Whether another user's writer lives can only be told by the file's age.
-LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& path) {
+LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& directoryPath) {
   const FileDescriptor found = findStagingFile(directory);
   if (!found.valid() && errno == ENOENT) return LockAnswer::granted;
   // Then nobody can tell.
@@ -124,15 +124,17 @@ LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& pa
   }
   if (::unlinkat(directory.get(), kStagingName, 0) == 0) return LockAnswer::granted;
   std::error_code error;
-  const bool removed = errno == EISDIR && std::filesystem::remove_all(path, error) > 0 && !error;
+  const bool removed =
+      errno == EISDIR && std::filesystem::remove_all(directoryPath + kStagingName, error) > 0 && !error;
   return removed ? LockAnswer::granted : LockAnswer::refused;
 }
 
 // The file that is about to take the target's place. As long as it lives, there is no other writer.
 class StagingFile {
  public:
-  StagingFile(const FileDescriptor& directory, std::string path, DirectoryAccess& access)
-      : directory_(directory), path_(std::move(path)) {
+  // `directoryPath` outlives it.
+  StagingFile(const FileDescriptor& directory, const std::string& directoryPath, DirectoryAccess& access)
+      : directory_(directory), directoryPath_(directoryPath) {
     access.holdBack(directory, LockKind::staging);
     const auto holder = [&] { return lockHolder(findStagingFile(directory_)); };
     answer_ = access.waitInLine(directory, {LockKind::staging, [&] { return make(); }, holder});
@@ -170,7 +172,7 @@ class StagingFile {
   LockAnswer make() {
     open();
     if (!file_->valid() && errno == EEXIST) {
-      const auto removed = removeLeftover(directory_, path_);
+      const auto removed = removeLeftover(directory_, directoryPath_);
       if (removed != LockAnswer::granted) return removed == LockAnswer::busy ? removed : LockAnswer::granted;
       open();
     }
@@ -193,7 +195,7 @@ class StagingFile {
   }
 
   const FileDescriptor& directory_;
-  const std::string path_;
+  const std::string& directoryPath_;
   std::optional<FileDescriptor> file_;
   struct stat status_ {};  // of file_, when it was last looked at
   LockAnswer answer_;
@@ -227,7 +229,7 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(const UR
   if (!access.isAdmitted()) return Outcome::failed;
   const FileDescriptor directory = openDirectory(file->directory);
   if (!directory.valid()) return Outcome::failed;
-  StagingFile staging(directory, file->directory + kStagingName, access);
+  StagingFile staging(directory, file->directory, access);
   if (!staging.made()) return staging.lockRefused() ? Outcome::calledOff : Outcome::failed;
   const auto found = replaceable(directory, file->name, staging);
   if (!found || !accessor(staging.descriptor(), *found) || !staging.sync()) return Outcome::failed;
@@ -247,7 +249,7 @@ void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor
   if (!directory.valid()) return;
   const auto lock = DirectoryLock::forReading(directory, access);
   if (!lock.held()) return;
-  removeLeftover(directory, file->directory + kStagingName);
+  removeLeftover(directory, file->directory);
   accessor(target);
 }
 

@@ -80,9 +80,9 @@ Transfer::Transfer(URLRequest request, const URLSessionConfiguration& configurat
       body_(std::move(body)),
       completion_(std::move(completion)) {}
 
-std::optional<URLError> Transfer::begin() {
+std::optional<URLError> Transfer::begin(EasyHandle spare) {
   started_ = lastProgress_ = Clock::current().now();
-  easy_.reset(curl_easy_init());
+  easy_ = spare ? std::move(spare) : EasyHandle(curl_easy_init());
   if (!easy_) return error(URLError::Code::cannotConnect, "out of memory");
   configureOnce();
   return prepareHop();
@@ -318,17 +318,19 @@ std::optional<URLError> Transfer::follow(const std::string& target, int status) 
   return prepareHop();
 }
 
-void Transfer::complete(std::optional<URLError> failed) {
+EasyHandle Transfer::complete(std::optional<URLError> failed) {
   if (failed) error_ = std::move(failed);
   std::shared_ptr<const URLResponse> response;
   if (!error_) {
     response = std::make_shared<HTTPURLResponse>(request_.url, statusCode(), std::move(headers_));
   }
-  easy_.reset();
+  if (easy_) curl_easy_reset(easy());
+  EasyHandle spare = std::move(easy_);
   // Ahead of the completion, which counts on being the body's last owner.
   inflated_.reset();
   body_.reset();
   std::exchange(completion_, nullptr)(std::move(response), std::move(error_));
+  return spare;
 }
 
 // Adds the host to what the body says.

@@ -28,8 +28,9 @@ class Transfer {
   Transfer(const Transfer&) = delete;
   Transfer& operator=(const Transfer&) = delete;
 
-  // Prepares the first hop; an error when it may not be made.
-  std::optional<URLError> begin();
+  // Prepares the first hop; an error when it may not be made. `spare`: a handle that another transfer has
+  // done with, if there is one.
+  std::optional<URLError> begin(EasyHandle spare);
   CURL* easy() const { return easy_.get(); }
 
   // When the transfer has to end, as things stand.
@@ -41,8 +42,8 @@ class Transfer {
   // A hop has ended. True when another one is prepared: the handle is to be run again.
   bool continueAfter(CURLcode code);
 
-  // Calls the completion: with `error`, or with what continueAfter() has found.
-  void complete(std::optional<URLError> error = std::nullopt);
+  // Calls the completion: with `error`, or with what continueAfter() has found. Gives the handle back.
+  EasyHandle complete(std::optional<URLError> error = std::nullopt);
 
  private:
   static std::size_t takeHeader(char* bytes, std::size_t size, std::size_t count, void* self);

@@ -137,8 +137,8 @@ bool Transport::takeCommands() {
 }
 
 void Transport::begin(std::shared_ptr<Transfer> transfer) {
-  if (auto refused = transfer->begin()) {
-    transfer->complete(std::move(refused));
+  if (auto refused = transfer->begin(std::move(spare_))) {
+    spare_ = transfer->complete(std::move(refused));
     return;
   }
   curl_multi_add_handle(multi_.get(), transfer->easy());
@@ -192,7 +192,7 @@ void Transport::finish(const Transfer* transfer, std::optional<URLError> error) 
   const std::shared_ptr<Transfer> ended = std::move(*place);
   active_.erase(place);
   curl_multi_remove_handle(multi_.get(), ended->easy());
-  ended->complete(std::move(error));
+  spare_ = ended->complete(std::move(error));
 }
 
 bool Transport::isActive(const Transfer* transfer) const {

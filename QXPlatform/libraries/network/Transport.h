@@ -71,7 +71,9 @@ class Transport {
   // Whether a call ends the wait for an answer; not when descriptors were short as it was opened.
   bool wakeable_ = false;
 
-  std::vector<std::shared_ptr<Transfer>> active_;  // in the work item alone
+  // Below, in the work item alone.
+  std::vector<std::shared_ptr<Transfer>> active_;
+  EasyHandle spare_;  // of a transfer that has ended: to make one costs as much as to use it
 };
 
 }  // namespace QXPlatform

@@ -4,12 +4,13 @@
 #include <cstdint>
 #include <string_view>
 
-#include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/foundation/Data.h"
 #include "QXPlatform/foundation/Result.h"
 #include "QXPlatform/foundation/URL.h"
 
 namespace QXPlatform {
+
+class FileDescriptor;
 
 // Twice the largest record, a full list of receipts; a larger file is not ours and, read into a tree, would
 // not fit an extension's memory.

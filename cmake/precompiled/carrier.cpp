@@ -1,0 +1,1 @@
+// Nothing: its target carries headers that others share.

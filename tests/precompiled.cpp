@@ -1,1 +1,0 @@
-// Nothing: its target carries the headers that the tests share.

@@ -180,6 +180,7 @@ class FrameWatch final : public QAbstractAnimation {
   void updateCurrentTime(int /*milliseconds*/) override {
     const auto now = Clock::now();
     if (now - std::exchange(frameBegan_, now) > 2 * kFrame) ++late_;
+    isDue_ = true;
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
@@ -189,6 +190,8 @@ class FrameWatch final : public QAbstractAnimation {
     const auto end = Clock::now();
     ++frames_;
     drawing_ += end - begin;
+    // A picture that comes in between is no frame of the slide.
+    if (!std::exchange(isDue_, false)) return true;
     latest_ = std::max<Seconds>(latest_, end - frameBegan_);
     if (end - frameBegan_ > kFrame) ++late_;
     return true;
@@ -199,6 +202,7 @@ class FrameWatch final : public QAbstractAnimation {
 
   QWidget& window_;
   Clock::time_point frameBegan_;
+  bool isDue_ = false;
   int frames_ = 0;
   int late_ = 0;
   Seconds latest_{};

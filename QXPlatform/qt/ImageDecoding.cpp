@@ -15,14 +15,14 @@ namespace {
 
 // Of the picture's own memory when it is as large as it is shown.
 QImage makeImage(const Picture& picture, QSize size) {
-  constexpr int kBytesAPixel = 4;
+  constexpr qsizetype kBytesAPixel = 4;
   auto owner = std::make_unique<Picture>(picture);
   const QImage image(
       reinterpret_cast<const uchar*>(picture.pixels.get()), picture.size.width, picture.size.height,
       kBytesAPixel * picture.size.width,
       picture.isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied,
       [](void* held) { delete static_cast<Picture*>(held); }, owner.get());
-  if (!image.isNull()) owner.release();
+  if (!image.isNull()) static_cast<void>(owner.release());
   return image.size() == size ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 

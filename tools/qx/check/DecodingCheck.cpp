@@ -22,7 +22,7 @@ std::vector<QXPlatform::DecodingError> errorsIn(const Value& richFeatures) {
 // Once it were a text, it might have to be one of a few.
 std::string hintForNoText(const Value& richFeatures, const std::string& path) {
   const Value& found = valueAt(richFeatures, path);
-  const std::string hint = hintForText(found);
+  std::string hint = hintForText(found);
   if (hint.empty()) return hint;
   for (const auto& error : errorsIn(withValueAt(richFeatures, path, found.description()))) {
     if (error.path.text() == path) return hintForChoice(error.message);

@@ -30,6 +30,8 @@ ThreadSet& ThreadSet::shared() {
 void ThreadSet::start(WorkItems item) {
   if (current != nullptr && current->thread.keep(item)) return;
   std::unique_lock lock(mutex_);
+  // Watched since: what the thread starts next would overtake this one.
+  if (current != nullptr && current->thread.keep(item)) return;
   item.front().isForeign = current == nullptr;
   if (current == nullptr) ++foreign_;
   waiting_.splice(waiting_.end(), item);
@@ -52,7 +54,7 @@ bool ThreadSet::aboutToWait() {
   std::unique_lock lock(mutex_);
   current->thread.unwatch(waiting_);
   const Call call = waiting_.empty() || onTheirWay_ > 0 ? Call() : callOne();
-  const bool isAlone = alive_ - (call.isNew ? 1 : 0) == 1;
+  const bool isAlone = alive_ - (call.isNew && call.worker != nullptr ? 1 : 0) == 1;
   lock.unlock();
   return perform(call) || !isAlone;
 }
@@ -95,7 +97,7 @@ ThreadSet::Call ThreadSet::callOne() {
 
 // False when there is no thread to be had.
 bool ThreadSet::perform(const Call& call) {
-  if (call.isNew) return call.worker == nullptr || launch(*call.worker);
+  if (call.isNew) return call.worker != nullptr && launch(*call.worker);
   if (call.worker != nullptr) call.worker->called.send();
   return true;
 }

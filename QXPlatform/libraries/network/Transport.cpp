@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
-#include <limits>
 #include <new>
 #include <optional>
 #include <utility>
@@ -19,8 +18,9 @@ namespace {
 
 // Idle ones; each holds a descriptor and, with TLS, some 50 KB.
 constexpr long kPooledConnections = 6;
-// How often a thread that cannot be woken looks for itself.
+// How often a thread that cannot be woken looks for itself, and one that can whether it is needed elsewhere.
 constexpr int kLookMilliseconds = 50;
+constexpr int kLongestWaitMilliseconds = 1000;
 
 // A connection that the other side has closed must not end the process; TLS libraries know no other way to
 // write to it.
@@ -43,6 +43,11 @@ class BrokenPipesIgnored {
   sigset_t brokenPipe_;
   sigset_t previous_;
 };
+
+// Whoever waits for it has a deadline.
+void sayThatOneIsGivenUp() {
+  writeToStandardError("out of memory: a transfer is given up\n");
+}
 
 }  // namespace
 
@@ -98,21 +103,20 @@ void Transport::run() {
   bool goesOn = true;
   while (goesOn) {
     try {
-      goesOn = takeCommands();
-      if (goesOn) moveOn();
+      goesOn = takeCommands() && moveOn();
     } catch (const std::bad_alloc&) {
-      // Whoever waits for the transfer that was at work has a deadline.
-      writeToStandardError("out of memory: a transfer is given up\n");
+      sayThatOneIsGivenUp();
     }
   }
 }
 
-void Transport::moveOn() {
+// False when the thread is needed elsewhere first.
+bool Transport::moveOn() {
   int running = 0;
   curl_multi_perform(multi_.get(), &running);
   collectEnded();
   expireOverdue();
-  if (!active_.empty()) await();
+  return active_.empty() || await();
 }
 
 // False when there is nothing left to do.
@@ -127,13 +131,21 @@ bool Transport::takeCommands() {
     taken.swap(commands_);
   }
   for (Command& command : taken) {
-    if (command.kind == Command::Kind::start) {
-      begin(std::move(command.transfer));
-    } else if (isActive(command.transfer.get())) {
-      finish(command.transfer.get(), command.transfer->error(URLError::Code::cancelled, "cancelled"));
+    try {
+      carryOut(std::move(command));
+    } catch (const std::bad_alloc&) {
+      sayThatOneIsGivenUp();
     }
   }
   return true;
+}
+
+void Transport::carryOut(Command command) {
+  if (command.kind == Command::Kind::start) {
+    begin(std::move(command.transfer));
+  } else if (isActive(command.transfer.get())) {
+    finish(command.transfer.get(), command.transfer->error(URLError::Code::cancelled, "cancelled"));
+  }
 }
 
 void Transport::begin(std::shared_ptr<Transfer> transfer) {
@@ -171,13 +183,23 @@ void Transport::expireOverdue() {
   for (const auto& transfer : overdue) finish(transfer.get(), transfer->timeOutError());
 }
 
-void Transport::await() const {
-  ThreadSet::shared().aboutToWait();
+// False when nobody else can run what waits for a thread.
+bool Transport::await() {
+  if (!ThreadSet::shared().aboutToWait() && comeBackLater()) return false;
   curl_multi_poll(multi_.get(), nullptr, 0, pollMilliseconds(), nullptr);
+  return true;
+}
+
+bool Transport::comeBackLater() {
+  const std::lock_guard lock(mutex_);
+  if (stopping_) return false;
+  queue_.async([this] { run(); });
+  stage_ = Stage::submitted;
+  return true;
 }
 
 int Transport::pollMilliseconds() const {
-  const int untilWoken = wakeable_ ? std::numeric_limits<int>::max() : kLookMilliseconds;
+  const int untilWoken = wakeable_ ? kLongestWaitMilliseconds : kLookMilliseconds;
   const auto next = std::min_element(active_.begin(), active_.end(), [](const auto& left, const auto& right) {
     return left->deadline() < right->deadline();
   });

@@ -17,8 +17,8 @@ namespace QXPlatform {
 
 // Runs every transfer of the process over one pool of connections, on one thread at a time: a work item that
 // is there while transfers are. So what has started a transfer and ends, or waits, needs no other thread to
-// run it, and whoever waits for its outcome is called by the thread that the answer came to. Any thread may
-// call.
+// run it, and whoever waits for its outcome is called by the thread that the answer came to. The only thread
+// that there is goes first to what else waits for it. Any thread may call.
 class Transport {
  public:
   // Stopped as the process exits: what is in flight then is never completed.
@@ -46,17 +46,20 @@ class Transport {
   void give(Command command);
 
   void run();
-  void moveOn();
+  bool moveOn();
   bool takeCommands();
+  void carryOut(Command command);
   void begin(std::shared_ptr<Transfer> transfer);
   void collectEnded();
   void expireOverdue();
-  void await() const;
+  bool await();
+  bool comeBackLater();
   int pollMilliseconds() const;
   void finish(const Transfer* transfer, std::optional<URLError> error);
   bool isActive(const Transfer* transfer) const;
 
-  const DispatchQueue queue_{"network", DispatchQueue::Attribute::serial};
+  // Not a serial queue, which would go on with the next item at once: there is one at a time as it is.
+  const DispatchQueue queue_{"network", DispatchQueue::Attribute::concurrent};
 
   std::mutex mutex_;
   std::condition_variable ended_;

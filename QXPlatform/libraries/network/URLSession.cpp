@@ -1,6 +1,7 @@
 #include "QXPlatform/network/URLSession.h"
 
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "QXPlatform/dispatch/Activity.h"
@@ -69,7 +70,11 @@ class Task final : public URLSessionTask, public std::enable_shared_from_this<Ta
                                            [self = shared_from_this()](Response response, Failure error) {
                                              self->transferEnded(std::move(response), std::move(error));
                                            });
-    return Transport::shared().start(transfer_);
+    try {
+      return Transport::shared().start(transfer_);
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
   }
 
   void transferEnded(Response response, Failure error) {

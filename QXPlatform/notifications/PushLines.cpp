@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "QXPlatform/dispatch/Activity.h"
 #include "QXPlatform/dispatch/BriefLock.h"
 #include "QXPlatform/dispatch/DispatchQueue.h"
 #include "QXPlatform/foundation/JSONText.h"
@@ -104,7 +105,7 @@ class OrderedAnswers {
     lock = lockBriefly(outputMutex_);
     waitingBytes_ -= text.size();
     if (!output_) result_.outputFailed = true;
-    if (text.capacity() <= kLargestSpare) {
+    if (text.capacity() <= kLargestSpare && spare_.size() < kMostWaitingPerJob * answering_.jobs) {
       text.clear();
       spare_.push_back(std::move(text));
     }
@@ -132,7 +133,8 @@ class OrderedAnswers {
 };
 
 // Has pushes answered, so many at a time: each job goes from push to push, on the thread that brought the
-// last answer.
+// last answer if that runs work items. Another one, such as that which keeps time, is not to wait for input;
+// then the caller's thread goes on.
 class AnsweringJobs {
  public:
   AnsweringJobs(PushSource& source, std::ostream& output, const PushAnswering& answering)
@@ -141,8 +143,7 @@ class AnsweringJobs {
   PushAnswers run() {
     for (std::size_t i = 1; i < answering_.jobs; ++i) queue_.async([this] { goOn(); });
     goOn();
-    std::unique_lock lock(mutex_);
-    ended_.wait(lock, [this] { return running_ == 0; });
+    while (isHandedBack()) goOn();
     return answers_.result();
   }
 
@@ -156,7 +157,23 @@ class AnsweringJobs {
       answers_.giveUp();
     }
     const std::lock_guard lock(mutex_);
-    if (--running_ == 0) ended_.notify_one();
+    if (--running_ == 0) changed_.notify_one();
+  }
+
+  // Waits for a job that is handed back, or for the end of all.
+  bool isHandedBack() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return running_ == 0 || handedBack_ > 0; });
+    if (handedBack_ == 0) return false;
+    --handedBack_;
+    return true;
+  }
+
+  void goOnAfterAnswer() {
+    if (CurrentActivityScope::exists()) return goOn();
+    const std::lock_guard lock(mutex_);
+    ++handedBack_;
+    changed_.notify_one();
   }
 
   // Whoever is the last to be through, the call or the answer, goes on with the job.
@@ -168,7 +185,7 @@ class AnsweringJobs {
       } catch (const std::bad_alloc&) {
         answers_.giveUp();
       }
-      if (oneIsThrough->exchange(true)) goOn();
+      if (oneIsThrough->exchange(true)) goOnAfterAnswer();
     });
     return oneIsThrough->exchange(true);
   }
@@ -186,8 +203,10 @@ class AnsweringJobs {
   OrderedAnswers answers_;
   const DispatchQueue queue_{"push.answers", DispatchQueue::Attribute::concurrent};
   std::mutex mutex_;
-  std::condition_variable ended_;
-  std::size_t running_;  // guarded by mutex_
+  std::condition_variable changed_;
+  // Below, guarded by mutex_.
+  std::size_t running_;
+  std::size_t handedBack_ = 0;
 };
 
 }  // namespace

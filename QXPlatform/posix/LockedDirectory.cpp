@@ -27,6 +27,11 @@ bool isOwn(const FileDescriptor& directory) {
   return fstat(directory.get(), &status) == 0 && status.st_uid == geteuid();
 }
 
+bool isRemoved(const FileDescriptor& directory) {
+  struct stat status {};
+  return fstat(directory.get(), &status) == 0 && status.st_nlink == 0;
+}
+
 }  // namespace
 
 LockedDirectory::LockedDirectory(fs::path path, std::optional<FileDescriptor> held)
@@ -34,13 +39,19 @@ LockedDirectory::LockedDirectory(fs::path path, std::optional<FileDescriptor> he
 
 Result<LockedDirectory> LockedDirectory::make(std::string_view prefix) {
   std::error_code error;
-  std::string path = (fs::temp_directory_path(error) / prefix).native() + "XXXXXX";
+  const std::string pattern = (fs::temp_directory_path(error) / prefix).native() + "XXXXXX";
   if (error) return Error{error.message()};
-  if (mkdtemp(path.data()) == nullptr) return Error{std::generic_category().message(errno)};
-  // Whoever cleans up in just this moment may have it before the lock does, so it may be gone when it is
-  // used.
-  auto held = lock(path);
-  return LockedDirectory(std::move(path), std::move(held));
+  // Whoever cleans up in just this moment may have it before the lock does. Where nothing can be locked, an
+  // unlocked one will do.
+  constexpr int kAttempts = 3;
+  for (int attempt = 1;; ++attempt) {
+    std::string path = pattern;
+    if (mkdtemp(path.data()) == nullptr) return Error{std::generic_category().message(errno)};
+    auto held = lock(path);
+    if ((held && !isRemoved(*held)) || attempt == kAttempts)
+      return LockedDirectory(std::move(path), std::move(held));
+    ::rmdir(path.c_str());
+  }
 }
 
 void removeUnlockedDirectories(std::string_view prefix, Leftovers leftovers) {

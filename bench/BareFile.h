@@ -20,10 +20,7 @@ class BareLock {
       : directory_(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     ::flock(directory_, operation);
   }
-  ~BareLock() {
-    ::flock(directory_, LOCK_UN);
-    ::close(directory_);
-  }
+  ~BareLock() { ::close(directory_); }
   BareLock(const BareLock&) = delete;
   BareLock& operator=(const BareLock&) = delete;
 

@@ -1,16 +1,21 @@
 #include "bench/BareJSON.h"
 
+#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
 
 namespace bench {
 
+// In storage that is let go at once, the library's own fast way.
 struct BareTree::Tree {
+  explicit Tree(std::string_view text) : root(boost::json::parse({text.data(), text.size()}, &storage)) {}
+
+  boost::json::monotonic_resource storage;
   boost::json::value root;
 };
 
-BareTree::BareTree(std::string_view text) : tree_(new Tree{boost::json::parse({text.data(), text.size()})}) {}
+BareTree::BareTree(std::string_view text) : tree_(new Tree(text)) {}
 BareTree::~BareTree() = default;
 
 std::string BareTree::text() const {
@@ -19,7 +24,8 @@ std::string BareTree::text() const {
 
 bool bareParse(std::string_view text) {
   boost::json::error_code error;
-  const boost::json::value tree = boost::json::parse({text.data(), text.size()}, error);
+  boost::json::monotonic_resource storage;
+  const boost::json::value tree = boost::json::parse({text.data(), text.size()}, error, &storage);
   return !error && !tree.is_null();
 }
 

@@ -10,14 +10,15 @@
 
 namespace support {
 
-// A forked copy of the test that runs one function and exits: 0 when it returns without a failed expectation.
-// Killed, if need be, when this object goes.
+// A child of the test. Killed, if need be, when this object goes.
 class ChildProcess {
  public:
-  explicit ChildProcess(const std::function<void()>& body) {
-    std::fflush(nullptr);
-    process_ = ::fork();
-    if (process_ < 0) throw std::runtime_error("No child process");
+  explicit ChildProcess(pid_t process) : process_(process) {
+    if (process < 0) throw std::runtime_error("No child process");
+  }
+  // A forked copy of the test that runs one function and exits: 0 when it returns without a failed
+  // expectation. To be made while no other thread of the test is at work.
+  explicit ChildProcess(const std::function<void()>& body) : ChildProcess(fork()) {
     if (process_ > 0) return;
     body();
     std::fflush(nullptr);
@@ -50,6 +51,11 @@ class ChildProcess {
   bool succeeds() { return exitCode() == 0; }
 
  private:
+  static pid_t fork() {
+    std::fflush(nullptr);
+    return ::fork();
+  }
+
   bool reap(int options) {
     int status = 0;
     if (::waitpid(process_, &status, options) != process_) return false;

@@ -12,9 +12,25 @@ namespace {
 
 constexpr std::chrono::minutes kLongestRun{2};
 
-void redirect(int descriptor, const std::string& path) {
-  ::dup2(::open(path.c_str(), descriptor == STDIN_FILENO ? O_RDONLY : O_WRONLY | O_CREAT | O_APPEND, 0600),
-         descriptor);
+void redirect(int descriptor, const char* path, int flags) {
+  ::dup2(::open(path, flags, 0600), descriptor);
+}
+
+// A copy of a process with several threads may not allocate: whichever of them was about to would have left
+// the allocator locked. So everything is laid out before the fork.
+pid_t start(const std::string& program, const std::vector<std::string>& arguments,
+            const TemporaryDirectory& files) {
+  std::vector<char*> words{const_cast<char*>(program.c_str())};
+  for (const std::string& word : arguments) words.push_back(const_cast<char*>(word.c_str()));
+  words.push_back(nullptr);
+  const std::array<std::string, 3> paths{files.path("input"), files.path("output"), files.path("errors")};
+  const pid_t process = ::fork();
+  if (process != 0) return process;
+  redirect(STDIN_FILENO, paths[0].c_str(), O_RDONLY);
+  redirect(STDOUT_FILENO, paths[1].c_str(), O_WRONLY | O_CREAT | O_APPEND);
+  redirect(STDERR_FILENO, paths[2].c_str(), O_WRONLY | O_CREAT | O_APPEND);
+  ::execv(program.c_str(), words.data());
+  ::_exit(127);
 }
 
 }  // namespace
@@ -31,16 +47,10 @@ long largestChildMemory() {
 
 RunningProgram::RunningProgram(std::string_view name, const std::vector<std::string>& arguments,
                                std::string_view input)
-    : process_([&, program = programPath(name), given = files_.write("input", input)] {
-        std::vector<char*> words{const_cast<char*>(program.c_str())};
-        for (const std::string& word : arguments) words.push_back(const_cast<char*>(word.c_str()));
-        words.push_back(nullptr);
-        redirect(STDIN_FILENO, given);
-        redirect(STDOUT_FILENO, files_.path("output"));
-        redirect(STDERR_FILENO, files_.path("errors"));
-        ::execv(program.c_str(), words.data());
-        ::_exit(127);
-      }) {}
+    : process_([&] {
+        files_.write("input", input);
+        return start(programPath(name), arguments, files_);
+      }()) {}
 
 std::string RunningProgram::output() const {
   return files_.read("output");

@@ -288,7 +288,7 @@ TEST_F(FileCoordinatorTest, LeavesTheStagingFileOfAnotherUsersWriterThatLives) {
 }
 
 TEST_F(FileCoordinatorTest, LeavesTheStagingFileOfAWriterThatLivesForWantOfDescriptors) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef QX_SANITIZED
   GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object's type";
 #endif
   const auto whileStaged = [&](const auto& file, const auto&) {

@@ -95,7 +95,7 @@ TEST_F(FileContents, RefusesFilesTooLargeForARecord) {
 }
 
 TEST_F(FileContents, WaitsOutAPassingWantOfDescriptors) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef QX_SANITIZED
   GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object's type";
 #endif
   directory_.write("record", "x");

@@ -256,7 +256,7 @@ TEST_F(CarouselCommand, SaysWhatItRefuses) {
     EXPECT_EQ(carousel({file, "--gallery", path("page.html"), option}).exitCode, 2) << option;
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(__clang__)
+#ifdef QX_SANITIZED
 constexpr QSize kPhotograph{1000, 750};  // a sanitizer takes long over each pixel
 #else
 constexpr QSize kPhotograph{4000, 3000};  // 48 MB when it is decoded as it is

@@ -1,9 +1,7 @@
 #include "tools/qx/EachPush.h"
 
-#include <algorithm>
 #include <condition_variable>
-#include <deque>
-#include <filesystem>
+#include <exception>
 #include <iostream>
 #include <list>
 #include <mutex>
@@ -12,7 +10,6 @@
 #include <utility>
 
 #include "QXPlatform/foundation/MemoryUse.h"
-#include "tools/qx/PushFiles.h"
 #include "tools/qx/Results.h"
 
 namespace qx {
@@ -26,61 +23,8 @@ using QXPlatform::Result;
 // What a thread takes at a time: enough that the taking does not count, and little to hold.
 constexpr std::size_t kMostPushesABatch = 32;
 constexpr std::size_t kMostBytesABatch = std::size_t{256} * 1024;
-// How many a thread may be behind what is read.
-constexpr std::size_t kMostBatchesAThread = 4;
-
-struct Task {
-  QXPlatform::PushText push;
-  PushPlace place;
-  PushReport report;
-};
-
-struct Batch {
-  std::vector<Task> tasks;
-  std::thread::id examinedBy = {};
-
-  bool isExamined() const { return examinedBy != std::thread::id(); }
-};
-
-std::string shownName(const std::string& file) {
-  return file == "-" ? "standard input" : file;
-}
-
-// Below a directory: a file of pushes, or what cannot be looked into, and why.
-struct DirectoryPart {
-  std::string path;
-  std::string unreadable;
-};
-
-// What is there as a name alone, such as a link that leads nowhere, says why when it is opened.
-bool mayHoldPushes(const std::filesystem::directory_entry& entry) {
-  const auto extension = entry.path().extension();
-  std::error_code ignored;
-  return (extension == ".json" || extension == ".ndjson") &&
-         (entry.is_regular_file(ignored) || !entry.exists(ignored));
-}
-
-void listParts(const std::filesystem::path& directory, std::vector<DirectoryPart>& parts) {
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
-       entry.increment(error)) {
-    std::error_code ignored;
-    if (!entry->is_symlink(ignored) && entry->is_directory(ignored)) {
-      listParts(entry->path(), parts);
-    } else if (mayHoldPushes(*entry)) {
-      parts.push_back({entry->path().string(), ""});
-    }
-  }
-  if (error) parts.push_back({directory.string(), error.message()});
-}
-
-// In the order of their names, below the directory too.
-std::vector<DirectoryPart> partsOf(const std::string& directory) {
-  std::vector<DirectoryPart> parts;
-  listParts(directory, parts);
-  std::ranges::sort(parts, {}, &DirectoryPart::path);
-  return parts;
-}
+// How many a thread has not reported on when it waits for its turn.
+constexpr std::size_t kMostBatchesBehind = 4;
 
 // On a terminal, too, what comes before it is seen before.
 void failInTurn(std::string_view command, const std::string& reason) {
@@ -95,151 +39,143 @@ bool print(const std::string& line) {
 
 // A file that cannot be opened is named in the reason already.
 std::string withPlace(const PushPlace& place, const Error& error) {
-  const std::string file = shownName(place.file);
-  return error.message.starts_with(file + ": ") ? error.message : place.name + ": " + error.message;
+  return error.message.starts_with(place.file + ": ") ? error.message : place.name + ": " + error.message;
 }
 
-// Has batches of pushes looked at by several threads, of which the one that adds them is one, and reports on
-// them in their order on that one. A single job looks at each push as it comes.
+// Has several threads go through the pushes, each of them from batch to batch: it reads one, looks at it, and
+// reports on it when its turn has come, or else after a later one. So a thread that the system holds up does
+// not hold up the others, and each lets go of what it has taken itself: threads that free each other's memory
+// meet at the allocator's locks. A single job goes from push to push.
 class Examination {
  public:
-  Examination(std::string_view command, std::size_t jobs,
+  Examination(std::string_view command, const PushInput& input,
               const std::function<PushReport(const std::string&, const PushPlace&)>& examine,
               const std::function<void(const PushPlace&, const Error&)>& unreadable)
-      : command_(command), jobs_(jobs), examine_(examine), unreadable_(unreadable) {}
-  ~Examination() {
-    {
-      const std::lock_guard lock(mutex_);
-      isOver_ = true;
-    }
-    isDue_.notify_all();
-  }
-  Examination(const Examination&) = delete;
-  Examination& operator=(const Examination&) = delete;
+      : command_(command),
+        jobs_(input.jobs),
+        examine_(examine),
+        unreadable_(unreadable),
+        pushes_(input.files) {}
 
-  void add(QXPlatform::PushText push, PushPlace place) {
-    bytesRead_ += push.text.size();
-    read_.push_back({std::move(push), std::move(place), {}});
-    if (jobs_ == 1 || read_.size() == kMostPushesABatch || bytesRead_ > kMostBytesABatch) handOver();
+  // The exit code.
+  int run() {
+    work([this] { startAnother(); });
+    others_.clear();
+    if (failure_) std::rethrow_exception(failure_);
+    return exitCode_;
   }
-
-  void flush() {
-    handOver();
-    while (!batches_.empty()) reportOnFirst();
-  }
-
-  // In the place of a push, what is said of a file that has none.
-  void addUnreadable(const std::string& file, std::string reason) {
-    add({{}, 1, "", Error{std::move(reason)}}, {.file = file, .name = shownName(file)});
-  }
-
-  int exitCode() const { return exitCode_; }
 
  private:
-  void handOver() {
-    if (helpers_.size() + 1 < jobs_) helpers_.emplace_back([this] { help(); });
-    bytesRead_ = 0;
-    {
-      const std::lock_guard lock(mutex_);
-      batches_.push_back({std::exchange(read_, {})});
-      due_.push_back(&batches_.back());
+  struct Batch {
+    std::size_t position = 0;
+    std::vector<PlacedPush> pushes;
+    std::vector<PushReport> reports;
+  };
+
+  void work(const std::function<void()>& whenTaken) {
+    try {
+      std::list<Batch> examined;  // and not reported on
+      while (takeNext(examined)) {
+        whenTaken();
+        auto& [position, pushes, reports] = examined.back();
+        for (const PlacedPush& each : pushes) reports.push_back(examine(each));
+        if (!report(examined, kMostBatchesBehind)) return;
+      }
+      report(examined, 0);
+    } catch (...) {
+      end(std::current_exception());
     }
-    isDue_.notify_one();
-    while (batches_.size() > (jobs_ == 1 ? 0 : jobs_ * kMostBatchesAThread)) reportOnFirst();
   }
 
-  void help() {
-    std::unique_lock lock(mutex_);
-    for (;;) {
-      isDue_.wait(lock, [this] { return isOver_ || !due_.empty(); });
-      if (due_.empty()) return;
-      std::list<Batch> reported = std::exchange(reported_, {});
+  // Unless the system gives no more.
+  void startAnother() {
+    if (others_.size() + 1 == jobs_) return;
+    try {
+      others_.emplace_back([this] { work([] {}); });
+    } catch (const std::system_error&) {
+    }
+  }
+
+  // Returns whether there was one.
+  bool takeNext(std::list<Batch>& batches) {
+    const std::size_t most = jobs_ == 1 ? 1 : kMostPushesABatch;
+    Batch batch;
+    const std::lock_guard lock(inputMutex_);
+    for (std::size_t bytes = 0; batch.pushes.size() < most && bytes <= kMostBytesABatch;) {
+      auto push = pushes_.next();
+      if (!push) break;
+      bytes += push->push.text.size();
+      batch.pushes.push_back(*std::move(push));
+    }
+    if (batch.pushes.empty()) return false;
+    batch.position = taken_++;
+    batches.push_back(std::move(batch));
+    return true;
+  }
+
+  PushReport examine(const PlacedPush& each) const {
+    if (!each.push.unreadable) return examine_(each.push.text, each.place);
+    return [this, &each] {
+      failInTurn(command_, withPlace(each.place, *each.push.unreadable));
+      if (unreadable_) unreadable_(each.place, *each.push.unreadable);
+      return false;
+    };
+  }
+
+  // As far as it is their turn, for which it waits while they are more than so many. Returns whether to go
+  // on.
+  bool report(std::list<Batch>& examined, std::size_t mostLeft) {
+    std::unique_lock lock(outputMutex_);
+    const auto isTurn = [&] { return isOver_ || examined.front().position == reported_; };
+    while (!isOver_ && !examined.empty()) {
+      if (examined.size() > mostLeft) changed_.wait(lock, isTurn);
+      if (isOver_ || !isTurn()) break;
       lock.unlock();
-      reported.clear();
+      const bool isGood = reportOn(examined.front());
+      examined.pop_front();
       lock.lock();
-      if (!due_.empty()) examineNext(lock);
+      if (!isGood) exitCode_ = 1;
+      ++reported_;
+      isOver_ = isOver_ || !std::cout;
+      changed_.notify_all();
     }
+    return !isOver_;
   }
 
-  // Looks at others while the first is with another thread.
-  void reportOnFirst() {
-    Batch& first = batches_.front();
-    {
-      std::unique_lock lock(mutex_);
-      while (!first.isExamined() && !due_.empty()) examineNext(lock);
-      isExamined_.wait(lock, [&] { return first.isExamined(); });
-    }
-    for (const Task& task : first.tasks) {
-      if (!task.report()) exitCode_ = 1;
-    }
+  static bool reportOn(const Batch& batch) {
+    bool isGood = true;
+    for (const PushReport& report : batch.reports) isGood = report() && isGood;
     std::cout.flush();
-    letGoOfFirst();
+    return isGood;
   }
 
-  // Memory is given back by the thread that took it: threads that free each other's hold each other up.
-  void letGoOfFirst() {
-    Batch& first = batches_.front();
-    if (first.examinedBy == std::this_thread::get_id()) return batches_.pop_front();
-    for (Task& task : first.tasks) task.push = {};
-    const std::lock_guard lock(mutex_);
-    reported_.splice(reported_.end(), batches_, batches_.begin());
-  }
-
-  void examineNext(std::unique_lock<std::mutex>& lock) {
-    Batch& batch = *due_.front();
-    due_.pop_front();
-    lock.unlock();
-    for (Task& task : batch.tasks) examine(task);
-    lock.lock();
-    batch.examinedBy = std::this_thread::get_id();
-    isExamined_.notify_one();
-  }
-
-  void examine(Task& task) const {
-    if (!task.push.unreadable) {
-      task.report = examine_(task.push.text, task.place);
-    } else {
-      task.report = [this, &task] {
-        failInTurn(command_, withPlace(task.place, *task.push.unreadable));
-        if (unreadable_) unreadable_(task.place, *task.push.unreadable);
-        return false;
-      };
-    }
+  void end(std::exception_ptr failure) {
+    const std::lock_guard lock(outputMutex_);
+    failure_ = std::move(failure);
+    isOver_ = true;
+    changed_.notify_all();
   }
 
   const std::string_view command_;
   const std::size_t jobs_;
   const std::function<PushReport(const std::string&, const PushPlace&)>& examine_;
   const std::function<void(const PushPlace&, const Error&)>& unreadable_;
-  std::vector<Task> read_;
-  std::size_t bytesRead_ = 0;
-  std::list<Batch> batches_;  // handed over and not reported on
+
+  std::mutex inputMutex_;
+  // Below, guarded by inputMutex_.
+  PlacedPushes pushes_;
+  std::size_t taken_ = 0;
+
+  std::mutex outputMutex_;
+  std::condition_variable changed_;
+  // Below, guarded by outputMutex_. Standard output belongs to who reports on the next one.
+  std::size_t reported_ = 0;
+  bool isOver_ = false;
+  std::exception_ptr failure_;
   int exitCode_ = 0;
 
-  std::mutex mutex_;
-  std::condition_variable isDue_;
-  std::condition_variable isExamined_;
-  // Below, guarded by mutex_, as is whether a batch is examined.
-  std::deque<Batch*> due_;
-  std::list<Batch> reported_;  // that helpers looked at
-  bool isOver_ = false;
-  std::vector<std::jthread> helpers_;
+  std::vector<std::jthread> others_;
 };
-
-void examineFile(const std::string& file, Examination& examination) {
-  PushFiles source({file});
-  auto push = source.next();
-  if (!push) examination.addUnreadable(file, "no push");
-  bool several = false;
-  while (push && std::cout) {
-    auto following = source.next();
-    several = several || following;
-    PushPlace place{file, push->line, several, shownName(file)};
-    if (several) place.name += ": line " + std::to_string(push->line);
-    examination.add(*std::move(push), std::move(place));
-    push = std::move(following);
-  }
-}
 
 }  // namespace
 
@@ -247,25 +183,7 @@ int forEachPush(std::string_view command, const PushInput& input,
                 const std::function<PushReport(const std::string& text, const PushPlace& place)>& examine,
                 const std::function<void(const PushPlace& place, const Error& reason)>& unreadable) {
   QXPlatform::keepMemoryUseEven(static_cast<int>(input.jobs));
-  Examination examination(command, input.jobs, examine, unreadable);
-  for (const std::string& file : input.files) {
-    std::error_code ignored;
-    if (!std::filesystem::is_directory(file, ignored)) {
-      examineFile(file, examination);
-      continue;
-    }
-    const auto parts = partsOf(file);
-    if (parts.empty()) examination.addUnreadable(file, "no .json and no .ndjson file");
-    for (const auto& [path, reason] : parts) {
-      if (reason.empty()) {
-        examineFile(path, examination);
-      } else {
-        examination.addUnreadable(path, reason);
-      }
-    }
-  }
-  examination.flush();
-  return examination.exitCode();
+  return Examination(command, input, examine, unreadable).run();
 }
 
 int printEachChanged(const SimulatorOptions& simulator, std::string_view command, const PushInput& input,

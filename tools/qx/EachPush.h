@@ -8,6 +8,7 @@
 
 #include "QXPlatform/foundation/Result.h"
 #include "QXPlatform/foundation/Value.h"
+#include "tools/qx/PlacedPushes.h"
 #include "tools/qx/PushDocument.h"
 #include "tools/qx/SimulatorOptions.h"
 
@@ -15,23 +16,15 @@ namespace qx {
 
 // What commands that look at pushes are given.
 struct PushInput {
-  std::vector<std::string>
-      files;             // "-" is standard input; a directory stands for its .json and .ndjson files
-  std::size_t jobs = 1;  // threads that look at pushes at the same time
+  std::vector<std::string> files;  // as PlacedPushes takes them
+  std::size_t jobs = 1;            // threads that look at pushes at the same time
 };
 
-// Which push is spoken of.
-struct PushPlace {
-  std::string file;      // "-" is standard input
-  std::size_t line = 1;  // where it begins
-  bool isOneOfSeveral = false;
-  std::string name = {};  // for a message: "pushes.ndjson: line 3"
-};
-
-// Calls `examine` with the text of every push, on several threads at once, and what that returns on this one,
-// in the order of the pushes, as long as standard output takes what comes of it. Says on standard error which
-// files cannot be read, and why, tells `unreadable`, and goes on. Returns the exit code: 1 when there was
-// such a one, or one without a push, or when a call answered false.
+// Calls `examine` with the text of every push, on several threads at once, and what that returns one after
+// the other, in the order of the pushes, as long as standard output takes what comes of it; with one job all
+// on the calling thread. Says on standard error which files cannot be read, and why, tells `unreadable`, and
+// goes on. Returns the exit code: 1 when there was such a one, or one without a push, or when a call answered
+// false.
 using PushReport = std::function<bool()>;
 int forEachPush(
     std::string_view command, const PushInput& input,

@@ -41,7 +41,6 @@ TEST(AuthoringCommandTest, CheckPrintsItsFindingsAndEndsByTheirSeverity) {
   EXPECT_EQ(broken.lines()[1]["line"].integer(), 4);
 }
 
-// The same findings, in order, whatever the number of threads.
 TEST(AuthoringCommandTest, CheckTakesFilesAndDirectories) {
   const support::TemporaryDirectory directory;
   std::filesystem::create_directory(directory.path("b"));
@@ -65,6 +64,19 @@ TEST(AuthoringCommandTest, CheckTakesFilesAndDirectories) {
   EXPECT_EQ(result.lines().back()["message"].string(), "No such file or directory");
   EXPECT_EQ(runProgram("qx", {"check", "--jobs", "4", directory.path(), directory.path("none.json")}).output,
             result.output);
+}
+
+TEST(AuthoringCommandTest, ThreadsKeepTheOrderOfBatches) {
+  std::string input;
+  for (std::size_t i = 0; i < 1000; ++i) {
+    input += i % 7 == 0 ? "nonsense\n" : R"({"aps":{},"_rf":{"vt":")" + std::string(i % 500, 'x') + "\"}}\n";
+  }
+  const auto one = runProgram("qx", {"pack", "-"}, input);
+  const auto several = runProgram("qx", {"pack", "--jobs", "4", "-"}, input);
+  EXPECT_EQ(several.exitCode, 1);
+  EXPECT_EQ(one.lines().size(), 857U);
+  EXPECT_EQ(several.output, one.output);
+  EXPECT_EQ(several.errors, one.errors);
 }
 
 TEST(AuthoringCommandTest, CheckWritesForPeopleAndForPrograms) {

@@ -71,6 +71,12 @@ bool keyLess(const Entry& left, const Entry& right) {
   return left.key < right.key;
 }
 
+// Most keys differ in their sizes or where they begin.
+bool sameKey(std::string_view left, std::string_view right) {
+  return left.size() == right.size() &&
+         (left.empty() || (left.front() == right.front() && left.substr(1) == right.substr(1)));
+}
+
 // Equal keys stay in their order. The library's sort takes memory each time.
 void sortByKey(std::vector<Entry>& entries) {
   constexpr std::size_t kInsertionSortLimit = 24;
@@ -169,7 +175,7 @@ const Value* Value::find(std::string_view key) const {
   const auto all = entries();
   if (all.size() <= kLinearSearchLimit) {
     for (const Entry& entry : all) {
-      if (entry.key == key) return &entry.value;
+      if (sameKey(entry.key, key)) return &entry.value;
     }
     return nullptr;
   }

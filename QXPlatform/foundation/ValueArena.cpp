@@ -17,16 +17,11 @@ constexpr std::size_t kSmallestChunk = 512;
 // Insertion sort needs no memory of its own and wins on dictionaries of the usual size.
 constexpr std::size_t kInsertionSortLimit = 24;
 
-std::uint8_t tag(Value::Kind kind) {
-  return static_cast<std::uint8_t>(kind);
-}
-
-std::uint32_t checkedSize(std::size_t size) {
-  if (size > std::numeric_limits<std::uint32_t>::max()) fatalError("A property-list node over 4 GiB");
-  return static_cast<std::uint32_t>(size);
-}
-
+// Few keys of a dictionary begin alike.
 bool keyLess(const ValueArena::RawEntry& left, const ValueArena::RawEntry& right) {
+  if (!left.key.empty() && !right.key.empty() && left.key.front() != right.key.front()) {
+    return static_cast<unsigned char>(left.key.front()) < static_cast<unsigned char>(right.key.front());
+  }
   return left.key < right.key;
 }
 
@@ -67,6 +62,11 @@ struct ValueArena::Storage : detail::Block {
   std::size_t size = 0;
 };
 
+std::uint32_t ValueArena::checkedSize(std::size_t size) {
+  if (size > std::numeric_limits<std::uint32_t>::max()) fatalError("A property-list node over 4 GiB");
+  return static_cast<std::uint32_t>(size);
+}
+
 ValueArena::ValueArena(std::size_t expectedBytes) {
   const std::size_t room = std::clamp(expectedBytes, kSmallestChunk, kLargestChunk);
   storage_ = new (::operator new(sizeof(Storage) + room)) Storage;
@@ -103,32 +103,8 @@ std::string_view ValueArena::store(std::string_view head, std::string_view tail)
   return {place, head.size() + tail.size()};
 }
 
-detail::RawValue ValueArena::null() {
-  return {nullptr, {.integer = 0}, 0, tag(Value::Kind::null)};
-}
-
-detail::RawValue ValueArena::boolean(bool value) {
-  return {nullptr, {.boolean = value}, 0, tag(Value::Kind::boolean)};
-}
-
-detail::RawValue ValueArena::integer(std::int64_t value) {
-  return {nullptr, {.integer = value}, 0, tag(Value::Kind::integer)};
-}
-
-detail::RawValue ValueArena::number(double value) {
-  return {nullptr, {.number = value}, 0, tag(Value::Kind::number)};
-}
-
-detail::RawValue ValueArena::date(Date value) {
-  return {nullptr, {.number = value.secondsSince1970}, 0, tag(Value::Kind::date)};
-}
-
-detail::RawValue ValueArena::string(std::string_view stored) {
-  return {storage_, {.bytes = stored.data()}, checkedSize(stored.size()), tag(Value::Kind::string)};
-}
-
-detail::RawValue ValueArena::data(std::string_view stored) {
-  return {storage_, {.bytes = stored.data()}, checkedSize(stored.size()), tag(Value::Kind::data)};
+detail::RawValue ValueArena::bytes(std::string_view stored, Value::Kind kind) {
+  return {storage_, {.bytes = stored.data()}, checkedSize(stored.size()), tag(kind)};
 }
 
 detail::RawValue ValueArena::array(std::span<const RawValue> elements) {

@@ -30,14 +30,18 @@ class ValueArena {
   // Text joined from two pieces, stored in the arena.
   std::string_view store(std::string_view head, std::string_view tail = {});
 
-  static RawValue null();
-  static RawValue boolean(bool value);
-  static RawValue integer(std::int64_t value);
-  static RawValue number(double value);
-  static RawValue date(Date value);
+  static RawValue null() { return {nullptr, {.integer = 0}, 0, tag(Value::Kind::null)}; }
+  static RawValue boolean(bool value) { return {nullptr, {.boolean = value}, 0, tag(Value::Kind::boolean)}; }
+  static RawValue integer(std::int64_t value) {
+    return {nullptr, {.integer = value}, 0, tag(Value::Kind::integer)};
+  }
+  static RawValue number(double value) { return {nullptr, {.number = value}, 0, tag(Value::Kind::number)}; }
+  static RawValue date(Date value) {
+    return {nullptr, {.number = value.secondsSince1970}, 0, tag(Value::Kind::date)};
+  }
   // `stored`: from store() of this arena.
-  RawValue string(std::string_view stored);
-  RawValue data(std::string_view stored);
+  RawValue string(std::string_view stored) { return bytes(stored, Value::Kind::string); }
+  RawValue data(std::string_view stored) { return bytes(stored, Value::Kind::data); }
   RawValue array(std::span<const RawValue> elements);
   // Sorts `entries` in place; of equal keys the last counts. Keys: from store() of this arena, or literals.
   RawValue dictionary(std::span<RawEntry> entries);
@@ -53,6 +57,10 @@ class ValueArena {
  private:
   struct Storage;
 
+  static constexpr std::uint8_t tag(Value::Kind kind) { return static_cast<std::uint8_t>(kind); }
+  static std::uint32_t checkedSize(std::size_t size);
+
+  RawValue bytes(std::string_view stored, Value::Kind kind);
   void* allocate(std::size_t size, std::size_t alignment);
 
   Storage* storage_;

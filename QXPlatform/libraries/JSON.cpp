@@ -61,19 +61,19 @@ class TreeBuilder {
   bool on_key_part(std::string_view part, std::size_t, error_code&) { return keep(part); }
   bool on_key(std::string_view rest, std::size_t size, error_code& failure) {
     if (!hasRoom(size) || !canGrow(members_)) return stop(failure);
-    members_.push_back({joined(rest), ValueArena::null()});
+    members_.emplace_back().key = joined(rest);
     return true;
   }
   bool on_string_part(std::string_view part, std::size_t, error_code&) { return keep(part); }
   bool on_string(std::string_view rest, std::size_t size, error_code& failure) {
     if (!hasRoom(size)) return stop(failure);
-    return place(arena_.string(joined(rest)), failure);
+    return place([&] { return arena_.string(joined(rest)); }, failure);
   }
 
   // Only a text that comes in several pieces has numbers in parts.
   static bool on_number_part(std::string_view, error_code&) { return true; }
   bool on_int64(std::int64_t value, std::string_view, error_code& failure) {
-    return place(ValueArena::integer(value), failure);
+    return place([value] { return ValueArena::integer(value); }, failure);
   }
   bool on_uint64(std::uint64_t, std::string_view digits, error_code& failure) {
     return on_double(0, digits, failure);
@@ -89,11 +89,13 @@ class TreeBuilder {
       failure = error::exponent_overflow;
       return false;
     }
-    return place(ValueArena::number(exact), failure);
+    return place([exact] { return ValueArena::number(exact); }, failure);
   }
 
-  bool on_bool(bool value, error_code& failure) { return place(ValueArena::boolean(value), failure); }
-  bool on_null(error_code& failure) { return place(ValueArena::null(), failure); }
+  bool on_bool(bool value, error_code& failure) {
+    return place([value] { return ValueArena::boolean(value); }, failure);
+  }
+  bool on_null(error_code& failure) { return place(&ValueArena::null, failure); }
 
   static bool on_comment_part(std::string_view, error_code&) { return true; }
   static bool on_comment(std::string_view, error_code&) { return true; }
@@ -108,15 +110,18 @@ class TreeBuilder {
   }
   bool close(const ValueArena::RawValue& container, error_code& failure) {
     --depth_;
-    return place(container, failure);
+    return place([&container] { return container; }, failure);
   }
-  bool place(const ValueArena::RawValue& value, error_code& failure) {
-    if (insideObject_[depth_]) {
-      members_.back().value = value;
-      return true;
+  // `make` fills the place where the value stays: one that is copied as soon as its parts are written keeps
+  // the processor waiting for them.
+  template <typename Make>
+  bool place(const Make& make, error_code& failure) {
+    if (!insideObject_[depth_]) {
+      if (!canGrow(values_)) return stop(failure);
+      values_.emplace_back();
     }
-    if (!canGrow(values_)) return stop(failure);
-    values_.push_back(value);
+    auto* const place = insideObject_[depth_] ? &members_.back().value : &values_.back();
+    new (place) ValueArena::RawValue(make());
     return true;
   }
 

@@ -80,15 +80,12 @@ Transfer::Transfer(URLRequest request, const URLSessionConfiguration& configurat
       body_(std::move(body)),
       completion_(std::move(completion)) {}
 
-std::optional<URLError> Transfer::begin(EasyHandle spare) {
+std::optional<URLError> Transfer::begin() {
   started_ = lastProgress_ = Clock::current().now();
-  easy_ = spare ? std::move(spare) : EasyHandle(curl_easy_init());
-  if (!easy_) return error(URLError::Code::cannotConnect, "out of memory");
-  configureOnce();
   return prepareHop();
 }
 
-void Transfer::configureOnce() {
+void Transfer::configureHandle() {
   CURL* const handle = easy_.get();
   curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
@@ -123,6 +120,11 @@ std::optional<URLError> Transfer::prepareHop() {
   bodyBegun_ = false;
   inflated_.reset();
   bytesMoved_ = 0;
+  // A new one for each answer: what a first header that begins with a space continues the library looks for
+  // in the answer before, although it has freed that.
+  easy_.reset(curl_easy_init());
+  if (!easy_) return error(URLError::Code::cannotConnect, "out of memory");
+  configureHandle();
   curl_easy_setopt(easy(), CURLOPT_URL, request_.url.absoluteString().c_str());
   // A proxy of the environment's is for what lies outside.
   const bool local = Endpoint::of(request_.url)->isLoopback();
@@ -135,8 +137,6 @@ std::optional<URLError> Transfer::prepareHop() {
 void Transfer::configureMethod() {
   const std::string& method = request_.httpMethod;
   const bool sendsBody = request_.httpBody || method == "POST" || method == "PUT";
-  // Whatever an earlier hop has left: GET is the neutral state.
-  curl_easy_setopt(easy(), CURLOPT_HTTPGET, 1L);
   if (sendsBody) {
     const std::string_view body = request_.httpBody ? request_.httpBody->view() : std::string_view("");
     curl_easy_setopt(easy(), CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
@@ -318,19 +318,17 @@ std::optional<URLError> Transfer::follow(const std::string& target, int status) 
   return prepareHop();
 }
 
-EasyHandle Transfer::complete(std::optional<URLError> failed) {
+void Transfer::complete(std::optional<URLError> failed) {
   if (failed) error_ = std::move(failed);
   std::shared_ptr<const URLResponse> response;
   if (!error_) {
     response = std::make_shared<HTTPURLResponse>(request_.url, statusCode(), std::move(headers_));
   }
-  if (easy_) curl_easy_reset(easy());
-  EasyHandle spare = std::move(easy_);
+  easy_.reset();
   // Ahead of the completion, which counts on being the body's last owner.
   inflated_.reset();
   body_.reset();
   std::exchange(completion_, nullptr)(std::move(response), std::move(error_));
-  return spare;
 }
 
 // Adds the host to what the body says.

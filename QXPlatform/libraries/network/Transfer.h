@@ -28,9 +28,9 @@ class Transfer {
   Transfer(const Transfer&) = delete;
   Transfer& operator=(const Transfer&) = delete;
 
-  // Prepares the first hop; an error when it may not be made. `spare`: a handle that another transfer has
-  // done with, if there is one.
-  std::optional<URLError> begin(EasyHandle spare);
+  // Prepares the first hop; an error when it may not be made.
+  std::optional<URLError> begin();
+  // Of the hop; none before begin() and after complete().
   CURL* easy() const { return easy_.get(); }
 
   // When the transfer has to end, as things stand.
@@ -39,11 +39,12 @@ class Transfer {
   // With the host's name before the cause.
   URLError error(URLError::Code code, std::string_view cause) const;
 
-  // A hop has ended. True when another one is prepared: the handle is to be run again.
+  // A hop has ended and its handle is run no more. True when another one, with a handle of its own, is
+  // prepared.
   bool continueAfter(CURLcode code);
 
-  // Calls the completion: with `error`, or with what continueAfter() has found. Gives the handle back.
-  EasyHandle complete(std::optional<URLError> error = std::nullopt);
+  // Calls the completion: with `error`, or with what continueAfter() has found.
+  void complete(std::optional<URLError> error = std::nullopt);
 
  private:
   static std::size_t takeHeader(char* bytes, std::size_t size, std::size_t count, void* self);
@@ -52,7 +53,7 @@ class Transfer {
   static int takeConnection(void* self, char*, char*, int, int);
 
   std::optional<URLError> prepareHop();
-  void configureOnce();
+  void configureHandle();
   void configureMethod();
   bool configureHeaders();
 

@@ -149,8 +149,8 @@ void Transport::carryOut(Command command) {
 }
 
 void Transport::begin(std::shared_ptr<Transfer> transfer) {
-  if (auto refused = transfer->begin(std::move(spare_))) {
-    spare_ = transfer->complete(std::move(refused));
+  if (auto refused = transfer->begin()) {
+    transfer->complete(std::move(refused));
     return;
   }
   curl_multi_add_handle(multi_.get(), transfer->easy());
@@ -165,9 +165,9 @@ void Transport::collectEnded() {
     const CURLcode code = message->data.result;
     Transfer* transfer = nullptr;
     curl_easy_getinfo(easy, CURLINFO_PRIVATE, &transfer);
+    curl_multi_remove_handle(multi_.get(), easy);
     if (transfer->continueAfter(code)) {
-      curl_multi_remove_handle(multi_.get(), easy);
-      curl_multi_add_handle(multi_.get(), easy);
+      curl_multi_add_handle(multi_.get(), transfer->easy());
     } else {
       finish(transfer, std::nullopt);
     }
@@ -214,7 +214,7 @@ void Transport::finish(const Transfer* transfer, std::optional<URLError> error) 
   const std::shared_ptr<Transfer> ended = std::move(*place);
   active_.erase(place);
   curl_multi_remove_handle(multi_.get(), ended->easy());
-  spare_ = ended->complete(std::move(error));
+  ended->complete(std::move(error));
 }
 
 bool Transport::isActive(const Transfer* transfer) const {

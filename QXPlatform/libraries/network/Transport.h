@@ -76,7 +76,6 @@ class Transport {
 
   // Below, in the work item alone.
   std::vector<std::shared_ptr<Transfer>> active_;
-  EasyHandle spare_;  // of a transfer that has ended: to make one costs as much as to use it
 };
 
 }  // namespace QXPlatform

@@ -147,6 +147,7 @@ TEST(URLSessionTest, ABrokenAnswerIsAnError) {
                     {"X-Largest", std::string(90'000, 'x')}}},
        Code::badServerResponse},
       {{.headers = {{"Content-Length", "99999999999"}}, .body = "x"}, Code::badServerResponse},
+      {{.headers = {{" continues", "no header of this answer"}}}, Code::connectionLost},
   };
   for (const auto& [response, code] : table) {
     const LoopbackServer server = answering(response);

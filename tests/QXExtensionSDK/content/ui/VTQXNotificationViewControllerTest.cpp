@@ -162,8 +162,8 @@ TEST(CarouselLifetime, TheExtensionMayBeClosedFromWithinItsOwnCallbacks) {
 
 // Ends the application while an image is being decoded and another waits; exits with what went wrong, or 0.
 [[noreturn]] void endWhileDecoding() {
-  const auto bytes =
-      std::make_shared<const QXPlatform::Data>(support::encodedImage("PNG", {9000, 9000}, Qt::red));
+  // Takes its two seconds of processor.
+  const auto bytes = std::make_shared<const QXPlatform::Data>(support::encodedSlowImage());
   std::promise<void> begun;
   auto inUse = std::make_shared<int>();
   const std::weak_ptr decoding = inUse;
@@ -180,7 +180,7 @@ TEST(CarouselLifetime, TheExtensionMayBeClosedFromWithinItsOwnCallbacks) {
   begun.get_future().wait();
   const auto begin = std::chrono::steady_clock::now();
   delete qApp;
-  const bool hasWaited = std::chrono::steady_clock::now() - begin > std::chrono::milliseconds(500);
+  const bool hasWaited = std::chrono::steady_clock::now() - begin > std::chrono::milliseconds(1500);
   std::exit(!decoding.expired() ? 2 : isNextBegun ? 3 : hasWaited ? 4 : 0);
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
-#include <unordered_set>
 #include <utility>
 
 #include "QXExtensionSDK/payload/JSONParser.h"
@@ -34,21 +33,20 @@ DataStoreStatus DeliveryReceiptRepositoryManager::storeReceipt(
 
 std::optional<Receipts> DeliveryReceiptRepositoryManager::fetchPendingReceipts() {
   run_->releaseAll();
-  Receipts candidates = storing_->fetchReceipts(PNStatus::failed).value_or(Receipts());
+  Receipts batch = storing_->fetchReceipts(PNStatus::failed).value_or(Receipts());
   if (auto pending = storing_->fetchReceipts(PNStatus::pending)) {
-    std::ranges::move(*pending, std::back_inserter(candidates));
+    batch.insert(batch.end(), std::move_iterator(pending->begin()), std::move_iterator(pending->end()));
   }
-  Receipts batch;
-  // Another writer may have put a receipt into the file twice.
-  std::unordered_set<std::string> taken;
-  while (!candidates.empty() && batch.size() < maxReceiptsPerRequest) {
-    const std::string& uuid = candidates.back().uuid();
-    if (taken.insert(uuid).second && run_->claim(uuid)) batch.push_back(std::move(candidates.back()));
-    candidates.pop_back();
-  }
-  if (batch.empty()) return std::nullopt;
-  std::ranges::reverse(batch);
-  return batch;
+  // Of a receipt that another writer has put into the file twice one is claimed.
+  std::size_t claimed = 0;
+  const auto isLeftOut = [&](const auto& receipt) {
+    if (claimed == maxReceiptsPerRequest || !run_->claim(receipt.uuid())) return true;
+    ++claimed;
+    return false;
+  };
+  const auto oldest = std::remove_if(batch.rbegin(), batch.rend(), isLeftOut);
+  batch.erase(batch.begin(), oldest.base());
+  return batch.empty() ? std::nullopt : std::optional(std::move(batch));
 }
 
 void DeliveryReceiptRepositoryManager::handleSendResult(bool succeeded, const Receipts& receipts,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <unordered_map>
 
@@ -14,31 +15,34 @@ namespace QXExtensionSDK {
 
 // What the runs on one file have in common.
 struct ReceiptRun::Ledger {
-  struct Claim {
-    std::uint64_t run;
-    QXPlatform::Clock::TimePoint end;
+  // Of a receipt that is claimed, acknowledged or both.
+  struct Entry {
+    std::uint64_t claimedBy = kNobody;
+    QXPlatform::Clock::TimePoint claimEnd{};
+    // With the last run that had begun when the receipt was removed; kStillInFile before.
+    std::optional<std::uint64_t> acknowledged;
   };
+
+  static constexpr std::uint64_t kNobody = 0;
+  static constexpr std::uint64_t kStillInFile = UINT64_MAX;
 
   // The same object for every run on that file at the time.
   static std::shared_ptr<Ledger> shared(AppGroupSDK::ExtensionModuleName module, std::string_view appId);
 
   void releaseAll(std::uint64_t run) {
-    std::erase_if(claims, [run](const auto& claim) { return claim.second.run == run; });
+    for (auto& [uuid, entry] : entries) {
+      if (entry.claimedBy == run) entry.claimedBy = kNobody;
+    }
+    std::erase_if(entries, [](const auto& each) {
+      return each.second.claimedBy == kNobody && !each.second.acknowledged;
+    });
   }
 
   std::mutex mutex;  // guards what follows
   std::uint64_t begun = 0;
   std::set<std::uint64_t> running;
-  std::unordered_map<std::string, Claim> claims;
-  // With the last run that had begun when the receipt was removed; kStillInFile before.
-  std::unordered_map<std::string, std::uint64_t> acknowledged;
+  std::unordered_map<std::string, Entry> entries;
 };
-
-namespace {
-
-constexpr std::uint64_t kStillInFile = UINT64_MAX;
-
-}  // namespace
 
 std::shared_ptr<ReceiptRun::Ledger> ReceiptRun::Ledger::shared(AppGroupSDK::ExtensionModuleName module,
                                                                std::string_view appId) {
@@ -71,17 +75,20 @@ ReceiptRun::~ReceiptRun() {
   ledger_->running.erase(number_);
   // What was removed before a run began, it has never seen.
   const auto oldest = ledger_->running.empty() ? number_ + 1 : *ledger_->running.begin();
-  std::erase_if(ledger_->acknowledged, [&](const auto& entry) { return entry.second < oldest; });
+  std::erase_if(ledger_->entries, [&](const auto& entry) {
+    return entry.second.acknowledged && *entry.second.acknowledged < oldest;
+  });
 }
 
 bool ReceiptRun::claim(const std::string& uuid) {
   const auto now = QXPlatform::Clock::current().now();
   const std::lock_guard lock(ledger_->mutex);
-  if (ledger_->acknowledged.contains(uuid)) return false;
-  const Ledger::Claim own{number_, now + kClaimLifetime};
-  const auto [claim, isNew] = ledger_->claims.try_emplace(uuid, own);
-  if (!isNew && claim->second.run != number_ && now < claim->second.end) return false;
-  claim->second = own;
+  auto& entry = ledger_->entries[uuid];
+  const bool isTaken =
+      entry.claimedBy == number_ || (entry.claimedBy != Ledger::kNobody && now < entry.claimEnd);
+  if (entry.acknowledged || isTaken) return false;
+  entry.claimedBy = number_;
+  entry.claimEnd = now + kClaimLifetime;
   return true;
 }
 
@@ -92,19 +99,24 @@ void ReceiptRun::releaseAll() {
 
 void ReceiptRun::acknowledge(std::span<const std::string> uuids) {
   const std::lock_guard lock(ledger_->mutex);
-  for (const auto& uuid : uuids) ledger_->acknowledged.try_emplace(uuid, kStillInFile);
+  for (const auto& uuid : uuids) {
+    auto& acknowledged = ledger_->entries[uuid].acknowledged;
+    if (!acknowledged) acknowledged = Ledger::kStillInFile;
+  }
 }
 
 bool ReceiptRun::isAcknowledged(const std::string& uuid) const {
   const std::lock_guard lock(ledger_->mutex);
-  return ledger_->acknowledged.contains(uuid);
+  const auto entry = ledger_->entries.find(uuid);
+  return entry != ledger_->entries.end() && entry->second.acknowledged;
 }
 
 void ReceiptRun::removed(std::span<const std::string> uuids) {
   const std::lock_guard lock(ledger_->mutex);
   for (const auto& uuid : uuids) {
-    const auto entry = ledger_->acknowledged.find(uuid);
-    if (entry != ledger_->acknowledged.end()) entry->second = std::min(entry->second, ledger_->begun);
+    const auto entry = ledger_->entries.find(uuid);
+    if (entry == ledger_->entries.end() || !entry->second.acknowledged) continue;
+    entry->second.acknowledged = std::min(*entry->second.acknowledged, ledger_->begun);
   }
 }
 

@@ -32,8 +32,9 @@ class ReceiptRun {
   ReceiptRun(const ReceiptRun&) = delete;
   ReceiptRun& operator=(const ReceiptRun&) = delete;
 
-  // False when it is acknowledged, or when another run has been sending it for less than kClaimLifetime. By
-  // then that run has given its push back, whatever its back end still does.
+  // False when it is acknowledged, when this run has claimed it already, or when another run has been sending
+  // it for less than kClaimLifetime. By then that run has given its push back, whatever its back end still
+  // does.
   bool claim(const std::string& uuid);
   void releaseAll();
 

@@ -25,6 +25,7 @@ constexpr double kFocusRadius = 24 + kFocusGap;
 CarouselContentView::CarouselContentView(std::function<void()> tapped, QWidget* parent)
     : QWidget(parent), tapped_(std::move(tapped)) {
   setFocusPolicy(Qt::StrongFocus);
+  setAttribute(Qt::WA_OpaquePaintEvent);
   QXPlatform::setAccessibility(*this, {QAccessible::Button, tapped_});
   slide_.setDuration(kSlideMilliseconds);
   slide_.setEasingCurve(QEasingCurve::OutCubic);
@@ -130,10 +131,20 @@ void CarouselContentView::focusOutEvent(QFocusEvent* event) {
   update();
 }
 
+// Panels cover most of it.
+void CarouselContentView::paintBackground(QPainter& painter) const {
+  QRegion background = rect();
+  for (const auto& panel : {panel_, leaving_}) {
+    if (panel != nullptr) background -= panel->opaqueRegion(painter);
+  }
+  for (const QRect& part : background) painter.fillRect(part, palette().window());
+}
+
 void CarouselContentView::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  paintBackground(painter);
   // While panels pass over it the ring would stand there in pieces.
   if (!showsFocus_ || !hasFocus() || isSliding()) return;
-  QPainter painter(this);
   const QRectF ring = QRectF(panelFrame()).adjusted(-kFocusGap, -kFocusGap, kFocusGap, kFocusGap);
   drawFocusRing(painter, QXPlatform::continuousRoundedRect(ring, kFocusRadius), palette());
 }

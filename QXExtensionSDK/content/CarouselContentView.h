@@ -44,6 +44,7 @@ class CarouselContentView final : public QWidget {
 
  private:
   void startSlide(PanelChange change);
+  void paintBackground(QPainter& painter) const;
   void moveSlide(double progress);
   void endSlide();
 

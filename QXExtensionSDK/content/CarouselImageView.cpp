@@ -237,15 +237,16 @@ void CarouselImageView::paintBacking(QPainter& painter, const QPainterPath& fram
   }
 }
 
-QRegion CarouselImageView::opaqueRegion() const {
-  return QXPlatform::FramedRoundedRect(rect(), kCornerRadius, kBorderWidth).plainRegion();
+QRegion CarouselImageView::opaqueRegion(const QPainter& painter) const {
+  const QXPlatform::FramedRoundedRect frame(rect(), kCornerRadius, kBorderWidth);
+  return frame.opaqueRegion(painter).translated(pos());
 }
 
 void CarouselImageView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   const QXPlatform::FramedRoundedRect frame(rect(), kCornerRadius, kBorderWidth);
   const bool isHidden = !image_.isNull() && !image_.hasAlphaChannel();
-  frame.fill(painter, backgroundColor_, isHidden ? frame.plainRegion() : QRegion());
+  frame.fill(painter, backgroundColor_, isHidden ? frame.opaqueRegion(painter) : QRegion());
   if (!image_.isNull()) frame.fill(painter, image_);
   paintBacking(painter, frame.outline());
   frame.drawLine(painter, toQColor(kBorderColor));

@@ -32,8 +32,8 @@ class CarouselImageView final : public QWidget {
   void setFrame(const QRect& frame);
   void configure(const MediaComponent& viewModel, std::int64_t panelIndex);
 
-  // Where nothing under it is to be seen.
-  QRegion opaqueRegion() const;
+  // Where nothing of its parent is to be seen, drawn by such a painter.
+  QRegion opaqueRegion(const QPainter& painter) const;
   // As the payload gives it.
   const std::string& url() const { return url_; }
   ImageLoadingState imageLoadingState() const { return imageLoadingState_; }

@@ -6,7 +6,6 @@
 
 #include "QXExtensionSDK/content/ViewConversions.h"
 #include "QXPlatform/ui/Accessibility.h"
-#include "QXPlatform/ui/RoundedRect.h"
 
 namespace QXExtensionSDK {
 
@@ -109,10 +108,17 @@ void CarouselPanelView::layoutSubviews() {
                               textLayout_.subTitleHeight);
 }
 
+QXPlatform::FramedRoundedRect CarouselPanelView::card() const {
+  return {rect(), kCornerRadius, 0};
+}
+
+QRegion CarouselPanelView::opaqueRegion(const QPainter& painter) const {
+  return card().opaqueRegion(painter).translated(pos());
+}
+
 void CarouselPanelView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  const QRegion image = imageView_->opaqueRegion().translated(imageView_->pos());
-  QXPlatform::FramedRoundedRect(rect(), kCornerRadius, 0).fill(painter, panelColor_, image);
+  card().fill(painter, panelColor_, imageView_->opaqueRegion(painter));
 }
 
 }  // namespace QXExtensionSDK

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <QColor>
+#include <QRegion>
 #include <QWidget>
 #include <cstdint>
 #include <memory>
 
 #include "QXExtensionSDK/content/CarouselImageView.h"
 #include "QXExtensionSDK/content/CarouselViewModel.h"
+#include "QXPlatform/ui/RoundedRect.h"
 
 namespace QXExtensionSDK {
 
@@ -37,11 +39,15 @@ class CarouselPanelView final : public QWidget {
   static int heightForPanels(const PanelTextLayout& layout, int width);
   void setTextLayout(const PanelTextLayout& layout);
 
+  // Where nothing of its parent is to be seen, drawn by such a painter.
+  QRegion opaqueRegion(const QPainter& painter) const;
+
  protected:
   void paintEvent(QPaintEvent* event) override;
 
  private:
   void layoutSubviews();
+  QXPlatform::FramedRoundedRect card() const;
 
   QColor panelColor_;
   PanelTextLayout textLayout_;

@@ -65,14 +65,8 @@ FramedRoundedRect::FramedRoundedRect(const QRect& rect, double radius, int line)
 void FramedRoundedRect::fill(QPainter& painter, const QColor& color, const QRegion& drawnOver) const {
   painter.setRenderHint(QPainter::Antialiasing);
   if (!isCut(painter)) return painter.fillPath(outline(), color);
-  for (const QRect& corner : corners()) {
-    drawCached(painter, cornerKey("fill", corner, color), corner, [&](QPainter& pixels) {
-      pixels.setRenderHint(QPainter::Antialiasing);
-      pixels.fillPath(outlineFrom(corner), color);
-    });
-  }
-  painter.setRenderHint(QPainter::Antialiasing, false);
-  for (const QRect& part : plainRegion().subtracted(drawnOver)) painter.fillRect(part, color);
+  drawCut(painter, "fill", color, plainRegion().subtracted(drawnOver),
+          [&](QPainter& pixels, const QPainterPath& path) { pixels.fillPath(path, color); });
 }
 
 void FramedRoundedRect::fill(QPainter& painter, const QImage& image) const {
@@ -105,20 +99,30 @@ void FramedRoundedRect::drawLine(QPainter& painter, const QColor& color) const {
   const QPen pen(color, line_);
   painter.setRenderHint(QPainter::Antialiasing);
   if (!isCut(painter)) return painter.strokePath(outline(), pen);
+  const QRect inner = rect_.adjusted(line_, line_, -line_, -line_);
+  drawCut(painter, "line", color, plainRegion().subtracted(inner),
+          [&](QPainter& pixels, const QPainterPath& path) { pixels.strokePath(path, pen); });
+}
+
+void FramedRoundedRect::drawCut(QPainter& painter, const char* kind, const QColor& color,
+                                const QRegion& plain, const DrawOutline& drawOutline) const {
   for (const QRect& corner : corners()) {
-    drawCached(painter, cornerKey("line", corner, color), corner, [&](QPainter& pixels) {
+    drawCached(painter, cornerKey(kind, corner, color), corner, [&](QPainter& pixels) {
       pixels.setRenderHint(QPainter::Antialiasing);
-      pixels.strokePath(outlineFrom(corner), pen);
+      drawOutline(pixels, outline().translated(-corner.topLeft()));
     });
   }
   painter.setRenderHint(QPainter::Antialiasing, false);
-  const QRect inner = rect_.adjusted(line_, line_, -line_, -line_);
-  for (const QRect& side : plainRegion().subtracted(inner)) painter.fillRect(side, color);
+  for (const QRect& part : plain) painter.fillRect(part, color);
 }
 
 QPainterPath FramedRoundedRect::outline() const {
   const double inset = line_ / 2.0;
   return continuousRoundedRect(QRectF(rect_).adjusted(inset, inset, -inset, -inset), radius_ - inset);
+}
+
+QRegion FramedRoundedRect::opaqueRegion(const QPainter& painter) const {
+  return isCut(painter) ? plainRegion() : QRegion();
 }
 
 QRegion FramedRoundedRect::plainRegion() const {
@@ -152,20 +156,10 @@ std::array<QRect, 3> FramedRoundedRect::rest() const {
            {rect_.x() + square_ + width, top, square_, height}}};
 }
 
-QPainterPath FramedRoundedRect::outlineFrom(const QRect& corner) const {
-  return outline().translated(-corner.topLeft());
-}
-
 QString FramedRoundedRect::cornerKey(const char* kind, const QRect& corner, const QColor& color) const {
   const bool isRight = corner.x() != rect_.x();
   const bool isBottom = corner.y() != rect_.y();
-  return QStringLiteral("corner %1 %2 %3 %4 %5 %6")
-      .arg(QLatin1String(kind))
-      .arg(isRight)
-      .arg(isBottom)
-      .arg(radius_)
-      .arg(line_)
-      .arg(color.rgba());
+  return QString::asprintf("corner %s %d %d %g %d %x", kind, isRight, isBottom, radius_, line_, color.rgba());
 }
 
 }  // namespace QXPlatform

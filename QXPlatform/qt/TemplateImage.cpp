@@ -3,28 +3,32 @@
 #include <QPixmap>
 #include <QPixmapCache>
 #include <QSvgRenderer>
+#include <QTransform>
 #include <QtMath>
+
+#include "QXPlatform/ui/CachedDrawing.h"
 
 namespace QXPlatform {
 
 namespace {
 
-QPixmap render(const QString& resource, QSize pixels, const QColor& color) {
+QPixmap render(const QString& resource, QSize pixels, const QColor& color, bool isMirrored) {
   QPixmap pixmap(pixels);
   pixmap.fill(Qt::transparent);
   QPainter painter(&pixmap);
   QSvgRenderer(resource).render(&painter);
   painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
   painter.fillRect(pixmap.rect(), color);
-  return pixmap;
+  painter.end();
+  return isMirrored ? pixmap.transformed(QTransform::fromScale(-1, 1)) : pixmap;
 }
 
-QPixmap cached(const QString& resource, QSize pixels, const QColor& color) {
+QPixmap cached(const QString& resource, QSize pixels, const QColor& color, bool isMirrored) {
   const QString key =
-      QStringLiteral("%1 %2x%3 %4").arg(resource).arg(pixels.width()).arg(pixels.height()).arg(color.rgba());
+      resource + QString::asprintf(" %dx%d %x %d", pixels.width(), pixels.height(), color.rgba(), isMirrored);
   QPixmap pixmap;
   if (QPixmapCache::find(key, &pixmap)) return pixmap;
-  pixmap = render(resource, pixels, color);
+  pixmap = render(resource, pixels, color, isMirrored);
   QPixmapCache::insert(key, pixmap);
   return pixmap;
 }
@@ -35,13 +39,16 @@ void drawTemplateImage(QPainter& painter, const QString& resource, const QRectF&
                        bool isMirrored) {
   const double scale = painter.device()->devicePixelRatioF();
   const QSize pixels(qCeil(target.width() * scale), qCeil(target.height() * scale));
-  const QPixmap pixmap = cached(resource, pixels, color);
+  const QPixmap pixmap = cached(resource, pixels, color, isMirrored);
   painter.save();
-  painter.translate(target.center());
-  if (isMirrored) painter.scale(-1, 1);
-  painter.translate(-target.center());
-  painter.setRenderHint(QPainter::SmoothPixmapTransform);
-  painter.drawPixmap(target, pixmap, QRectF(pixmap.rect()));
+  if (arePointsWholePixels(painter.deviceTransform()) && QRectF(target.toRect()) == target) {
+    painter.translate(target.topLeft());
+    painter.scale(1 / scale, 1 / scale);
+    painter.drawPixmap(0, 0, pixmap);
+  } else {
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawPixmap(target, pixmap, QRectF(pixmap.rect()));
+  }
   painter.restore();
 }
 

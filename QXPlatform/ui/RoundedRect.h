@@ -5,6 +5,7 @@
 #include <QRectF>
 #include <QRegion>
 #include <array>
+#include <functional>
 
 class QColor;
 class QImage;
@@ -28,15 +29,19 @@ class FramedRoundedRect {
   void fill(QPainter& painter, const QImage& image) const;
   void drawLine(QPainter& painter, const QColor& color) const;
   QPainterPath outline() const;
-  // What it fills in full, the line taken for part of it.
-  QRegion plainRegion() const;
+  // What that painter fills in full, the line taken for part of it.
+  QRegion opaqueRegion(const QPainter& painter) const;
 
  private:
+  using DrawOutline = std::function<void(QPainter& painter, const QPainterPath& outline)>;
+
+  // The corners as they are kept or else drawn, and those plain parts.
+  void drawCut(QPainter& painter, const char* kind, const QColor& color, const QRegion& plain,
+               const DrawOutline& drawOutline) const;
+  QRegion plainRegion() const;
   bool isCut(const QPainter& painter) const;
   std::array<QRect, 4> corners() const;
   std::array<QRect, 3> rest() const;
-  // The outline as seen from one of its corners.
-  QPainterPath outlineFrom(const QRect& corner) const;
   QString cornerKey(const char* kind, const QRect& corner, const QColor& color) const;
 
   const QRect rect_;

@@ -34,7 +34,7 @@ TEST(FramedRoundedRect, LooksAsItsOutlineToThePixel) {
     QBrush texture(picture);
     texture.setTransform(QTransform::fromScale(1.0 / scale, 1.0 / scale));
     const QImage parts = drawn(scale, [&](QPainter& painter) {
-      frame.fill(painter, Qt::yellow, frame.plainRegion());
+      frame.fill(painter, Qt::yellow, frame.opaqueRegion(painter));
       frame.fill(painter, picture);
       frame.drawLine(painter, Qt::red);
     });

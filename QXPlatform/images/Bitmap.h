@@ -17,11 +17,12 @@ struct PixelSize {
   friend bool operator==(PixelSize, PixelSize) = default;
 };
 
-// Pixels row by row from the top, four bytes each: red, green, blue, alpha, in sRGB, the colours multiplied
+// Pixels row by row from the top, four bytes each: blue, green, red, alpha, in sRGB, the colours multiplied
 // by alpha.
 struct Bitmap {
   PixelSize size;
   std::pmr::vector<std::uint8_t> pixels;
+  bool isOpaque = false;
 };
 
 }  // namespace QXPlatform

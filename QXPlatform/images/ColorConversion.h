@@ -32,8 +32,8 @@ struct ColorDescription {
   std::optional<double> gamma;
 };
 
-// Brings pixels that are as described, with alpha unless they are CMYK, to sRGB. A profile that is none, or
-// one for another model, is ignored.
+// Brings pixels that are as described, with alpha unless they are CMYK, to sRGB. Inks stand in the order
+// yellow, magenta, cyan and black. A profile that is none, or one for another model, is ignored.
 void convertToSRGB(Bitmap& bitmap, const ColorDescription& color);
 
 }  // namespace QXPlatform

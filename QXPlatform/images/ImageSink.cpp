@@ -68,6 +68,8 @@ bool ImageSink::begin(PixelSize size, Orientation orientation, ColorDescription 
   nextRow_ = 0;
   rowsDone_ = 0;
   isRowBegun_ = false;
+  isOpaque_ = true;
+  pixels_.clear();
   layOut();
   return true;
 }
@@ -96,7 +98,7 @@ void ImageSink::layOut() {
   layOutColumns();
   sums_.resize(static_cast<std::size_t>(part.width) * kChannels);
   means_.resize(static_cast<std::size_t>(result_.width) * kChannels);
-  pixels_.resize(means_.size() * static_cast<std::size_t>(result_.height));
+  pixels_.reserve(means_.size() * static_cast<std::size_t>(result_.height));
 }
 
 // In columns of the part that is kept, from where to where each one of the result reaches.
@@ -122,42 +124,45 @@ void ImageSink::addRow(const std::uint8_t* row) {
   const int index = nextRow_++ - rows_.first;
   if (index < 0 || index >= rows_.count) return;
   row += static_cast<std::size_t>(columns_.first) * kChannels;
+  const bool isOpaque =
+      color_.model == ColorDescription::Model::invertedCMYK || QXPlatform::isOpaque(row, sums_.size());
+  isOpaque_ = isOpaque_ && isOpaque;
   // In rows of the result, from where to where this one reaches; at most into the next.
   const double scale = static_cast<double>(result_.height) / rows_.count;
   const double top = index * scale;
   const double bottom = (index + 1) * scale;
   const auto end = static_cast<double>(rowsDone_ + 1);
   constexpr double kRounding = 1e-6;
-  if (bottom < end - kRounding) return addShare(row, static_cast<float>(bottom - top));
-  addShare(row, static_cast<float>(end - top));
+  const auto addShare = [&](double share) {
+    if (!std::exchange(isRowBegun_, true)) std::ranges::fill(sums_, 0.F);
+    (isOpaque ? addOpaque : addTransparent)(sums_.data(), row, sums_.size(), static_cast<float>(share));
+  };
+  if (bottom < end - kRounding) return addShare(bottom - top);
+  addShare(end - top);
   putOutRow();
-  if (bottom > end + kRounding) addShare(row, static_cast<float>(bottom - end));
-}
-
-void ImageSink::addShare(const std::uint8_t* row, float share) {
-  if (!std::exchange(isRowBegun_, true)) std::ranges::fill(sums_, 0.F);
-  const bool hasAlpha = color_.model == ColorDescription::Model::rgb && !isOpaque(row, sums_.size());
-  (hasAlpha ? addTransparent : addOpaque)(sums_.data(), row, sums_.size(), share);
+  if (bottom > end + kRounding) addShare(bottom - end);
 }
 
 void ImageSink::putOutRow() {
   const std::size_t columns = weights_.size() / firstColumns_.size();
   const float* weight = weights_.data();
-  float* mean = means_.data();
+  float* target = means_.data();
   for (const std::size_t first : firstColumns_) {
     const float* value = sums_.data() + first * kChannels;
     Pixel sum{};
     for (std::size_t i = 0; i < columns; ++i, ++weight, value += kChannels) sum += *weight * pixelAt(value);
-    std::memcpy(mean, &sum, sizeof sum);
-    mean += kChannels;
+    const Pixel mean{sum[2], sum[1], sum[0], sum[3]};
+    std::memcpy(target, &mean, sizeof mean);
+    target += kChannels;
   }
+  pixels_.resize(pixels_.size() + means_.size());
   roundAll(means_.data(), means_.size(), pixels_.data() + rowsDone_ * means_.size());
   ++rowsDone_;
   isRowBegun_ = false;
 }
 
 Bitmap ImageSink::finish() && {
-  Bitmap bitmap{result_, std::move(pixels_)};
+  Bitmap bitmap{result_, std::move(pixels_), isOpaque_};
   convertToSRGB(bitmap, color_);
   return upright(std::move(bitmap), orientation_);
 }

@@ -26,7 +26,7 @@ class ImageSink {
   // It comes smaller, rounded up; to be called before the first row.
   void reduce(int reduction);
   PixelSize size() const { return size_; }
-  // Four bytes a pixel, alpha last and not multiplied; or the four inks.
+  // Four bytes a pixel: red, green, blue, and alpha that they are not multiplied by; or the four inks.
   void addRow(const std::uint8_t* row);
 
   // REQUIRES: all rows have been added.
@@ -40,8 +40,6 @@ class ImageSink {
 
   void layOut();
   void layOutColumns();
-  // Adds to the sums, or begins them anew.
-  void addShare(const std::uint8_t* row, float share);
   void putOutRow();
 
   const PixelSize place_;
@@ -61,6 +59,7 @@ class ImageSink {
   bool isRowBegun_ = false;
   std::vector<float> means_;  // room for a row of the result
   std::size_t rowsDone_ = 0;
+  bool isOpaque_ = true;
   std::pmr::vector<std::uint8_t> pixels_;
 };
 

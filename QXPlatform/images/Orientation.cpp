@@ -62,7 +62,7 @@ Orientation orientationOfExif(std::string_view exif) {
 Bitmap upright(Bitmap bitmap, Orientation orientation) {
   if (orientation == Orientation()) return bitmap;
   const PixelSize size = orientation.swapsAxes ? bitmap.size.transposed() : bitmap.size;
-  Bitmap turned{size, std::pmr::vector<std::uint8_t>(bitmap.pixels.size())};
+  Bitmap turned{size, std::pmr::vector<std::uint8_t>(bitmap.pixels.size()), bitmap.isOpaque};
   std::uint8_t* target = turned.pixels.data();
   for (int y = 0; y < size.height; ++y) {
     for (int x = 0; x < size.width; ++x, target += kBytesAPixel) {

@@ -22,6 +22,7 @@
 #include <memory_resource>
 #include <mutex>
 #include <new>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -147,22 +148,13 @@ std::shared_ptr<std::uint32_t> map(int memory, std::size_t size, int protection,
   return {static_cast<std::uint32_t*>(start), [size](std::uint32_t* pixels) { ::munmap(pixels, size); }};
 }
 
-// From the bytes red, green, blue and alpha.
-std::uint32_t toARGB(std::uint32_t rgba) {
-  if constexpr (std::endian::native == std::endian::big) return std::rotr(rgba, 8);
-  return (rgba & 0xFF00FF00U) | (rgba & 0xFFU) << 16 | (rgba >> 16 & 0xFFU);
-}
-
-// To where it may be already. Returns whether nothing shines through.
-bool putPicture(const Bitmap& bitmap, std::uint32_t* target) {
+// To where it may be already.
+void putPicture(const Bitmap& bitmap, std::uint32_t* target) {
   const void* source = bitmap.pixels.data();
   if (source != target) std::memcpy(target, source, bitmap.pixels.size());
-  std::uint32_t all = ~0U;
-  for (std::size_t i = 0; i < pixelCount(bitmap.size); ++i) {
-    target[i] = toARGB(target[i]);
-    all &= target[i];
+  if constexpr (std::endian::native == std::endian::big) {
+    for (std::uint32_t& pixel : std::span(target, pixelCount(bitmap.size))) pixel = __builtin_bswap32(pixel);
   }
-  return all >> 24 == 0xFF;
 }
 
 rlim_t addressSpaceInUse() {
@@ -191,8 +183,9 @@ rlim_t bytesOfPicture(PixelSize place) {
   return kPictures * kBytesAPixel * static_cast<rlim_t>(place.width) * static_cast<rlim_t>(place.height);
 }
 
-// In the process of one image. Whatever fails ends it, which the receiver takes for the answer.
-void answer(const Channel& channel) {
+// In the process of one image, which began with so much address space in use. Whatever fails ends it, which
+// the receiver takes for the answer.
+void answer(const Channel& channel, rlim_t inUse) {
   const int socket = channel.socket.get();
   limit(RLIMIT_CORE, 0);
   limit(RLIMIT_CPU, kMostProcessorSeconds);
@@ -203,14 +196,15 @@ void answer(const Channel& channel) {
   if (!receiveAll(socket, bytes.data(), bytes.size(), always)) return;
   const auto pixels = map(channel.memory.get(), pictureBytes(request.place), PROT_READ | PROT_WRITE, 0);
   if (pixels == nullptr) return;
-  limit(RLIMIT_AS,
-        addressSpaceInUse() + kMostDecodingBytes + kAllowanceBytes + bytesOfPicture(request.place));
+  limit(RLIMIT_AS, inUse + request.length + pictureBytes(request.place) + kMostDecodingBytes +
+                       kAllowanceBytes + bytesOfPicture(request.place));
   endWithoutReceiver(socket);
   // Straight to where it is waited for.
   std::pmr::monotonic_buffer_resource memory(pixels.get(), pictureBytes(request.place));
   const auto bitmap = decodeImage(bytes, request.place, memory);
   if (!bitmap) return;
-  const Answer answer{bitmap->size, putPicture(*bitmap, pixels.get())};
+  putPicture(*bitmap, pixels.get());
+  const Answer answer{bitmap->size, bitmap->isOpaque};
   sendAll(socket, &answer, sizeof answer);
 }
 
@@ -230,12 +224,13 @@ void answer(const Channel& channel) {
   ::dup2(null.get(), STDERR_FILENO);
   ::dup2(control, kKept);
   ::close_range(kKept + 1, ~0U, 0);
+  const rlim_t inUse = addressSpaceInUse();
   for (;;) {
     const Channel channel = receiveChannel(kKept);
     if (!channel.socket.valid()) ::_exit(0);
     if (::fork() != 0) continue;
     try {
-      answer(channel);
+      answer(channel, inUse);
     } catch (const std::bad_alloc&) {
       ::_exit(1);
     }

@@ -25,7 +25,8 @@ using Transform = std::unique_ptr<void, DeleteTransform>;
 
 constexpr double kStandardGamma = 2.2;
 // Of a pixel only the first value, by which it is grey.
-constexpr cmsUInt32Number kGrayInRGBA = COLORSPACE_SH(PT_GRAY) | CHANNELS_SH(1) | EXTRA_SH(3) | BYTES_SH(1);
+constexpr cmsUInt32Number kGrayInBGRA = COLORSPACE_SH(PT_GRAY) | CHANNELS_SH(1) | EXTRA_SH(3) | BYTES_SH(1);
+constexpr cmsUInt32Number kInvertedYMCK = TYPE_CMYK_8_REV | DOSWAP_SH(1) | SWAPFIRST_SH(1);
 
 cmsToneCurve* makeCurve(const std::optional<double>& gamma) {
   if (gamma) return cmsBuildGamma(nullptr, *gamma);
@@ -64,11 +65,11 @@ std::optional<cmsUInt32Number> pixelFormat(const Profile& profile, ColorDescript
   const bool hasInks = model == ColorDescription::Model::invertedCMYK;
   switch (cmsGetColorSpace(profile.get())) {
     case cmsSigRgbData:
-      return hasInks ? std::nullopt : std::optional<cmsUInt32Number>(TYPE_RGBA_8);
+      return hasInks ? std::nullopt : std::optional<cmsUInt32Number>(TYPE_BGRA_8);
     case cmsSigGrayData:
-      return hasInks ? std::nullopt : std::optional(kGrayInRGBA);
+      return hasInks ? std::nullopt : std::optional(kGrayInBGRA);
     case cmsSigCmykData:
-      return hasInks ? std::optional<cmsUInt32Number>(TYPE_CMYK_8_REV) : std::nullopt;
+      return hasInks ? std::optional<cmsUInt32Number>(kInvertedYMCK) : std::nullopt;
     default:
       return std::nullopt;
   }
@@ -79,7 +80,7 @@ Transform makeTransform(const ColorDescription& color) {
   const auto format = from == nullptr ? std::nullopt : pixelFormat(from, color.model);
   if (!format) return nullptr;
   const Profile to(cmsCreate_sRGBProfile());
-  return Transform(cmsCreateTransform(from.get(), *format, to.get(), TYPE_RGBA_8, INTENT_PERCEPTUAL, 0));
+  return Transform(cmsCreateTransform(from.get(), *format, to.get(), TYPE_BGRA_8, INTENT_PERCEPTUAL, 0));
 }
 
 template <typename Change>

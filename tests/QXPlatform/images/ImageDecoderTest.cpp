@@ -22,7 +22,7 @@ bool isShown(const std::string& bytes, PixelSize place = kPlace) {
 
 QColor colorAt(const Bitmap& bitmap, int x, int y) {
   const std::uint8_t* pixel = &bitmap.pixels.at(static_cast<std::size_t>(y * bitmap.size.width + x) * 4);
-  return {pixel[0], pixel[1], pixel[2], pixel[3]};
+  return {pixel[2], pixel[1], pixel[0], pixel[3]};
 }
 
 bool isNear(const QColor& left, const QColor& right) {
@@ -91,7 +91,7 @@ TEST(ImageDecoder, TakesTheMeanOfThePixelsByTheirAlpha) {
   image.setPixelColor(0, 0, Qt::red);
   image.setPixelColor(1, 1, QColor(0, 0, 255, 128));
   const auto mean = decodeImage(encoded(image, "PNG"), {1, 1});
-  EXPECT_EQ(mean->pixels, (std::pmr::vector<std::uint8_t>{64, 0, 32, 96}));
+  EXPECT_EQ(mean->pixels, (std::pmr::vector<std::uint8_t>{32, 0, 64, 96}));
 }
 
 // What is put in at a place of the bytes, or taken away at their end.

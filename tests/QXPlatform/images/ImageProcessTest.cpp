@@ -28,7 +28,7 @@ TEST(ImageProcess, DecodesAsInThisProcess) {
     EXPECT_EQ(picture->isOpaque, each == image);
     const std::pmr::vector<std::uint8_t> bytes = decodeImage(each, kPlace)->pixels;
     for (std::size_t i = 0; i < bytes.size(); i += 4) {
-      const QColor expected(bytes[i], bytes[i + 1], bytes[i + 2], bytes[i + 3]);
+      const QColor expected(bytes[i + 2], bytes[i + 1], bytes[i], bytes[i + 3]);
       ASSERT_EQ(picture->pixels.get()[i / 4], expected.rgba());
     }
   }

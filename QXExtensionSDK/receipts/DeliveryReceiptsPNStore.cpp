@@ -34,7 +34,7 @@ void logError(Pieces&&... pieces) {
 }
 
 std::unordered_set<std::string_view> uniqueIds(const Receipts& receipts) {
-  std::unordered_set<std::string_view> ids;
+  std::unordered_set<std::string_view> ids(receipts.size());
   for (const auto& receipt : receipts) {
     if (ids.insert(receipt.uuid()).second) continue;
     QXPlatform::fatalError("Duplicate values for key: '" + receipt.uuid() + "'");
@@ -180,9 +180,10 @@ DataStoreStatus DeliveryReceiptsPNStore::storeReceipts(const Receipts& receipts,
 std::optional<Receipts> DeliveryReceiptsPNStore::fetchReceipts(PNStatus status) {
   const Receipts& stored = load();
   if (stored.empty()) return std::nullopt;
+  const auto isWanted = [status](const auto& receipt) { return receipt.status() == status; };
   Receipts kept;
-  std::ranges::copy_if(stored, std::back_inserter(kept),
-                       [status](const auto& receipt) { return receipt.status() == status; });
+  kept.reserve(static_cast<std::size_t>(std::ranges::count_if(stored, isWanted)));
+  std::ranges::copy_if(stored, std::back_inserter(kept), isWanted);
   log("DeliveryReceipts fetched for status: ", QXPlatform::rawValue(status),
       " with result: ", ReceiptListText{kept});
   return kept;

@@ -29,7 +29,11 @@ void ReceiptItems::add(std::string_view eventType, std::initializer_list<Field> 
 void ReceiptItems::add(const RawValue& eventType, std::initializer_list<Field> event) {
   fields_.clear();
   for (const Field& field : event) {
-    if (field.text) fields_.push_back({field.key, text(*field.text)});
+    if (!field.text) continue;
+    // Made in place: a copy would wait for its parts.
+    RawEntry& entry = fields_.emplace_back();
+    entry.key = field.key;
+    new (&entry.value) RawValue(text(*field.text));
   }
   std::array item{RawEntry{"eventType", eventType}, RawEntry{"event", arena_.dictionary(fields_)}};
   items_.push_back(arena_.dictionary(item));

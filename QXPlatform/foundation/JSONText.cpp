@@ -29,12 +29,23 @@ constexpr std::uint64_t specialBytes(std::uint64_t bytes) {
          zeroBytes(bytes ^ (kEveryByte * '\\')) | (bytes & kHighBits);
 }
 
-constexpr bool needsEscape(char character) {
-  return static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\';
-}
+// What follows the backslash: a letter, 'u' for the character's number; zero for what needs no backslash.
+constexpr std::array<char, 256> kEscapes = [] {
+  std::array<char, 256> escapes{};
+  for (std::size_t control = 0; control < 0x20; ++control) escapes[control] = 'u';
+  escapes['\b'] = 'b';
+  escapes['\f'] = 'f';
+  escapes['\n'] = 'n';
+  escapes['\r'] = 'r';
+  escapes['\t'] = 't';
+  escapes['"'] = '"';
+  escapes['\\'] = '\\';
+  return escapes;
+}();
 
 constexpr bool isSpecial(char character) {
-  return static_cast<unsigned char>(character) >= 0x80 || needsEscape(character);
+  const auto number = static_cast<unsigned char>(character);
+  return number >= 0x80 || kEscapes[number] != 0;
 }
 
 // The place of the first special byte among the eight at `bytes`; eight when there is none.
@@ -61,33 +72,36 @@ std::size_t plainPrefix(std::string_view text) {
   return length;
 }
 
-void appendEscaped(std::string& out, char character) {
-  switch (character) {
-    case '"':
-      out += "\\\"";
-      return;
-    case '\\':
-      out += "\\\\";
-      return;
-    case '\b':
-      out += "\\b";
-      return;
-    case '\f':
-      out += "\\f";
-      return;
-    case '\n':
-      out += "\\n";
-      return;
-    case '\r':
-      out += "\\r";
-      return;
-    case '\t':
-      out += "\\t";
-      return;
-    default:
-      out += "\\u00";
-      appendHexByte(out, static_cast<unsigned char>(character));
+constexpr std::ptrdiff_t kLongestEscape = 6;
+
+// Where the next character goes.
+char* writeEscaped(char* place, char character) {
+  const auto number = static_cast<unsigned char>(character);
+  const char escape = kEscapes[number];
+  if (escape == 0) {
+    *place++ = character;
+    return place;
   }
+  *place++ = '\\';
+  *place++ = escape;
+  if (escape != 'u') return place;
+  const std::array<char, 4> digits{'0', '0', kHexDigits[number >> 4U], kHexDigits[number & 0xFU]};
+  return std::ranges::copy(digits, place).out;
+}
+
+// Piece by piece: a string that grows by single characters is slow.
+void appendEscaped(std::string& out, std::string_view text) {
+  std::array<char, 256> piece;
+  char* const begin = piece.data();
+  char* end = begin;
+  for (const char character : text) {
+    if (begin + piece.size() - end < kLongestEscape) {
+      out.append(begin, end);
+      end = begin;
+    }
+    end = writeEscaped(end, character);
+  }
+  out.append(begin, end);
 }
 
 // In one piece, as most texts are plain and short.
@@ -114,13 +128,7 @@ bool appendJSONText(std::string& out, std::string_view text, JSONFault& fault) {
     return false;
   }
   out += '"';
-  for (;;) {
-    const auto* const escaped = std::ranges::find_if(text, needsEscape);
-    out.append(text.begin(), escaped);
-    if (escaped == text.end()) break;
-    appendEscaped(out, *escaped);
-    text.remove_prefix(static_cast<std::size_t>(escaped - text.begin()) + 1);
-  }
+  appendEscaped(out, text);
   out += '"';
   return true;
 }
@@ -135,7 +143,8 @@ bool appendJSONNumber(std::string& out, double number, JSONFault& fault) {
   const std::string_view digits(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
   out += digits;
   // Without a mark of its own a whole number would be read back as an integer.
-  if (digits.find_first_of(".e") == std::string_view::npos) out += ".0";
+  const auto isMark = [](char character) { return character == '.' || character == 'e'; };
+  if (std::ranges::none_of(digits, isMark)) out += ".0";
   return true;
 }
 

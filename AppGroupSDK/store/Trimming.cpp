@@ -38,9 +38,15 @@ constexpr std::array kBlanks{
     "\xE3\x80\x80"sv,  // ideographic space
 };
 
+// No blank begins or ends with one of these, as most texts do.
+bool isVisibleASCII(char character) {
+  return character > ' ' && character <= '~';
+}
+
 }  // namespace
 
 std::string_view trimmingWhitespaceAndNewlines(std::string_view text) {
+  if (!text.empty() && isVisibleASCII(text.front()) && isVisibleASCII(text.back())) return text;
   const auto remove = [&](auto isAtEnd, auto removeEnd) {
     while (true) {
       const auto blank = std::find_if(kBlanks.begin(), kBlanks.end(), isAtEnd);

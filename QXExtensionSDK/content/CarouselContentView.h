@@ -34,6 +34,7 @@ class CarouselContentView final : public QWidget {
   bool isSliding() const { return slide_.state() == QAbstractAnimation::Running; }
 
  protected:
+  void changeEvent(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
@@ -44,6 +45,7 @@ class CarouselContentView final : public QWidget {
 
  private:
   void startSlide(PanelChange change);
+  void setOpaque();
   void paintBackground(QPainter& painter) const;
   void moveSlide(double progress);
   void endSlide();

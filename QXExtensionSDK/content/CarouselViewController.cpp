@@ -70,6 +70,7 @@ void CarouselViewController::setDelegate(std::weak_ptr<CarouselViewControllerDel
 
 void CarouselViewController::viewDidLoad() {
   QWidget& root = view();
+  root.setAutoFillBackground(true);
   QXPlatform::setAccessibility(root, {QAccessible::Grouping, {}});
   root.setAccessibleName(text("Carousel"));
   contentView_ = new CarouselContentView([this] { tapGesturePerformed(); }, &root);

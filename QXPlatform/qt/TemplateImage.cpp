@@ -37,11 +37,13 @@ QPixmap cached(const QString& resource, QSize pixels, const QColor& color, bool 
 
 void drawTemplateImage(QPainter& painter, const QString& resource, const QRectF& target, const QColor& color,
                        bool isMirrored) {
-  const double scale = painter.device()->devicePixelRatioF();
+  const QTransform toPixels = painter.deviceTransform();
+  const bool isCopied = arePointsWholePixels(toPixels) && QRectF(target.toRect()) == target;
+  const double scale = isCopied ? toPixels.m11() : painter.device()->devicePixelRatioF();
   const QSize pixels(qCeil(target.width() * scale), qCeil(target.height() * scale));
   const QPixmap pixmap = cached(resource, pixels, color, isMirrored);
   painter.save();
-  if (arePointsWholePixels(painter.deviceTransform()) && QRectF(target.toRect()) == target) {
+  if (isCopied) {
     painter.translate(target.topLeft());
     painter.scale(1 / scale, 1 / scale);
     painter.drawPixmap(0, 0, pixmap);

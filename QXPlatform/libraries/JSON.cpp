@@ -120,8 +120,8 @@ class TreeBuilder {
       if (!canGrow(values_)) return stop(failure);
       values_.emplace_back();
     }
-    auto* const place = insideObject_[depth_] ? &members_.back().value : &values_.back();
-    new (place) ValueArena::RawValue(make());
+    auto* const slot = insideObject_[depth_] ? &members_.back().value : &values_.back();
+    new (slot) ValueArena::RawValue(make());
     return true;
   }
 

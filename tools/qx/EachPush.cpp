@@ -23,7 +23,7 @@ using QXPlatform::Result;
 // What a thread takes at a time: enough that the taking does not count, and little to hold.
 constexpr std::size_t kMostPushesABatch = 32;
 constexpr std::size_t kMostBytesABatch = std::size_t{256} * 1024;
-// How many a thread has not reported on when it waits for its turn.
+// With more of them behind, a thread waits for its turn to report.
 constexpr std::size_t kMostBatchesBehind = 4;
 
 // On a terminal, too, what comes before it is seen before.

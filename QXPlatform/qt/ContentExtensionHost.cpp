@@ -32,6 +32,7 @@ ContentExtensionHost::ContentExtensionHost(std::shared_ptr<UIViewController> con
   setExtensionContext(context_);
   addChild(controller_);
   view().setFixedSize(width_, width_);
+  view().setAutoFillBackground(true);
   controller_->view().setParent(&view());
   controller_->resizeView(width_, width_);
 }

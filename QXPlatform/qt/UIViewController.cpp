@@ -2,6 +2,8 @@
 
 #include <QEvent>
 #include <QKeyEvent>
+#include <QPaintEvent>
+#include <QPainter>
 #include <QWidget>
 #include <algorithm>
 #include <utility>
@@ -24,14 +26,42 @@ UIKey keyOf(const QKeyEvent& event) {
   }
 }
 
+bool isOpaque(const QWidget& view) {
+  const bool isFilled = view.autoFillBackground() && view.palette().brush(view.backgroundRole()).isOpaque();
+  return isFilled || view.testAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+// What the views in it paint in full.
+QRegion coveredRegion(const QWidget& view) {
+  QRegion covered;
+  for (const QObject* object : view.children()) {
+    const auto* child = qobject_cast<const QWidget*>(object);
+    if (child == nullptr || child->isHidden() || child->isWindow()) continue;
+    const QRegion part = isOpaque(*child) ? child->rect() : coveredRegion(*child) & child->rect();
+    covered += part.translated(child->pos());
+  }
+  return covered;
+}
+
 }  // namespace
 
-// Passes on what happens to the view.
+// Passes on what happens to the view, and paints its surface where it is to be seen: the toolkit leaves out
+// what other views cover on a screen, but not in a bitmap.
 class UIViewController::View final : public QWidget {
  public:
-  explicit View(UIViewController& controller) : controller_(controller) {}
+  explicit View(UIViewController& controller) : controller_(controller) {
+    setAttribute(Qt::WA_NoSystemBackground);
+  }
 
  protected:
+  void paintEvent(QPaintEvent* event) override {
+    if (!isWindow() && !autoFillBackground()) return;
+    QPainter painter(this);
+    for (const QRect& part : event->region() - coveredRegion(*this)) {
+      painter.fillRect(part, palette().brush(backgroundRole()));
+    }
+  }
+
   void resizeEvent(QResizeEvent* /*event*/) override { controller_.viewDidLayoutSubviews(); }
 
   void changeEvent(QEvent* event) override {

@@ -2,32 +2,16 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 
 #include "QXPlatform/foundation/ASCII.h"
+#include "QXPlatform/foundation/JSONPlainText.h"
 #include "QXPlatform/foundation/UTF8.h"
 
 namespace QXPlatform {
 
 namespace {
-
-constexpr std::uint64_t kEveryByte = 0x0101010101010101U;
-constexpr std::uint64_t kHighBits = kEveryByte * 0x80U;
-
-constexpr std::uint64_t zeroBytes(std::uint64_t bytes) {
-  return (bytes - kEveryByte) & ~bytes & kHighBits;
-}
-
-// High bits set for the bytes that cannot stand in a JSON string as they are: control characters, quotation
-// marks, backslashes, and all that is not ASCII. The lowest bit set is always right; those above it may not
-// be.
-constexpr std::uint64_t specialBytes(std::uint64_t bytes) {
-  return ((bytes - kEveryByte * 0x20U) & ~bytes & kHighBits) | zeroBytes(bytes ^ (kEveryByte * '"')) |
-         zeroBytes(bytes ^ (kEveryByte * '\\')) | (bytes & kHighBits);
-}
 
 // What follows the backslash: a letter, 'u' for the character's number; zero for what needs no backslash.
 constexpr std::array<char, 256> kEscapes = [] {
@@ -42,35 +26,6 @@ constexpr std::array<char, 256> kEscapes = [] {
   escapes['\\'] = '\\';
   return escapes;
 }();
-
-constexpr bool isSpecial(char character) {
-  const auto number = static_cast<unsigned char>(character);
-  return number >= 0x80 || kEscapes[number] != 0;
-}
-
-// The place of the first special byte among the eight at `bytes`; eight when there is none.
-std::size_t plainAmongEight(const char* bytes) {
-  std::uint64_t eight;
-  std::memcpy(&eight, bytes, sizeof eight);
-  return static_cast<std::size_t>(std::countr_zero(specialBytes(eight))) / 8;
-}
-
-// How many characters at the front of `text` can be taken over as they are.
-std::size_t plainPrefix(std::string_view text) {
-  constexpr std::size_t kStep = sizeof(std::uint64_t);
-  std::size_t length = 0;
-  if (std::endian::native == std::endian::little && text.size() >= kStep) {
-    for (; text.size() - length >= kStep; length += kStep) {
-      const std::size_t plain = plainAmongEight(text.data() + length);
-      if (plain < kStep) return length + plain;
-    }
-    // The rest together with some that are known to be plain.
-    const std::size_t last = text.size() - kStep;
-    return last + plainAmongEight(text.data() + last);
-  }
-  while (length < text.size() && !isSpecial(text[length])) ++length;
-  return length;
-}
 
 constexpr std::ptrdiff_t kLongestEscape = 6;
 
@@ -104,11 +59,13 @@ void appendEscaped(std::string& out, std::string_view text) {
   out.append(begin, end);
 }
 
-// In one piece, as most texts are plain and short.
-void appendQuoted(std::string& out, std::string_view text) {
+// As most texts are. If not, nothing has been appended.
+bool appendPlain(std::string& out, std::string_view text) {
   const std::size_t start = out.size();
   out.append(text.size() + 2, '"');
-  if (!text.empty()) std::memcpy(out.data() + start + 1, text.data(), text.size());
+  if (detail::PlainCopy::make(out.data() + start + 1, text)) return true;
+  out.resize(start);
+  return false;
 }
 
 }  // namespace
@@ -118,12 +75,8 @@ std::string JSONFault::description() const {
 }
 
 bool appendJSONText(std::string& out, std::string_view text, JSONFault& fault) {
-  const std::size_t plain = plainPrefix(text);
-  if (plain == text.size()) {
-    appendQuoted(out, text);
-    return true;
-  }
-  if (!isValidUTF8(text.substr(plain))) {
+  if (appendPlain(out, text)) return true;
+  if (!isValidUTF8(text)) {
     fault.reason = "not UTF-8 text";
     return false;
   }

@@ -1,7 +1,13 @@
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "QXPlatform/foundation/JSON.h"
+#include "QXPlatform/foundation/JSONPlainText.h"
 #include "QXPlatform/foundation/JSONText.h"
 #include "QXPlatform/foundation/UTF8.h"
 
@@ -31,20 +37,71 @@ std::string describeBytes(std::string_view bytes) {
   return std::to_string(bytes.size()) + " bytes";
 }
 
+// Gathers what is appended to a string: one that grows by each bracket and each word takes longer than all
+// else together.
+class Pieces {
+ public:
+  explicit Pieces(std::string& out) : out_(out) {}
+
+  // What has been appended by now, to go on with directly.
+  std::string& out() {
+    out_.append(gathered_.data(), end_);
+    end_ = gathered_.data();
+    return out_;
+  }
+
+  void add(char character) { *placeFor(1) = character; }
+  // REQUIRES: a few characters.
+  void add(std::string_view word) { std::ranges::copy(word, placeFor(word.size())); }
+  // In quotation marks. Returns whether it is short and stands as it is, as most texts do; if not, nothing
+  // has been added.
+  bool addPlainText(std::string_view text) {
+    if (text.size() > kLongestPlain) return false;
+    char* const place = placeFor(text.size() + 2);
+    if (detail::PlainCopy::make(place + 1, text)) {
+      place[0] = place[text.size() + 1] = '"';
+      return true;
+    }
+    end_ = place;
+    return false;
+  }
+
+ private:
+  static constexpr std::size_t kLongestPlain = 128;
+
+  char* placeFor(std::size_t size) {
+    if (static_cast<std::size_t>(gathered_.data() + gathered_.size() - end_) < size) out();
+    return std::exchange(end_, end_ + size);
+  }
+
+  std::string& out_;
+  std::array<char, 1024> gathered_;  // on purpose not filled
+  char* end_ = gathered_.data();
+};
+
 class Writer {
  public:
   Writer(std::string& out, JSONStyle style, Misfits misfits) : out_(out), style_(style), misfits_(misfits) {}
 
   bool write(const Value& value) {
+    const bool isWritten = writeValue(value);
+    out_.out();
+    return isWritten;
+  }
+
+  const JSONFault& fault() const { return fault_; }
+
+ private:
+  bool writeValue(const Value& value) {
     switch (value.kind()) {
       case Kind::null:
-        out_ += "null";
+        out_.add("null");
         return true;
       case Kind::boolean:
-        out_ += *value.boolean() ? "true" : "false";
+        out_.add(*value.boolean() ? "true" : "false");
         return true;
       case Kind::integer:
-        appendJSONInteger(out_, *value.integer());
+        appendJSONInteger(out_.out(), *value.integer());
         return true;
       case Kind::number:
         return writeNumber(*value.number());
@@ -62,38 +119,38 @@ class Writer {
     return true;
   }
 
-  const JSONFault& fault() const { return fault_; }
-
- private:
   bool misfit(std::string_view reason) {
     fault_.reason = reason;
     return misfits_ == Misfits::described;
   }
 
   bool writeNumber(double number) {
-    if (appendJSONNumber(out_, number, fault_)) return true;
+    if (appendJSONNumber(out_.out(), number, fault_)) return true;
     return misfits_ == Misfits::described && writeText(describe(number));
   }
 
-  bool writeText(std::string_view text) {
-    const std::size_t before = out_.size();
-    if (appendJSONText(out_, text, fault_)) return true;
+  bool writeText(std::string_view text) { return out_.addPlainText(text) || writeSpecialText(text); }
+
+  [[gnu::noinline]] bool writeSpecialText(std::string_view text) {
+    std::string& out = out_.out();
+    const std::size_t before = out.size();
+    if (appendJSONText(out, text, fault_)) return true;
     if (misfits_ == Misfits::refused) return false;
-    out_.resize(before);
-    return appendJSONText(out_, replacingInvalidUTF8(text), fault_);
+    out.resize(before);
+    return appendJSONText(out, replacingInvalidUTF8(text), fault_);
   }
 
   bool writeArray(const Value& array) {
     const auto elements = array.elements();
     if (depth_ == kJSONWritingDepthLimit) return tooDeep();
     if (elements.empty()) {
-      out_ += "[]";
+      out_.add("[]");
       return true;
     }
     open('[');
     for (std::size_t i = 0; i < elements.size(); ++i) {
       startItem(i == 0);
-      if (!write(elements[i])) {
+      if (!writeValue(elements[i])) {
         fault_.where.prependIndex(i);
         return false;
       }
@@ -106,7 +163,7 @@ class Writer {
     const auto entries = dictionary.entries();
     if (depth_ == kJSONWritingDepthLimit) return tooDeep();
     if (entries.empty()) {
-      out_ += "{}";
+      out_.add("{}");
       return true;
     }
     open('{');
@@ -124,35 +181,39 @@ class Writer {
 
   bool writeMember(std::string_view key, const Value& value) {
     if (!writeText(key)) return false;
-    out_ += style_ == JSONStyle::pretty ? " : " : ":";
-    return write(value);
+    if (style_ == JSONStyle::compact) {
+      out_.add(':');
+    } else {
+      out_.add(" : ");
+    }
+    return writeValue(value);
   }
 
   bool tooDeep() { return misfit("nested too deeply") && writeText("..."); }
 
   void open(char bracket) {
-    out_ += bracket;
+    out_.add(bracket);
     ++depth_;
   }
 
   void close(char bracket) {
     --depth_;
     startLine();
-    out_ += bracket;
+    out_.add(bracket);
   }
 
   void startItem(bool first) {
-    if (!first) out_ += ',';
+    if (!first) out_.add(',');
     startLine();
   }
 
   void startLine() {
     if (style_ == JSONStyle::compact) return;
-    out_ += '\n';
-    out_.append(static_cast<std::size_t>(depth_) * 2, ' ');
+    out_.add('\n');
+    for (int level = 0; level < depth_; ++level) out_.add("  ");
   }
 
-  std::string& out_;
+  Pieces out_;
   const JSONStyle style_;
   const Misfits misfits_;
   int depth_ = 0;

@@ -117,12 +117,13 @@ TEST(JSONTest, KeepsEveryDoubleToTheLastBit) {
 }
 
 TEST(JSONTest, LongTextsAndEscapesInAnyPlaceSurvive) {
-  for (std::size_t length : {7U, 8U, 9U, 63U, 5000U}) {
+  for (std::size_t length : {0U, 1U, 3U, 4U, 7U, 8U, 9U, 63U, 5000U}) {
     for (const std::string_view odd : {"\"", "\\", "\n", "\x1F", "\x7F", "\u00E9", "\U0001F600"}) {
       for (std::size_t place = 0; place <= std::min<std::size_t>(length, 20); ++place) {
         const Value text(std::string(length, 'x').insert(place, odd));
         const Value tree(Dictionary{{*text.string(), text}});
         ASSERT_EQ(parsed(compact(tree)), tree);
+        ASSERT_FALSE(writeJSON(std::string(length, 'x').insert(place, "\xC3"), JSONStyle::compact));
       }
     }
   }

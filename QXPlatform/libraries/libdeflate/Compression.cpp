@@ -2,19 +2,59 @@
 
 #include <libdeflate.h>
 
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <utility>
+
 #include "QXPlatform/foundation/Handle.h"
+#include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXPlatform {
 namespace {
 
 using Decompressor = Handle<libdeflate_decompressor, &libdeflate_free_decompressor>;
 
+// To make one takes longer than to inflate a usual payload. So a few are kept for whoever comes next; they hold
+// tables and no data.
+class Decompressors {
+ public:
+  static Decompressors& shared() {
+    static NeverDestroyed<Decompressors> decompressors;
+    return *decompressors;
+  }
+
+  Decompressor take() {
+    for (auto& kept : kept_) {
+      if (kept.load(std::memory_order_relaxed) == nullptr) continue;
+      if (auto* const taken = kept.exchange(nullptr)) return Decompressor(taken);
+    }
+    return Decompressor(libdeflate_alloc_decompressor());
+  }
+
+  void keep(Decompressor decompressor) {
+    for (auto& kept : kept_) {
+      libdeflate_decompressor* none = nullptr;
+      if (!kept.compare_exchange_strong(none, decompressor.get())) continue;
+      (void)decompressor.release();
+      return;
+    }
+  }
+
+ private:
+  friend class NeverDestroyed<Decompressors>;
+  Decompressors() = default;
+
+  std::array<std::atomic<libdeflate_decompressor*>, 4> kept_{};
+};
+
 std::size_t inflate(std::span<std::byte> destination, std::span<const std::byte> source) {
-  const Decompressor decompressor(libdeflate_alloc_decompressor());
+  Decompressor decompressor = Decompressors::shared().take();
   if (decompressor == nullptr) return 0;
   std::size_t written = 0;
   const libdeflate_result result = libdeflate_deflate_decompress(
       decompressor.get(), source.data(), source.size(), destination.data(), destination.size(), &written);
+  Decompressors::shared().keep(std::move(decompressor));
   if (result == LIBDEFLATE_SUCCESS) return written;
   return result == LIBDEFLATE_INSUFFICIENT_SPACE ? destination.size() : 0;
 }

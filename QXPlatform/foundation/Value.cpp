@@ -4,7 +4,6 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
-#include <memory>
 #include <new>
 
 #include "QXPlatform/foundation/FatalError.h"
@@ -44,26 +43,29 @@ struct ArrayBlock : Block {
   const std::vector<Value> elements;
 };
 
+// The text of the keys follows it.
 struct DictionaryBlock : Block {
-  DictionaryBlock() : Block(destroyBlock) {}
-  static void destroyBlock(Block* block) noexcept { delete static_cast<DictionaryBlock*>(block); }
+  explicit DictionaryBlock(std::vector<Entry> sorted) : Block(destroyBlock), entries(std::move(sorted)) {}
 
   // `sorted`: unique keys in byte order. The keys' text is copied.
   static DictionaryBlock* make(std::vector<Entry> sorted) {
-    auto block = std::make_unique<DictionaryBlock>();
     std::size_t keyBytes = 0;
     for (const Entry& entry : sorted) keyBytes += entry.key.size();
-    block->keys.reserve(keyBytes);
-    for (Entry& entry : sorted) {
-      const char* stored = block->keys.data() + block->keys.size();
-      block->keys.append(entry.key);
-      entry.key = {stored, entry.key.size()};
+    auto* block = new (::operator new(sizeof(DictionaryBlock) + keyBytes)) DictionaryBlock(std::move(sorted));
+    char* place = reinterpret_cast<char*>(block + 1);
+    for (Entry& entry : block->entries) {
+      const std::string_view key = entry.key;
+      entry.key = {place, key.size()};
+      place = std::ranges::copy(key, place).out;
     }
-    block->entries = std::move(sorted);
-    return block.release();
+    return block;
+  }
+  static void destroyBlock(Block* block) noexcept {
+    auto* dictionary = static_cast<DictionaryBlock*>(block);
+    dictionary->~DictionaryBlock();
+    ::operator delete(dictionary);
   }
 
-  std::string keys;
   std::vector<Entry> entries;
 };
 

@@ -1,10 +1,13 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+#include <cstdint>
+#include <cstring>
+#include <limits>
 #include <span>
 #include <string_view>
 
+#include "QXPlatform/foundation/FatalError.h"
 #include "QXPlatform/foundation/Value.h"
 
 namespace QXPlatform {
@@ -27,8 +30,12 @@ class ValueArena {
   ValueArena(const ValueArena&) = delete;
   ValueArena& operator=(const ValueArena&) = delete;
 
-  // Text joined from two pieces, stored in the arena.
-  std::string_view store(std::string_view head, std::string_view tail = {});
+  // Text, stored in the arena; also joined from two pieces.
+  std::string_view store(std::string_view text) {
+    if (text.empty()) return {storage_->next, 0};
+    return {static_cast<char*>(std::memcpy(allocate(text.size(), 1), text.data(), text.size())), text.size()};
+  }
+  std::string_view store(std::string_view head, std::string_view tail);
 
   static RawValue null() { return {nullptr, {.integer = 0}, 0, tag(Value::Kind::null)}; }
   static RawValue boolean(bool value) { return {nullptr, {.boolean = value}, 0, tag(Value::Kind::boolean)}; }
@@ -47,20 +54,50 @@ class ValueArena {
   RawValue dictionary(std::span<RawEntry> entries);
 
   // The memory taken so far.
-  std::size_t size() const;
+  std::size_t size() const { return storage_->size; }
   // Whether that many bytes of text can be stored without taking more.
-  bool fits(std::size_t size) const;
+  bool fits(std::size_t size) const {
+    return static_cast<std::size_t>(storage_->end - storage_->next) >= size;
+  }
 
   // The finished tree. The arena must not be used afterwards.
   Value finish(const RawValue& root) &&;
 
  private:
-  struct Storage;
+  struct Chunk {
+    Chunk* next;
+  };
+  // The first chunk holds the block's own head; further chunks are linked from it. The nodes inside refer to
+  // the storage without counting, so nothing has to be torn down node by node.
+  struct Storage : detail::Block {
+    Storage() : Block(destroyStorage) {}
+    static void destroyStorage(Block* block) noexcept;
+
+    char* next = nullptr;
+    char* end = nullptr;
+    Chunk* further = nullptr;
+    std::size_t size = 0;
+  };
 
   static constexpr std::uint8_t tag(Value::Kind kind) { return static_cast<std::uint8_t>(kind); }
 
-  RawValue bytes(std::string_view stored, Value::Kind kind);
-  void* allocate(std::size_t size, std::size_t alignment);
+  RawValue bytes(std::string_view stored, Value::Kind kind) {
+    return {storage_, {.bytes = stored.data()}, checkedSize(stored.size()), tag(kind)};
+  }
+  static std::uint32_t checkedSize(std::size_t size) {
+    if (size > std::numeric_limits<std::uint32_t>::max()) fatalError("A property-list node over 4 GiB");
+    return static_cast<std::uint32_t>(size);
+  }
+
+  void* allocate(std::size_t size, std::size_t alignment) {
+    // A mask, since every alignment is a power of two and dividing would cost more than all the rest.
+    const std::size_t padding = -reinterpret_cast<std::uintptr_t>(storage_->next) & (alignment - 1);
+    if (!fits(size + padding)) return allocateInNewChunk(size, alignment);
+    char* const place = storage_->next + padding;
+    storage_->next = place + size;
+    return place;
+  }
+  void* allocateInNewChunk(std::size_t size, std::size_t alignment);
 
   Storage* storage_;
 };

@@ -146,6 +146,7 @@ class TreeBuilder {
     return true;
   }
   std::string_view joined(std::string_view rest) {
+    if (pending_.empty()) return arena_.store(rest);
     const std::string_view text = arena_.store(pending_, rest);
     pending_.clear();
     return text;

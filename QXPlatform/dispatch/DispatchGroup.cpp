@@ -1,5 +1,6 @@
 #include "QXPlatform/dispatch/DispatchGroup.h"
 
+#include <atomic>
 #include <cstddef>
 #include <mutex>
 #include <utility>
@@ -12,17 +13,16 @@ namespace QXPlatform {
 
 class DispatchGroup::State {
  public:
-  void enter() {
-    const std::lock_guard lock(mutex_);
-    ++members_;
-  }
+  void enter() { members_.fetch_add(1); }
 
   void leave() {
+    if (isLeftToOthers()) return;
     std::vector<Notification> due;
     {
       const std::lock_guard lock(mutex_);
-      if (members_ == 0) fatalError("A dispatch group was left more often than entered");
-      if (--members_ > 0) return;
+      const std::size_t before = members_.fetch_sub(1);
+      if (before == 0) fatalError("A dispatch group was left more often than entered");
+      if (before > 1) return;
       due.swap(notifications_);
     }
     empty_.notify_all();
@@ -52,11 +52,18 @@ class DispatchGroup::State {
     DispatchQueue::Work work;
   };
 
+  bool isLeftToOthers() {
+    std::size_t members = members_.load();
+    while (members > 1) {
+      if (members_.compare_exchange_weak(members, members - 1)) return true;
+    }
+    return false;
+  }
+
   std::mutex mutex_;
   std::condition_variable empty_;
-  // Below, guarded by mutex_.
-  std::size_t members_ = 0;
-  std::vector<Notification> notifications_;
+  std::atomic<std::size_t> members_ = 0;    // becomes none under mutex_
+  std::vector<Notification> notifications_;  // guarded by mutex_
 };
 
 DispatchGroup::DispatchGroup() : state_(std::make_shared<State>()) {}

@@ -32,12 +32,20 @@ void runWork(const DispatchQueue::Work& work) noexcept {
 }
 
 // The work and all it holds are gone before the group and the count of activities hear of its end.
-void runToEnd(WorkItem item) {
+void runToEnd(WorkItems one) {
+  WorkItem& item = one.front();
   const CurrentActivityScope scope(item.activity);
   const ScopedLogSubject subject(std::move(item.subject));
   runWork(item.work);
   item.work = nullptr;
   if (item.group) runWork([&] { item.group->leave(); });
+}
+
+// In the list from the outset: an item is large to move.
+WorkItems makeItem(DispatchQueue::Work work) {
+  WorkItems one;
+  one.emplace_back().work = std::move(work);
+  return one;
 }
 
 void runInPlace(const DispatchQueue::Work& work, std::optional<Activity>& activity) {
@@ -58,11 +66,10 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
   const std::string& label() const override { return label_; }
 
   // Either throws for want of memory, and nothing has happened, or the item will be run.
-  void submit(WorkItem item) {
+  void submit(WorkItems one) {
+    WorkItem& item = one.front();
     item.exclusive = item.exclusive || serial_;
-    WorkItems one;
-    one.push_back(std::move(item));
-    if (one.front().group) one.front().group->enter();
+    if (item.group) item.group->enter();
     const std::lock_guard lock(mutex_);
     pending_.splice(pending_.end(), one);
     startPending();
@@ -81,9 +88,8 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
     startPending();
   }
 
-  void run(WorkItem item) override {
-    runToEnd(std::move(item));
-    while (std::optional<WorkItem> next = nextForThisThread()) runToEnd(std::move(*next));
+  void run(WorkItems item) override {
+    for (; !item.empty(); item = nextForThisThread()) runToEnd(std::move(item));
   }
 
  private:
@@ -121,14 +127,12 @@ class DispatchQueue::State final : public WorkRunner, public std::enable_shared_
   }
 
   // An exclusive item follows on the thread that is there already; others may start several at a time.
-  std::optional<WorkItem> nextForThisThread() {
+  WorkItems nextForThisThread() {
     const std::lock_guard lock(mutex_);
     noteEnd();
-    if (frontMayStart() && pending_.front().exclusive && pending_.front().turn == nullptr) {
-      return std::move(takeFront().front());
-    }
+    if (frontMayStart() && pending_.front().exclusive && pending_.front().turn == nullptr) return takeFront();
     startPending();
-    return std::nullopt;
+    return {};
   }
 
   void waitForTurn() {
@@ -168,11 +172,13 @@ void DispatchQueue::showLabel() {
 }
 
 void DispatchQueue::async(Work work) const {
-  state_->submit({.work = std::move(work)});
+  state_->submit(makeItem(std::move(work)));
 }
 
 void DispatchQueue::async(const DispatchGroup& group, Work work) const {
-  state_->submit({.work = std::move(work), .group = group});
+  WorkItems item = makeItem(std::move(work));
+  item.front().group = group;
+  state_->submit(std::move(item));
 }
 
 void DispatchQueue::sync(const Work& work) const {
@@ -182,7 +188,9 @@ void DispatchQueue::sync(const Work& work) const {
 }
 
 void DispatchQueue::asyncBarrier(Work work) const {
-  state_->submit({.work = std::move(work), .exclusive = true});
+  WorkItems item = makeItem(std::move(work));
+  item.front().exclusive = true;
+  state_->submit(std::move(item));
 }
 
 }  // namespace QXPlatform

@@ -172,7 +172,7 @@ std::size_t ThreadSet::runNext(Worker& worker, std::unique_lock<std::mutex>& loc
   for (; !next.empty(); next = worker.thread.takeNext(), ++items) {
     // May be the last one that holds the queue, so not let go under a lock.
     const std::shared_ptr<WorkRunner> runner = std::move(next.front().runner);
-    runner->run(std::move(next.front()));
+    runner->run(std::move(next));
   }
   lock.lock();
   return items;

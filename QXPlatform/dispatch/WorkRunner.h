@@ -6,12 +6,12 @@
 
 namespace QXPlatform {
 
-// What a thread of the set runs items for. run() is called on such a thread, with no lock held.
+// What a thread of the set runs items for. run() is called with one item on such a thread, with no lock held.
 class WorkRunner {
  public:
   virtual ~WorkRunner() = default;
   virtual const std::string& label() const = 0;
-  virtual void run(WorkItem item) = 0;
+  virtual void run(WorkItems item) = 0;
 };
 
 }  // namespace QXPlatform

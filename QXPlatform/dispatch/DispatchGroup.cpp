@@ -62,7 +62,7 @@ class DispatchGroup::State {
 
   std::mutex mutex_;
   std::condition_variable empty_;
-  std::atomic<std::size_t> members_ = 0;    // becomes none under mutex_
+  std::atomic<std::size_t> members_ = 0;     // becomes none under mutex_
   std::vector<Notification> notifications_;  // guarded by mutex_
 };
 

@@ -104,7 +104,9 @@ RequestResult notificationRequestFromJSON(const Value& push, const RequestNaming
 }
 
 Dictionary notificationContentToJSON(const NotificationProperties& properties) {
+  constexpr std::size_t kMostMembers = 7;
   std::vector<std::pair<std::string, Value>> members;
+  members.reserve(kMostMembers);
   const auto addText = [&](const char* key, const std::string& text) {
     if (!text.empty()) members.emplace_back(key, text);
   };

@@ -34,9 +34,10 @@ void appendCompactLine(std::string& text, const AnsweredPush& answered) {
 }
 
 struct TakenPush {
-  std::size_t position;
-  PushText text;
-  std::string answer;  // room for it, empty
+  std::size_t position = 0;
+  PushText text{};
+  std::string answer{};                    // room for it, empty
+  std::atomic<bool> oneIsThrough = false;  // the call that answers it, or the answer
 };
 
 // Lets several threads take from one source and, if asked to, puts their answers back into its order.
@@ -45,13 +46,18 @@ class OrderedAnswers {
   OrderedAnswers(PushSource& source, std::ostream& output, const PushAnswering& answering)
       : source_(source), output_(output), answering_(answering) {}
 
-  std::optional<TakenPush> take() {
+  // Nothing at the end.
+  std::shared_ptr<TakenPush> take() {
+    auto taken = std::make_shared<TakenPush>();
     const auto lock = lockBriefly(sourceMutex_);
     auto room = waitForRoom();
-    if (!room) return std::nullopt;
+    if (!room) return nullptr;
     auto push = source_.next();
-    if (!push) return std::nullopt;
-    return TakenPush{taken_++, *std::move(push), *std::move(room)};
+    if (!push) return nullptr;
+    taken->position = taken_++;
+    taken->text = *std::move(push);
+    taken->answer = *std::move(room);
+    return taken;
   }
 
   // Whoever comes while another thread writes leaves it the answer.
@@ -150,8 +156,8 @@ class AnsweringJobs {
  private:
   void goOn() {
     try {
-      while (auto taken = answers_.take()) {
-        if (!isAnsweredAtOnce(std::make_shared<TakenPush>(*std::move(taken)))) return;
+      while (const auto taken = answers_.take()) {
+        if (!isAnsweredAtOnce(taken)) return;
       }
     } catch (const std::bad_alloc&) {
       answers_.giveUp();
@@ -178,25 +184,24 @@ class AnsweringJobs {
 
   // Whoever is the last to be through, the call or the answer, goes on with the job.
   bool isAnsweredAtOnce(const std::shared_ptr<TakenPush>& push) {
-    const auto oneIsThrough = std::make_shared<std::atomic<bool>>(false);
-    answer(push->text, [this, push, oneIsThrough](const Result<Dictionary>& answer) {
+    answer(push->text, [this, push](const Result<Dictionary>& answer) {
       try {
         answers_.put(*push, answer);
       } catch (const std::bad_alloc&) {
         answers_.giveUp();
       }
-      if (oneIsThrough->exchange(true)) goOnAfterAnswer();
+      if (push->oneIsThrough.exchange(true)) goOnAfterAnswer();
     });
-    return oneIsThrough->exchange(true);
+    return push->oneIsThrough.exchange(true);
   }
 
-  void answer(const PushText& push, const PushCompletion& completion) const {
+  void answer(const PushText& push, PushCompletion completion) const {
     if (push.unreadable) return completion(*push.unreadable);
     const auto parsed = parseJSON(push.text, answering_.limits);
     if (!parsed) return completion(parsed.error());
     const auto request = notificationRequestFromJSON(*parsed, push.naming);
     if (!request) return completion(request.error());
-    answering_.answer(*request, completion);
+    answering_.answer(*request, std::move(completion));
   }
 
   const PushAnswering& answering_;

@@ -148,15 +148,15 @@ bool ServiceExtensionHost::setLimits(const std::shared_ptr<Push>& push,
                                      const std::shared_ptr<UNNotificationServiceExtension>& extension) {
   const auto limit = std::chrono::duration_cast<Clock::Duration>(timeLimit_);
   const auto end = push->begin() + limit;
-  const auto isOver = [this, push] {
-    try {
-      // Not on a thread of the queues: hooks that hang may have taken all of them.
-      std::thread([this, push] { showAsItCame(*push); }).detach();
-    } catch (const std::exception&) {
-      showAsItCame(*push);
-    }
-  };
   return push->setLimit(*timeLimits_, end - std::min(kMostBeforeTheEnd, limit / 10), [=, this] {
+    const auto isOver = [this, push] {
+      try {
+        // Not on a thread of the queues: hooks that hang may have taken all of them.
+        std::thread([this, push] { showAsItCame(*push); }).detach();
+      } catch (const std::exception&) {
+        showAsItCame(*push);
+      }
+    };
     const ScopedLogSubject subject(push->subject());
     push->tellExpired();
     try {

@@ -64,16 +64,18 @@ int serviceExtensionMain(int argc, const char* const* argv, const ServiceExtensi
   ServiceExtensionHost host(makeExtension, std::chrono::duration<double>(arguments->timeLimitSeconds),
                             arguments->attachments);
   PushLineSource source(standardInput(), {}, kLongestFullRequest);
-  const PushAnswers answers = answerPushes(
-      source, std::cout,
-      {.answer =
-           [&](const auto& request, const auto& completion) {
-             host.start(request, [completion](const auto& result) { completion(result.toJSON()); });
-           },
-       .jobs = arguments->jobs,
-       .limits = kFullRequestLimits,
-       .inOrder = false,
-       .progress = nullptr});
+  const PushAnswers answers =
+      answerPushes(source, std::cout,
+                   {.answer =
+                        [&](const auto& request, PushCompletion completion) {
+                          host.start(request, [completion = std::move(completion)](const auto& result) {
+                            completion(result.toJSON());
+                          });
+                        },
+                    .jobs = arguments->jobs,
+                    .limits = kFullRequestLimits,
+                    .inOrder = false,
+                    .progress = nullptr});
   Activity::waitUntilNone(Clock::current().now() + kLongestWaitForWork);
   return answers.errors == 0 && !answers.outputFailed ? 0 : 1;
 }

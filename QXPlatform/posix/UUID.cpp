@@ -64,14 +64,15 @@ std::string makeUUIDString() {
   UUIDBytes bytes = RandomBytes::shared().next();
   bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);  // version 4
   bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);  // its variant
-  std::string text;
-  text.reserve(kTextLength);
-  std::size_t at = 0;
+  std::string text(kTextLength, '-');
+  auto place = text.begin();
+  auto byte = bytes.begin();
   for (const std::size_t count : kGroups) {
-    if (!text.empty()) text += '-';
-    for (const std::uint8_t byte : std::span(bytes).subspan(at, count))
-      appendHexByte(text, byte, kUppercaseHexDigits);
-    at += count;
+    for (const auto end = byte + static_cast<std::ptrdiff_t>(count); byte != end; ++byte) {
+      *place++ = kUppercaseHexDigits[*byte >> 4U];
+      *place++ = kUppercaseHexDigits[*byte & 0xFU];
+    }
+    if (place != text.end()) ++place;
   }
   return text;
 }

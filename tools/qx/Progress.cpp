@@ -46,8 +46,9 @@ Progress::~Progress() {
 }
 
 void Progress::show(std::size_t done, std::optional<double> part) {
+  if (!onTerminal_) return;
   const auto now = std::chrono::steady_clock::now();
-  if (!onTerminal_ || now - start_ < kQuietFor || now - shownLast_ < kRefresh) return;
+  if (now - start_ < kQuietFor || now - shownLast_ < kRefresh) return;
   const std::chrono::duration<double> elapsed = now - start_;
   std::ostringstream line;
   line << kWipe << bar(part, elapsed);

@@ -118,9 +118,12 @@ Ended pushToBuiltIn(const Run& run, const HostBehaviour& host) {
   QXPlatform::ServiceExtensionHost extension([&] { return std::make_shared<SimulatedHostService>(host); },
                                              std::chrono::duration<double>(options.timeLimitSeconds),
                                              attachments.path());
-  const auto answers = answerAll(run, attachments, [&](const auto& request, const auto& completion) {
-    extension.start(request, [completion](const auto& result) { completion(result.toJSON()); });
-  });
+  const auto answers =
+      answerAll(run, attachments, [&](const auto& request, QXPlatform::PushCompletion completion) {
+        extension.start(request, [completion = std::move(completion)](const auto& result) {
+          completion(result.toJSON());
+        });
+      });
   QXPlatform::Activity::waitUntilNone(QXPlatform::Clock::current().now() + kLongestWaitForWork);
   return {answers, std::nullopt};
 }

@@ -15,8 +15,8 @@ namespace {
 
 using Decompressor = Handle<libdeflate_decompressor, &libdeflate_free_decompressor>;
 
-// To make one takes longer than to inflate a usual payload. So a few are kept for whoever comes next; they hold
-// tables and no data.
+// To make one takes longer than to inflate a usual payload. So a few are kept for whoever comes next; they
+// hold tables and no data.
 class Decompressors {
  public:
   static Decompressors& shared() {

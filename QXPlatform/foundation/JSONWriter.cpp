@@ -50,28 +50,36 @@ class Pieces {
     return out_;
   }
 
-  void add(char character) { *placeFor(1) = character; }
+  void add(char character) {
+    makeRoom(1);
+    *end_++ = character;
+  }
   // REQUIRES: a few characters.
-  void add(std::string_view word) { std::ranges::copy(word, placeFor(word.size())); }
-  // In quotation marks. Returns whether it is short and stands as it is, as most texts do; if not, nothing
-  // has been added.
-  bool addPlainText(std::string_view text) {
+  void add(std::string_view word) {
+    makeRoom(word.size());
+    end_ = std::ranges::copy(word, end_).out;
+  }
+  // In quotation marks, between two characters if they are given. Returns whether it is short and stands as
+  // it is, as most texts do; if not, nothing has been added.
+  bool addPlainText(std::string_view text, char before = 0, char after = 0) {
     if (text.size() > kLongestPlain) return false;
-    char* const place = placeFor(text.size() + 2);
-    if (detail::PlainCopy::make(place + 1, text)) {
-      place[0] = place[text.size() + 1] = '"';
-      return true;
-    }
+    makeRoom(text.size() + 4);
+    char* place = end_;
+    if (before != 0) *place++ = before;
+    *place++ = '"';
+    if (!detail::PlainCopy::make(place, text)) return false;
+    place += text.size();
+    *place++ = '"';
+    if (after != 0) *place++ = after;
     end_ = place;
-    return false;
+    return true;
   }
 
  private:
   static constexpr std::size_t kLongestPlain = 128;
 
-  char* placeFor(std::size_t size) {
+  void makeRoom(std::size_t size) {
     if (static_cast<std::size_t>(gathered_.data() + gathered_.size() - end_) < size) out();
-    return std::exchange(end_, end_ + size);
   }
 
   std::string& out_;
@@ -167,10 +175,9 @@ class Writer {
       return true;
     }
     open('{');
-    bool first = true;
+    bool isFirst = true;
     for (const auto& [key, value] : entries) {
-      startItem(std::exchange(first, false));
-      if (!writeMember(key, value)) {
+      if (!writeKey(key, std::exchange(isFirst, false)) || !writeValue(value)) {
         fault_.where.prependKey(key);
         return false;
       }
@@ -179,14 +186,13 @@ class Writer {
     return true;
   }
 
-  bool writeMember(std::string_view key, const Value& value) {
+  bool writeKey(std::string_view key, bool isFirst) {
+    const bool isCompact = style_ == JSONStyle::compact;
+    if (isCompact && out_.addPlainText(key, isFirst ? '\0' : ',', ':')) return true;
+    startItem(isFirst);
     if (!writeText(key)) return false;
-    if (style_ == JSONStyle::compact) {
-      out_.add(':');
-    } else {
-      out_.add(" : ");
-    }
-    return writeValue(value);
+    out_.add(isCompact ? ":" : " : ");
+    return true;
   }
 
   bool tooDeep() { return misfit("nested too deeply") && writeText("..."); }

@@ -68,7 +68,8 @@ ValueArena::~ValueArena() {
 }
 
 void* ValueArena::allocateInNewChunk(std::size_t size, std::size_t alignment) {
-  const std::size_t room = std::max(size + alignment, kLargestChunk);
+  // As much again, so that a guess which was a little short does not cost a large chunk.
+  const std::size_t room = std::max(size + alignment, std::min(storage_->size, kLargestChunk));
   auto* chunk = new (::operator new(sizeof(Chunk) + room)) Chunk{storage_->further};
   storage_->further = chunk;
   storage_->next = reinterpret_cast<char*>(chunk + 1);

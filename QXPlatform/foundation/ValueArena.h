@@ -32,8 +32,9 @@ class ValueArena {
 
   // Text, stored in the arena; also joined from two pieces.
   std::string_view store(std::string_view text) {
-    if (text.empty()) return {storage_->next, 0};
-    return {static_cast<char*>(std::memcpy(allocate(text.size(), 1), text.data(), text.size())), text.size()};
+    auto* const place = static_cast<char*>(allocate(text.size(), 1));
+    copy(text, place);
+    return {place, text.size()};
   }
   std::string_view store(std::string_view head, std::string_view tail);
 
@@ -87,6 +88,28 @@ class ValueArena {
   static std::uint32_t checkedSize(std::size_t size) {
     if (size > std::numeric_limits<std::uint32_t>::max()) fatalError("A property-list node over 4 GiB");
     return static_cast<std::uint32_t>(size);
+  }
+
+  // Most texts are short, and a call takes longer than to copy those: both ends, which may have a part in
+  // common.
+  static void copy(std::string_view text, char* place) {
+    if (text.size() > 2 * sizeof(std::uint64_t)) {
+      std::memcpy(place, text.data(), text.size());
+    } else if (text.size() >= sizeof(std::uint64_t)) {
+      copyEnds<std::uint64_t>(text, place);
+    } else if (text.size() >= sizeof(std::uint32_t)) {
+      copyEnds<std::uint32_t>(text, place);
+    } else if (text.size() >= sizeof(std::uint16_t)) {
+      copyEnds<std::uint16_t>(text, place);
+    } else if (!text.empty()) {
+      *place = text.front();
+    }
+  }
+  template <typename End>
+  static void copyEnds(std::string_view text, char* place) {
+    const std::size_t rest = text.size() - sizeof(End);
+    std::memcpy(place, text.data(), sizeof(End));
+    std::memcpy(place + rest, text.data() + rest, sizeof(End));
   }
 
   void* allocate(std::size_t size, std::size_t alignment) {

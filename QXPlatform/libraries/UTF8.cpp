@@ -2,6 +2,7 @@
 
 #include <utf8.h>
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -10,13 +11,16 @@ namespace QXPlatform {
 
 namespace {
 
-// Payloads are ASCII for the most part: eight characters at a time while they are.
+// Payloads are ASCII for the most part: so many words at a time while they are.
+template <std::size_t count>
 std::size_t asciiLength(std::string_view text) {
+  std::array<std::uint64_t, count> words;
   std::size_t length = 0;
-  std::uint64_t word = 0;
-  for (; text.size() - length >= sizeof word; length += sizeof word) {
-    std::memcpy(&word, text.data() + length, sizeof word);
-    if ((word & 0x8080808080808080U) != 0) break;
+  for (; text.size() - length >= sizeof words; length += sizeof words) {
+    std::memcpy(words.data(), text.data() + length, sizeof words);
+    std::uint64_t all = 0;
+    for (const std::uint64_t word : words) all |= word;
+    if ((all & 0x8080808080808080U) != 0) break;
   }
   return length;
 }
@@ -24,7 +28,8 @@ std::size_t asciiLength(std::string_view text) {
 }  // namespace
 
 bool isValidUTF8(std::string_view text) {
-  text.remove_prefix(asciiLength(text));
+  text.remove_prefix(asciiLength<4>(text));
+  text.remove_prefix(asciiLength<1>(text));
   return utf8::is_valid(text.begin(), text.end());
 }
 

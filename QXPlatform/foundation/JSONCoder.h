@@ -1,11 +1,15 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -215,7 +219,9 @@ struct JSONCoder<std::vector<T>> {
   }
   static bool encode(std::string& out, const std::vector<T>& value, JSONFault& fault) {
     out += '[';
+    const std::size_t start = out.size();
     for (std::size_t i = 0; i < value.size(); ++i) {
+      if (i == 1) reserveAlike(out, start, value.size());
       if (i != 0) out += ',';
       if (JSONCoder<T>::encode(out, value[i], fault)) continue;
       fault.where.prependIndex(i);
@@ -254,18 +260,28 @@ requires(!JSONSelfDecoding<T>) struct JSONCoder<T> {
   }
 
   static bool encode(std::string& out, const T& record, JSONFault& fault) {
-    out += '{';
-    const auto encodeAll = [&](const auto&... field) {
-      return (encodeField(out, record, field, fault) && ...);
+    const std::size_t start = out.size();
+    const auto encodeAll = [&]<std::size_t... Index>(std::index_sequence<Index...>) {
+      return (encodeField<Index>(out, record, fault) && ...);
     };
-    if (!std::apply(encodeAll, kFields)) return false;
-    if (out.back() == ',') out.pop_back();
+    if (!encodeAll(std::make_index_sequence<std::tuple_size_v<decltype(kFields)>>())) return false;
+    // In place of the first comma.
+    if (out.size() == start) out += '{';
+    out[start] = '{';
     out += '}';
     return true;
   }
 
  private:
   static constexpr auto kFields = JSONRecordAccess::fields<T>();
+  // What stands before a member's value: ,"key":
+  template <std::size_t Index>
+  static constexpr auto kOpening = [] {
+    constexpr std::string_view key = std::get<Index>(kFields).key;
+    std::array<char, key.size() + 4> opening{',', '"'};
+    std::ranges::copy(std::string_view("\":"), std::ranges::copy(key, opening.begin() + 2).out);
+    return opening;
+  }();
 
   template <typename Record, typename Member>
   static bool decodeField(const Value& value, T& out, const JSONField<Record, Member>& field,
@@ -285,23 +301,18 @@ requires(!JSONSelfDecoding<T>) struct JSONCoder<T> {
     return decoded;
   }
 
-  // Leaves a comma behind.
-  template <typename Record, typename Member>
-  static bool encodeField(std::string& out, const T& record, const JSONField<Record, Member>& field,
-                          JSONFault& fault) {
-    const Member& member = record.*field.member;
+  template <std::size_t Index>
+  static bool encodeField(std::string& out, const T& record, JSONFault& fault) {
+    constexpr auto kField = std::get<Index>(kFields);
+    const auto& member = record.*kField.member;
+    using Member = std::remove_cvref_t<decltype(member)>;
     if constexpr (detail::kIsOptional<Member>) {
       if (!member) return true;
     }
-    out += '"';
-    out += field.key;
-    out += "\":";
-    if (!JSONCoder<Member>::encode(out, member, fault)) {
-      fault.where.prependKey(field.key);
-      return false;
-    }
-    out += ',';
-    return true;
+    out.append(kOpening<Index>.data(), kOpening<Index>.size());
+    if (JSONCoder<Member>::encode(out, member, fault)) return true;
+    fault.where.prependKey(kField.key);
+    return false;
   }
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -25,6 +27,14 @@ bool appendJSONText(std::string& out, std::string_view text, JSONFault& fault);
 bool appendJSONNumber(std::string& out, double number, JSONFault& fault);
 bool appendJSONValue(std::string& out, const Value& value, JSONFault& fault);
 void appendJSONInteger(std::string& out, std::int64_t integer);
+
+// Makes room for `count` elements of which the first has been written at `start`, on the guess that they are
+// alike; for no more than what a wrong guess may take.
+inline void reserveAlike(std::string& out, std::size_t start, std::size_t count) {
+  constexpr std::size_t kMost = std::size_t{64} << 10;
+  const std::size_t first = out.size() - start;
+  out.reserve(start + std::min((first + first / 8) * count, first + kMost));
+}
 
 // Never fails: what JSON cannot hold is shown all the same, in words (Value::description()).
 void appendJSONOrDescription(std::string& out, const Value& value, JSONStyle style);

@@ -50,6 +50,8 @@ class Pieces {
     return out_;
   }
 
+  std::size_t size() const { return out_.size() + static_cast<std::size_t>(end_ - gathered_.data()); }
+
   void add(char character) {
     makeRoom(1);
     *end_++ = character;
@@ -149,6 +151,7 @@ class Writer {
   }
 
   bool writeArray(const Value& array) {
+    constexpr std::size_t kFew = 8;
     const auto elements = array.elements();
     if (depth_ == kJSONWritingDepthLimit) return tooDeep();
     if (elements.empty()) {
@@ -156,7 +159,9 @@ class Writer {
       return true;
     }
     open('[');
+    const std::size_t start = out_.size();
     for (std::size_t i = 0; i < elements.size(); ++i) {
+      if (i == 1 && elements.size() > kFew) reserveAlike(out_.out(), start, elements.size());
       startItem(i == 0);
       if (!writeValue(elements[i])) {
         fault_.where.prependIndex(i);

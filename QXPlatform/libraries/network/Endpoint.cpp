@@ -48,7 +48,10 @@ bool Endpoint::isLoopback() const {
 }
 
 std::optional<URLError> refusal(const URL& url) {
-  const auto endpoint = Endpoint::of(url);
+  return refusal(url, Endpoint::of(url));
+}
+
+std::optional<URLError> refusal(const URL& url, const std::optional<Endpoint>& endpoint) {
   // The library would take the first segment of the path for a missing host.
   if (!endpoint || url.host().empty() || (endpoint->scheme != "https" && endpoint->scheme != "http")) {
     return URLError{URLError::Code::unsupportedURL,

@@ -22,4 +22,7 @@ struct Endpoint {
   friend bool operator==(const Endpoint&, const Endpoint&) = default;
 };
 
+// As refusal(url), for one whose endpoint is known.
+std::optional<URLError> refusal(const URL& url, const std::optional<Endpoint>& endpoint);
+
 }  // namespace QXPlatform

@@ -113,7 +113,8 @@ void Transfer::configureHandle() {
 }
 
 std::optional<URLError> Transfer::prepareHop() {
-  if (auto refused = refusal(request_.url)) return refused;
+  const auto endpoint = Endpoint::of(request_.url);
+  if (auto refused = refusal(request_.url, endpoint)) return refused;
   headers_.clear();
   headerBytes_ = 0;
   headersComplete_ = false;
@@ -127,8 +128,7 @@ std::optional<URLError> Transfer::prepareHop() {
   configureHandle();
   curl_easy_setopt(easy(), CURLOPT_URL, request_.url.absoluteString().c_str());
   // A proxy of the environment's is for what lies outside.
-  const bool local = Endpoint::of(request_.url)->isLoopback();
-  curl_easy_setopt(easy(), CURLOPT_PROXY, local ? "" : nullptr);
+  curl_easy_setopt(easy(), CURLOPT_PROXY, endpoint->isLoopback() ? "" : nullptr);
   configureMethod();
   if (!configureHeaders()) return error(URLError::Code::cannotConnect, "out of memory");
   return std::nullopt;

@@ -39,8 +39,9 @@ std::optional<Receipts> DeliveryReceiptRepositoryManager::fetchPendingReceipts()
   }
   // Of a receipt that another writer has put into the file twice one is claimed.
   std::size_t claimed = 0;
+  ReceiptRun::Claims claims(*run_);
   const auto isLeftOut = [&](const auto& receipt) {
-    if (claimed == maxReceiptsPerRequest || !run_->claim(receipt.uuid())) return true;
+    if (claimed == maxReceiptsPerRequest || !claims.add(receipt.uuid())) return true;
     ++claimed;
     return false;
   };

@@ -149,7 +149,7 @@ DataStoreStatus DeliveryReceiptsPNStore::save(const Change& change) {
 
 void DeliveryReceiptsPNStore::noteSaved() {
   unsaved_.clear();
-  run_->removed(acknowledged_);
+  run_->removed(std::vector<std::string_view>(acknowledged_.begin(), acknowledged_.end()));
   acknowledged_.clear();
 }
 
@@ -210,12 +210,17 @@ std::optional<DataStoreStatus> DeliveryReceiptsPNStore::updateStatus(const Recei
 void DeliveryReceiptsPNStore::removeReceipts(const Receipts& receipts) {
   if (load().empty()) return log("No DeliveryReceipts to remove");
   const auto ids = uniqueIds(receipts);
-  for (const auto& receipt : receipts) acknowledged_.push_back(receipt.uuid());
-  run_->acknowledge(acknowledged_);
+  const std::vector<std::string_view> uuids(ids.begin(), ids.end());
+  run_->acknowledge(uuids);
   const auto result = save([&] {
     std::erase_if(storedReceipts_, [&ids](const auto& stored) { return ids.contains(stored.uuid()); });
     return storedReceipts_.size();
   });
+  if (result == DataStoreStatus::success) {
+    run_->removed(uuids);
+  } else {
+    acknowledged_.insert(acknowledged_.end(), uuids.begin(), uuids.end());
+  }
   log("DeliveryReceipts ", ReceiptListText{receipts}, " saved with result: ", result);
 }
 

@@ -19,13 +19,13 @@ void MAMDeliveryReceiptPayloadCreator::addEvent(ReceiptItems& items,
                                                 const AppGroupSDK::DeliveryReceiptPNModel& receipt,
                                                 const Info& info,
                                                 const std::optional<std::string>& receiptDateUtc) const {
-  items.add("RECEIVED", {{"eventId", receipt.uuid()},
-                         {"sessionId", info.sessionId()},
-                         {"category", "engagement"},
-                         {"messageId", receipt.messageId()},
-                         {"receiptDateUtc", receiptDateUtc},
+  items.add("RECEIVED", {{"category", "engagement"},
                          {"dateTime", formatted(receipt.eventDateUtc())},
-                         {"propertyBag", receipt.propertyBag()}});
+                         {"eventId", receipt.uuid()},
+                         {"messageId", receipt.messageId()},
+                         {"propertyBag", receipt.propertyBag()},
+                         {"receiptDateUtc", receiptDateUtc},
+                         {"sessionId", info.sessionId()}});
 }
 
 QXPlatform::Dictionary MAMDeliveryReceiptPayloadCreator::makeBody(const Info& info,

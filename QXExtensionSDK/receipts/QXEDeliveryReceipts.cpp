@@ -14,15 +14,15 @@ constexpr int kEventType = 112;
 }  // namespace
 
 void DeliveryReceiptEvent::addTo(ReceiptItems& items) const {
-  items.add(kEventType, {{"uuid", uuid},
-                         {"applicationId", applicationId},
+  items.add(kEventType, {{"applicationId", applicationId},
                          {"deviceId", deviceId},
+                         {"eventDateUtc", eventDateUtc},
                          {"messageId", messageId},
                          {"messageType", messageType},
                          {"propertyBag", propertyBag},
-                         {"requestId", requestId.value_or("").empty() ? std::nullopt : requestId},
                          {"receiptDateUtc", receiptDateUtc},
-                         {"eventDateUtc", eventDateUtc}});
+                         {"requestId", requestId.value_or("").empty() ? std::nullopt : requestId},
+                         {"uuid", uuid}});
 }
 
 std::optional<std::string_view> QXEDeliveryReceiptPayloadCreator::missingField(

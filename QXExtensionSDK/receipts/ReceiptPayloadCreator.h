@@ -24,7 +24,8 @@ class ReceiptItems {
 
   explicit ReceiptItems(std::size_t expectedCount);
 
-  // Appends {"eventType", "event"}.
+  // Appends {"eventType", "event"}. There is the least to sort when the fields come in the order of their
+  // keys.
   void add(int eventType, std::initializer_list<Field> event);
   void add(std::string_view eventType, std::initializer_list<Field> event);
   // The list that wraps the items. This object must not be used afterwards.

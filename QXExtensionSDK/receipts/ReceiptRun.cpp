@@ -1,17 +1,30 @@
 #include "QXExtensionSDK/receipts/ReceiptRun.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <iterator>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
+#include <string>
 #include <unordered_map>
+#include <utility>
 
 #include "AppGroupSDK/store/Trimming.h"
-#include "QXPlatform/dispatch/Clock.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXExtensionSDK {
+
+namespace {
+
+// Of a text, however it is kept.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
+
+}  // namespace
 
 // What the runs on one file have in common.
 struct ReceiptRun::Ledger {
@@ -29,19 +42,24 @@ struct ReceiptRun::Ledger {
   // The same object for every run on that file at the time.
   static std::shared_ptr<Ledger> shared(AppGroupSDK::ExtensionModuleName module, std::string_view appId);
 
+  Entry& entryOf(std::string_view uuid) {
+    auto known = entries.find(uuid);
+    if (known == entries.end()) known = entries.try_emplace(std::string(uuid)).first;
+    return known->second;
+  }
   void releaseAll(std::uint64_t run) {
-    for (auto& [uuid, entry] : entries) {
+    for (auto each = entries.begin(); each != entries.end();) {
+      Entry& entry = each->second;
       if (entry.claimedBy == run) entry.claimedBy = kNobody;
+      const bool isOver = entry.claimedBy == kNobody && !entry.acknowledged;
+      each = isOver ? entries.erase(each) : std::next(each);
     }
-    std::erase_if(entries, [](const auto& each) {
-      return each.second.claimedBy == kNobody && !each.second.acknowledged;
-    });
   }
 
   std::mutex mutex;  // guards what follows
   std::uint64_t begun = 0;
   std::set<std::uint64_t> running;
-  std::unordered_map<std::string, Entry> entries;
+  std::unordered_map<std::string, Entry, TextHash, std::equal_to<>> entries;
 };
 
 std::shared_ptr<ReceiptRun::Ledger> ReceiptRun::Ledger::shared(AppGroupSDK::ExtensionModuleName module,
@@ -70,8 +88,8 @@ ReceiptRun::ReceiptRun(AppGroupSDK::ExtensionModuleName module, std::string_view
 }
 
 ReceiptRun::~ReceiptRun() {
+  releaseAll();
   const std::lock_guard lock(ledger_->mutex);
-  ledger_->releaseAll(number_);
   ledger_->running.erase(number_);
   // What was removed before a run began, it has never seen.
   const auto oldest = ledger_->running.empty() ? number_ + 1 : *ledger_->running.begin();
@@ -80,40 +98,42 @@ ReceiptRun::~ReceiptRun() {
   });
 }
 
-bool ReceiptRun::claim(const std::string& uuid) {
-  const auto now = QXPlatform::Clock::current().now();
-  const std::lock_guard lock(ledger_->mutex);
-  auto& entry = ledger_->entries[uuid];
+ReceiptRun::Claims::Claims(ReceiptRun& run)
+    : run_(run), lock_(run.ledger_->mutex), now_(QXPlatform::Clock::current().now()) {}
+
+bool ReceiptRun::Claims::add(std::string_view uuid) {
+  Ledger::Entry& entry = run_.ledger_->entryOf(uuid);
   const bool isTaken =
-      entry.claimedBy == number_ || (entry.claimedBy != Ledger::kNobody && now < entry.claimEnd);
+      entry.claimedBy == run_.number_ || (entry.claimedBy != Ledger::kNobody && now_ < entry.claimEnd);
   if (entry.acknowledged || isTaken) return false;
-  entry.claimedBy = number_;
-  entry.claimEnd = now + kClaimLifetime;
+  entry.claimedBy = run_.number_;
+  entry.claimEnd = now_ + kClaimLifetime;
+  run_.hasClaims_ = true;
   return true;
 }
 
 void ReceiptRun::releaseAll() {
   const std::lock_guard lock(ledger_->mutex);
-  ledger_->releaseAll(number_);
+  if (std::exchange(hasClaims_, false)) ledger_->releaseAll(number_);
 }
 
-void ReceiptRun::acknowledge(std::span<const std::string> uuids) {
+void ReceiptRun::acknowledge(std::span<const std::string_view> uuids) {
   const std::lock_guard lock(ledger_->mutex);
-  for (const auto& uuid : uuids) {
-    auto& acknowledged = ledger_->entries[uuid].acknowledged;
+  for (const auto uuid : uuids) {
+    auto& acknowledged = ledger_->entryOf(uuid).acknowledged;
     if (!acknowledged) acknowledged = Ledger::kStillInFile;
   }
 }
 
-bool ReceiptRun::isAcknowledged(const std::string& uuid) const {
+bool ReceiptRun::isAcknowledged(std::string_view uuid) const {
   const std::lock_guard lock(ledger_->mutex);
   const auto entry = ledger_->entries.find(uuid);
   return entry != ledger_->entries.end() && entry->second.acknowledged;
 }
 
-void ReceiptRun::removed(std::span<const std::string> uuids) {
+void ReceiptRun::removed(std::span<const std::string_view> uuids) {
   const std::lock_guard lock(ledger_->mutex);
-  for (const auto& uuid : uuids) {
+  for (const auto uuid : uuids) {
     const auto entry = ledger_->entries.find(uuid);
     if (entry == ledger_->entries.end() || !entry->second.acknowledged) continue;
     entry->second.acknowledged = std::min(*entry->second.acknowledged, ledger_->begun);

@@ -3,11 +3,12 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "AppGroupSDK/ExtensionModuleName.h"
+#include "QXPlatform/dispatch/Clock.h"
 
 namespace QXExtensionSDK {
 
@@ -16,7 +17,7 @@ inline constexpr std::chrono::seconds kClaimLifetime{22};
 // The life of a receipt, as far as this process has a part in it:
 //
 //   stored        in the module's file, pending                      DeliveryReceiptsPNStore
-//   claimed       by the run that sends it: no other run of this     ReceiptRun::claim
+//   claimed       by the run that sends it: no other run of this     ReceiptRun::Claims
 //                 process does meanwhile
 //   acknowledged  by the back end: no run claims it any more         ReceiptRun::acknowledge
 //   removed       from the file, by the same or a later save         ReceiptRun::removed
@@ -32,22 +33,34 @@ class ReceiptRun {
   ReceiptRun(const ReceiptRun&) = delete;
   ReceiptRun& operator=(const ReceiptRun&) = delete;
 
-  // False when it is acknowledged, when this run has claimed it already, or when another run has been sending
-  // it for less than kClaimLifetime. By then that run has given its push back, whatever its back end still
-  // does.
-  bool claim(const std::string& uuid);
+  // Claims made in one go: while it lives, the other runs wait.
+  class Claims {
+   public:
+    explicit Claims(ReceiptRun& run);
+    // False when it is acknowledged, when this run has claimed it already, or when another run has been
+    // sending it for less than kClaimLifetime. By then that run has given its push back, whatever its back
+    // end still does.
+    bool add(std::string_view uuid);
+
+   private:
+    ReceiptRun& run_;
+    const std::lock_guard<std::mutex> lock_;
+    const QXPlatform::Clock::TimePoint now_;
+  };
+  bool claim(std::string_view uuid) { return Claims(*this).add(uuid); }
   void releaseAll();
 
-  void acknowledge(std::span<const std::string> uuids);
-  bool isAcknowledged(const std::string& uuid) const;
+  void acknowledge(std::span<const std::string_view> uuids);
+  bool isAcknowledged(std::string_view uuid) const;
   // The file is known to be without them. Their entries stay for the runs that have read it before.
-  void removed(std::span<const std::string> uuids);
+  void removed(std::span<const std::string_view> uuids);
 
  private:
   struct Ledger;
 
   const std::shared_ptr<Ledger> ledger_;
-  std::uint64_t number_;  // in the order of their beginning
+  std::uint64_t number_;    // in the order of their beginning
+  bool hasClaims_ = false;  // guarded by the ledger's mutex
 };
 
 }  // namespace QXExtensionSDK

@@ -285,7 +285,7 @@ TEST_F(ReceiptStorageTest, WhatIsAcknowledgedIsNotSentAgainWhenItsRemovalCouldNo
 }
 
 TEST_F(ReceiptStorageTest, AcknowledgedReceiptsAreForgottenWhenNoRunCanHaveReadThemBefore) {
-  const std::vector<std::string> uuid{"uuid"};
+  const std::vector<std::string_view> uuid{"uuid"};
   auto older = makeRun();
   {
     const auto sender = makeRun();

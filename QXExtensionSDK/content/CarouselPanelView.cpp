@@ -2,6 +2,9 @@
 
 #include <QPainter>
 #include <algorithm>
+#include <set>
+#include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "QXExtensionSDK/content/ViewConversions.h"
@@ -26,10 +29,20 @@ QRect imageRect(int panelWidth) {
   return {kPadding, kPadding, width, std::max(1, qRound(width * 9 / 16.0))};
 }
 
-int textHeight(const std::optional<TextComponent>& text, int width, int numberOfLines) {
-  if (!text) return 0;
-  return QXPlatform::UILabel::heightForText(QString::fromStdString(text->text), toQFont(text->font), width,
-                                            numberOfLines);
+// Of the tallest. Equal texts, which panels often have, are measured once: that is what takes the time.
+int textHeight(const PanelItemComponents& panels, std::optional<TextComponent> PanelItemComponent::*text,
+               int width, int numberOfLines) {
+  std::set<std::tuple<std::string_view, FontStyle, double>> measured;
+  int height = 0;
+  for (const PanelItemComponent& panel : panels) {
+    const auto& component = panel.*text;
+    if (!component) continue;
+    const Font& font = component->font;
+    if (!measured.emplace(component->text, font.style, font.pointSize).second) continue;
+    height = std::max(height, QXPlatform::UILabel::heightForText(QString::fromStdString(component->text),
+                                                                 toQFont(font), width, numberOfLines));
+  }
+  return height;
 }
 
 int textWidth(int panelWidth) {
@@ -64,13 +77,8 @@ CarouselPanelView::CarouselPanelView(std::shared_ptr<QXPlatform::URLSession> ses
 }
 
 PanelTextLayout CarouselPanelView::textLayoutForPanels(const PanelItemComponents& panels, int width) {
-  PanelTextLayout layout;
-  for (const PanelItemComponent& panel : panels) {
-    layout.titleHeight = std::max(layout.titleHeight, textHeight(panel.title, textWidth(width), kTitleLines));
-    layout.subTitleHeight =
-        std::max(layout.subTitleHeight, textHeight(panel.subTitle, textWidth(width), kSubTitleLines));
-  }
-  return layout;
+  return {textHeight(panels, &PanelItemComponent::title, textWidth(width), kTitleLines),
+          textHeight(panels, &PanelItemComponent::subTitle, textWidth(width), kSubTitleLines)};
 }
 
 int CarouselPanelView::heightForPanels(const PanelTextLayout& layout, int width) {

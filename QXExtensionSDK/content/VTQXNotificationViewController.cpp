@@ -16,8 +16,11 @@ namespace {
 
 constexpr LogCategory kCategory = LogCategory::contentGeneral;
 
-std::shared_ptr<CarouselScreen> makeCarouselScreen() {
-  return std::make_shared<CarouselViewController>(Logger::content());
+// Of the size that it is to have: what is measured for another one would be so twice.
+std::shared_ptr<CarouselScreen> makeCarouselScreen(QSize size) {
+  auto screen = std::make_shared<CarouselViewController>(Logger::content());
+  screen->resizeView(size.width(), size.height());
+  return screen;
 }
 
 // Null when there is none.
@@ -49,7 +52,8 @@ void VTQXNotificationViewController::handleNotificationReceived(
 
 void VTQXNotificationViewController::start(
     const std::shared_ptr<const QXPlatform::UNNotificationRequest>& request) {
-  const DefaultCoordinatorFactory factory(makeCarouselScreen, QXPlatform::dispatchMainAsync);
+  const DefaultCoordinatorFactory factory([size = view().size()] { return makeCarouselScreen(size); },
+                                          QXPlatform::dispatchMainAsync);
   auto coordinator = factory.createCoordinatorUsing(*request);
   if (coordinator == nullptr) {
     Logger::content().error(kCategory, "Can't find a suitable Coordinator");

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <csetjmp>
 #include <cstddef>
 #include <cstdint>
@@ -152,14 +153,21 @@ class JPEGDecoder {
     info_.scale_num = 1;
     info_.scale_denom = static_cast<unsigned>(reduction);
     info_.out_color_space = hasInks ? JCS_CMYK : JCS_EXT_RGBA;
-    row_.resize(static_cast<std::size_t>(sink_.size().width) * 4);
+    row_.resize(static_cast<std::size_t>(sink_.size().width) * 4 + kPassingCache);
     return true;
+  }
+
+  // The library writes a row that is aligned like that past the cache, from where it would have to come back
+  // for the sink: a third of the time.
+  JSAMPROW cachedRow() {
+    const bool passesCache = std::bit_cast<std::uintptr_t>(row_.data()) % kPassingCache == 0;
+    return row_.data() + (passesCache ? kPassingCache / 2 : 0);
   }
 
   bool readRows() {
     if (setjmp(failed_) != 0) return false;
     jpeg_start_decompress(&info_);
-    JSAMPROW row = row_.data();
+    JSAMPROW row = cachedRow();
     while (info_.output_scanline < info_.output_height && !arePixelsMissing_) {
       jpeg_read_scanlines(&info_, &row, 1);
       sink_.addRow(row);
@@ -189,6 +197,8 @@ class JPEGDecoder {
     }
     return true;
   }
+
+  static constexpr std::size_t kPassingCache = 32;
 
   ImageSink& sink_;
   const std::size_t length_;

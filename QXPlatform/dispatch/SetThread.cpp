@@ -7,11 +7,28 @@
 #include "QXPlatform/dispatch/WorkRunner.h"
 
 namespace QXPlatform {
+namespace {
+
+// The allocator keeps freed blocks for each thread, ever more of them and ever more scattered, and the pages
+// that they are on stay in use. They go with the thread.
+constexpr std::chrono::milliseconds kOldAge{500};
+
+}  // namespace
 
 void SetThread::begin(ThreadHandle thread) {
   const std::lock_guard lock(mutex_);
   thread_ = thread;
   name_.reset();
+  stayOn();
+}
+
+// In real time: a thread is no business of a clock that a test installs and takes away again.
+void SetThread::stayOn() {
+  retirement_ = std::chrono::steady_clock::now() + kOldAge;
+}
+
+bool SetThread::isOld() const {
+  return std::chrono::steady_clock::now() >= retirement_;
 }
 
 void SetThread::takeUp(const WorkItem& item) {
@@ -23,7 +40,7 @@ WorkItems SetThread::takeNext() {
   const std::lock_guard lock(mutex_);
   isBusy_ = false;
   WorkItems next;
-  if (kept_.empty()) return next;
+  if (kept_.empty() || isOld()) return next;
   next.splice(next.end(), kept_, kept_.begin());
   takeUpLocked(next.front());
   return next;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <mutex>
 #include <optional>
@@ -17,9 +18,14 @@ class SetThread {
   // A thread begins that has no name yet.
   void begin(ThreadHandle thread);
 
+  // Whether the thread has worked for so long that another is to take its place, and so long again. For the
+  // thread itself.
+  bool isOld() const;
+  void stayOn();
+
   // What follows is done for `item`.
   void takeUp(const WorkItem& item);
-  // The same for the next item that the thread has kept; without one it is free.
+  // The same for the next item that the thread has kept; without one, or when it is old, it is free.
   WorkItems takeNext();
 
   // Takes the one item over, to be run when the thread comes back, while it is watched; else returns false.
@@ -44,6 +50,8 @@ class SetThread {
  private:
   void takeUpLocked(const WorkItem& item);
   bool lacksName() const { return isBusy_ && name_ != label_; }
+
+  std::chrono::steady_clock::time_point retirement_;
 
   mutable std::mutex mutex_;
   // Below, guarded by mutex_.

@@ -14,9 +14,6 @@ namespace {
 
 constexpr std::chrono::seconds kIdleLifetime{2};
 constexpr std::chrono::milliseconds kBetweenLooks{1};
-// After that many items a thread is not kept idle. The allocator keeps freed blocks for each thread, more
-// with every size that it meets; they go with the thread.
-constexpr std::size_t kMostItems = 512;
 
 }  // namespace
 
@@ -148,16 +145,27 @@ void ThreadSet::serve(Worker& worker) {
   worker.thread.begin(currentThread());
   std::unique_lock lock(mutex_);
   --onTheirWay_;
-  std::size_t items = 0;
   do {
-    while (!waiting_.empty()) items += runNext(worker, lock);
-  } while (items < kMostItems && waitForCall(worker, lock));
+    while (!waiting_.empty() && !worker.thread.isOld()) runNext(worker, lock);
+  } while (worker.thread.isOld() ? !isReplaced(worker, lock) : waitForCall(worker, lock));
   worker.alive = false;
   --alive_;
 }
 
-// Runs one from the list of all, and what the thread keeps in the course of it. Returns how many that were.
-std::size_t ThreadSet::runNext(Worker& worker, std::unique_lock<std::mutex>& lock) {
+// Leaves what the thread keeps to another one. Returns whether there is one for it.
+bool ThreadSet::isReplaced(Worker& worker, std::unique_lock<std::mutex>& lock) {
+  worker.thread.unwatch(waiting_);
+  if (waiting_.empty()) return true;
+  const Call call = callOne();
+  lock.unlock();
+  const bool isCalled = call.worker != nullptr && perform(call);
+  lock.lock();
+  if (!isCalled) worker.thread.stayOn();
+  return isCalled;
+}
+
+// Runs one from the list of all, and what the thread keeps in the course of it.
+void ThreadSet::runNext(Worker& worker, std::unique_lock<std::mutex>& lock) {
   WorkItems next;
   next.splice(next.end(), waiting_, waiting_.begin());
   ++taken_;
@@ -168,14 +176,12 @@ std::size_t ThreadSet::runNext(Worker& worker, std::unique_lock<std::mutex>& loc
   perform(call);
   worker.thread.takeUp(next.front());
   if (isUnseen) showLabel();
-  std::size_t items = 0;
-  for (; !next.empty(); next = worker.thread.takeNext(), ++items) {
+  for (; !next.empty(); next = worker.thread.takeNext()) {
     // May be the last one that holds the queue, so not let go under a lock.
     const std::shared_ptr<WorkRunner> runner = std::move(next.front().runner);
     runner->run(std::move(next));
   }
   lock.lock();
-  return items;
 }
 
 bool ThreadSet::isCalledWithin(std::chrono::nanoseconds patience, Worker& worker,
@@ -194,7 +200,6 @@ bool ThreadSet::waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock) 
   const bool looksOut = lookout_ == nullptr;
   idle_.insert(looksOut ? idle_.begin() : idle_.end(), &worker);
   if (looksOut && lookOut(worker, lock)) return true;
-  // In real time: an idle thread is no business of a clock that a test installs and takes away again.
   if (worker.mayWork || isCalledWithin(kIdleLifetime, worker, lock)) {
     --onTheirWay_;
     return true;

@@ -14,8 +14,8 @@
 namespace QXPlatform {
 
 // The threads that all queues of the process share: made when an item finds none free, up to 64 beside those
-// that are inside foreign code; one that has been idle for some seconds ends. What one thread starts is taken
-// in that order. Any thread.
+// that are inside foreign code. One that has been idle for some seconds ends, and one that has worked for
+// half a second leaves its place to another. What one thread starts is taken in that order. Any thread.
 //
 // To wake a thread costs more than most items do, and so does a lock that busy threads meet at. So an item
 // that a thread of the set starts wakes nobody: that thread keeps it, and comes back for it when its own item
@@ -78,7 +78,8 @@ class ThreadSet {
   bool launch(Worker& worker);
 
   void serve(Worker& worker);
-  std::size_t runNext(Worker& worker, std::unique_lock<std::mutex>& lock);
+  bool isReplaced(Worker& worker, std::unique_lock<std::mutex>& lock);
+  void runNext(Worker& worker, std::unique_lock<std::mutex>& lock);
   static bool isCalledWithin(std::chrono::nanoseconds patience, Worker& worker,
                              std::unique_lock<std::mutex>& lock);
   bool waitForCall(Worker& worker, std::unique_lock<std::mutex>& lock);

@@ -98,14 +98,12 @@ QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& at
        .progress = [&](std::size_t answered) { progress.show(answered, files.partOf(answered)); }});
 }
 
-// Each processor fills a pool of its own, so that jobs do not wait for each other's memory, and there is one
-// for each of the threads that are there before: who reads, who keeps the time limits, and the lookout. More
-// pools than that would only grow with the run.
+// Each processor fills a pool of its own, so that jobs do not wait for each other's memory; one more, since
+// threads meet in them by chance. With more than that the run grows for longer, and is no faster.
 int memoryPools(std::size_t jobs) {
-  constexpr std::size_t kOtherThreads = 3;
   if (jobs == 1) return 1;
   const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
-  return static_cast<int>(std::min(jobs, processors) + kOtherThreads);
+  return static_cast<int>(std::min(jobs, processors) + 1);
 }
 
 Ended pushToBuiltIn(const Run& run, const HostBehaviour& host) {

@@ -1,6 +1,7 @@
 // What Linux alone shows: names and numbers of threads, files that do not tell their size.
 
 #include <pthread.h>
+#include <unistd.h>
 
 #include "QXPlatform/dispatch/DispatchGroup.h"
 #include "QXPlatform/dispatch/DispatchQueue.h"
@@ -59,6 +60,19 @@ TEST(DispatchQueueTest, IdleThreadsRetireAndComeBack) {
     ASSERT_TRUE(group.wait(soon()));
     EXPECT_TRUE(eventually([&] { return threadsOfProcess() <= before; }));
   }
+}
+
+// The memory that the allocator keeps for a thread goes with it, also from one that is never idle.
+TEST(DispatchQueueTest, ABusyThreadIsReplacedInTime) {
+  const DispatchQueue queue("concurrent", Attribute::concurrent);
+  const DispatchGroup group;
+  std::set<pid_t> threads;
+  const std::function<void()> goOn = [&] {
+    threads.insert(gettid());
+    if (threads.size() < 4) queue.async(group, goOn);
+  };
+  queue.async(group, goOn);
+  EXPECT_TRUE(group.wait(soon()));
 }
 
 TEST(FileContentsTest, ReadsFilesThatDoNotTellTheirSize) {

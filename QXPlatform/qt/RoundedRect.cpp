@@ -71,28 +71,42 @@ void FramedRoundedRect::fill(QPainter& painter, const QColor& color, const QRegi
 
 void FramedRoundedRect::fill(QPainter& painter, const QImage& image) const {
   const double scale = painter.deviceTransform().m11();
-  const QSizeF pixels = image.size();
-  const bool isStretched = pixels != QSizeF(rect_.size()) * scale;
-  QBrush texture(image);
-  texture.setTransform(
-      QTransform::fromScale(rect_.width() / pixels.width(), rect_.height() / pixels.height()));
-  painter.setBrushOrigin(rect_.topLeft());
+  const bool isStretched = QSizeF(image.size()) != QSizeF(rect_.size()) * scale;
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setRenderHint(QPainter::SmoothPixmapTransform, isStretched);
-  if (isStretched || !isCut(painter)) return painter.fillPath(outline(), texture);
+  if (isStretched || !isCut(painter)) return fillOutline(painter, image);
+  const auto inPixels = [&](const QRect& part) {
+    return QRectF(QPointF(part.topLeft() - rect_.topLeft()) * scale, QSizeF(part.size()) * scale).toRect();
+  };
   painter.save();
-  for (const QRect& corner : corners()) {
-    painter.setClipRect(corner);
-    painter.fillPath(outline(), texture);
-  }
-  painter.setClipping(false);
   painter.translate(rect_.topLeft());
   painter.scale(1 / scale, 1 / scale);
-  for (const QRect& part : rest()) {
-    const QRectF inPixels(QPointF(part.topLeft() - rect_.topLeft()) * scale, QSizeF(part.size()) * scale);
-    painter.drawImage(inPixels.topLeft(), image, inPixels);
+  for (const QRect& corner : corners()) {
+    const QRect part = inPixels(corner);
+    painter.drawImage(part.topLeft(), cutCorner(image.copy(part), corner, scale));
   }
+  for (const QRect& part : rest()) painter.drawImage(inPixels(part).topLeft(), image, inPixels(part));
   painter.restore();
+}
+
+void FramedRoundedRect::fillOutline(QPainter& painter, const QImage& image) const {
+  QBrush texture(image);
+  texture.setTransform(QTransform::fromScale(rect_.width() / static_cast<double>(image.width()),
+                                             rect_.height() / static_cast<double>(image.height())));
+  painter.setBrushOrigin(rect_.topLeft());
+  painter.fillPath(outline(), texture);
+}
+
+// What of that part of an image lies inside. The toolkit would fill a path with an image by its pool of
+// threads, which take longer to wake than to fill a corner.
+QImage FramedRoundedRect::cutCorner(const QImage& part, const QRect& corner, double scale) const {
+  QImage cut = part.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  QPainter painter(&cut);
+  painter.scale(scale, scale);
+  painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+  drawCorner(painter, "fill", corner, Qt::black, {},
+             [](QPainter& pixels, const QPainterPath& path) { pixels.fillPath(path, Qt::black); });
+  return cut;
 }
 
 void FramedRoundedRect::drawLine(QPainter& painter, const QColor& color) const {
@@ -106,14 +120,18 @@ void FramedRoundedRect::drawLine(QPainter& painter, const QColor& color) const {
 
 void FramedRoundedRect::drawCut(QPainter& painter, const char* kind, const QColor& color,
                                 const QRegion& plain, const DrawOutline& drawOutline) const {
-  for (const QRect& corner : corners()) {
-    drawCached(painter, cornerKey(kind, corner, color), corner, [&](QPainter& pixels) {
-      pixels.setRenderHint(QPainter::Antialiasing);
-      drawOutline(pixels, outline().translated(-corner.topLeft()));
-    });
-  }
+  for (const QRect& corner : corners())
+    drawCorner(painter, kind, corner, color, corner.topLeft(), drawOutline);
   painter.setRenderHint(QPainter::Antialiasing, false);
   for (const QRect& part : plain) painter.fillRect(part, color);
+}
+
+void FramedRoundedRect::drawCorner(QPainter& painter, const char* kind, const QRect& corner,
+                                   const QColor& color, QPoint place, const DrawOutline& drawOutline) const {
+  drawCached(painter, cornerKey(kind, corner, color), {place, corner.size()}, [&](QPainter& pixels) {
+    pixels.setRenderHint(QPainter::Antialiasing);
+    drawOutline(pixels, outline().translated(-corner.topLeft()));
+  });
 }
 
 QPainterPath FramedRoundedRect::outline() const {

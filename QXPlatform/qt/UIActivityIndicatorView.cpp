@@ -5,6 +5,7 @@
 
 #include "QXPlatform/ui/Accessibility.h"
 #include "QXPlatform/ui/Appearance.h"
+#include "QXPlatform/ui/CachedDrawing.h"
 
 namespace QXPlatform {
 
@@ -55,8 +56,15 @@ void UIActivityIndicatorView::timerEvent(QTimerEvent* /*event*/) {
   update();
 }
 
+// Kept for each step: the toolkit would wake its pool of threads for every spoke.
 void UIActivityIndicatorView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
+  const QString key = QString::asprintf("spinner %d of %dx%d %x", step_, width(), height(), color_.rgba());
+  drawCached(painter, key, rect(), [this](QPainter& pixels) { drawSpokes(pixels); });
+}
+
+// None touches another.
+void UIActivityIndicatorView::drawSpokes(QPainter& painter) const {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(QRectF(rect()).center());
   painter.scale(width() / double{kSide}, height() / double{kSide});

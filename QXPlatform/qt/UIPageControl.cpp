@@ -40,11 +40,10 @@ void drawDot(QPainter& painter, QPointF center, double radius, const QColor& col
   const QSizeF size(2 * radius, 2 * radius);
   const QRect area = QRectF(center - QPointF(radius, radius), size).toAlignedRect();
   const QPointF centerInside = center - area.topLeft();
-  const QString key = QStringLiteral("dot %1 %2 %3 %4")
-                          .arg(centerInside.x())
-                          .arg(centerInside.y())
-                          .arg(radius)
-                          .arg(color.rgba());
+  constexpr double kPrecision = 1000;
+  const auto rounded = [](double value) { return qRound(value * kPrecision); };
+  const QString key = QString::asprintf("dot %d %d %d %x", rounded(centerInside.x()),
+                                        rounded(centerInside.y()), rounded(radius), color.rgba());
   drawCached(painter, key, area, [&](QPainter& pixels) {
     pixels.setRenderHint(QPainter::Antialiasing);
     pixels.setPen(Qt::NoPen);

@@ -38,6 +38,10 @@ class FramedRoundedRect {
   // The corners as they are kept or else drawn, and those plain parts.
   void drawCut(QPainter& painter, const char* kind, const QColor& color, const QRegion& plain,
                const DrawOutline& drawOutline) const;
+  void drawCorner(QPainter& painter, const char* kind, const QRect& corner, const QColor& color, QPoint place,
+                  const DrawOutline& drawOutline) const;
+  QImage cutCorner(const QImage& part, const QRect& corner, double scale) const;
+  void fillOutline(QPainter& painter, const QImage& image) const;
   QRegion plainRegion() const;
   bool isCut(const QPainter& painter) const;
   std::array<QRect, 4> corners() const;

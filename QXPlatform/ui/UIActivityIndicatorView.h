@@ -26,6 +26,8 @@ class UIActivityIndicatorView final : public QWidget {
   void hideEvent(QHideEvent* event) override;
 
  private:
+  void drawSpokes(QPainter& painter) const;
+
   QColor color_;
   QBasicTimer timer_;
   int step_ = 0;

@@ -18,8 +18,9 @@ QImage drawn(int scale, const Draw& draw) {
   return image;
 }
 
+// Of a format that the toolkit blends as it does what is kept; an opaque one it rounds once less.
 QImage diagonals(QSize size) {
-  QImage image(size, QImage::Format_RGB32);
+  QImage image(size, QImage::Format_ARGB32_Premultiplied);
   for (int y = 0; y < size.height(); ++y) {
     for (int x = 0; x < size.width(); ++x) image.setPixel(x, y, qRgb(x + y, 3 * x, 5 * y));
   }

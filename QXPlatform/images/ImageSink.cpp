@@ -41,17 +41,31 @@ bool isOpaque(const std::uint8_t* row, std::size_t count) {
   return alpha == 0xFF;
 }
 
+// What is `first` of a sum takes its place, rather than being added to nothing.
+
+template <bool first>
 void addOpaque(float* sums, const std::uint8_t* row, std::size_t count, float share) {
-  for (std::size_t i = 0; i < count; ++i) sums[i] += share * static_cast<float>(row[i]);
+  for (std::size_t i = 0; i < count; ++i) {
+    const float value = share * static_cast<float>(row[i]);
+    sums[i] = first ? value : sums[i] + value;
+  }
 }
 
+template <bool first>
 void addTransparent(float* sums, const std::uint8_t* row, std::size_t count, float share) {
   for (std::size_t i = 0; i < count; i += kChannels) {
     const float alpha = share * static_cast<float>(row[i + 3]);
-    for (std::size_t color = i; color < i + 3; ++color)
-      sums[color] += alpha / 255 * static_cast<float>(row[color]);
-    sums[i + 3] += alpha;
+    for (std::size_t color = i; color < i + 3; ++color) {
+      const float value = alpha / 255 * static_cast<float>(row[color]);
+      sums[color] = first ? value : sums[color] + value;
+    }
+    sums[i + 3] = first ? alpha : sums[i + 3] + alpha;
   }
+}
+
+template <bool first>
+void add(bool isOpaque, float* sums, const std::uint8_t* row, std::size_t count, float share) {
+  (isOpaque ? addOpaque<first> : addTransparent<first>)(sums, row, count, share);
 }
 
 // Of as many sums for each first column, by their weights, in the painter's order. A count that is known when
@@ -151,8 +165,8 @@ void ImageSink::addRow(const std::uint8_t* row) {
   const auto end = static_cast<double>(rowsDone_ + 1);
   constexpr double kRounding = 1e-6;
   const auto addShare = [&](double share) {
-    if (!std::exchange(isRowBegun_, true)) std::ranges::fill(sums_, 0.F);
-    (isOpaque ? addOpaque : addTransparent)(sums_.data(), row, sums_.size(), static_cast<float>(share));
+    const auto addRow = std::exchange(isRowBegun_, true) ? add<false> : add<true>;
+    addRow(isOpaque, sums_.data(), row, sums_.size(), static_cast<float>(share));
   };
   if (bottom < end - kRounding) return addShare(bottom - top);
   addShare(end - top);

@@ -51,24 +51,24 @@ bool isAffordable(const WebPBitstreamFeatures& features) {
   return long{features.width} * features.height * bytesAPixel <= kMostDecodingBytes;
 }
 
-// The frame, scaled by the decoder to that size.
-std::vector<std::uint8_t> decodeFrame(const Frame& frame, PixelSize size) {
+// The frame, scaled by the decoder to that size; null when it cannot be read.
+std::unique_ptr<std::uint8_t[]> decodeFrame(const Frame& frame, PixelSize size) {
   WebPDecoderConfig config;
   const bool isReady =
       WebPInitDecoderConfig(&config) != 0 &&
       WebPGetFeatures(frame.fragment.bytes, frame.fragment.size, &config.input) == VP8_STATUS_OK &&
       isAffordable(config.input);
-  if (!isReady) return {};
-  std::vector<std::uint8_t> pixels(static_cast<std::size_t>(size.width) *
-                                   static_cast<std::size_t>(size.height) * 4);
+  if (!isReady) return nullptr;
+  const std::size_t length = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 4;
+  auto pixels = std::make_unique_for_overwrite<std::uint8_t[]>(length);
   config.options.use_scaling = size.width != config.input.width || size.height != config.input.height ? 1 : 0;
   config.options.scaled_width = size.width;
   config.options.scaled_height = size.height;
   config.output.colorspace = MODE_RGBA;
   config.output.is_external_memory = 1;
-  config.output.u.RGBA = {pixels.data(), size.width * 4, pixels.size()};
+  config.output.u.RGBA = {pixels.get(), size.width * 4, length};
   const bool isDecoded = WebPDecode(frame.fragment.bytes, frame.fragment.size, &config) == VP8_STATUS_OK;
-  return isDecoded ? std::move(pixels) : std::vector<std::uint8_t>();
+  return isDecoded ? std::move(pixels) : nullptr;
 }
 
 }  // namespace
@@ -89,8 +89,8 @@ bool decodeWebP(std::string_view bytes, ImageSink& sink) {
   sink.reduce(reduction);
   const auto reduced = [reduction](int length) { return (length + reduction - 1) / reduction; };
   const PixelSize size{reduced(frame.width), reduced(frame.height)};
-  const std::vector<std::uint8_t> pixels = decodeFrame(frame, size);
-  if (pixels.empty()) return false;
+  const auto pixels = decodeFrame(frame, size);
+  if (pixels == nullptr) return false;
 
   const int left = frame.x_offset / reduction;
   const int top = frame.y_offset / reduction;
@@ -98,15 +98,16 @@ bool decodeWebP(std::string_view bytes, ImageSink& sink) {
   const auto frameRowBytes = static_cast<std::size_t>(size.width) * 4;
   const std::size_t start = static_cast<std::size_t>(left) * 4;
   const std::size_t visible = std::min(frameRowBytes, rowBytes - start);
+  const std::vector<std::uint8_t> nothing(rowBytes);
   std::vector<std::uint8_t> row(rowBytes);
-  for (int y = 0; y < sink.size().height; ++y) {
-    std::fill(row.begin(), row.end(), std::uint8_t{0});
-    if (y >= top && y < top + size.height) {
-      const std::uint8_t* source = pixels.data() + static_cast<std::size_t>(y - top) * frameRowBytes;
-      std::copy_n(source, visible, row.begin() + static_cast<std::ptrdiff_t>(start));
-    }
-    sink.addRow(row.data());
-  }
+  const auto rowAt = [&](int y) {
+    if (y < top || y >= top + size.height) return nothing.data();
+    const std::uint8_t* source = pixels.get() + static_cast<std::size_t>(y - top) * frameRowBytes;
+    if (visible == rowBytes) return source;
+    std::copy_n(source, visible, row.begin() + static_cast<std::ptrdiff_t>(start));
+    return static_cast<const std::uint8_t*>(row.data());
+  };
+  for (int y = 0; y < sink.size().height; ++y) sink.addRow(rowAt(y));
   return true;
 }
 

@@ -1,5 +1,6 @@
 #include "QXPlatform/files/LockedDirectory.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/file.h>
@@ -10,6 +11,8 @@
 #include <string>
 #include <system_error>
 #include <utility>
+
+#include "QXPlatform/foundation/Handle.h"
 
 namespace QXPlatform {
 namespace {
@@ -55,14 +58,17 @@ Result<LockedDirectory> LockedDirectory::make(std::string_view prefix) {
 }
 
 void removeUnlockedDirectories(std::string_view prefix, Leftovers leftovers) {
-  std::error_code error;
-  const fs::path parent = fs::temp_directory_path(error);
-  for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error)) {
-    if (!entry->path().filename().native().starts_with(prefix)) continue;
-    const auto held = lock(entry->path());
+  std::error_code ignored;
+  const fs::path parent = fs::temp_directory_path(ignored);
+  // The library's iterator makes paths of all names, of which there may be thousands.
+  const Handle<DIR, &::closedir> listing(::opendir(parent.c_str()));
+  if (listing == nullptr) return;
+  while (const dirent* const entry = ::readdir(listing.get())) {
+    if (!std::string_view(entry->d_name).starts_with(prefix)) continue;
+    const fs::path directory = parent / entry->d_name;
+    const auto held = lock(directory);
     if (!held || !isOwn(*held)) continue;
-    std::error_code ignored;
-    leftovers == Leftovers::all ? fs::remove_all(entry->path(), ignored) : fs::remove(entry->path(), ignored);
+    leftovers == Leftovers::all ? fs::remove_all(directory, ignored) : fs::remove(directory, ignored);
   }
 }
 

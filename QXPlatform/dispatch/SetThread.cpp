@@ -12,6 +12,8 @@ namespace {
 // The allocator keeps freed blocks for each thread, ever more of them and ever more scattered, and the pages
 // that they are on stay in use. They go with the thread.
 constexpr std::chrono::milliseconds kOldAge{500};
+// At the time, which costs as much as a small item.
+constexpr std::size_t kItemsBetweenLooks = 16;
 
 }  // namespace
 
@@ -40,7 +42,7 @@ WorkItems SetThread::takeNext() {
   const std::lock_guard lock(mutex_);
   isBusy_ = false;
   WorkItems next;
-  if (kept_.empty() || isOld()) return next;
+  if (kept_.empty() || (++taken_ % kItemsBetweenLooks == 0 && isOld())) return next;
   next.splice(next.end(), kept_, kept_.begin());
   takeUpLocked(next.front());
   return next;
@@ -83,15 +85,10 @@ std::size_t SetThread::keptSoFar() const {
   return keptSoFar_;
 }
 
-bool SetThread::setInForeignCode(bool isInForeignCode) {
+bool SetThread::enterForeignCode() {
   const std::lock_guard lock(mutex_);
-  isInForeignCode_ = isInForeignCode;
+  isInForeignCode_ = true;
   return isWatched_;
-}
-
-bool SetThread::isInForeignCode() const {
-  const std::lock_guard lock(mutex_);
-  return isInForeignCode_;
 }
 
 void SetThread::showLabel() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <mutex>
@@ -38,8 +39,9 @@ class SetThread {
   std::size_t keptSoFar() const;
 
   // Returns whether the thread is watched.
-  bool setInForeignCode(bool isInForeignCode);
-  bool isInForeignCode() const;
+  bool enterForeignCode();
+  void leaveForeignCode() { isInForeignCode_ = false; }
+  bool isInForeignCode() const { return isInForeignCode_; }
 
   // Names the calling thread, which is this one, by the queue whose item it is at.
   void showLabel();
@@ -52,17 +54,18 @@ class SetThread {
   bool lacksName() const { return isBusy_ && name_ != label_; }
 
   std::chrono::steady_clock::time_point retirement_;
+  std::atomic<bool> isInForeignCode_ = false;
 
   mutable std::mutex mutex_;
   // Below, guarded by mutex_.
   ThreadHandle thread_{};
   bool isBusy_ = false;
-  bool isInForeignCode_ = false;
   std::string label_;                // that it is to bear
   std::optional<std::string> name_;  // that it has been given
   bool wasSeen_ = false;             // at the item that it has
   bool isWatched_ = false;
   WorkItems kept_;
+  std::size_t taken_ = 0;  // of those that were kept
   std::size_t keptSoFar_ = 0;
   std::size_t keptAtLook_ = 0;  // of keptSoFar_, at the last look
 };

@@ -57,7 +57,7 @@ bool ThreadSet::aboutToWait() {
 }
 
 void ThreadSet::enterForeignCode() {
-  if (current == nullptr || current->thread.setInForeignCode(true)) return;
+  if (current == nullptr || current->thread.enterForeignCode()) return;
   std::unique_lock lock(mutex_);
   const Call call = attend();
   lock.unlock();
@@ -65,7 +65,7 @@ void ThreadSet::enterForeignCode() {
 }
 
 void ThreadSet::leaveForeignCode() {
-  if (current != nullptr) current->thread.setInForeignCode(false);
+  if (current != nullptr) current->thread.leaveForeignCode();
 }
 
 void ThreadSet::showLabel() {

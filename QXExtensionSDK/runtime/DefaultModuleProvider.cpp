@@ -35,6 +35,7 @@ std::unique_ptr<AsyncProcessing> makeDeliveryReceiptProcessor() {
 
 std::vector<std::unique_ptr<AsyncProcessing>> DefaultModuleProvider::processors() const {
   std::vector<std::unique_ptr<AsyncProcessing>> processors;
+  processors.reserve(3);
   processors.push_back(std::make_unique<ClientExecutionProcessor>());
   processors.push_back(makeAdvancedPushProcessor());
   processors.push_back(makeDeliveryReceiptProcessor());

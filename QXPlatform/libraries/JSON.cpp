@@ -26,8 +26,8 @@ class TreeBuilder {
   static constexpr std::size_t max_key_size = static_cast<std::size_t>(-1);
   static constexpr std::size_t max_string_size = static_cast<std::size_t>(-1);
 
-  // A parsed tree is about three times the size of its text.
-  TreeBuilder(std::size_t textSize, std::size_t treeLimit) : arena_(textSize * 3), treeLimit_(treeLimit) {
+  // The tree of a carousel is nearly five times the size of its text.
+  TreeBuilder(std::size_t textSize, std::size_t treeLimit) : arena_(textSize * 5), treeLimit_(treeLimit) {
     values_.reserve(kUsualBreadth);
     members_.reserve(kUsualBreadth);
   }

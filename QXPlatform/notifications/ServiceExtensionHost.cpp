@@ -86,7 +86,7 @@ class ServiceExtensionHost::Push {
  private:
   const std::shared_ptr<const UNNotificationRequest> request_;
   Completion completion_;
-  const LogSubject subject_ = std::make_shared<const std::string>(request_->identifier);
+  const LogSubject subject_{request_, &request_->identifier};
   const Clock::TimePoint begin_ = Clock::current().now();
   const DispatchQueue queue_{"extension.entry", DispatchQueue::Attribute::concurrent};
   std::mutex mutex_;

@@ -37,7 +37,7 @@ void drawCached(QPainter& painter, const QString& key, const QRect& area,
   painter.translate(area.topLeft());
   if (arePointsWholePixels(toPixels)) {
     const double scale = toPixels.m11();
-    const QString scaledKey = key + QLatin1Char('@') + QString::number(scale);
+    const QString scaledKey = key + QLatin1Char('@') + QString::number(qRound(scale));
     QPixmap pixmap;
     if (!QPixmapCache::find(scaledKey, &pixmap)) {
       pixmap = drawn(area.size(), scale, draw);

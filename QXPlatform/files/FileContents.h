@@ -16,8 +16,8 @@ class FileDescriptor;
 // not fit an extension's memory.
 inline constexpr std::size_t kMaxFileContents = std::size_t{4} << 20;
 
-// Tells one content of a record's file from every other that it has had, as long as all of them were written
-// by writeContents(). Made without arguments it stands for no file.
+// Tells one content of a record's file from every other that it has had, as long as all of them were put in
+// place by a FileCoordinator. Made without arguments it stands for no file.
 struct FileVersion {
   std::uint64_t file = 0;
   std::uint64_t size = 0;

@@ -3,7 +3,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <system_error>
@@ -33,20 +36,35 @@ struct Place {
   URL url;
 };
 
-std::optional<Place> makePlace(std::string_view group) {
+std::shared_ptr<const Place> makePlace(std::string_view group) {
   const auto path = containerPathForGroup(group);
-  return path ? std::optional(Place{path->native(), URL::file(path->native())}) : std::nullopt;
+  return path ? std::make_shared<const Place>(Place{path->native(), URL::file(path->native())}) : nullptr;
 }
 
 // All that the place depends on, but for the working directory.
-std::string placeKey(std::string_view group) {
-  std::string key(group);
-  for (const char* name : {"QX_APP_GROUPS_ROOT", "XDG_DATA_HOME", "HOME"}) {
-    const char* value = std::getenv(name);
-    key.append(1, '\0').append(value == nullptr ? "" : value);
+class PlaceKey {
+ public:
+  PlaceKey() = default;
+  explicit PlaceKey(std::string_view group) : group_(group) {
+    for (std::size_t i = 0; i < kVariables.size(); ++i) values_[i] = variable(i);
   }
-  return key;
-}
+  bool isStill(std::string_view group) const {
+    for (std::size_t i = 0; i < kVariables.size(); ++i) {
+      if (values_[i] != variable(i)) return false;
+    }
+    return group_ == group;
+  }
+
+ private:
+  static constexpr std::array kVariables{"QX_APP_GROUPS_ROOT", "XDG_DATA_HOME", "HOME"};
+  static std::string_view variable(std::size_t number) {
+    const char* value = std::getenv(kVariables[number]);
+    return value == nullptr ? "" : value;
+  }
+
+  std::string group_;
+  std::array<std::string, kVariables.size()> values_;
+};
 
 // Where the container lies that was asked for last: to find out costs more than to look whether it is there.
 class LastPlace {
@@ -56,15 +74,15 @@ class LastPlace {
     return *last;
   }
 
-  std::optional<Place> of(std::string_view group) {
-    std::string key = placeKey(group);
+  // Null when there is none.
+  std::shared_ptr<const Place> of(std::string_view group) {
     const std::lock_guard lock(mutex_);
-    if (place_ && key == key_) return place_;
-    place_.reset();  // nothing that was another's stays when memory is wanting in between
+    if (place_ != nullptr && key_.isStill(group)) return place_;
+    place_ = nullptr;  // nothing that was another's stays when memory is wanting in between
     auto place = makePlace(group);
     const auto root = containersRoot();
     if (!root || !root->is_absolute()) return place;
-    key_ = std::move(key);
+    key_ = PlaceKey(group);
     place_ = place;
     return place;
   }
@@ -72,15 +90,16 @@ class LastPlace {
  private:
   std::mutex mutex_;
   // Below, guarded by mutex_.
-  std::string key_;
-  std::optional<Place> place_;
+  PlaceKey key_;
+  std::shared_ptr<const Place> place_;
 };
 
 std::optional<URL> lookUp(std::string_view group) {
-  auto place = LastPlace::shared().of(group);
+  const auto place = LastPlace::shared().of(group);
   struct stat status {};
-  const bool isThere = place && ::stat(place->path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-  return isThere ? std::optional(std::move(place->url)) : std::nullopt;
+  const bool isThere =
+      place != nullptr && ::stat(place->path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  return isThere ? std::optional(place->url) : std::nullopt;
 }
 
 thread_local ContainerLookupScope* currentScope = nullptr;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <mutex>
@@ -23,7 +24,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kPatience = 5s;
 constexpr auto kCourtesy = 100ms;
-constexpr auto kBetweenLooks = 1ms;
+constexpr auto kBetweenLooks = 10ms;
 
 // Sleeps a little longer each time.
 class Pauses {
@@ -81,13 +82,21 @@ void logGivingUp(const std::string& path, std::string_view why) {
 // What the accesses of this process to one directory know of each other. A process has few directories: they
 // are kept.
 struct DirectoryAccess::Directory {
-  int readers = 0;
+  using Instant = std::chrono::steady_clock::time_point;
+
+  int readers = 0;  // guarded by Directories, as writers
   int writers = 0;
-  std::array<bool, kLockKinds> isHeld{};                                   // what was waited for in vain
-  std::array<std::chrono::steady_clock::time_point, kLockKinds> looked{};  // at each line
+  std::array<std::atomic<bool>, kLockKinds> isHeld{};     // what was waited for in vain
+  std::array<std::atomic<Instant>, kLockKinds> looked{};  // at each line
 
   int& admitted(AccessKind kind) { return kind == AccessKind::reading ? readers : writers; }
   bool hasRoom(AccessKind kind) { return admitted(kind) < (kind == AccessKind::reading ? 2 : 1); }
+  bool isTimeToLook(LockKind line) {
+    const auto now = std::chrono::steady_clock::now();
+    auto& last = looked[static_cast<std::size_t>(line)];
+    auto before = last.load();
+    return now - before >= kBetweenLooks && last.compare_exchange_strong(before, now);
+  }
 };
 
 class DirectoryAccess::Directories {
@@ -98,14 +107,14 @@ class DirectoryAccess::Directories {
     return *directories;
   }
 
-  Directory& enter(const std::string& path) {
+  Directory& of(const std::string& path) {
     const std::lock_guard lock(mutex_);
     return directories_[path];
   }
   bool awaitTurn(Directory& directory, AccessKind kind, Clock::TimePoint end) {
     std::unique_lock lock(mutex_);
-    if (!Clock::current().waitUntil(lock, changed_, end, [&] { return directory.hasRoom(kind); }))
-      return false;
+    const auto hasRoom = [&] { return directory.hasRoom(kind); };
+    if (!hasRoom() && !Clock::current().waitUntil(lock, changed_, end, hasRoom)) return false;
     ++directory.admitted(kind);
     return true;
   }
@@ -113,23 +122,6 @@ class DirectoryAccess::Directories {
     const std::lock_guard lock(mutex_);
     --directory.admitted(kind);
     changed_.notify_all();
-  }
-  bool isTimeToLook(Directory& directory, LockKind line) {
-    const auto now = std::chrono::steady_clock::now();
-    const std::lock_guard lock(mutex_);
-    auto& looked = directory.looked[static_cast<std::size_t>(line)];
-    if (now - looked < kBetweenLooks) return false;
-    looked = now;
-    return true;
-  }
-  bool isHeld(const Directory& directory, LockKind kind) {
-    const std::lock_guard lock(mutex_);
-    return directory.isHeld[static_cast<std::size_t>(kind)];
-  }
-  // What it was before.
-  bool setHeld(Directory& directory, LockKind kind, bool isHeld) {
-    const std::lock_guard lock(mutex_);
-    return std::exchange(directory.isHeld[static_cast<std::size_t>(kind)], isHeld);
   }
 
  private:
@@ -142,7 +134,7 @@ DirectoryAccess::DirectoryAccess(std::string path, AccessKind kind)
     : path_(std::move(path)),
       kind_(kind),
       end_(Clock::current().now() + kPatience),
-      state_(Directories::shared().enter(path_)) {
+      state_(Directories::shared().of(path_)) {
   isAdmitted_ = Directories::shared().awaitTurn(state_, kind_, end_);
   if (!isAdmitted_) logGivingUp(path_, "busy for too long with other accesses of this process");
 }
@@ -152,16 +144,15 @@ DirectoryAccess::~DirectoryAccess() {
 }
 
 LockAnswer DirectoryAccess::wait(const Wanted& wanted) {
-  auto& directories = Directories::shared();
+  auto& isHeld = state_.isHeld[static_cast<std::size_t>(wanted.kind)];
   auto answer = wanted.attempt();
-  const bool waits = answer == LockAnswer::busy && !directories.isHeld(state_, wanted.kind);
+  const bool waits = answer == LockAnswer::busy && !isHeld;
   for (Pauses pauses; waits && answer == LockAnswer::busy && Clock::current().now() < end_;) {
     pauses.next();
     answer = wanted.attempt();
   }
-  const bool isHeld = answer == LockAnswer::busy;
-  const bool wasHeld = directories.setHeld(state_, wanted.kind, isHeld);
-  if (isHeld && !wasHeld)
+  const bool isInVain = answer == LockAnswer::busy;
+  if (isHeld != isInVain && !isHeld.exchange(isInVain))
     logGivingUp(path_, "locked for too long by " + wanted.holder().value_or("another process"));
   return answer;
 }
@@ -181,7 +172,7 @@ void DirectoryAccess::renewPatience() {
 }
 
 void DirectoryAccess::holdBack(const FileDescriptor& directory, LockKind line) {
-  if (!Directories::shared().isTimeToLook(state_, line) || !somebodyWaits(directory, line)) return;
+  if (!state_.isTimeToLook(line) || !somebodyWaits(directory, line)) return;
   const auto end = std::chrono::steady_clock::now() + kCourtesy;
   for (Pauses pauses; somebodyWaits(directory, line) && std::chrono::steady_clock::now() < end;) {
     pauses.next();

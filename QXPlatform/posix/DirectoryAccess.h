@@ -55,7 +55,7 @@ class DirectoryAccess {
   // keep out one that can only ask again and again.
   LockAnswer waitInLine(const FileDescriptor& directory, const Wanted& wanted);
   // Lets those go first who wait in the line already, if that does not take long. Of accesses that follow
-  // each other one looks every millisecond: that is often enough for whoever waits.
+  // each other one looks every ten milliseconds: that is often enough for whoever waits.
   void holdBack(const FileDescriptor& directory, LockKind line);
   // What comes next is not to suffer for what has been waited for, or has been done, before.
   void renewPatience();

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
 #include <optional>
 #include <string>
 #include <utility>
@@ -29,15 +28,6 @@ std::optional<struct stat> regularFile(const FileDescriptor& file) {
   struct stat status {};
   if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
   return status;
-}
-
-// The system's own time of change is some milliseconds coarse: too coarse to tell two contents apart, the
-// second of which has got the number and size of the first.
-bool setExactTime(const FileDescriptor& file) {
-  timespec now{};
-  ::clock_gettime(CLOCK_REALTIME, &now);
-  const timespec times[] = {{0, UTIME_OMIT}, now};
-  return ::futimens(file.get(), times) == 0;
 }
 
 }  // namespace
@@ -86,7 +76,7 @@ bool writeContents(std::string_view bytes, const FileDescriptor& file) {
     if (written < 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
-  return setExactTime(file);
+  return true;
 }
 
 }  // namespace QXPlatform

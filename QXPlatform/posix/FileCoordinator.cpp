@@ -40,11 +40,12 @@ struct Target {
 };
 
 std::optional<Target> makeTarget(const URL& url) {
-  const auto path = filePath(url);
+  auto path = filePath(url);
   if (!path) return std::nullopt;
-  const std::size_t slash = path->rfind('/');
-  if (slash == std::string::npos) return std::nullopt;
-  Target target{path->substr(0, slash + 1), path->substr(slash + 1)};
+  const std::size_t nameStart = path->rfind('/') + 1;
+  std::string name = path->substr(nameStart);
+  path->resize(nameStart);
+  Target target{*std::move(path), std::move(name)};
   if (target.name.empty() || target.name == "." || target.name == "..") return std::nullopt;
   return target;
 }
@@ -160,10 +161,10 @@ class StagingFile {
     return retryInterrupted([&] { return ::fsync(file_->get()); }) == 0;
   }
 
-  // Gives the version of what takes the place. REQUIRES: the directory's lock.
-  std::optional<FileVersion> replace(const std::string& name) {
-    moved_ =
-        isStillThere() && ::renameat(directory_.get(), kStagingName, directory_.get(), name.c_str()) == 0;
+  // Gives the version of what takes the place of `found`. REQUIRES: the directory's lock.
+  std::optional<FileVersion> replace(const std::string& name, const FileVersion& found) {
+    moved_ = isStillThere() && differs(found) &&
+             ::renameat(directory_.get(), kStagingName, directory_.get(), name.c_str()) == 0;
     return moved_ ? std::optional(versionOf(status_)) : std::nullopt;
   }
 
@@ -189,6 +190,16 @@ class StagingFile {
   }
   // It has one name, and is moved by nobody else: who takes it for left behind removes it.
   bool isStillThere() { return ::fstat(file_->get(), &status_) == 0 && status_.st_nlink > 0; }
+  // The system's own time of change is some milliseconds coarse: a second content within them may have got
+  // the number and size of an earlier one. So each has a later time than the one before.
+  bool differs(const FileVersion& found) {
+    if (found != FileVersion() && versionOf(status_).modified > found.modified) return true;
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const timespec times[] = {{0, UTIME_OMIT}, now};
+    status_.st_mtim = now;
+    return ::futimens(file_->get(), times) == 0;
+  }
   void open() {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL;
     file_.emplace(retryScarce([&] { return openStagingFile(directory_, kFlags); }));
@@ -235,7 +246,7 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(const UR
   if (!found || !accessor(staging.descriptor(), *found) || !staging.sync()) return Outcome::failed;
   access.renewPatience();
   const auto lock = DirectoryLock::forReplacing(directory, access);
-  const auto version = lock.held() ? staging.replace(file->name) : std::nullopt;
+  const auto version = lock.held() ? staging.replace(file->name, *found) : std::nullopt;
   if (version && replaced != nullptr) *replaced = *version;
   return version ? Outcome::replaced : Outcome::failed;
 }

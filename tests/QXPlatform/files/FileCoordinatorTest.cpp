@@ -55,6 +55,16 @@ TEST_F(FileCoordinatorTest, ReplacesAFileThatIsTheOwnersAlone) {
   EXPECT_EQ(names(), std::vector<std::string>{"record"});
 }
 
+TEST_F(FileCoordinatorTest, GivesEachContentALaterTimeHoweverSoonItFollows) {
+  FileVersion before;
+  for (int round = 0; round < 100; ++round) {
+    FileVersion version;
+    coordinator_.coordinateWritingForReplacing(
+        url("record"), [](const auto& file, const auto&) { return writeContents("x", file); }, &version);
+    EXPECT_GT(version.modified, std::exchange(before, version).modified);
+  }
+}
+
 TEST_F(FileCoordinatorTest, LeavesTheOldContentWhenTheAccessorFails) {
   ASSERT_EQ(replace("record", "old"), Outcome::replaced);
   const auto halfWritten = [](const FileDescriptor& file) { return writeContents("ne", file); };

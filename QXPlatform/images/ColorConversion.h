@@ -25,6 +25,8 @@ struct ColorDescription {
   enum class Model : std::uint8_t { rgb, invertedCMYK };
 
   Model model = Model::rgb;
+  // Whether there is no alpha to look at.
+  bool isOpaque = false;
   // Wins over the rest.
   std::string iccProfile;
   std::optional<Chromaticities> chromaticities;

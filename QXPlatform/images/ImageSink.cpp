@@ -115,6 +115,7 @@ int ImageSink::reduction() const {
 }
 
 void ImageSink::reduce(int reduction) {
+  if (reduction == 1) return;
   const auto reduced = [reduction](int length) { return (length + reduction - 1) / reduction; };
   size_ = {reduced(size_.width), reduced(size_.height)};
   layOut();
@@ -155,8 +156,7 @@ void ImageSink::addRow(const std::uint8_t* row) {
   const int index = nextRow_++ - rows_.first;
   if (index < 0 || index >= rows_.count) return;
   row += static_cast<std::size_t>(columns_.first) * kChannels;
-  const bool isOpaque =
-      color_.model == ColorDescription::Model::invertedCMYK || QXPlatform::isOpaque(row, sums_.size());
+  const bool isOpaque = color_.isOpaque || QXPlatform::isOpaque(row, sums_.size());
   isOpaque_ = isOpaque_ && isOpaque;
   // In rows of the result, from where to where this one reaches; at most into the next.
   const double scale = static_cast<double>(result_.height) / rows_.count;

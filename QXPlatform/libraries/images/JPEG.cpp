@@ -144,6 +144,7 @@ class JPEGDecoder {
   bool begin() {
     const bool hasInks = info_.num_components == 4;
     ColorDescription color;
+    color.isOpaque = true;
     for (const std::string_view part : profileParts_) color.iccProfile += part;
     if (hasInks) color.model = ColorDescription::Model::invertedCMYK;
     const PixelSize size{static_cast<int>(info_.image_width), static_cast<int>(info_.image_height)};

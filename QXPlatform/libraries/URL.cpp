@@ -41,19 +41,19 @@ bool isPathCharacter(char character) {
   return kMay[static_cast<unsigned char>(character)];
 }
 
-std::string percentEncodedPath(std::string_view path) {
-  if (std::ranges::all_of(path, isPathCharacter)) return std::string(path);
-  std::string encoded;
-  encoded.reserve(path.size());
+void appendPercentEncoded(std::string& out, std::string_view path) {
+  if (std::ranges::all_of(path, isPathCharacter)) {
+    out += path;
+    return;
+  }
   for (const char character : path) {
     if (isPathCharacter(character)) {
-      encoded += character;
+      out += character;
       continue;
     }
-    encoded += '%';
-    appendHexByte(encoded, static_cast<unsigned char>(character), kUppercaseHexDigits);
+    out += '%';
+    appendHexByte(out, static_cast<unsigned char>(character), kUppercaseHexDigits);
   }
-  return encoded;
 }
 
 }  // namespace
@@ -126,7 +126,9 @@ std::optional<URL> URL::parse(std::string_view text) {
 
 URL URL::file(std::string_view absolutePath) {
   if (!absolutePath.starts_with('/')) fatalError("A file URL needs an absolute path");
-  return *parse("file://" + percentEncodedPath(absolutePath));
+  std::string text = "file://";
+  appendPercentEncoded(text, absolutePath);
+  return *parse(text);
 }
 
 std::string URL::withoutSecrets() const {
@@ -168,8 +170,10 @@ URL URL::appendingPathComponent(std::string_view component) const {
   const Range& path = components_.path;
   const std::size_t kept = path.start + withoutTrailingSlashes(at(path)).size();
   component.remove_prefix(std::min(component.find_first_not_of('/'), component.size()));
-  std::string joined = text_.substr(0, kept);
-  joined.append("/").append(percentEncodedPath(component));
+  std::string joined;
+  joined.reserve(text_.size() + 1 + component.size());
+  joined.append(text_, 0, kept).append("/");
+  appendPercentEncoded(joined, component);
   // Nothing but the path has changed.
   Components components = components_;
   components.path.length = joined.size() - path.start;

@@ -63,7 +63,7 @@ class Pieces {
   }
   // In quotation marks, between two characters if they are given. Returns whether it is short and stands as
   // it is, as most texts do; if not, nothing has been added.
-  bool addPlainText(std::string_view text, char before = 0, char after = 0) {
+  [[gnu::always_inline]] bool addPlainText(std::string_view text, char before = 0, char after = 0) {
     if (text.size() > kLongestPlain) return false;
     makeRoom(text.size() + 4);
     char* place = end_;
@@ -113,20 +113,22 @@ class Writer {
       case Kind::integer:
         appendJSONInteger(out_.out(), *value.integer());
         return true;
-      case Kind::number:
-        return writeNumber(*value.number());
       case Kind::string:
         return writeText(*value.string());
-      case Kind::date:
-        return misfit("a date") && writeText(describe(*value.date()));
-      case Kind::data:
-        return misfit("bytes") && writeText(describeBytes(*value.data()));
       case Kind::array:
         return writeArray(value);
       case Kind::dictionary:
         return writeDictionary(value);
+      default:
+        return writeRare(value);
     }
-    return true;
+  }
+
+  // Apart, since what is described here takes room on the stack, which each step into the tree would make.
+  [[gnu::noinline]] bool writeRare(const Value& value) {
+    if (const auto number = value.number()) return writeNumber(*number);
+    if (const auto date = value.date()) return misfit("a date") && writeText(describe(*date));
+    return misfit("bytes") && writeText(describeBytes(*value.data()));
   }
 
   bool misfit(std::string_view reason) {
@@ -139,7 +141,9 @@ class Writer {
     return misfits_ == Misfits::described && writeText(describe(number));
   }
 
-  bool writeText(std::string_view text) { return out_.addPlainText(text) || writeSpecialText(text); }
+  [[gnu::noinline]] bool writeText(std::string_view text) {
+    return out_.addPlainText(text) || writeSpecialText(text);
+  }
 
   [[gnu::noinline]] bool writeSpecialText(std::string_view text) {
     std::string& out = out_.out();

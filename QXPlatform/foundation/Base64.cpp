@@ -24,12 +24,11 @@ constexpr Table makeTable(unsigned shift) {
 
 constexpr std::array<Table, 4> kTables{makeTable(18), makeTable(12), makeTable(6), makeTable(0)};
 
-// The 24 bits of the first characters of `group`, at most four; missing ones count as zero.
-std::uint32_t groupBits(std::string_view group) {
+// The 24 bits of the first `count` characters of a group; missing ones count as zero.
+template <std::size_t count>
+std::uint32_t groupBits(const char* group) {
   std::uint32_t bits = 0;
-  for (std::size_t i = 0; i < 4 && i < group.size(); ++i) {
-    bits |= kTables[i][static_cast<unsigned char>(group[i])];
-  }
+  for (std::size_t i = 0; i < count; ++i) bits |= kTables[i][static_cast<unsigned char>(group[i])];
   return bits;
 }
 
@@ -48,14 +47,15 @@ std::optional<Data> decodeBase64(std::string_view text) {
   const std::size_t fullGroups = text.size() / 4 - (padding == 0 ? 0 : 1);
   std::uint32_t seen = 0;
   for (std::size_t i = 0; i < fullGroups; ++i, out += 3) {
-    const std::uint32_t bits = groupBits(text.substr(i * 4, 4));
+    const std::uint32_t bits = groupBits<4>(text.data() + i * 4);
     seen |= bits;
     out[0] = static_cast<char>(bits >> 16U);
     out[1] = static_cast<char>(bits >> 8U);
     out[2] = static_cast<char>(bits);
   }
   if (padding != 0) {
-    const std::uint32_t bits = groupBits(text.substr(fullGroups * 4, 4 - padding));
+    const char* const group = text.data() + fullGroups * 4;
+    const std::uint32_t bits = padding == 1 ? groupBits<3>(group) : groupBits<2>(group);
     seen |= bits;
     out[0] = static_cast<char>(bits >> 16U);
     if (padding == 1) out[1] = static_cast<char>(bits >> 8U);

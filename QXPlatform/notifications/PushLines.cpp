@@ -44,7 +44,9 @@ struct TakenPush {
 class OrderedAnswers {
  public:
   OrderedAnswers(PushSource& source, std::ostream& output, const PushAnswering& answering)
-      : source_(source), output_(output), answering_(answering) {}
+      : source_(source), output_(output), answering_(answering) {
+    spareNodes_.reserve(kMostWaitingPerJob * answering_.jobs);
+  }
 
   // Nothing at the end.
   std::shared_ptr<TakenPush> take() {
@@ -67,7 +69,7 @@ class OrderedAnswers {
     auto lock = lockBriefly(outputMutex_);
     if (!answer) ++result_.errors;
     waitingBytes_ += push.answer.size();
-    waiting_.emplace(answering_.inOrder ? push.position : arrived_++, std::move(push.answer));
+    keep(answering_.inOrder ? push.position : arrived_++, std::move(push.answer));
     if (isWriting_) return;
     isWriting_ = true;
     while (!waiting_.empty() && waiting_.begin()->first == written_) writeNext(lock);
@@ -87,6 +89,8 @@ class OrderedAnswers {
   }
 
  private:
+  using Answers = std::map<std::size_t, std::string>;
+
   // Returns room for another answer, none after the output has failed.
   std::optional<std::string> waitForRoom() {
     auto lock = lockBriefly(outputMutex_);
@@ -100,8 +104,27 @@ class OrderedAnswers {
     return room;
   }
 
+  void keep(std::size_t position, std::string text) {
+    if (spareNodes_.empty()) {
+      waiting_.emplace(position, std::move(text));
+      return;
+    }
+    Answers::node_type node = std::move(spareNodes_.back());
+    spareNodes_.pop_back();
+    node.key() = position;
+    node.mapped() = std::move(text);
+    waiting_.insert(std::move(node));
+  }
+
+  std::string takeFirst() {
+    Answers::node_type node = waiting_.extract(waiting_.begin());
+    std::string text = std::move(node.mapped());
+    if (spareNodes_.size() < spareNodes_.capacity()) spareNodes_.push_back(std::move(node));
+    return text;
+  }
+
   void writeNext(std::unique_lock<std::mutex>& lock) {
-    std::string text = std::move(waiting_.extract(waiting_.begin()).mapped());
+    std::string text = takeFirst();
     lock.unlock();
     // In one piece, so that what a host prints comes between the lines.
     output_ << text << std::flush;
@@ -125,14 +148,15 @@ class OrderedAnswers {
   std::mutex outputMutex_;
   std::ostream& output_;
   const PushAnswering& answering_;
-  std::map<std::size_t, std::string> waiting_;
+  Answers waiting_;
   std::size_t waitingBytes_ = 0;
   std::size_t arrived_ = 0;
   bool isWriting_ = false;
   std::size_t written_ = 0;  // changed by who writes
   // The room of answers that have been written, for others: threads that free each other's memory meet at the
-  // allocator's locks.
+  // allocator's locks, and from then on share what the processors keep in pieces.
   std::vector<std::string> spare_;
+  std::vector<Answers::node_type> spareNodes_;
   PushAnswers result_;
   bool outOfMemory_ = false;
   std::condition_variable room_;

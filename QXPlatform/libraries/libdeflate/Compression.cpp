@@ -25,7 +25,8 @@ class Decompressors {
   }
 
   Decompressor take() {
-    for (auto& kept : kept_) {
+    for (std::size_t i = 0; i < kPlaces; ++i) {
+      auto& kept = placeAfterOwn(i).kept;
       if (kept.load(std::memory_order_relaxed) == nullptr) continue;
       if (auto* const taken = kept.exchange(nullptr)) return Decompressor(taken);
     }
@@ -33,9 +34,9 @@ class Decompressors {
   }
 
   void keep(Decompressor decompressor) {
-    for (auto& kept : kept_) {
+    for (std::size_t i = 0; i < kPlaces; ++i) {
       libdeflate_decompressor* none = nullptr;
-      if (!kept.compare_exchange_strong(none, decompressor.get())) continue;
+      if (!placeAfterOwn(i).kept.compare_exchange_strong(none, decompressor.get())) continue;
       (void)decompressor.release();
       return;
     }
@@ -45,7 +46,20 @@ class Decompressors {
   friend class NeverDestroyed<Decompressors>;
   Decompressors() = default;
 
-  std::array<std::atomic<libdeflate_decompressor*>, 4> kept_{};
+  static constexpr std::size_t kPlaces = 4;
+  static constexpr std::size_t kCacheLine = 64;
+  struct alignas(kCacheLine) Place {
+    std::atomic<libdeflate_decompressor*> kept = nullptr;
+  };
+
+  // Each thread comes back to the same place: what another processor has written is slow to write anew.
+  Place& placeAfterOwn(std::size_t distance) {
+    static std::atomic<std::size_t> threads = 0;
+    thread_local const std::size_t own = threads++;
+    return places_[(own + distance) % kPlaces];
+  }
+
+  std::array<Place, kPlaces> places_;
 };
 
 std::size_t inflate(std::span<std::byte> destination, std::span<const std::byte> source) {

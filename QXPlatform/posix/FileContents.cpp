@@ -12,17 +12,14 @@
 #include "QXPlatform/files/FileDescriptor.h"
 #include "QXPlatform/posix/FilePath.h"
 #include "QXPlatform/posix/FileStatus.h"
+#include "QXPlatform/posix/OpenFile.h"
 
 namespace QXPlatform {
 
 namespace {
 
 // Without O_NONBLOCK, opening a pipe would wait for its other end.
-constexpr int kOpenFlags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
-
-FileDescriptor open(const std::string& path, int flags) {
-  return FileDescriptor(retryScarce([&] { return ::open(path.c_str(), flags | kOpenFlags, 0600); }));
-}
+constexpr int kOpenFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
 
 std::optional<struct stat> regularFile(const FileDescriptor& file) {
   struct stat status {};
@@ -35,7 +32,7 @@ std::optional<struct stat> regularFile(const FileDescriptor& file) {
 Result<Data, ReadFailure> readContents(const URL& file, FileVersion* version) {
   const auto path = filePath(file);
   if (!path) return ReadFailure::absent;
-  const FileDescriptor descriptor = open(*path, O_RDONLY);
+  const FileDescriptor descriptor = openFile(*path, O_RDONLY | kOpenFlags);
   if (!descriptor.valid()) return errno == ENOENT ? ReadFailure::absent : ReadFailure::unreadable;
   const auto status = regularFile(descriptor);
   if (!status) return ReadFailure::unreadable;
@@ -63,7 +60,7 @@ Result<Data, ReadFailure> readContents(const URL& file, FileVersion* version) {
 bool writeContents(std::string_view bytes, const URL& file) {
   const auto path = filePath(file);
   if (!path) return false;
-  FileDescriptor descriptor = open(*path, O_WRONLY | O_CREAT);
+  FileDescriptor descriptor = openFile(*path, O_WRONLY | O_CREAT | kOpenFlags);
   // Truncated only once it is known to be a regular file.
   const auto status = descriptor.valid() ? regularFile(descriptor) : std::nullopt;
   if (!status || (status->st_size > 0 && ::ftruncate(descriptor.get(), 0) != 0)) return false;

@@ -17,6 +17,7 @@
 #include "QXPlatform/posix/DirectoryAccess.h"
 #include "QXPlatform/posix/FilePath.h"
 #include "QXPlatform/posix/FileStatus.h"
+#include "QXPlatform/posix/OpenFile.h"
 
 // Two locks, both of which the system drops with the process that held them, and which hold between threads
 // as between processes, since they belong to an open file description and every access opens its own.
@@ -48,11 +49,6 @@ std::optional<Target> makeTarget(const URL& url) {
   Target target{*std::move(path), std::move(name)};
   if (target.name.empty() || target.name == "." || target.name == "..") return std::nullopt;
   return target;
-}
-
-FileDescriptor openDirectory(const std::string& path) {
-  return FileDescriptor(
-      retryScarce([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
 }
 
 bool isStillNamed(const FileDescriptor& directory, const FileDescriptor& stagingFile) {
@@ -238,7 +234,7 @@ FileCoordinator::Outcome FileCoordinator::coordinateWritingForReplacing(const UR
   if (!file) return Outcome::failed;
   DirectoryAccess access(file->directory, AccessKind::writing);
   if (!access.isAdmitted()) return Outcome::failed;
-  const FileDescriptor directory = openDirectory(file->directory);
+  const FileDescriptor directory = openFile(file->directory, O_RDONLY | O_DIRECTORY);
   if (!directory.valid()) return Outcome::failed;
   StagingFile staging(directory, file->directory, access);
   if (!staging.made()) return staging.lockRefused() ? Outcome::calledOff : Outcome::failed;
@@ -256,7 +252,7 @@ void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor
   if (!file) return;
   DirectoryAccess access(file->directory, AccessKind::reading);
   if (!access.isAdmitted()) return;
-  const FileDescriptor directory = openDirectory(file->directory);
+  const FileDescriptor directory = openFile(file->directory, O_RDONLY | O_DIRECTORY);
   if (!directory.valid()) return;
   const auto lock = DirectoryLock::forReading(directory, access);
   if (!lock.held()) return;

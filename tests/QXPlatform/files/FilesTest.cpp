@@ -94,7 +94,7 @@ TEST_F(FileContents, RefusesFilesTooLargeForARecord) {
   EXPECT_FALSE(readContents(file("record")));
 }
 
-TEST_F(FileContents, WaitsOutAPassingWantOfDescriptors) {
+TEST_F(FileContents, WaitsOutAPassingWantOfDescriptorsAndTellsOfALastingOne) {
 #ifdef QX_SANITIZED
   GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object's type";
 #endif
@@ -103,7 +103,10 @@ TEST_F(FileContents, WaitsOutAPassingWantOfDescriptors) {
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
   rlimit none = usual;
   none.rlim_cur = 0;
+  const QXTestSupport::ScopedLogRecorder log;
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  EXPECT_FALSE(readContents(file("record")));
+  EXPECT_TRUE(log->has(directory_.path("record") + " cannot be opened: Too many open files"));
   std::thread relief([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     ::setrlimit(RLIMIT_NOFILE, &usual);

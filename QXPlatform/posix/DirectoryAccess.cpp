@@ -88,12 +88,12 @@ struct DirectoryAccess::Directory {
   int writers = 0;
   std::array<std::atomic<bool>, kLockKinds> isHeld{};     // what was waited for in vain
   std::array<std::atomic<Instant>, kLockKinds> looked{};  // at each line
+  std::atomic<Instant> lookedForLeftovers{};
 
   int& admitted(AccessKind kind) { return kind == AccessKind::reading ? readers : writers; }
   bool hasRoom(AccessKind kind) { return admitted(kind) < (kind == AccessKind::reading ? 2 : 1); }
-  bool isTimeToLook(LockKind line) {
+  static bool isTimeToLook(std::atomic<Instant>& last) {
     const auto now = std::chrono::steady_clock::now();
-    auto& last = looked[static_cast<std::size_t>(line)];
     auto before = last.load();
     return now - before >= kBetweenLooks && last.compare_exchange_strong(before, now);
   }
@@ -167,12 +167,17 @@ LockAnswer DirectoryAccess::waitInLine(const FileDescriptor& directory, const Wa
   return wait({wanted.kind, attempt, wanted.holder});
 }
 
+bool DirectoryAccess::isTimeForLeftovers() {
+  return Directory::isTimeToLook(state_.lookedForLeftovers);
+}
+
 void DirectoryAccess::renewPatience() {
   end_ = Clock::current().now() + kPatience;
 }
 
 void DirectoryAccess::holdBack(const FileDescriptor& directory, LockKind line) {
-  if (!state_.isTimeToLook(line) || !somebodyWaits(directory, line)) return;
+  auto& looked = state_.looked[static_cast<std::size_t>(line)];
+  if (!Directory::isTimeToLook(looked) || !somebodyWaits(directory, line)) return;
   const auto end = std::chrono::steady_clock::now() + kCourtesy;
   for (Pauses pauses; somebodyWaits(directory, line) && std::chrono::steady_clock::now() < end;) {
     pauses.next();

@@ -57,6 +57,8 @@ class DirectoryAccess {
   // Lets those go first who wait in the line already, if that does not take long. Of accesses that follow
   // each other one looks every ten milliseconds: that is often enough for whoever waits.
   void holdBack(const FileDescriptor& directory, LockKind line);
+  // Whether to look for what a killed writer has left behind. As often as that, too.
+  bool isTimeForLeftovers();
   // What comes next is not to suffer for what has been waited for, or has been done, before.
   void renewPatience();
 

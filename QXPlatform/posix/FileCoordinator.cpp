@@ -256,7 +256,7 @@ void FileCoordinator::coordinateReading(const URL& target, const ReadingAccessor
   if (!directory.valid()) return;
   const auto lock = DirectoryLock::forReading(directory, access);
   if (!lock.held()) return;
-  removeLeftover(directory, file->directory);
+  if (access.isTimeForLeftovers()) removeLeftover(directory, file->directory);
   accessor(target);
 }
 

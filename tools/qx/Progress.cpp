@@ -36,17 +36,17 @@ std::string bar(std::optional<double> part, std::chrono::duration<double> elapse
 
 }  // namespace
 
-Progress::Progress(std::string unit)
-    : unit_(std::move(unit)),
-      onTerminal_(isatty(STDERR_FILENO) != 0),
-      start_(std::chrono::steady_clock::now()) {}
+Progress::Progress(std::string unit) : unit_(std::move(unit)), start_(std::chrono::steady_clock::now()) {}
+
+bool Progress::isSeen() {
+  return isatty(STDERR_FILENO) != 0;
+}
 
 Progress::~Progress() {
   if (shown_) QXPlatform::writeToStandardError(kWipe);
 }
 
 void Progress::show(std::size_t done, std::optional<double> part) {
-  if (!onTerminal_) return;
   const auto now = std::chrono::steady_clock::now();
   if (now - start_ < kQuietFor || now - shownLast_ < kRefresh) return;
   const std::chrono::duration<double> elapsed = now - start_;

@@ -7,10 +7,13 @@
 
 namespace qx {
 
-// Shows on a terminal's standard error, as a bar, how far a batch has come, once it has taken over a second;
-// elsewhere nothing. The line is wiped at the end.
+// Shows on standard error, as a bar, how far a batch has come, once it has taken over a second. The line is
+// wiped at the end.
 class Progress {
  public:
+  // Whether standard error is a terminal. Elsewhere a bar is of no use.
+  static bool isSeen();
+
   explicit Progress(std::string unit);
   ~Progress();
   Progress(const Progress&) = delete;
@@ -21,7 +24,6 @@ class Progress {
 
  private:
   const std::string unit_;
-  const bool onTerminal_;
   const std::chrono::steady_clock::time_point start_;
   std::chrono::steady_clock::time_point shownLast_;
   bool shown_ = false;

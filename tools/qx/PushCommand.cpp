@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <thread>
@@ -90,12 +91,16 @@ QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& at
   PushFiles files(run.options.files);
   NamedPushes source(files, run.options.identifier, run.simulator.stable);
   Progress progress("pushes");
+  std::function<void(std::size_t)> showProgress;
+  if (Progress::isSeen()) {
+    showProgress = [&](std::size_t answered) { progress.show(answered, files.partOf(answered)); };
+  }
   return QXPlatform::answerPushes(
       source, std::cout,
       {.answer = answer,
        .jobs = run.options.jobs,
        .present = [&](auto& text, const auto& answered) { present(text, run, answered, attachments); },
-       .progress = [&](std::size_t answered) { progress.show(answered, files.partOf(answered)); }});
+       .progress = showProgress});
 }
 
 // Each processor fills a pool of its own, so that jobs do not wait for each other's memory; one more, since

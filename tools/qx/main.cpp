@@ -573,6 +573,8 @@ int run(Invocation& invocation) {
 
 int main(int argc, char** argv) {
   QXPlatform::keepMemoryUseEven();
+  // Nothing here writes by C's functions, whose buffer each result would be copied to first.
+  std::ios::sync_with_stdio(false);
   CLI::App app("qx: plays the operating system, the host application and the back end around QXExtensionSDK",
                "qx");
   app.set_version_flag("--version",

@@ -146,7 +146,10 @@ void ThreadSet::serve(Worker& worker) {
   std::unique_lock lock(mutex_);
   --onTheirWay_;
   do {
-    while (!waiting_.empty() && !worker.thread.isOld()) runNext(worker, lock);
+    // One at least, since it has been called: else the call would go on through all that are idle and old.
+    do {
+      if (!waiting_.empty()) runNext(worker, lock);
+    } while (!waiting_.empty() && !worker.thread.isOld());
   } while (worker.thread.isOld() ? !isReplaced(worker, lock) : waitForCall(worker, lock));
   worker.alive = false;
   --alive_;

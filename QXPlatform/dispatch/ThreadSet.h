@@ -14,8 +14,9 @@
 namespace QXPlatform {
 
 // The threads that all queues of the process share: made when an item finds none free, up to 64 beside those
-// that are inside foreign code. One that has been idle for some seconds ends, and one that has worked for
-// half a second leaves its place to another. What one thread starts is taken in that order. Any thread.
+// that are inside foreign code. One that has been idle for some seconds ends, and one that has been there for
+// half a second leaves its place to another when it has had its turn. What one thread starts is taken in that
+// order. Any thread.
 //
 // To wake a thread costs more than most items do, and so does a lock that busy threads meet at. So an item
 // that a thread of the set starts wakes nobody: that thread keeps it, and comes back for it when its own item

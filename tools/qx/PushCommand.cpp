@@ -196,7 +196,7 @@ int reportFailures(const std::vector<TestCase>& cases) {
 // The exit code.
 int reportAnswers(const QXPlatform::PushAnswers& answers, const Run& run) {
   if (answers.outputFailed) return fail("push", "the results cannot be written");
-  if (isForPeople(run.simulator)) std::cout << receiptsForPeople();
+  if (isForPeople(run.simulator)) std::cout << receiptsForPeople() << std::flush;
   const auto cases = run.verdicts.testCases();
   if (run.options.junit) {
     const auto problem = writeJUnit(*run.options.junit, "qx push", cases);

@@ -14,7 +14,7 @@ bool arePointsWholePixels(const QTransform& toPixels);
 
 // Draws a small shape that comes again and again: once, into pixels that are kept under the key, and by
 // copying them from then on, which leaves the same. `draw` gets a painter with the origin at the area's, in
-// points; it has to draw one shape and stay inside the area.
+// points; it has to draw one shape, or some that do not touch, and stay inside the area.
 void drawCached(QPainter& painter, const QString& key, const QRect& area,
                 const std::function<void(QPainter&)>& draw);
 

@@ -33,7 +33,7 @@ class ReceiptRun {
   ReceiptRun(const ReceiptRun&) = delete;
   ReceiptRun& operator=(const ReceiptRun&) = delete;
 
-  // Claims made in one go: while it lives, the other runs wait.
+  // Claims made in one go: while it lives, other calls on this run and the other ones wait.
   class Claims {
    public:
     explicit Claims(ReceiptRun& run);
@@ -47,7 +47,6 @@ class ReceiptRun {
     const std::lock_guard<std::mutex> lock_;
     const QXPlatform::Clock::TimePoint now_;
   };
-  bool claim(std::string_view uuid) { return Claims(*this).add(uuid); }
   void releaseAll();
 
   void acknowledge(std::span<const std::string_view> uuids);

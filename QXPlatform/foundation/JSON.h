@@ -20,7 +20,7 @@ inline constexpr int kJSONDepthLimit = 512;
 inline constexpr int kJSONWritingDepthLimit = kJSONDepthLimit + 8;
 
 // How much memory the tree of one text may take, the reader's own included; what an extension can spare. The
-// tree of an ordinary text is three times its size, that of the most wasteful one thirty times.
+// tree of an ordinary text is three to five times its size, that of the most wasteful one thirty times.
 inline constexpr std::size_t kJSONTreeLimit = std::size_t{16} << 20;
 
 // What a text may take.

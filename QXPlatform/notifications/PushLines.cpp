@@ -154,7 +154,7 @@ class OrderedAnswers {
   bool isWriting_ = false;
   std::size_t written_ = 0;  // changed by who writes
   // The room of answers that have been written, for others: threads that free each other's memory meet at the
-  // allocator's locks, and from then on share what the processors keep in pieces.
+  // allocator's locks, and get blocks that lie in the other one's cache.
   std::vector<std::string> spare_;
   std::vector<Answers::node_type> spareNodes_;
   PushAnswers result_;

@@ -159,7 +159,7 @@ class StagingFile {
 
   // Gives the version of what takes the place of `found`. REQUIRES: the directory's lock.
   std::optional<FileVersion> replace(const std::string& name, const FileVersion& found) {
-    moved_ = isStillThere() && differs(found) &&
+    moved_ = isStillThere() && giveLaterTimeThan(found) &&
              ::renameat(directory_.get(), kStagingName, directory_.get(), name.c_str()) == 0;
     return moved_ ? std::optional(versionOf(status_)) : std::nullopt;
   }
@@ -188,7 +188,7 @@ class StagingFile {
   bool isStillThere() { return ::fstat(file_->get(), &status_) == 0 && status_.st_nlink > 0; }
   // The system's own time of change is some milliseconds coarse: a second content within them may have got
   // the number and size of an earlier one. So each has a later time than the one before.
-  bool differs(const FileVersion& found) {
+  bool giveLaterTimeThan(const FileVersion& found) {
     if (found != FileVersion() && versionOf(status_).modified > found.modified) return true;
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);

@@ -136,9 +136,10 @@ int runBackend(const SimulatorOptions& simulator, const BackendOptions& options)
     std::unique_lock announcing(conversation.output);
     const backend::LoopbackServer server(serverOptions(options, style, conversation));
     printResult(simulator, whereItListens(server, options.tls));
-    announcing.unlock();
     // Where it listens is lost with an output that fails.
-    if (!std::cout) return 0;
+    const bool isLost = !std::cout;
+    announcing.unlock();
+    if (isLost) return 0;
     if (options.expect) return waitForPosts(options, end, conversation.posts);
     end.wait();
   } catch (const std::runtime_error& error) {

@@ -293,16 +293,17 @@ TEST_F(ReceiptStorageTest, AcknowledgedReceiptsAreForgottenWhenNoRunCanHaveReadT
     sender->removed(uuid);
   }
   const auto younger = makeRun();
-  EXPECT_FALSE(younger->claim("uuid"));
+  EXPECT_FALSE(ReceiptRun::Claims(*younger).add("uuid"));
   older.reset();
-  EXPECT_TRUE(younger->claim("uuid"));
+  EXPECT_TRUE(ReceiptRun::Claims(*younger).add("uuid"));
 }
 
 TEST_F(ReceiptStorageTest, OneFileIsOneWhateverBlanksSurroundTheApplicationId) {
   ReceiptRun run(kQXE, " " + appIdOf(kQXE) + "\n");
-  EXPECT_TRUE(run.claim("uuid"));
-  EXPECT_FALSE(makeRun()->claim("uuid"));
-  EXPECT_TRUE(ReceiptRun(kMAM, appIdOf(kQXE)).claim("uuid"));
+  EXPECT_TRUE(ReceiptRun::Claims(run).add("uuid"));
+  EXPECT_FALSE(ReceiptRun::Claims(*makeRun()).add("uuid"));
+  ReceiptRun other(kMAM, appIdOf(kQXE));
+  EXPECT_TRUE(ReceiptRun::Claims(other).add("uuid"));
 }
 
 }  // namespace

@@ -1,20 +1,23 @@
-// A compressed push: the bare libraries, the decorator, and the whole way from request to content handler.
+// A compressed push: the bare libraries, here and on another thread, the decorator, and the whole way from
+// request to content handler.
 
 #include <benchmark/benchmark.h>
 #include <libdeflate.h>
 #include <openssl/evp.h>
 
-#include <condition_variable>
 #include <cstdlib>
 #include <memory>
-#include <mutex>
+#include <semaphore>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "QXExtensionSDK/QXExtensionSDK.h"
 #include "QXExtensionSDK/decoration/DecompressionDecorator.h"
 #include "QXPlatform/foundation/Base64.h"
+#include "QXPlatform/foundation/Handle.h"
 #include "bench/BareJSON.h"
 
 namespace {
@@ -66,23 +69,53 @@ void sizes(benchmark::internal::Benchmark* bench) {
   if (const char* const count = std::getenv("QX_BENCH_ITERATIONS")) bench->Iterations(std::stol(count));
 }
 
-void BM_Floor(benchmark::State& state) {
-  const std::string text = packed(state);
-  libdeflate_decompressor* inflater = libdeflate_alloc_decompressor();
-  for (auto _ : state) {
-    std::string bytes(text.size() / 4 * 3, '\0');
+class BareDecoder {
+ public:
+  explicit BareDecoder(std::string text) : text_(std::move(text)) {}
+
+  void decode() const {
+    std::string bytes(text_.size() / 4 * 3, '\0');
     const int decoded =
         EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()),
-                        reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+                        reinterpret_cast<const unsigned char*>(text_.data()), static_cast<int>(text_.size()));
     const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);
     std::size_t count = 0;
-    libdeflate_deflate_decompress(inflater, bytes.data(), static_cast<std::size_t>(decoded), buffer.get(),
-                                  kBufferSize, &count);
+    libdeflate_deflate_decompress(inflater_.get(), bytes.data(), static_cast<std::size_t>(decoded),
+                                  buffer.get(), kBufferSize, &count);
     benchmark::DoNotOptimize(bench::bareParse({buffer.get(), count}));
   }
-  libdeflate_free_decompressor(inflater);
+
+ private:
+  const std::string text_;
+  const QXPlatform::Handle<libdeflate_decompressor, &libdeflate_free_decompressor> inflater_{
+      libdeflate_alloc_decompressor()};
+};
+
+void BM_Floor(benchmark::State& state) {
+  const BareDecoder decoder(packed(state));
+  for (auto _ : state) decoder.decode();
 }
 BENCHMARK(BM_Floor)->Apply(sizes);
+
+// A push is handed to another thread and back, whatever decodes it.
+void BM_FloorPush(benchmark::State& state) {
+  const BareDecoder decoder(packed(state));
+  std::binary_semaphore received(0);
+  std::binary_semaphore delivered(0);
+  std::jthread other([&](const std::stop_token& over) {
+    for (received.acquire(); !over.stop_requested(); received.acquire()) {
+      decoder.decode();
+      delivered.release();
+    }
+  });
+  for (auto _ : state) {
+    received.release();
+    delivered.acquire();
+  }
+  other.request_stop();
+  received.release();
+}
+BENCHMARK(BM_FloorPush)->Apply(sizes)->UseRealTime();
 
 void BM_Decorate(benchmark::State& state) {
   using namespace QXExtensionSDK;
@@ -102,17 +135,10 @@ BENCHMARK(BM_Decorate)->Apply(sizes);
 void BM_Push(benchmark::State& state) {
   const auto service = std::make_shared<QXExtensionSDK::VTQXNotificationService>();
   const auto request = makeRequest(packed(state));
-  std::mutex mutex;
-  std::condition_variable arrived;
+  std::binary_semaphore delivered(0);
   for (auto _ : state) {
-    bool delivered = false;
-    service->didReceiveNotificationRequest(request, [&](const auto&) {
-      const std::lock_guard lock(mutex);
-      delivered = true;
-      arrived.notify_one();
-    });
-    std::unique_lock lock(mutex);
-    arrived.wait(lock, [&] { return delivered; });
+    service->didReceiveNotificationRequest(request, [&](const auto&) { delivered.release(); });
+    delivered.acquire();
   }
 }
 BENCHMARK(BM_Push)->Apply(sizes)->UseRealTime();

@@ -4,7 +4,6 @@
 #include <iterator>
 #include <span>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 
 #include "QXExtensionSDK/runtime/logging/Logger.h"
@@ -33,10 +32,11 @@ void logError(Pieces&&... pieces) {
   Logger::service().error(LogCategory::deliveryReceipt, pieces...);
 }
 
-std::unordered_set<std::string_view> uniqueIds(const Receipts& receipts) {
-  std::unordered_set<std::string_view> ids(receipts.size());
+ReceiptIds uniqueIds(const Receipts& receipts) {
+  ReceiptIds ids;
   for (const auto& receipt : receipts) {
-    if (ids.insert(receipt.uuid()).second) continue;
+    const std::size_t unique = ids.count();
+    if (ids.add(receipt.uuid()) == unique) continue;
     QXPlatform::fatalError("Duplicate values for key: '" + receipt.uuid() + "'");
   }
   return ids;
@@ -111,9 +111,10 @@ void DeliveryReceiptsPNStore::adopt(Receipts inFile) {
   const Receipts before = std::exchange(storedReceipts_, std::move(inFile));
   std::ranges::copy_if(before, std::back_inserter(storedReceipts_),
                        [this](const auto& receipt) { return unsaved_.contains(receipt.uuid()); });
-  std::erase_if(storedReceipts_, [this](const auto& receipt) {
-    if (!run_->isAcknowledged(receipt.uuid())) return false;
-    acknowledged_.push_back(receipt.uuid());
+  const ReceiptRun::Acknowledged acknowledged(*run_);
+  std::erase_if(storedReceipts_, [&](const auto& receipt) {
+    if (!acknowledged.contains(receipt.uuid())) return false;
+    acknowledged_.add(receipt.uuid());
     return true;
   });
 }
@@ -148,9 +149,8 @@ DataStoreStatus DeliveryReceiptsPNStore::save(const Change& change) {
 }
 
 void DeliveryReceiptsPNStore::noteSaved() {
-  unsaved_.clear();
-  run_->removed(std::vector<std::string_view>(acknowledged_.begin(), acknowledged_.end()));
-  acknowledged_.clear();
+  unsaved_ = {};
+  run_->removed(std::exchange(acknowledged_, {}));
 }
 
 std::optional<Receipts> DeliveryReceiptsPNStore::fetchAllReceipts() {
@@ -166,7 +166,7 @@ DataStoreStatus DeliveryReceiptsPNStore::storeReceipts(const Receipts& receipts,
     // Storing nothing carries nothing over.
     carriedOver = receipts.empty() ? 0 : storedCount;
     storedReceipts_.insert(storedReceipts_.end(), receipts.begin(), receipts.end());
-    for (const auto& receipt : receipts) unsaved_.insert(receipt.uuid());
+    for (const auto& receipt : receipts) unsaved_.add(receipt.uuid());
     return std::min(carriedOver + receipts.size(), maxCount);
   });
   if (storedCount == 0) log("No DeliveryReceipts in store");
@@ -210,16 +210,15 @@ std::optional<DataStoreStatus> DeliveryReceiptsPNStore::updateStatus(const Recei
 void DeliveryReceiptsPNStore::removeReceipts(const Receipts& receipts) {
   if (load().empty()) return log("No DeliveryReceipts to remove");
   const auto ids = uniqueIds(receipts);
-  const std::vector<std::string_view> uuids(ids.begin(), ids.end());
-  run_->acknowledge(uuids);
+  run_->acknowledge(ids);
   const auto result = save([&] {
     std::erase_if(storedReceipts_, [&ids](const auto& stored) { return ids.contains(stored.uuid()); });
     return storedReceipts_.size();
   });
   if (result == DataStoreStatus::success) {
-    run_->removed(uuids);
+    run_->removed(ids);
   } else {
-    acknowledged_.insert(acknowledged_.end(), uuids.begin(), uuids.end());
+    for (std::size_t number = 0; number < ids.count(); ++number) acknowledged_.add(ids[number]);
   }
   log("DeliveryReceipts ", ReceiptListText{receipts}, " saved with result: ", result);
 }

@@ -4,11 +4,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
-#include <unordered_set>
-#include <vector>
 
 #include "AppGroupSDK/records/DeliveryReceiptsModelStore.h"
+#include "QXExtensionSDK/receipts/ReceiptIds.h"
 #include "QXExtensionSDK/receipts/ReceiptListText.h"
 #include "QXExtensionSDK/receipts/ReceiptRun.h"
 
@@ -71,8 +69,8 @@ class DeliveryReceiptsPNStore final : public DeliveryReceiptStoring {
   const std::unique_ptr<const AppGroupSDK::DeliveryReceiptsModelStoreProtocol> store_;
   const std::shared_ptr<ReceiptRun> run_;
   Receipts storedReceipts_;
-  std::unordered_set<std::string> unsaved_;         // those of storedReceipts_ that no save has written
-  std::vector<std::string> acknowledged_;           // those that the next save is the first to leave out
+  ReceiptIds unsaved_;                              // those of storedReceipts_ that no save has written
+  ReceiptIds acknowledged_;                         // those that the next save is the first to leave out
   std::optional<QXPlatform::FileVersion> version_;  // of the file, when it was last read or written
 };
 

@@ -2,29 +2,17 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <functional>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "AppGroupSDK/store/Trimming.h"
 #include "QXPlatform/foundation/NeverDestroyed.h"
 
 namespace QXExtensionSDK {
-
-namespace {
-
-// Of a text, however it is kept.
-struct TextHash {
-  using is_transparent = void;
-  std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
-};
-
-}  // namespace
 
 // What the runs on one file have in common.
 struct ReceiptRun::Ledger {
@@ -43,23 +31,34 @@ struct ReceiptRun::Ledger {
   static std::shared_ptr<Ledger> shared(AppGroupSDK::ExtensionModuleName module, std::string_view appId);
 
   Entry& entryOf(std::string_view uuid) {
-    auto known = entries.find(uuid);
-    if (known == entries.end()) known = entries.try_emplace(std::string(uuid)).first;
-    return known->second;
+    // Room first: each id has its entry, also when memory runs out.
+    if (entries.size() == entries.capacity()) entries.reserve(2 * entries.size() + 1);
+    const std::size_t number = uuids.add(uuid);
+    if (number == entries.size()) entries.emplace_back();
+    return entries[number];
+  }
+  Entry* find(std::string_view uuid) {
+    const auto number = uuids.find(uuid);
+    return number ? &entries[*number] : nullptr;
   }
   void releaseAll(std::uint64_t run) {
-    for (auto each = entries.begin(); each != entries.end();) {
-      Entry& entry = each->second;
+    for (Entry& entry : entries) {
       if (entry.claimedBy == run) entry.claimedBy = kNobody;
-      const bool isOver = entry.claimedBy == kNobody && !entry.acknowledged;
-      each = isOver ? entries.erase(each) : std::next(each);
     }
+    drop([](const Entry& entry) { return entry.claimedBy == kNobody && !entry.acknowledged; });
+  }
+  template <typename IsOver>
+  void drop(const IsOver& isOver) {
+    if (std::ranges::none_of(entries, isOver)) return;
+    uuids.drop([&](std::size_t number) { return isOver(entries[number]); });
+    std::erase_if(entries, isOver);
   }
 
   std::mutex mutex;  // guards what follows
   std::uint64_t begun = 0;
   std::set<std::uint64_t> running;
-  std::unordered_map<std::string, Entry, TextHash, std::equal_to<>> entries;
+  ReceiptIds uuids;
+  std::vector<Entry> entries;  // of each of uuids, by its number
 };
 
 std::shared_ptr<ReceiptRun::Ledger> ReceiptRun::Ledger::shared(AppGroupSDK::ExtensionModuleName module,
@@ -93,9 +92,8 @@ ReceiptRun::~ReceiptRun() {
   ledger_->running.erase(number_);
   // What was removed before a run began, it has never seen.
   const auto oldest = ledger_->running.empty() ? number_ + 1 : *ledger_->running.begin();
-  std::erase_if(ledger_->entries, [&](const auto& entry) {
-    return entry.second.acknowledged && *entry.second.acknowledged < oldest;
-  });
+  ledger_->drop(
+      [oldest](const Ledger::Entry& entry) { return entry.acknowledged && *entry.acknowledged < oldest; });
 }
 
 ReceiptRun::Claims::Claims(ReceiptRun& run)
@@ -117,26 +115,27 @@ void ReceiptRun::releaseAll() {
   if (std::exchange(hasClaims_, false)) ledger_->releaseAll(number_);
 }
 
-void ReceiptRun::acknowledge(std::span<const std::string_view> uuids) {
+void ReceiptRun::acknowledge(const ReceiptIds& uuids) {
   const std::lock_guard lock(ledger_->mutex);
-  for (const auto uuid : uuids) {
-    auto& acknowledged = ledger_->entryOf(uuid).acknowledged;
+  for (std::size_t number = 0; number < uuids.count(); ++number) {
+    auto& acknowledged = ledger_->entryOf(uuids[number]).acknowledged;
     if (!acknowledged) acknowledged = Ledger::kStillInFile;
   }
 }
 
-bool ReceiptRun::isAcknowledged(std::string_view uuid) const {
-  const std::lock_guard lock(ledger_->mutex);
-  const auto entry = ledger_->entries.find(uuid);
-  return entry != ledger_->entries.end() && entry->second.acknowledged;
+ReceiptRun::Acknowledged::Acknowledged(const ReceiptRun& run) : run_(run), lock_(run.ledger_->mutex) {}
+
+bool ReceiptRun::Acknowledged::contains(std::string_view uuid) const {
+  const auto* entry = run_.ledger_->find(uuid);
+  return entry != nullptr && entry->acknowledged;
 }
 
-void ReceiptRun::removed(std::span<const std::string_view> uuids) {
+void ReceiptRun::removed(const ReceiptIds& uuids) {
   const std::lock_guard lock(ledger_->mutex);
-  for (const auto uuid : uuids) {
-    const auto entry = ledger_->entries.find(uuid);
-    if (entry == ledger_->entries.end() || !entry->second.acknowledged) continue;
-    entry->second.acknowledged = std::min(*entry->second.acknowledged, ledger_->begun);
+  for (std::size_t number = 0; number < uuids.count(); ++number) {
+    auto* const entry = ledger_->find(uuids[number]);
+    if (entry == nullptr || !entry->acknowledged) continue;
+    entry->acknowledged = std::min(*entry->acknowledged, ledger_->begun);
   }
 }
 

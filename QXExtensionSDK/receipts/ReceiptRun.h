@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <span>
 #include <string_view>
 
 #include "AppGroupSDK/ExtensionModuleName.h"
+#include "QXExtensionSDK/receipts/ReceiptIds.h"
 #include "QXPlatform/dispatch/Clock.h"
 
 namespace QXExtensionSDK {
@@ -49,10 +49,20 @@ class ReceiptRun {
   };
   void releaseAll();
 
-  void acknowledge(std::span<const std::string_view> uuids);
-  bool isAcknowledged(std::string_view uuid) const;
+  // What has been acknowledged, seen in one go.
+  class Acknowledged {
+   public:
+    explicit Acknowledged(const ReceiptRun& run);
+    bool contains(std::string_view uuid) const;
+
+   private:
+    const ReceiptRun& run_;
+    const std::lock_guard<std::mutex> lock_;
+  };
+
+  void acknowledge(const ReceiptIds& uuids);
   // The file is known to be without them. Their entries stay for the runs that have read it before.
-  void removed(std::span<const std::string_view> uuids);
+  void removed(const ReceiptIds& uuids);
 
  private:
   struct Ledger;

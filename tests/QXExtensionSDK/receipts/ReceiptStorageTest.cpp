@@ -285,7 +285,8 @@ TEST_F(ReceiptStorageTest, WhatIsAcknowledgedIsNotSentAgainWhenItsRemovalCouldNo
 }
 
 TEST_F(ReceiptStorageTest, AcknowledgedReceiptsAreForgottenWhenNoRunCanHaveReadThemBefore) {
-  const std::vector<std::string_view> uuid{"uuid"};
+  ReceiptIds uuid;
+  uuid.add("uuid");
   auto older = makeRun();
   {
     const auto sender = makeRun();
@@ -296,6 +297,16 @@ TEST_F(ReceiptStorageTest, AcknowledgedReceiptsAreForgottenWhenNoRunCanHaveReadT
   EXPECT_FALSE(ReceiptRun::Claims(*younger).add("uuid"));
   older.reset();
   EXPECT_TRUE(ReceiptRun::Claims(*younger).add("uuid"));
+}
+
+TEST(ReceiptIds, KeepTheirOrderAndTheirPlacesWhenSomeGo) {
+  const auto idOf = [](std::size_t index) { return std::string(index % 40, 'x') + std::to_string(index); };
+  ReceiptIds ids;
+  for (std::size_t index = 0; index < 600; ++index) ASSERT_EQ(ids.add(idOf(index % 300)), index % 300);
+  ids.drop([](std::size_t number) { return number % 3 != 1; });
+  ASSERT_EQ(ids.count(), 100U);
+  for (std::size_t number = 0; number < 100; ++number) ASSERT_EQ(ids[number], idOf(3 * number + 1));
+  for (std::size_t index = 0; index < 300; ++index) ASSERT_EQ(ids.contains(idOf(index)), index % 3 == 1);
 }
 
 TEST_F(ReceiptStorageTest, OneFileIsOneWhateverBlanksSurroundTheApplicationId) {

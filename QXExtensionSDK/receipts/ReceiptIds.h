@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace QXExtensionSDK {
+
+// The ids of receipts, each once, numbered from 0 on in the order in which they came. A batch has 150, which
+// one thread puts together and another one looks up: they lie side by side in three blocks, where a standard
+// set would have two for each. When memory runs out, it is what it was before.
+class ReceiptIds {
+ public:
+  // The number of an id; the next one when it is new.
+  std::size_t add(std::string_view id);
+  // Nothing when it is not there.
+  std::optional<std::size_t> find(std::string_view id) const;
+  bool contains(std::string_view id) const { return find(id).has_value(); }
+  std::size_t count() const { return ends_.size(); }
+  // REQUIRES: number < count().
+  std::string_view operator[](std::size_t number) const;
+  // The others close up, in their order. Takes no memory.
+  void drop(const std::function<bool(std::size_t number)>& isDropped);
+
+ private:
+  // Empty without an id's number plus one, as half of them are or more.
+  struct Slot {
+    std::uint32_t numberPlusOne = 0;
+    std::uint32_t hash = 0;
+  };
+
+  // That of the id, or the empty one where it belongs. REQUIRES: there are slots.
+  std::size_t slotOf(std::string_view id, std::uint32_t hash) const;
+  void addSlots();
+
+  std::string texts_;              // one after the other
+  std::vector<std::size_t> ends_;  // of each, in texts_
+  std::vector<Slot> slots_;        // by hash; a power of two
+};
+
+}  // namespace QXExtensionSDK

@@ -34,9 +34,9 @@ DataStoreStatus DeliveryReceiptRepositoryManager::storeReceipt(
 std::optional<Receipts> DeliveryReceiptRepositoryManager::fetchPendingReceipts() {
   run_->releaseAll();
   Receipts batch = storing_->fetchReceipts(PNStatus::failed).value_or(Receipts());
-  if (auto pending = storing_->fetchReceipts(PNStatus::pending)) {
-    batch.insert(batch.end(), std::move_iterator(pending->begin()), std::move_iterator(pending->end()));
-  }
+  Receipts pending = storing_->fetchReceipts(PNStatus::pending).value_or(Receipts());
+  if (batch.empty()) batch.swap(pending);
+  batch.insert(batch.end(), std::move_iterator(pending.begin()), std::move_iterator(pending.end()));
   // Of a receipt that another writer has put into the file twice one is claimed.
   std::size_t claimed = 0;
   ReceiptRun::Claims claims(*run_);

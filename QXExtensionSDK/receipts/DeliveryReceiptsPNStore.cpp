@@ -33,7 +33,7 @@ void logError(Pieces&&... pieces) {
 }
 
 ReceiptIds uniqueIds(const Receipts& receipts) {
-  ReceiptIds ids;
+  ReceiptIds ids(receipts.size());
   for (const auto& receipt : receipts) {
     const std::size_t unique = ids.count();
     if (ids.add(receipt.uuid()) == unique) continue;

@@ -1,6 +1,7 @@
 #include "QXExtensionSDK/receipts/ReceiptIds.h"
 
 #include <algorithm>
+#include <bit>
 #include <functional>
 
 namespace QXExtensionSDK {
@@ -12,6 +13,10 @@ std::uint32_t hashOf(std::string_view id) {
 }
 
 }  // namespace
+
+ReceiptIds::ReceiptIds(std::size_t expectedCount) : slots_(std::bit_ceil(2 * expectedCount + 2)) {
+  ends_.reserve(slots_.size() / 2);
+}
 
 std::size_t ReceiptIds::add(std::string_view id) {
   if (2 * count() >= slots_.size()) addSlots();

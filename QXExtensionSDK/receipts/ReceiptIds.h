@@ -15,6 +15,9 @@ namespace QXExtensionSDK {
 // set would have two for each. When memory runs out, it is what it was before.
 class ReceiptIds {
  public:
+  ReceiptIds() = default;
+  explicit ReceiptIds(std::size_t expectedCount);
+
   // The number of an id; the next one when it is new.
   std::size_t add(std::string_view id);
   // Nothing when it is not there.

@@ -35,7 +35,7 @@ void ReceiptItems::add(const RawValue& eventType, std::initializer_list<Field> e
     entry.key = field.key;
     new (&entry.value) RawValue(text(*field.text));
   }
-  std::array item{RawEntry{"eventType", eventType}, RawEntry{"event", arena_.dictionary(fields_)}};
+  std::array item{RawEntry{"event", arena_.dictionary(fields_)}, RawEntry{"eventType", eventType}};
   items_.push_back(arena_.dictionary(item));
 }
 

@@ -301,7 +301,7 @@ TEST_F(ReceiptStorageTest, AcknowledgedReceiptsAreForgottenWhenNoRunCanHaveReadT
 
 TEST(ReceiptIds, KeepTheirOrderAndTheirPlacesWhenSomeGo) {
   const auto idOf = [](std::size_t index) { return std::string(index % 40, 'x') + std::to_string(index); };
-  ReceiptIds ids;
+  ReceiptIds ids(0);
   for (std::size_t index = 0; index < 600; ++index) ASSERT_EQ(ids.add(idOf(index % 300)), index % 300);
   ids.drop([](std::size_t number) { return number % 3 != 1; });
   ASSERT_EQ(ids.count(), 100U);

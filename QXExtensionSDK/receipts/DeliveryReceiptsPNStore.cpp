@@ -212,7 +212,12 @@ void DeliveryReceiptsPNStore::removeReceipts(const Receipts& receipts) {
   const auto ids = uniqueIds(receipts);
   run_->acknowledge(ids);
   const auto result = save([&] {
-    std::erase_if(storedReceipts_, [&ids](const auto& stored) { return ids.contains(stored.uuid()); });
+    Receipts kept;
+    kept.reserve(storedReceipts_.size());
+    for (auto& stored : storedReceipts_) {
+      if (!ids.contains(stored.uuid())) kept.push_back(std::move(stored));
+    }
+    removedReceipts_ = std::exchange(storedReceipts_, std::move(kept));
     return storedReceipts_.size();
   });
   if (result == DataStoreStatus::success) {

@@ -69,6 +69,7 @@ class DeliveryReceiptsPNStore final : public DeliveryReceiptStoring {
   const std::unique_ptr<const AppGroupSDK::DeliveryReceiptsModelStoreProtocol> store_;
   const std::shared_ptr<ReceiptRun> run_;
   Receipts storedReceipts_;
+  Receipts removedReceipts_;                        // freed with this object, when nobody waits any more
   ReceiptIds unsaved_;                              // those of storedReceipts_ that no save has written
   ReceiptIds acknowledged_;                         // those that the next save is the first to leave out
   std::optional<QXPlatform::FileVersion> version_;  // of the file, when it was last read or written

@@ -103,12 +103,16 @@ QXPlatform::PushAnswers answerAll(const Run& run, const AttachmentsDirectory& at
        .progress = showProgress});
 }
 
-// Each processor fills a pool of its own, so that jobs do not wait for each other's memory; one more, since
-// threads meet in them by chance. With more than that the run grows for longer, and is no faster.
+// Beside those of the jobs: the caller's, the one that keeps time, one that looks out, one that stands in.
+constexpr std::size_t kOtherThreads = 4;
+
+// A pool for each thread: jobs go from thread to thread, and two that have come to share a pool sleep at its
+// lock again and again. With more jobs than processors, one for each of these and one more, since threads
+// meet in them by chance: with more than that the run grows for longer, and is no faster.
 int memoryPools(std::size_t jobs) {
   if (jobs == 1) return 1;
   const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
-  return static_cast<int>(std::min(jobs, processors) + 1);
+  return static_cast<int>(jobs <= processors ? jobs + kOtherThreads : processors + 1);
 }
 
 Ended pushToBuiltIn(const Run& run, const HostBehaviour& host) {

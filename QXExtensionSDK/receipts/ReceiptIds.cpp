@@ -51,23 +51,9 @@ std::size_t ReceiptIds::slotOf(std::string_view id, std::uint32_t hash) const {
   return at;
 }
 
-void ReceiptIds::drop(const std::function<bool(std::size_t number)>& isDropped) {
-  std::size_t kept = 0;
-  std::size_t keptEnd = 0;
-  std::size_t start = 0;
-  for (std::size_t number = 0; number < count(); ++number) {
-    const std::size_t end = ends_[number];
-    if (!isDropped(number)) {
-      std::copy(texts_.data() + start, texts_.data() + end, texts_.data() + keptEnd);
-      keptEnd += end - start;
-      ends_[kept++] = keptEnd;
-    }
-    start = end;
-  }
-  texts_.resize(keptEnd);
-  ends_.resize(kept);
+void ReceiptIds::fillSlots() {
   std::ranges::fill(slots_, Slot());
-  for (std::size_t number = 0; number < kept; ++number) {
+  for (std::size_t number = 0; number < count(); ++number) {
     const std::uint32_t hash = hashOf((*this)[number]);
     slots_[slotOf((*this)[number], hash)] = {static_cast<std::uint32_t>(number + 1), hash};
   }

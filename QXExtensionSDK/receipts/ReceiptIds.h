@@ -1,8 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +17,9 @@ class ReceiptIds {
  public:
   ReceiptIds() = default;
   explicit ReceiptIds(std::size_t expectedCount);
+  // Not copied: a copy would lack the room that is taken ahead.
+  ReceiptIds(ReceiptIds&&) = default;
+  ReceiptIds& operator=(ReceiptIds&&) = default;
 
   // The number of an id; the next one when it is new.
   std::size_t add(std::string_view id);
@@ -27,7 +30,8 @@ class ReceiptIds {
   // REQUIRES: number < count().
   std::string_view operator[](std::size_t number) const;
   // The others close up, in their order. Takes no memory.
-  void drop(const std::function<bool(std::size_t number)>& isDropped);
+  template <typename IsDropped>
+  void drop(const IsDropped& isDropped);
 
  private:
   // Empty without an id's number plus one, as half of them are or more.
@@ -39,10 +43,34 @@ class ReceiptIds {
   // That of the id, or the empty one where it belongs. REQUIRES: there are slots.
   std::size_t slotOf(std::string_view id, std::uint32_t hash) const;
   void addSlots();
+  void fillSlots();
 
   std::string texts_;              // one after the other
   std::vector<std::size_t> ends_;  // of each, in texts_
   std::vector<Slot> slots_;        // by hash; a power of two
 };
+
+template <typename IsDropped>
+void ReceiptIds::drop(const IsDropped& isDropped) {
+  std::size_t kept = 0;
+  std::size_t keptEnd = 0;
+  std::size_t start = 0;
+  for (std::size_t number = 0; number < count(); ++number) {
+    const std::size_t end = ends_[number];
+    if (!isDropped(number)) {
+      if (keptEnd != start) std::copy(texts_.data() + start, texts_.data() + end, texts_.data() + keptEnd);
+      keptEnd += end - start;
+      ends_[kept++] = keptEnd;
+    }
+    start = end;
+  }
+  if (kept == 0) {
+    *this = {};
+    return;
+  }
+  texts_.resize(keptEnd);
+  ends_.resize(kept);
+  fillSlots();
+}
 
 }  // namespace QXExtensionSDK

@@ -49,7 +49,8 @@ class ReceiptRun {
   };
   void releaseAll();
 
-  // What has been acknowledged, seen in one go.
+  // What has been acknowledged, seen in one go: while it lives, other calls on this run and on the other ones
+  // of its file wait.
   class Acknowledged {
    public:
     explicit Acknowledged(const ReceiptRun& run);

@@ -12,7 +12,7 @@ namespace QXExtensionSDK {
 
 // The ids of receipts, each once, numbered from 0 on in the order in which they came. A batch has 150, which
 // one thread puts together and another one looks up: they lie side by side in three blocks, where a standard
-// set would have two for each. When memory runs out, it is what it was before.
+// set would have two for each. An addition that finds no memory changes nothing.
 class ReceiptIds {
  public:
   ReceiptIds() = default;
@@ -34,9 +34,9 @@ class ReceiptIds {
   void drop(const IsDropped& isDropped);
 
  private:
-  // Empty without an id's number plus one, as half of them are or more.
+  // At least half of them are empty.
   struct Slot {
-    std::uint32_t numberPlusOne = 0;
+    std::uint32_t numberPlusOne = 0;  // of the id; 0 in an empty one
     std::uint32_t hash = 0;
   };
 

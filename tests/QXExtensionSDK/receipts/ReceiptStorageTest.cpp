@@ -307,6 +307,9 @@ TEST(ReceiptIds, KeepTheirOrderAndTheirPlacesWhenSomeGo) {
   ASSERT_EQ(ids.count(), 100U);
   for (std::size_t number = 0; number < 100; ++number) ASSERT_EQ(ids[number], idOf(3 * number + 1));
   for (std::size_t index = 0; index < 300; ++index) ASSERT_EQ(ids.contains(idOf(index)), index % 3 == 1);
+  ids.drop([](std::size_t) { return true; });
+  EXPECT_FALSE(ids.contains(idOf(1)));
+  EXPECT_EQ(ids.add(idOf(1)), 0U);
 }
 
 TEST_F(ReceiptStorageTest, OneFileIsOneWhateverBlanksSurroundTheApplicationId) {
